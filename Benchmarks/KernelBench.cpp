@@ -5,7 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <array>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -16,12 +16,18 @@ namespace {
 
 constexpr std::size_t kMaxCount = 512;
 
-// Reported as "ns/sample".
-void reportPerSample(benchmark::State& state, std::size_t samplesPerIteration)
+// Runs the benchmark's loop and reports "ns/sample".
+template <class Function>
+void timePerSample(benchmark::State& state, std::size_t samplesPerIteration, Function function)
 {
-    using benchmark::Counter;
-    const auto nanoseconds = static_cast<double>(samplesPerIteration) * 1e-9;
-    state.counters["ns/sample"] = Counter(nanoseconds, Counter::kIsIterationInvariantRate | Counter::kInvert);
+    const auto start = std::chrono::steady_clock::now();
+    for (auto _ : state) {
+        function();
+        benchmark::ClobberMemory();
+    }
+    const std::chrono::duration<double, std::nano> elapsed = std::chrono::steady_clock::now() - start;
+    const double samples = static_cast<double>(samplesPerIteration) * static_cast<double>(state.iterations());
+    state.counters["ns/sample"] = elapsed.count() / samples;
 }
 
 struct Rig
@@ -40,11 +46,7 @@ struct Rig
     void time(benchmark::State& state, int kernel, double scalar, const std::vector<CBufferRef>& operands,
               std::uint32_t count)
     {
-        for (auto _ : state) {
-            context->submit(kernel, count, scalar, operands);
-            benchmark::ClobberMemory();
-        }
-        reportPerSample(state, count);
+        timePerSample(state, count, [&] { context->submit(kernel, count, scalar, operands); });
     }
 
     std::unique_ptr<CKernelContext> context = std::make_unique<CKernelContext>();
@@ -106,12 +108,10 @@ void timeTransform(benchmark::State& state)
     std::memset(rig.context->address(work), 0, sizeof(std::int32_t));
     const int forward = rig.context->findShortName("rdftf");
     const int inverse = rig.context->findShortName("rdfti");
-    for (auto _ : state) {
+    timePerSample(state, length, [&] {
         rig.context->submit(forward, length, 0, {data, work, roots});
         rig.context->submit(inverse, length, 0, {data, work, roots});
-        benchmark::ClobberMemory();
-    }
-    reportPerSample(state, length);
+    });
 }
 
 // What a call costs beside its arithmetic: empty calls, each with a buffer taken and given back.

@@ -1,5 +1,6 @@
 // A chain of six first-order all-pass sections, one half of a Hilbert pair.
 #include "Kernels/KernelFamilies.h"
+#include "Kernels/Unrolled.h"
 
 #include <algorithm>
 
@@ -43,12 +44,12 @@ void run(const CKernelCall& call)
     AllPassState state = *call.state<AllPassState>(1);
     for (std::size_t i = 0; i < call.count; ++i) {
         double x = in[i];
-        for (std::size_t j = 0; j < kSections; ++j) {
+        unrolled<kSections>([&](auto j) {
             const double y = (x - state.y1[j]) * state.a[j] + state.x1[j];
             state.x1[j] = x;
             state.y1[j] = y;
             x = y;
-        }
+        });
         out[i] = kHasGain ? x * gain : x;
     }
     *call.state<AllPassState>(1) = state;

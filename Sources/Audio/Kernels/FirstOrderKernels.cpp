@@ -1,7 +1,6 @@
 // Chains of one to four equal one-pole low-passes or high-passes.
 #include "Kernels/KernelFamilies.h"
-
-#include <algorithm>
+#include "Kernels/Unrolled.h"
 
 namespace qel {
 
@@ -27,16 +26,16 @@ void run(const CKernelCall& call)
     const double gain = call.scalar;
     const double k = state.k;
     double s[kStages];
-    std::copy_n(state.s, kStages, s);
+    unrolled<kStages>([&](auto stage) { s[stage] = state.s[stage]; });
     for (std::size_t i = 0; i < call.count; ++i) {
         double x = in[i];
-        for (std::size_t stage = 0; stage < kStages; ++stage) {
+        unrolled<kStages>([&](auto stage) {
             s[stage] += (x - s[stage]) * k;
             x = kIsHighPass ? x - s[stage] : s[stage];
-        }
+        });
         out[i] = kHasGain ? x * gain : x;
     }
-    std::copy_n(s, kStages, state.s);
+    unrolled<kStages>([&](auto stage) { state.s[stage] = s[stage]; });
 }
 
 // Serves as init and as update: both clear the memory and take k from operand 1.

@@ -1,5 +1,6 @@
 // Two-path polyphase all-pass half-band filters of order 2 to 16.
 #include "Kernels/KernelFamilies.h"
+#include "Kernels/Unrolled.h"
 
 #include <cstdint>
 
@@ -7,12 +8,24 @@ namespace qel {
 
 namespace {
 
-// The two paths never meet before the output, so both run as one computation on pairs.
-struct Pair
+// The two paths never meet before the output, so both run as one computation on pairs: [0] is path A, [1]
+// path B. Each half follows the rules of a double, so the results are those of two separate paths.
+using Pair [[gnu::vector_size(16)]] = double;
+
+// A pair at rest: a state need not be aligned for vectors.
+struct StoredPair
 {
     double a;
     double b;
 };
+Pair load(const StoredPair& stored)
+{
+    return Pair{stored.a, stored.b};
+}
+StoredPair store(Pair pair)
+{
+    return {pair[0], pair[1]};
+}
 
 // Half the order is the number of sections in each path: order 2 has one section a path.
 //
@@ -26,8 +39,8 @@ struct HalfBandState
 
     std::int64_t index;
     double previousB; // path B's output of the sample before
-    Pair coefficients[kSections];
-    Pair rings[kSections + 1][4];
+    StoredPair coefficients[kSections];
+    StoredPair rings[kSections + 1][4];
 };
 static_assert(sizeof(HalfBandState<1>) == 160 && sizeof(HalfBandState<8>) == 720);
 
@@ -61,10 +74,7 @@ struct HalfBand
         setCoefficients(state, call.samples(2));
     }
 
-    static Pair section(Pair x, Pair x2, Pair y2, Pair c)
-    {
-        return {(x.a - y2.a) * c.a + x2.a, (x.b - y2.b) * c.b + x2.b};
-    }
+    static Pair section(Pair x, Pair x2, Pair y2, Pair c) { return (x - y2) * c + x2; }
 
     // Sample n needs nothing of sample n-1 but its path B, so two samples run side by side: they keep the
     // processor busy where one section after the other would have it wait.
@@ -80,62 +90,62 @@ struct HalfBand
         Pair c[kSections];
         Pair newer[kSections + 1]; // n-1
         Pair older[kSections + 1]; // n-2
-        load(state, c, newer, older);
+        loadState(state, c, newer, older);
         double previousB = state.previousB;
 
         std::size_t i = 0;
         for (; i + 2 <= call.count; i += 2) {
             Pair even{in[i], in[i]};
             Pair odd{in[i + 1], in[i + 1]};
-            for (std::size_t j = 0; j < kSections; ++j) {
+            unrolled<kSections>([&](auto j) {
                 const Pair evenOut = section(even, older[j], older[j + 1], c[j]);
                 const Pair oddOut = section(odd, newer[j], newer[j + 1], c[j]);
                 older[j] = even;
                 newer[j] = odd;
                 even = evenOut;
                 odd = oddOut;
-            }
+            });
             older[kSections] = even;
             newer[kSections] = odd;
-            out[i] = output(even.a + previousB);
-            out[i + 1] = output(odd.a + even.b);
-            previousB = odd.b;
+            out[i] = output(even[0] + previousB);
+            out[i + 1] = output(odd[0] + even[1]);
+            previousB = odd[1];
         }
         if (i < call.count) {
             Pair x{in[i], in[i]};
-            for (std::size_t j = 0; j < kSections; ++j) {
+            unrolled<kSections>([&](auto j) {
                 const Pair y = section(x, older[j], older[j + 1], c[j]);
                 older[j] = newer[j];
                 newer[j] = x;
                 x = y;
-            }
+            });
             older[kSections] = newer[kSections];
             newer[kSections] = x;
-            out[i] = output(x.a + previousB);
-            previousB = x.b;
+            out[i] = output(x[0] + previousB);
+            previousB = x[1];
         }
         state.previousB = previousB;
-        store(state, call.count, newer, older);
+        storeState(state, call.count, newer, older);
     }
 
-    static void load(const State& state, Pair* c, Pair* newer, Pair* older)
+    static void loadState(const State& state, Pair* c, Pair* newer, Pair* older)
     {
         for (std::size_t j = 0; j < kSections; ++j) {
-            c[j] = state.coefficients[j];
+            c[j] = load(state.coefficients[j]);
         }
         for (std::size_t j = 0; j <= kSections; ++j) {
-            newer[j] = state.rings[j][(state.index + 1) & 3];
-            older[j] = state.rings[j][(state.index + 2) & 3];
+            newer[j] = load(state.rings[j][(state.index + 1) & 3]);
+            older[j] = load(state.rings[j][(state.index + 2) & 3]);
         }
     }
 
     // The index moves by 3 a sample, and only the last two samples are ever read again.
-    static void store(State& state, std::uint32_t count, const Pair* newer, const Pair* older)
+    static void storeState(State& state, std::uint32_t count, const Pair* newer, const Pair* older)
     {
         state.index = (state.index + 3 * std::int64_t{count}) & 3;
         for (std::size_t j = 0; j <= kSections; ++j) {
-            state.rings[j][(state.index + 1) & 3] = newer[j];
-            state.rings[j][(state.index + 2) & 3] = older[j];
+            state.rings[j][(state.index + 1) & 3] = store(newer[j]);
+            state.rings[j][(state.index + 2) & 3] = store(older[j]);
         }
     }
 };
