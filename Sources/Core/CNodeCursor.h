@@ -15,7 +15,7 @@ namespace qel {
 class CNodeCursor
 {
 public:
-    static constexpr int kMaxDepth = 512;
+    static constexpr int kMaxDepth = 128; // a host's thread may have a small stack
 
     explicit CNodeCursor(std::span<const std::uint8_t> data) : data_(data) {}
 
