@@ -2,8 +2,29 @@
 #include "CObject.h"
 
 #include "CNodeCursor.h"
+#include "Streams/CResourceReader.h"
 
 namespace qel {
+
+namespace {
+
+constexpr std::uint32_t kTreeChunkId = 0x6C6D7863; // "cxml"
+
+} // namespace
+
+CError CObject::loadCompiled(const CString& fileName, bool fullInit)
+{
+    CByteBuffer tree;
+    {
+        CResourceReader reader;
+        QEL_TRY(reader.open(fileName), fullName_);
+        QEL_TRY(reader.readCompressedData(tree, kTreeChunkId), fullName_);
+    }
+    // The file's root node has neither tag nor name: what it holds lands on this object.
+    CNodeCursor cursor(tree.bytes());
+    QEL_TRY(loadNode(cursor, fullInit, true, false, false), fullName_);
+    return {};
+}
 
 // A node is: tag, name, template flag, then either
 //   plain:    attribute count, (key, value) pairs, child count, children; or

@@ -1,4 +1,6 @@
 // Decoding of compiled trees: the stated leniencies, and data that is damaged or lies.
+#include "Streams/CMemoryWriteBuffer.h"
+#include "Streams/CResourceMap.h"
 #include "TestTree.h"
 
 #include <random>
@@ -98,6 +100,29 @@ TEST_F(LoaderTest, RefusesBodiesThatAreTemplatesAndNestingWithoutEnd)
         nest = around;
     }
     EXPECT_FAILS(root_.load(nest), "nested deeper than 128 nodes");
+}
+
+TEST_F(LoaderTest, LoadsAResourceAndNamesTheWholeWayDownOnFailure)
+{
+    CByteBuffer payload(sampleTree().bytes());
+    CMemoryWriteBuffer file;
+    ASSERT_OK(file.writeCompressedData(payload, 0x6C6D7863));
+    CByteBuffer chunk;
+    file.copyTo(chunk);
+    registerResource("good.xml", chunk.bytes());
+    EXPECT_OK(root_->loadCompiled("good.xml", true));
+    EXPECT_NE(root_->findObject("leaf#1"), nullptr);
+
+    CByteBuffer damaged = chunk;
+    damaged.data()[4] ^= 1; // the size field: caught by its check, before any inflating
+    registerResource("bad.xml", damaged.bytes());
+    CObject* object = nullptr;
+    ASSERT_OK(root_->createChild(object, "core:object", "here"));
+    const CError error = object->loadCompiled("bad.xml", true);
+    ASSERT_TRUE(error);
+    EXPECT_NE(error.text().find("Invalid CRC encountered when reading compressed data"), std::string::npos);
+    EXPECT_NE(error.lines().back().toUtf8().find("// here"), std::string::npos) << error.text();
+    EXPECT_FAILS(object->loadCompiled("no/such/file.xml", true), "Unable to open file 'no/such/file.xml'");
 }
 
 } // namespace
