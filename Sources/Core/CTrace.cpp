@@ -1,6 +1,7 @@
 // Trace lines: conditions that are no user errors, for whoever debugs a tree.
 #include "CTrace.h"
 
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 #include <utility>
@@ -15,6 +16,9 @@ struct TraceState
     CTraceHook hook;
     std::string filePath;
     bool isFileStarted = false;
+    std::atomic<bool> isOn{false};
+
+    void update() { isOn = hook || !filePath.empty(); }
 };
 
 TraceState& state()
@@ -39,6 +43,9 @@ void appendToFile(TraceState& trace, const CString& line)
 
 void trace(const CString& line, const CString& context)
 {
+    if (!isTracing()) {
+        return;
+    }
     const CString whole = context.isEmpty() ? line : line + " // " + context;
     CTraceHook hook;
     {
@@ -53,10 +60,17 @@ void trace(const CString& line, const CString& context)
     }
 }
 
+bool isTracing()
+{
+    return state().isOn.load(std::memory_order_relaxed);
+}
+
 CTraceHook setTraceHook(CTraceHook hook)
 {
     const std::lock_guard lock(state().mutex);
-    return std::exchange(state().hook, std::move(hook));
+    std::swap(state().hook, hook);
+    state().update();
+    return hook;
 }
 
 void setTraceFile(const std::string& path)
@@ -64,6 +78,7 @@ void setTraceFile(const std::string& path)
     const std::lock_guard lock(state().mutex);
     state().filePath = path;
     state().isFileStarted = false;
+    state().update();
 }
 
 } // namespace qel
