@@ -3,19 +3,10 @@
 
 #include "CLoopState.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <utility>
 
 namespace qel {
-
-namespace {
-
-// The system's timers go by a clock of 15.6 ms steps and may come that much before the loop's clock says so.
-// Turned away, such a tick would be lost for a whole interval.
-constexpr double kSystemTimerSlackSec = 0.016;
-
-} // namespace
 
 CTimerSource::CTimerSource() = default;
 
@@ -29,13 +20,14 @@ int CTimerSource::create(CEventLoop& loop)
     stop();
     loop_ = loop.state_;
     entry_ = std::make_shared<TimerEntry>();
-    // The system's timer and drain() may both come for the same tick: whoever is second finds the timer
-    // re-armed.
+    // The system's timer and drain() may both come for the same tick; whoever is second finds the timer
+    // re-armed. The system's timer keeps its own beat on a coarse clock, so it counts from half an interval
+    // on: turned away, its tick would be lost for a whole one.
     const auto onTick = [weakLoop = loop_, weakEntry = std::weak_ptr(entry_)] {
         const auto state = weakLoop.lock();
         const auto entry = weakEntry.lock();
         if (state && entry) {
-            state->runTimer(*entry, std::min(kSystemTimerSlackSec, entry->intervalSec / 2));
+            state->runTimer(*entry, entry->intervalSec / 2);
         }
     };
     return createSystemTimer(onTick, systemTimer_);

@@ -36,8 +36,9 @@ constexpr std::array kFontNames = {
     "fixed",
 };
 
-// While one exists, X errors of its display are dropped; Xlib's own handler would end the host. The handler
-// is the process's, so errors of the host's displays go to the one that stood, which comes back at the end.
+// While one exists, errors of its display are dropped, and the loss of its server is noted; Xlib's own
+// handlers would end the host. Handlers are the process's, so errors of the host's displays go to those that
+// stood, which come back at the end.
 class CX11ErrorScope
 {
 public:
@@ -45,32 +46,52 @@ public:
     {
         ownDisplay_ = display;
         previous_ = x11_.XSetErrorHandler(&handle);
+        if (x11_.XSetIOErrorExitHandler) {
+            previousIo_ = x11_.XSetIOErrorHandler(&handleIo);
+            x11_.XSetIOErrorExitHandler(display, &noteLoss, this);
+        }
     }
     CX11ErrorScope(const CX11ErrorScope&) = delete;
     CX11ErrorScope& operator=(const CX11ErrorScope&) = delete;
     ~CX11ErrorScope()
     {
         x11_.XSetErrorHandler(previous_);
+        if (x11_.XSetIOErrorExitHandler) {
+            x11_.XSetIOErrorHandler(previousIo_);
+        }
         ownDisplay_ = nullptr;
     }
+
+    bool isServerLost() const { return isServerLost_; }
 
 private:
     static int handle(Display* display, XErrorEvent* event)
     {
         return display == ownDisplay_ || !previous_ ? 0 : previous_(display, event);
     }
+    static int handleIo(Display* display)
+    {
+        return display == ownDisplay_ || !previousIo_ ? 0 : previousIo_(display);
+    }
+    static void noteLoss(Display* /*display*/, void* scope)
+    {
+        static_cast<CX11ErrorScope*>(scope)->isServerLost_ = true;
+    }
 
     const X11Library& x11_;
+    bool isServerLost_ = false;
     static inline Display* ownDisplay_ = nullptr;
     static inline XErrorHandler previous_ = nullptr;
+    static inline XIOErrorHandler previousIo_ = nullptr;
 };
 
 // One window on a display of its own, shown by run() until the user closes it or the server goes away.
 class CX11FailureWindow
 {
 public:
-    CX11FailureWindow(const X11Library& x11, Display* display, std::string text, std::string details)
-        : x11_(x11), display_(display), text_(std::move(text)), details_(std::move(details))
+    CX11FailureWindow(const X11Library& x11, Display* display, const CX11ErrorScope& errors, std::string text,
+                      std::string details)
+        : x11_(x11), display_(display), errors_(errors), text_(std::move(text)), details_(std::move(details))
     {}
     CX11FailureWindow(const CX11FailureWindow&) = delete;
     CX11FailureWindow& operator=(const CX11FailureWindow&) = delete;
@@ -92,6 +113,7 @@ private:
 
     const X11Library& x11_;
     Display* const display_;
+    const CX11ErrorScope& errors_;
     const std::string text_;
     const std::string details_;
     Window window_ = 0;
@@ -100,7 +122,7 @@ private:
     Atom deleteWindow_ = 0;
     int width_ = kInitialWidthPx;
     int height_ = kInitialHeightPx;
-    bool isOpen_ = false; // cleared by the close button, the keys, or the loss of the server
+    bool isOpen_ = false; // cleared by the buttons and the keys
 };
 
 CX11FailureWindow::~CX11FailureWindow()
@@ -161,18 +183,13 @@ void CX11FailureWindow::keepAbove()
 // return.
 void CX11FailureWindow::run()
 {
-    if (x11_.XSetIOErrorExitHandler) {
-        x11_.XSetIOErrorExitHandler(
-            display_,
-            [](Display*, void* window) { static_cast<CX11FailureWindow*>(window)->isOpen_ = false; }, this);
-    }
-    while (isOpen_) {
+    while (isOpen_ && !errors_.isServerLost()) {
         while (isOpen_ && x11_.XPending(display_) > 0) {
             XEvent event;
             x11_.XNextEvent(display_, &event);
             handle(event);
         }
-        if (!isOpen_) {
+        if (!isOpen_ || errors_.isServerLost()) {
             return;
         }
         pollfd connection{ConnectionNumber(display_), POLLIN, 0};
@@ -281,7 +298,7 @@ void showSystemFailureWindow(const std::string& title, const std::string& text, 
     }
     const CX11ErrorScope errors(x11, display);
     {
-        CX11FailureWindow window(x11, display, text, details);
+        CX11FailureWindow window(x11, display, errors, text, details);
         if (window.open(title)) {
             window.run();
         }

@@ -14,12 +14,15 @@ struct X11Library
     // False when the library or one of its functions is missing.
     bool load();
 
-#define QEL_X11_FUNCTIONS(use)                                                                               \
-    use(XChangeProperty) use(XClearWindow) use(XCloseDisplay) use(XCreateGC) use(XCreateSimpleWindow)        \
-        use(XDestroyWindow) use(XDrawRectangle) use(XDrawString16) use(XFreeFont) use(XFreeGC)               \
-            use(XInternAtom) use(XLoadQueryFont) use(XLookupKeysym) use(XMapRaised) use(XNextEvent)          \
-                use(XOpenDisplay) use(XPending) use(XSelectInput) use(XSetErrorHandler) use(XSetWMProtocols) \
-                    use(XStoreName) use(XSync) use(XTextWidth16)
+// clang-format off
+#define QEL_X11_FUNCTIONS(use) \
+    use(XChangeProperty) use(XClearWindow) use(XCloseDisplay) use(XCreateGC) \
+    use(XCreateSimpleWindow) use(XDestroyWindow) use(XDrawRectangle) use(XDrawString16) \
+    use(XFreeFont) use(XFreeGC) use(XInternAtom) use(XLoadQueryFont) use(XLookupKeysym) \
+    use(XMapRaised) use(XNextEvent) use(XOpenDisplay) use(XPending) use(XSelectInput) \
+    use(XSetErrorHandler) use(XSetIOErrorHandler) use(XSetWMProtocols) use(XStoreName) use(XSync) \
+    use(XTextWidth16)
+// clang-format on
 #define QEL_X11_POINTER(name) decltype(&::name) name = nullptr;
     QEL_X11_FUNCTIONS(QEL_X11_POINTER)
 #undef QEL_X11_POINTER
