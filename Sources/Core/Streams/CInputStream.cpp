@@ -18,6 +18,9 @@ namespace {
 constexpr std::uint64_t kMaxExpansion = 1032;
 // First helping of a chunk whose claim cannot be checked against the length of its stream.
 constexpr std::uint64_t kFirstStepBytes = 65536;
+// First helping at most: more than any honest file here, and little enough to get on a machine that is short
+// of memory when a large file is garbage.
+constexpr std::uint64_t kMaxFirstStepBytes = 16u << 20;
 
 // How much of a claimed size may be allocated before a byte of it was seen.
 std::uint64_t believableSize(CInputStream& stream, std::uint64_t claimed)
@@ -31,7 +34,8 @@ std::uint64_t believableSize(CInputStream& stream, std::uint64_t claimed)
             error = positioned->getSize(size);
         }
         if (!error && size > position) {
-            bound = std::max(bound, static_cast<std::uint64_t>(size - position) * kMaxExpansion);
+            const std::uint64_t possible = static_cast<std::uint64_t>(size - position) * kMaxExpansion;
+            bound = std::clamp(possible, kFirstStepBytes, kMaxFirstStepBytes);
         }
     }
     return std::min(claimed, bound);

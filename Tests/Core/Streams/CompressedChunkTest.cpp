@@ -161,6 +161,21 @@ TEST(CompressedChunk, ALyingSizeNeitherHangsNorTakesMemory)
     EXPECT_LE(out.size(), 65536u);
 }
 
+TEST(CompressedChunk, MoreThanTheFirstHelpingStillArrivesWhole)
+{
+    Bytes data(40u << 20, 3);
+    std::ranges::copy(noise(1000), data.end() - 1000);
+    const Bytes chunk = chunkOf(data);
+    CByteBuffer out;
+    EXPECT_EQ(readChunk(chunk, out), "");
+    EXPECT_TRUE(holds(out, data));
+    // A large file of garbage behind a lying size.
+    Bytes garbage = chunkClaiming(0xFFFFFFFF, noise(64));
+    garbage.insert(garbage.end(), 10u << 20, 0x55);
+    EXPECT_EQ(readChunk(garbage, out), "Premature end of file.");
+    EXPECT_LE(out.size(), std::size_t{16} << 20);
+}
+
 TEST(CompressedChunk, ATargetThatFailsIsReportedWhereverItHappens)
 {
     const CByteBuffer data(noise(100000));
