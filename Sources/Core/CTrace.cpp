@@ -1,8 +1,10 @@
 // Trace lines: conditions that are no user errors, for whoever debugs a tree.
 #include "CTrace.h"
 
+#include "CFile.h"
+#include "CFileSystem.h"
+
 #include <atomic>
-#include <cstdio>
 #include <mutex>
 #include <utility>
 
@@ -27,15 +29,19 @@ TraceState& state()
     return instance;
 }
 
+// A trace that cannot be written is lost: there is nobody to tell.
 void appendToFile(TraceState& trace, const CString& line)
 {
     if (!trace.isFileStarted) {
-        std::remove(trace.filePath.c_str());
+        (void)platform::removeFile(trace.filePath);
         trace.isFileStarted = true;
     }
-    if (std::FILE* file = std::fopen(trace.filePath.c_str(), "ab")) {
-        std::fputs((line.toUtf8() + "\r\n").c_str(), file);
-        std::fclose(file);
+    CFile file;
+    if (file.open(trace.filePath, CFile::Access::kAppend) == 0) {
+        const std::string text = line.toUtf8() + "\r\n";
+        std::size_t written = 0;
+        (void)file.write(text.data(), text.size(), written);
+        (void)file.close();
     }
 }
 
