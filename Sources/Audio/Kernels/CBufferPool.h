@@ -1,0 +1,81 @@
+// The pool of sample and state buffers of one plug-in instance.
+#pragma once
+
+#include "Kernels/CBufferRef.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace qel {
+
+// 2048 reference-counted buffers, named by CBufferRef. No memory is taken up front: a slot gets memory when
+// it is first needed, 64-byte aligned, and keeps it until the pool dies.
+//
+// Capacities are powers of two, and free slots are kept by capacity. A request takes a free slot of its own
+// capacity, otherwise one that has no memory yet. So a second round of the same requests finds what the first
+// one left, whatever the order of releases, and touches no heap. Only when all slots have memory does a
+// request take a larger slot or make a smaller one grow; growing drops the old contents, which nobody refers
+// to.
+//
+// Audio thread only (construction and destruction where no audio runs). A fresh buffer's contents are not
+// defined. Refusals: no free slot, no heap memory or more than 2 GiB give the none reference; an addRef or
+// release of what is not in use does nothing. Both are counted and neither touches memory it should not.
+class CBufferPool
+{
+public:
+    static constexpr std::size_t kSlots = 2048;
+    static constexpr std::size_t kAlignment = 64;
+
+    CBufferPool();
+    ~CBufferPool();
+    CBufferPool(const CBufferPool&) = delete;
+    CBufferPool& operator=(const CBufferPool&) = delete;
+
+    // A buffer of at least `bytes`, with a count of 1.
+    CBufferRef allocate(std::size_t bytes);
+    void addRef(CBufferRef ref);
+    // At a count of 1 the slot becomes free.
+    void release(CBufferRef ref);
+
+    // Where the reference points, offset included; null for none. Valid until the slot is allocated anew.
+    std::byte* address(CBufferRef ref) const
+    {
+        std::byte* memory = ref.slot() < kSlots ? slots_[ref.slot()].memory : nullptr;
+        return memory ? memory + ref.byteOffset() : nullptr;
+    }
+
+    // --- for tests and tools
+    std::int32_t refCount(CBufferRef ref) const;
+    std::size_t capacity(CBufferRef ref) const;
+    std::size_t slotsInUse() const { return slotsInUse_; }
+    std::size_t bytesHeld() const { return bytesHeld_; }
+    std::size_t refusals() const { return refusals_; }
+
+private:
+    // Capacities of 64 bytes to 2 GiB.
+    static constexpr std::size_t kClasses = 26;
+    static constexpr std::int16_t kEnd = -1;
+
+    struct Slot
+    {
+        std::byte* memory = nullptr;
+        std::uint32_t capacity = 0;
+        std::int32_t refCount = 0; // 0 while free
+        std::int16_t nextFree = kEnd;
+    };
+
+    bool isInUse(CBufferRef ref) const { return ref.slot() < kSlots && slots_[ref.slot()].refCount > 0; }
+    std::int16_t takeFree(std::size_t sizeClass);
+    void putFree(std::int16_t index);
+    bool grow(Slot& slot, std::size_t sizeClass);
+
+    std::array<Slot, kSlots> slots_;
+    std::array<std::int16_t, kClasses> freeByClass_;
+    std::int16_t freeWithoutMemory_ = kEnd;
+    std::size_t slotsInUse_ = 0;
+    std::size_t bytesHeld_ = 0;
+    std::size_t refusals_ = 0;
+};
+
+} // namespace qel

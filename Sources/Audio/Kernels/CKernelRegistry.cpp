@@ -1,0 +1,58 @@
+// The kernels known to one context, by name.
+#include "Kernels/CKernelRegistry.h"
+
+#include <algorithm>
+
+namespace qel {
+
+namespace {
+
+std::size_t bucketOf(std::string_view name)
+{
+    std::uint32_t hash = 5555;
+    for (const char c : name) {
+        hash = hash * 33 + static_cast<std::uint32_t>(static_cast<signed char>(c));
+    }
+    return hash & 0x3FF;
+}
+
+} // namespace
+
+int CKernelRegistry::add(std::string_view name, CKernelFunction function, int operandCount,
+                         std::uint32_t writeMask)
+{
+    if (!function || operandCount < 0 || operandCount > static_cast<int>(kMaxKernelOperands)) {
+        return -1;
+    }
+    const std::string_view kept = name.substr(0, CKernelEntry::kMaxNameLength);
+    const int existing = find(kept);
+    if (existing >= 0) {
+        const CKernelEntry& known = entries_[static_cast<std::size_t>(existing)];
+        const bool isSame =
+            known.function == function && known.operandCount == operandCount && known.writeMask == writeMask;
+        return isSame ? existing : -1;
+    }
+    if (size_ == kMaxKernels) {
+        return -1;
+    }
+    CKernelEntry& added = entries_[size_];
+    *std::copy(kept.begin(), kept.end(), added.name) = '\0';
+    added.function = function;
+    added.operandCount = operandCount;
+    added.writeMask = writeMask;
+    std::int32_t& head = heads_[bucketOf(kept)];
+    added.next = head;
+    head = static_cast<std::int32_t>(size_);
+    return static_cast<int>(size_++);
+}
+
+int CKernelRegistry::find(std::string_view name) const
+{
+    std::int32_t index = heads_[bucketOf(name)];
+    while (index >= 0 && name != entries_[static_cast<std::size_t>(index)].name) {
+        index = entries_[static_cast<std::size_t>(index)].next;
+    }
+    return index;
+}
+
+} // namespace qel

@@ -1,0 +1,57 @@
+// The kernels known to one context, by name.
+#pragma once
+
+#include "Kernels/CKernelCall.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace qel {
+
+// A registered kernel. Its address and its index in the registry, the kernel identifier, stay as long as the
+// registry lives.
+struct CKernelEntry
+{
+    static constexpr std::size_t kMaxNameLength = 64;
+
+    char name[kMaxNameLength + 1];
+    CKernelFunction function;
+    std::int32_t operandCount;
+    std::uint32_t writeMask;
+    std::int32_t next; // in the hash chain
+};
+
+// Up to 512 kernels in a chained hash table. Filled while a graph is being built; look-ups happen once a
+// module and never in a block. Nothing is removed. Names are compared byte by byte.
+class CKernelRegistry
+{
+public:
+    static constexpr std::size_t kMaxKernels = 512;
+
+    CKernelRegistry() { heads_.fill(-1); }
+    CKernelRegistry(const CKernelRegistry&) = delete;
+    CKernelRegistry& operator=(const CKernelRegistry&) = delete;
+
+    // Registers under the first 64 characters of `name` and returns the identifier, which is the existing one
+    // if the same kernel is there already. -1: more than 8 operands, no function, the name taken by a
+    // different kernel, or the table full.
+    int add(std::string_view name, CKernelFunction function, int operandCount, std::uint32_t writeMask);
+    // The identifier, or -1. The name is taken whole: one that was cut when added is found by what was kept.
+    int find(std::string_view name) const;
+    // Null if the identifier is none, -1 included.
+    const CKernelEntry* entry(int kernelId) const
+    {
+        return static_cast<std::uint32_t>(kernelId) < size_ ? &entries_[static_cast<std::size_t>(kernelId)]
+                                                            : nullptr;
+    }
+    std::size_t size() const { return size_; }
+
+private:
+    std::array<CKernelEntry, kMaxKernels> entries_;
+    std::array<std::int32_t, 1024> heads_;
+    std::uint32_t size_ = 0;
+};
+
+} // namespace qel

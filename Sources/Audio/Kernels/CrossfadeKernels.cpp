@@ -1,0 +1,59 @@
+// Raised-cosine crossfade, driven by a two-multiply oscillator.
+#include "Kernels/KernelFamilies.h"
+#include "Kernels/KernelMath.h"
+
+namespace qel {
+
+namespace {
+
+// Half the cosine of the fade's angle, which runs over half a turn.
+struct FadeState
+{
+    double current;
+    double previous;
+    double twoCos; // of the angle moved in one sample
+};
+
+// The count is the fade's length, the scalar its direction: 0 begins on operand 3 of `xfade` and ends on
+// operand 2, 0.5 the other way round.
+void xfadeInit(const CKernelCall& call)
+{
+    if (call.count == 0) {
+        return;
+    }
+    const double step = kernelmath::kPi / call.count;
+    const double start = kernelmath::kPi * (2 * call.scalar + 0.5);
+    *call.state<FadeState>(0) = {0.5 * kernelmath::sin(start), 0.5 * kernelmath::sin(start - step),
+                                 2 * kernelmath::cos(step)};
+}
+
+void xfade(const CKernelCall& call)
+{
+    double* out = call.samples(0);
+    FadeState& state = *call.state<FadeState>(1);
+    const double* in2 = call.samples(2);
+    const double* in3 = call.samples(3);
+    auto [current, previous, twoCos] = state;
+    for (std::size_t i = 0; i < call.count; ++i) {
+        out[i] = (0.5 - current) * in2[i] + (0.5 + current) * in3[i];
+        const double next = current * twoCos - previous;
+        previous = current;
+        current = next;
+    }
+    state.current = current;
+    state.previous = previous;
+}
+
+constexpr CKernelDef kTable[] = {
+    {"xfadei", xfadeInit, 1, 1},
+    {"xfade", xfade, 4, 3},
+};
+
+} // namespace
+
+std::span<const CKernelDef> crossfadeKernels()
+{
+    return kTable;
+}
+
+} // namespace qel
