@@ -1,7 +1,10 @@
 // Trace lines: conditions that are no user errors, for whoever debugs a tree.
 #include "CTrace.h"
 
-#include <cstdio>
+#include "CFile.h"
+#include "CFileSystem.h"
+
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -15,6 +18,9 @@ struct TraceState
     CTraceHook hook;
     std::string filePath;
     bool isFileStarted = false;
+    std::atomic<bool> isOn{false};
+
+    void update() { isOn = hook || !filePath.empty(); }
 };
 
 TraceState& state()
@@ -23,15 +29,19 @@ TraceState& state()
     return instance;
 }
 
+// A trace that cannot be written is lost: there is nobody to tell.
 void appendToFile(TraceState& trace, const CString& line)
 {
     if (!trace.isFileStarted) {
-        std::remove(trace.filePath.c_str());
+        (void)platform::removeFile(trace.filePath);
         trace.isFileStarted = true;
     }
-    if (std::FILE* file = std::fopen(trace.filePath.c_str(), "ab")) {
-        std::fputs((line.toUtf8() + "\r\n").c_str(), file);
-        std::fclose(file);
+    CFile file;
+    if (file.open(trace.filePath, CFile::Access::kAppend) == 0) {
+        const std::string text = line.toUtf8() + "\r\n";
+        std::size_t written = 0;
+        (void)file.write(text.data(), text.size(), written);
+        (void)file.close();
     }
 }
 
@@ -39,6 +49,9 @@ void appendToFile(TraceState& trace, const CString& line)
 
 void trace(const CString& line, const CString& context)
 {
+    if (!isTracing()) {
+        return;
+    }
     const CString whole = context.isEmpty() ? line : line + " // " + context;
     CTraceHook hook;
     {
@@ -53,10 +66,17 @@ void trace(const CString& line, const CString& context)
     }
 }
 
+bool isTracing()
+{
+    return state().isOn.load(std::memory_order_relaxed);
+}
+
 CTraceHook setTraceHook(CTraceHook hook)
 {
     const std::lock_guard lock(state().mutex);
-    return std::exchange(state().hook, std::move(hook));
+    std::swap(state().hook, hook);
+    state().update();
+    return hook;
 }
 
 void setTraceFile(const std::string& path)
@@ -64,6 +84,7 @@ void setTraceFile(const std::string& path)
     const std::lock_guard lock(state().mutex);
     state().filePath = path;
     state().isFileStarted = false;
+    state().update();
 }
 
 } // namespace qel

@@ -13,6 +13,8 @@ using CTraceHook = std::function<void(const CString& line)>;
 // Writes one line to the hook and the trace file, of which neither is set in the delivered program.
 // `context`, when not empty, is added behind " // ". Any thread but the audio thread.
 void trace(const CString& line, const CString& context = {});
+// False if nobody would see a line, so that it need not be built.
+bool isTracing();
 
 // Sets or, with an empty function, removes the hook; returns the one that stood.
 CTraceHook setTraceHook(CTraceHook hook);

@@ -1,0 +1,52 @@
+// Reads the encoded nodes of a compiled tree.
+#include "CNodeCursor.h"
+
+namespace qel {
+
+CError CNodeCursor::failTruncated() const
+{
+    QEL_FAIL({}, "@qelstr_CNodeCursor_failTruncated Compiled tree data ends early (position %1, size %2).",
+             position_, data_.size());
+}
+
+CError CNodeCursor::readU32(std::uint32_t& out)
+{
+    if (data_.size() - position_ < 4) {
+        return failTruncated();
+    }
+    out = 0;
+    for (unsigned shift = 0; shift < 32; shift += 8) {
+        out |= static_cast<std::uint32_t>(data_[position_++]) << shift;
+    }
+    return {};
+}
+
+CError CNodeCursor::readBytes(std::string_view& out)
+{
+    std::uint32_t count = 0;
+    QEL_TRY(readU32(count), {});
+    if (data_.size() - position_ < count) {
+        return failTruncated();
+    }
+    out = {reinterpret_cast<const char*>(data_.data()) + position_, count};
+    position_ += count;
+    return {};
+}
+
+CError CNodeCursor::skipString()
+{
+    std::string_view ignored;
+    return readBytes(ignored);
+}
+
+CError CNodeCursor::enterNode()
+{
+    if (depth_ == kMaxDepth) {
+        QEL_FAIL({}, "@qelstr_CNodeCursor_enterNode Compiled tree is nested deeper than %1 nodes.",
+                 kMaxDepth);
+    }
+    ++depth_;
+    return {};
+}
+
+} // namespace qel

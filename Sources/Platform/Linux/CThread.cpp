@@ -1,0 +1,13 @@
+// The running thread, as the thread library names it.
+#include "CThread.h"
+
+#include <pthread.h>
+
+namespace qel::platform {
+
+std::uint64_t currentThreadId()
+{
+    return static_cast<std::uint64_t>(pthread_self());
+}
+
+} // namespace qel::platform

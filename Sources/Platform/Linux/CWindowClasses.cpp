@@ -1,0 +1,15 @@
+// X11 knows no window classes to register.
+#include "CWindowClasses.h"
+
+namespace qel::platform {
+
+int registerWindowClasses(const std::string& /*maker*/, const std::string& /*product*/,
+                          WindowClass& outFailed)
+{
+    outFailed = WindowClass::kNone;
+    return 0;
+}
+
+void unregisterWindowClasses() {}
+
+} // namespace qel::platform

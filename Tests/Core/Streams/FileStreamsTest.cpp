@@ -1,0 +1,146 @@
+#include "StreamTestSupport.h"
+
+#include "Streams/CFileReader.h"
+#include "Streams/CFileWriter.h"
+#include "Streams/CResourceReader.h"
+
+#include <filesystem>
+
+namespace qel {
+
+namespace {
+
+class FileStreams : public ::testing::Test
+{
+protected:
+    FileStreams()
+    {
+        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+        folder_ = std::filesystem::temp_directory_path() /
+                  ("drumfell-streams-" + std::to_string(std::random_device{}()) + "-" + info->name());
+        std::filesystem::create_directories(folder_);
+    }
+    ~FileStreams() override { std::filesystem::remove_all(folder_); }
+
+    CString path(std::string_view name) const { return CString::fromUtf8((folder_ / name).string()); }
+    void writeFile(const CString& name, std::string_view text, bool append = false)
+    {
+        CFileWriter writer;
+        ASSERT_TRUE(succeeded(writer.open(name, 0, append)));
+        ASSERT_TRUE(succeeded(writer.write(text.data(), text.size())));
+        ASSERT_TRUE(succeeded(writer.close()));
+    }
+
+    std::filesystem::path folder_;
+};
+
+} // namespace
+
+TEST_F(FileStreams, AppendAndRewriteDoWhatTheySay)
+{
+    const CString name = path("\xC3\xA9tude.bin");
+    writeFile(name, "hello");
+    writeFile(name, " world", true);
+    CFileReader reader;
+    std::int64_t size = 0;
+    char text[5] = {};
+    ASSERT_TRUE(succeeded(reader.open(name, 0)));
+    ASSERT_TRUE(succeeded(reader.getSize(size)));
+    EXPECT_EQ(size, 11);
+    ASSERT_TRUE(succeeded(reader.consume(6)));
+    ASSERT_TRUE(succeeded(reader.read(text, 5)));
+    EXPECT_EQ(std::string(text, 5), "world");
+    ASSERT_TRUE(succeeded(reader.setPosition(1)));
+    ASSERT_TRUE(succeeded(reader.read(text, 4)));
+    EXPECT_EQ(std::string(text, 4), "ello");
+    std::int64_t position = 0;
+    ASSERT_TRUE(succeeded(reader.getPosition(position)));
+    EXPECT_EQ(position, 5);
+
+    writeFile(name, "x");
+    ASSERT_TRUE(succeeded(reader.open(name, 0)));
+    ASSERT_TRUE(succeeded(reader.getSize(size)));
+    EXPECT_EQ(size, 1);
+}
+
+TEST_F(FileStreams, AWriterCanGoBackAndPatch)
+{
+    const CString name = path("patched");
+    CFileWriter writer;
+    std::int64_t value = 0;
+    ASSERT_TRUE(succeeded(writer.open(name, 0, false)));
+    ASSERT_TRUE(succeeded(writer.write("....tail", 8)));
+    ASSERT_TRUE(succeeded(writer.setPosition(0)));
+    ASSERT_TRUE(succeeded(writer.write("head", 4)));
+    ASSERT_TRUE(succeeded(writer.getPosition(value)));
+    EXPECT_EQ(value, 4);
+    ASSERT_TRUE(succeeded(writer.getSize(value)));
+    EXPECT_EQ(value, 8);
+    ASSERT_TRUE(succeeded(writer.close()));
+
+    CResourceReader reader;
+    ASSERT_TRUE(succeeded(reader.open(name))) << "a name that is no resource is a path";
+    char text[8];
+    ASSERT_TRUE(succeeded(reader.read(text, 8)));
+    EXPECT_EQ(std::string(text, 8), "headtail");
+}
+
+TEST_F(FileStreams, TheEndIsAnErrorOnlyForWhoNeedsMore)
+{
+    const CString name = path("short");
+    writeFile(name, "abc");
+    CFileReader reader;
+    ASSERT_TRUE(succeeded(reader.open(name, 0)));
+    char text[8];
+    std::size_t count = 8;
+    EXPECT_TRUE(succeeded(reader.readStreamed(text, count)));
+    EXPECT_EQ(count, 3u);
+    count = 8;
+    EXPECT_TRUE(succeeded(reader.readStreamed(text, count)));
+    EXPECT_EQ(count, 0u);
+    ASSERT_TRUE(succeeded(reader.setPosition(1)));
+    EXPECT_EQ(message(reader.read(text, 8)),
+              "Unable to read from file '" + name.toUtf8() + "' (required 8 bytes, read 2 bytes).");
+}
+
+TEST_F(FileStreams, FailuresNameTheFileWithForwardSlashes)
+{
+    CFileReader reader;
+    const std::string shown = path("no/such").toUtf8();
+    EXPECT_EQ(message(reader.open(path("no\\such"), 3))
+                  .find("Unable to open file '" + shown + "' for reading (error "),
+              0u);
+    EXPECT_NE(message(reader.open(path("none"), 3)).find(", flags 3)."), std::string::npos);
+    std::int64_t value = 0;
+    char byte = 0;
+    EXPECT_NE(message(reader.getSize(value)).find("Unable to get file's"), std::string::npos);
+    EXPECT_NE(message(reader.read(&byte, 1)).find("Unable to read from file"), std::string::npos);
+    EXPECT_NE(message(reader.consume(1)).find("consume position"), std::string::npos);
+    EXPECT_TRUE(succeeded(reader.close()));
+
+    CFileWriter writer;
+    EXPECT_EQ(message(writer.open(path("no/such"), 1, true)), "Unable to open file '" + shown +
+                                                                  "' for appending (error " +
+                                                                  std::to_string(ENOENT) + ", flags 1).");
+    EXPECT_EQ(message(writer.open(path("no/such"), 0, false)), "Unable to open file '" + shown +
+                                                                   "' for rewriting (error " +
+                                                                   std::to_string(ENOENT) + ", flags 0).");
+    EXPECT_NE(message(writer.write(&byte, 1)).find("Unable to write to file"), std::string::npos);
+}
+
+TEST_F(FileStreams, AChunkTravelsThroughAFile)
+{
+    const CString name = path("chunk");
+    const Bytes data = noise(100000);
+    CFileWriter writer;
+    ASSERT_TRUE(succeeded(writer.open(name, 0, false)));
+    ASSERT_TRUE(succeeded(writer.writeCompressedData(CByteBuffer(data), 5)));
+    ASSERT_TRUE(succeeded(writer.close()));
+    CFileReader reader;
+    CByteBuffer out;
+    ASSERT_TRUE(succeeded(reader.open(name, 0)));
+    ASSERT_TRUE(succeeded(reader.readCompressedData(out, 5)));
+    EXPECT_TRUE(std::ranges::equal(out.bytes(), data));
+}
+
+} // namespace qel

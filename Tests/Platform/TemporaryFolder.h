@@ -1,0 +1,62 @@
+// A folder of its own for one test.
+#pragma once
+
+#include "CFile.h"
+#include "CFileSystem.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+namespace qel {
+
+// Made empty by the constructor and removed with its content by the destructor.
+class TemporaryFolder
+{
+public:
+    TemporaryFolder()
+    {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        const std::string name = std::string("drumfell-") + test->test_suite_name() + "-" + test->name() +
+                                 "-" + std::to_string(platform::processId());
+        root_ = std::filesystem::temp_directory_path() / name;
+        std::filesystem::remove_all(root_);
+        std::filesystem::create_directories(root_);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+    ~TemporaryFolder() { std::filesystem::remove_all(root_); }
+
+    std::string path(const std::string& name) const { return (root_ / name).generic_string(); }
+
+private:
+    std::filesystem::path root_;
+};
+
+inline void writeWhole(const std::string& path, const std::string& content,
+                       CFile::Access access = CFile::Access::kRewrite)
+{
+    CFile file;
+    ASSERT_EQ(file.open(path, access), 0);
+    std::size_t written = 0;
+    ASSERT_EQ(file.write(content.data(), content.size(), written), 0);
+    ASSERT_EQ(written, content.size());
+    ASSERT_EQ(file.close(), 0);
+}
+
+inline std::string readWhole(const std::string& path)
+{
+    CFile file;
+    std::int64_t size = 0;
+    EXPECT_EQ(file.open(path, CFile::Access::kRead), 0);
+    EXPECT_EQ(file.getSize(size), 0);
+    // Asks for more than there is, so that a wrong size shows too.
+    std::string content(static_cast<std::size_t>(size) + 16, '\0');
+    std::size_t count = 0;
+    EXPECT_EQ(file.read(content.data(), content.size(), count), 0);
+    content.resize(count);
+    return content;
+}
+
+} // namespace qel

@@ -1,0 +1,233 @@
+// From authored XML to a compiled tree.
+#include "TreeCompiler/CTreeCompiler.h"
+
+#include "CNodeCursor.h"
+#include "TreeCompiler/ToolError.h"
+#include "TreeCompiler/TreeText.h"
+
+#include <algorithm>
+#include <set>
+
+namespace qel::tools {
+
+namespace {
+
+std::string inQuotes(std::string_view text)
+{
+    return "'" + std::string(text) + "'";
+}
+
+bool isElement(pugi::xml_node node, std::string_view name)
+{
+    return node.type() == pugi::node_element && node.name() == name;
+}
+
+} // namespace
+
+bool CTreeCompiler::compile(const std::filesystem::path& file)
+{
+    try {
+        CXmlSource source(file, file.string(), diagnostics_);
+        files_.push_back(file);
+        openFiles_.push_back(std::filesystem::weakly_canonical(file));
+        if (const pugi::xml_node element = rootElement(source)) {
+            if (const auto name = element.attribute("name")) {
+                source.report(name, "the root has no name; an attribute called 'name' is an <attr>");
+            }
+            compileAttributes(source, element, root_, {"name"});
+            compileContent(source, element, root_, 1);
+        }
+        openFiles_.pop_back();
+    } catch (const CToolError& error) {
+        diagnostics_.push_back({file.string(), 0, 0, error.what()});
+    }
+    return diagnostics_.empty();
+}
+
+pugi::xml_node CTreeCompiler::rootElement(CXmlSource& source)
+{
+    if (!source.isGood()) {
+        return {};
+    }
+    pugi::xml_node root;
+    for (const pugi::xml_node node : source.document()) {
+        if (node.type() != pugi::node_element) {
+            source.report(node, "text outside the root element");
+        } else if (root) {
+            source.report(node, "a second root element");
+        } else if (!isElement(node, "tree")) {
+            source.report(node, "the root element must be <tree>, not <" + std::string(node.name()) + ">");
+            return {};
+        } else {
+            root = node;
+        }
+    }
+    if (!root) {
+        diagnostics_.push_back({source.shownName(), 1, 1, "no root element <tree>"});
+    }
+    return root;
+}
+
+void CTreeCompiler::compileContent(CXmlSource& source, pugi::xml_node element, CTreeNode& target, int depth)
+{
+    for (const pugi::xml_node child : element.children()) {
+        if (child.type() != pugi::node_element) {
+            source.report(child, "text is not part of a tree; values are attributes");
+        } else if (isElement(child, "attr")) {
+            compileExtraAttribute(source, child, target);
+        } else if (isElement(child, "include")) {
+            compileInclude(source, child, target, depth);
+        } else {
+            compileElement(source, child, target, depth + 1);
+        }
+    }
+}
+
+void CTreeCompiler::compileElement(CXmlSource& source, pugi::xml_node element, CTreeNode& parent, int depth)
+{
+    if (depth > CNodeCursor::kMaxDepth) {
+        source.report(element, "nested deeper than the " + std::to_string(CNodeCursor::kMaxDepth) +
+                                   " nodes that the loader allows");
+        return;
+    }
+    if (isElement(element, "template")) {
+        parent.children.push_back(compileTemplate(source, element, depth));
+        return;
+    }
+    CTreeNode node;
+    node.name = rawText(source, element.attribute("name"));
+    Reserved reserved = {"name"};
+    if (isElement(element, "tree")) {
+        source.report(element, "<tree> is the root; a node with this tag is written as <node tag=\"tree\">");
+    } else if (isElement(element, "node")) {
+        reserved.push_back("tag");
+        if (!element.attribute("tag")) {
+            source.report(element, "<node> needs the attribute 'tag'");
+        }
+        node.tag = rawText(source, element.attribute("tag"));
+    } else if (const auto tag = latin1FromUtf8(element.name())) {
+        node.tag = *tag;
+    } else {
+        source.report(element, "tag " + inQuotes(element.name()) + " has a character outside Latin-1");
+    }
+    compileAttributes(source, element, node, reserved);
+    compileContent(source, element, node, depth);
+    parent.children.push_back(std::move(node));
+}
+
+CTreeNode CTreeCompiler::compileTemplate(CXmlSource& source, pugi::xml_node element, int depth)
+{
+    CTreeNode holder;
+    holder.tag = "template";
+    holder.templateFlag = CTreeNode::kTemplateFlag;
+    for (const char* needed : {"name", "content-tag"}) {
+        if (!element.attribute(needed)) {
+            source.report(element, "<template> needs the attribute '" + std::string(needed) + "'");
+        }
+    }
+    holder.name = rawText(source, element.attribute("name"));
+    holder.contentTag = rawText(source, element.attribute("content-tag"));
+    CTreeNode body;
+    body.tag = holder.contentTag;
+    compileAttributes(source, element, body, {"name", "content-tag"});
+    // The body is a node of its own below the holder.
+    compileContent(source, element, body, depth + 1);
+    holder.children.push_back(std::move(body));
+    return holder;
+}
+
+void CTreeCompiler::compileAttributes(CXmlSource& source, pugi::xml_node element, CTreeNode& target,
+                                      const Reserved& reserved)
+{
+    std::set<std::string_view> seen;
+    for (const pugi::xml_attribute attribute : element.attributes()) {
+        const std::string_view key = attribute.name();
+        if (!seen.insert(key).second) {
+            source.report(attribute, "attribute " + inQuotes(key) +
+                                         " stands twice; repeat it as <attr key=\"" + std::string(key) +
+                                         "\" value=\"...\"/>");
+        } else if (std::ranges::find(reserved, key) == reserved.end()) {
+            if (const auto raw = latin1FromUtf8(key)) {
+                addAttribute(source, attribute, *raw, target);
+            } else {
+                source.report(attribute,
+                              "attribute key " + inQuotes(key) + " has a character outside Latin-1");
+            }
+        }
+    }
+}
+
+void CTreeCompiler::compileExtraAttribute(CXmlSource& source, pugi::xml_node element, CTreeNode& target)
+{
+    const pugi::xml_attribute key = element.attribute("key");
+    const pugi::xml_attribute value = element.attribute("value");
+    const auto count = std::distance(element.attributes_begin(), element.attributes_end());
+    if (!key || !value || count != 2 || element.first_child()) {
+        source.report(element, "<attr> has the attributes 'key' and 'value' and nothing else");
+        return;
+    }
+    if (!target.children.empty()) {
+        source.report(element,
+                      "<attr> must stand before the child nodes, since it is applied before they are made");
+        return;
+    }
+    addAttribute(source, value, rawText(source, key), target);
+}
+
+void CTreeCompiler::compileInclude(CXmlSource& source, pugi::xml_node element, CTreeNode& target, int depth)
+{
+    const pugi::xml_attribute file = element.attribute("file");
+    if (!file || file.next_attribute() || file.previous_attribute() || element.first_child()) {
+        source.report(element, "<include> has the attribute 'file' and nothing else");
+        return;
+    }
+    const std::filesystem::path path = source.path().parent_path() / file.value();
+    const auto canonical = std::filesystem::weakly_canonical(path);
+    if (std::ranges::find(openFiles_, canonical) != openFiles_.end()) {
+        source.report(file, inQuotes(file.value()) + " includes itself");
+        return;
+    }
+    try {
+        CXmlSource included(path, path.string(), diagnostics_);
+        if (std::ranges::find(files_, path) == files_.end()) {
+            files_.push_back(path);
+        }
+        openFiles_.push_back(canonical);
+        if (const pugi::xml_node root = rootElement(included)) {
+            if (const auto attribute = root.first_attribute()) {
+                included.report(attribute,
+                                "the root of an included file has no attributes; they would be lost");
+            }
+            compileContent(included, root, target, depth);
+        }
+        openFiles_.pop_back();
+    } catch (const CToolError& error) {
+        source.report(file, error.what());
+    }
+}
+
+std::string CTreeCompiler::rawText(CXmlSource& source, pugi::xml_attribute attribute)
+{
+    if (!attribute) {
+        return "";
+    }
+    const auto raw = latin1FromUtf8(attribute.value());
+    if (!raw) {
+        source.report(attribute,
+                      "attribute " + inQuotes(attribute.name()) + " has a character outside Latin-1");
+        return "";
+    }
+    return *raw;
+}
+
+void CTreeCompiler::addAttribute(CXmlSource& source, pugi::xml_attribute place, std::string key,
+                                 CTreeNode& target)
+{
+    std::string value = place.value();
+    if (const std::string problem = valueProblem(value); !problem.empty()) {
+        source.report(place, "the value of " + inQuotes(utf8FromLatin1(key)) + " " + problem);
+    }
+    target.attributes.emplace_back(std::move(key), std::move(value));
+}
+
+} // namespace qel::tools
