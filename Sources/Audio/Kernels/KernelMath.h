@@ -1,14 +1,15 @@
 // The elementary functions that kernels use.
 #pragma once
 
-#include <cmath>
+#include "Math/Elementary.h"
+
 #include <numbers>
 
 namespace qel::kernelmath {
 
 inline constexpr double kPi = std::numbers::pi;
 
-using std::cos;
-using std::sin;
+using math::cos;
+using math::sin;
 
 } // namespace qel::kernelmath
