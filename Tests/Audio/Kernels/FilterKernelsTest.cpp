@@ -405,6 +405,30 @@ TEST(FilterKernels, UpdateOfAFirstOrderChainClearsItAndReadsItsSecondOperand)
     EXPECT_EQ(rig.read(state, 5), (Signal{0.25, 0, 0, 0, 0}));
 }
 
+// The state of order 2 is the index, path B's last output, two coefficients and two rings of four pairs.
+TEST(FilterKernels, AHalfBandStateKeepsItsPlaceInTheRingsBetweenBlocks)
+{
+    KernelRig rig;
+    const CBufferRef state = rig.bytes(160);
+    const CBufferRef out = rig.buffer(Signal(5));
+    const auto index = [&] {
+        std::int64_t value;
+        std::memcpy(&value, rig.context().address(state), sizeof value);
+        return value;
+    };
+    rig.run("flthbf2i", 0, 0, {state, rig.buffer({0.25, 0.5})});
+    EXPECT_EQ(index(), 3);
+    double input = 1;
+    for (const std::int64_t expected : {2, 1, 0, 3, 2, 1, 0}) {
+        rig.run("flthbf2", 1, 0, {out, state, rig.buffer({++input})});
+        EXPECT_EQ(index(), expected);
+        const std::size_t newest = static_cast<std::size_t>((expected + 1) & 3);
+        EXPECT_EQ(rig.read(state, 20)[4 + 2 * newest], input);
+    }
+    rig.run("flthbf2", 5, 0, {out, state, rig.buffer(Signal(5))});
+    EXPECT_EQ(index(), 3);
+}
+
 // Order 2 for a transition band of a quarter of the rate: the published pair of coefficients reaches 62 dB.
 TEST(FilterKernels, ADesignedHalfBandPassesTheLowerAndStopsTheUpperHalf)
 {
