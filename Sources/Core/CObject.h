@@ -155,15 +155,17 @@ public:
 
     // --- events (any thread may call notify)
 
-    // Calls this class's handler `handlerName` when the object with full name `senderPath` raises
-    // `eventName`. An unknown handler is traced and ignored.
+    // Calls this class's handler `handlerName` when the object at `senderPath` raises `eventName`. A path
+    // that leads nowhere is taken as the full name of an object still to come. An unknown handler is traced
+    // and ignored; so is a second subscription with the same handler.
     void listenObject(const CString& senderPath, const CString& eventName, const CString& handlerName);
     void unlistenObject(const CString& senderPath, const CString& eventName, const CString& handlerName);
     // Raises an event in the name of this object. Handlers run at once on the tree's own thread, and are
     // posted to it from another thread or with `post`. Stops at the first handler that fails. A no-op in a
     // tree without a server.
     CError notify(const CString& eventName, const CAttrMap& parameters, bool post);
-    // The same to one listener only.
+    // The same to one object: through its subscriptions to this event, or else through the handler that its
+    // class has under the event's own name. Nothing happens if there is neither.
     CError notifyTo(const CString& listenerPath, const CString& eventName, const CAttrMap& parameters,
                     bool post);
 
@@ -185,6 +187,7 @@ private:
     CError initNewChild(CObject& child, void* creationData, const CAttrMap* attributes);
     void registerTemplate(CObject& holder);
     void numberObject();
+    CString senderName(const CString& path);
 
     CError loadTemplateBody(CNodeCursor& cursor);
     CError loadAttributes(CNodeCursor& cursor, bool skip);
