@@ -1,0 +1,82 @@
+// A change to a parameter on its way to the audio thread and into the slots.
+#pragma once
+
+#include "CAudioParamStorage.h"
+
+#include <memory>
+
+namespace qel {
+
+class CAudioParam;
+class CAudioParamEvent;
+class CAudioParamEventPool;
+struct CAudioParamBinding;
+
+// The place of an event in one queue.
+struct CAudioParamEventNode
+{
+    CAudioParamEvent* event = nullptr;
+    CAudioParamBinding* binding = nullptr;
+    CAudioParamEventNode* next = nullptr;
+    bool isReserve = false; // comes from the reserve of the audio side
+};
+
+// A change record with its own copy of the values (up to 16 numbers inside the event) and of the strings they
+// stand for, and one queue node for each slot that was bound when it was made: so handing it out on the audio
+// thread costs no memory. Lives in a CAudioParamEventPool.
+//
+// A control thread fills it; from the moment its batch is taken it belongs to the audio thread, whose plain
+// count says how many places still need it. The last release() sends it back to the control side.
+class CAudioParamEvent
+{
+public:
+    static constexpr std::size_t kInlineValues = 16;
+
+    CAudioParamEvent() = default;
+    CAudioParamEvent(const CAudioParamEvent&) = delete;
+    CAudioParamEvent& operator=(const CAudioParamEvent&) = delete;
+
+    CAudioParam& getParam() const { return *param_; }
+    const CAudioParamChange& getChange() const { return change_; }
+    // Seconds: within the processing call until the audio side dates it, then on the clock of CAudioEnv.
+    double getTime() const { return change_.time; }
+
+    // --- control threads, while the event is in no batch or in one that was not taken
+
+    void set(CAudioParam& param, const CAudioParamChange& change);
+    // Makes it the event that gives the audio side's own storage its format: `storage` takes its place there.
+    // Slots take no notice of it.
+    void setReplacement(CAudioParam& param, std::unique_ptr<CAudioParamStorage> storage);
+    // True if nothing would be lost were this event dropped in favour of `later`, which comes behind it.
+    bool isSupersededBy(const CAudioParam& param, const CAudioParamChange& later) const;
+
+    // --- audio thread: no locks, no allocation
+
+    // Carries the change out; a storage of another format ignores it and gives false. Allocates only when a
+    // value list is longer than the storage has room for.
+    bool applyTo(CAudioParamStorage& storage) const { return !replacement_ && storage.write(change_); }
+    // The same for the audio side's own storage of the parameter.
+    void applyToAudio(CAudioParamStorage& storage);
+    bool isReplacement() const { return replacement_ != nullptr; }
+    void shiftTime(double seconds) { change_.time += seconds; }
+    void retain() { ++references_; }
+    void release();
+
+    CAudioParamEvent* next = nullptr;       // in a batch, then in the parameter's list of pending events
+    CAudioParamEvent* retireNext = nullptr; // in a free list
+
+private:
+    friend class CAudioParamEventPool;
+
+    CAudioParamEventPool* home_ = nullptr;
+    CAudioParam* param_ = nullptr;
+    CAudioParamChange change_;
+    CInlineArray<double, kInlineValues> values_;
+    CAudioParamData pool_;
+    std::unique_ptr<CAudioParamStorage> replacement_;
+    CAudioParamEventNode* nodes_ = nullptr;
+    std::int32_t references_ = 0;
+    bool isAudioOwned_ = false; // goes back to the audio side's own reserve
+};
+
+} // namespace qel

@@ -1,0 +1,64 @@
+// The changes that wait for one target.
+#include "CAudioParamEventQueue.h"
+
+#include "CAudioParamEventPool.h"
+
+namespace qel {
+
+void CAudioParamEventQueue::push(CAudioParamEvent& event, CAudioParamBinding& binding,
+                                 CAudioParamEventPool& pool)
+{
+    pool_ = &pool;
+    CAudioParamEventNode& node = pool.takeNode(event);
+    node.binding = &binding;
+    node.next = nullptr;
+    (last_ ? last_->next : first_) = &node;
+    last_ = &node;
+    event.retain();
+}
+
+void CAudioParamEventQueue::pop()
+{
+    if (CAudioParamEventNode* node = first_) {
+        first_ = node->next;
+        if (!first_) {
+            last_ = nullptr;
+        }
+        give(*node);
+    }
+}
+
+void CAudioParamEventQueue::clear()
+{
+    while (first_) {
+        pop();
+    }
+}
+
+void CAudioParamEventQueue::remove(const CAudioParamBinding& binding)
+{
+    CAudioParamEventNode* previous = nullptr;
+    CAudioParamEventNode* node = first_;
+    while (node) {
+        CAudioParamEventNode* following = node->next;
+        if (node->binding == &binding) {
+            (previous ? previous->next : first_) = following;
+            if (node == last_) {
+                last_ = previous;
+            }
+            give(*node);
+        } else {
+            previous = node;
+        }
+        node = following;
+    }
+}
+
+void CAudioParamEventQueue::give(CAudioParamEventNode& node)
+{
+    CAudioParamEvent& event = *node.event;
+    pool_->giveBackNode(node);
+    event.release();
+}
+
+} // namespace qel

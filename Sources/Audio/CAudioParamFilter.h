@@ -1,0 +1,50 @@
+// Writes parameters from other parameters.
+#pragma once
+
+#include "CAudioParamContext.h"
+#include "CCheckedObject.h"
+#include "CError.h"
+#include "CInlineArray.h"
+#include "CString.h"
+
+#include <vector>
+
+namespace qel {
+
+class CAudioParamCollector;
+
+// A rule that keeps destinations in step with sources: the destination at an index follows the source at the
+// same index, and destinations without a source of their own follow the last one. Owned by the process whose
+// definition declares it; init and release on control threads. onParamChange runs in the thread that wrote
+// the source, inside the source's lock, so that a destination can never be left behind by two writers; a rule
+// that would feed a parameter from itself, directly or through other filters, is refused.
+class CAudioParamFilter : public CCheckedObject
+{
+public:
+    CAudioParamFilter() = default;
+    CAudioParamFilter(const CAudioParamFilter&) = delete;
+    CAudioParamFilter& operator=(const CAudioParamFilter&) = delete;
+    ~CAudioParamFilter() override;
+
+    // Names are relative to the process with this full name; remaps are followed.
+    virtual CError init(CAudioParamCollector& collector, const CString& processName,
+                        const std::vector<CString>& sources, const std::vector<CString>& destinations);
+    // A source has changed; it holds the new values. The change itself carries none.
+    virtual void onParamChange(CAudioParam& source, const CAudioParamChange& change,
+                               CAudioParamContext& context) = 0;
+    // Leaves the sources. Harmless when repeated.
+    virtual void release();
+
+protected:
+    // The destinations that follow this source.
+    std::vector<CAudioParam*> destinationsOf(const CAudioParam& source) const;
+
+private:
+    // True if a change of `from` reaches `target` through filters.
+    static bool feeds(CAudioParam& from, const CAudioParam& target);
+
+    CInlineArray<CAudioParam*, 4> sources_;
+    CInlineArray<CAudioParam*, 4> destinations_;
+};
+
+} // namespace qel

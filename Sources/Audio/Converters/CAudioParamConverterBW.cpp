@@ -1,0 +1,40 @@
+// Bandwidths in octaves.
+#include "Converters/CAudioParamConverterBW.h"
+
+#include "Converters/DisplayNumber.h"
+
+namespace qel {
+
+namespace {
+
+constexpr double kUnusableTextOctaves = 0.001;
+
+} // namespace
+
+double CAudioParamConverterBW::textToValue(const CAudioParamInfo&, std::int32_t, const CString& text,
+                                           bool* ok) const
+{
+    const auto number = parseDisplayNumber(text);
+    setFlag(ok, number.has_value());
+    return number.value_or(kUnusableTextOctaves);
+}
+
+CString CAudioParamConverterBW::valueToText(const CAudioParamInfo&, std::int32_t, double value,
+                                            const CAudioParamData*, TextMode) const
+{
+    return formatDisplayNumber(value, 2);
+}
+
+double CAudioParamConverterBW::normToValue(const CAudioParamInfo& info, std::int32_t element,
+                                           double norm) const
+{
+    return squaredNormToValue(info, element, norm);
+}
+
+double CAudioParamConverterBW::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
+                                           double value) const
+{
+    return squaredValueToNorm(info, element, value);
+}
+
+} // namespace qel

@@ -1,0 +1,68 @@
+// Frequencies in Hz.
+#include "Converters/CAudioParamConverterFreq.h"
+
+#include "Converters/DisplayNumber.h"
+
+namespace qel {
+
+namespace {
+
+CString inKilohertz(double hz, int decimals)
+{
+    return formatDisplayNumber(hz / 1000.0, decimals) + "k";
+}
+
+// The limits are tested on what would be shown, so that 99.96 reads "100", never "100.0".
+CString normalText(double hz)
+{
+    if (roundHalfAway(10.0 * hz) < 1000.0) {
+        return formatDisplayNumber(hz, 1);
+    }
+    if (roundHalfAway(hz) < 1000.0) {
+        return formatDisplayNumber(hz, 0);
+    }
+    return inKilohertz(hz, roundHalfAway(0.1 * hz) < 1000.0 ? 2 : 1);
+}
+
+CString compactText(double hz)
+{
+    if (roundHalfAway(10.0 * hz) < 10000.0) {
+        return formatDisplayNumber(hz, 0);
+    }
+    return inKilohertz(hz, roundHalfAway(hz) < 100000.0 ? 1 : 0);
+}
+
+} // namespace
+
+double CAudioParamConverterFreq::textToValue(const CAudioParamInfo& info, std::int32_t element,
+                                             const CString& text, bool* ok) const
+{
+    const char16_t last = text.isEmpty() ? u'\0' : text[text.length() - 1];
+    const bool isKilo = last == u'k' || last == u'K';
+    const auto number = parseDisplayNumber(isKilo ? text.substring(0, text.length() - 1) : text);
+    setFlag(ok, number.has_value());
+    if (!number) {
+        return minOf(info, element);
+    }
+    return isKilo ? *number * 1000.0 : *number;
+}
+
+CString CAudioParamConverterFreq::valueToText(const CAudioParamInfo&, std::int32_t, double value,
+                                              const CAudioParamData*, TextMode mode) const
+{
+    return mode == TextMode::kCompact ? compactText(value) : normalText(value);
+}
+
+double CAudioParamConverterFreq::normToValue(const CAudioParamInfo& info, std::int32_t element,
+                                             double norm) const
+{
+    return logNormToValue(info, element, norm);
+}
+
+double CAudioParamConverterFreq::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
+                                             double value) const
+{
+    return logValueToNorm(info, element, value);
+}
+
+} // namespace qel

@@ -1,0 +1,23 @@
+// Numbers as users read and type them.
+#pragma once
+
+#include "CString.h"
+
+#include <optional>
+
+namespace qel {
+
+// Halves go away from zero, as people round; never a negative zero.
+double roundHalfAway(double value);
+
+// Optional "-", digits, optional "." or "," and digits; at least one digit and nothing else. Independent of
+// the locale. The number is put together in 64-bit integers and divided once, so every text of up to 15
+// digits gives the double nearest to it. Of longer ones the integer digits without room count as zeros (the
+// result may be infinite) and such fraction digits are dropped.
+std::optional<double> parseDisplayNumber(const CString& text);
+
+// Decimal text with a fixed number of decimals (0 to 10), halves away from zero. What shows as zero has no
+// sign. Empty for what is not finite: there is no text for it.
+CString formatDisplayNumber(double value, int decimals);
+
+} // namespace qel

@@ -1,0 +1,84 @@
+// A shared tree with converters, and declarations of one element, for tests of what works on parameters.
+#pragma once
+
+#include "CAudioParamInfo.h"
+#include "CCreatorRegistry.h"
+#include "Converters/CAudioParamConverterBW.h"
+#include "Converters/CAudioParamConverterEnum.h"
+#include "Converters/CAudioParamConverterFreq.h"
+#include "Converters/CAudioParamConverterGain.h"
+#include "Converters/CAudioParamConverterPercent.h"
+#include "Converters/CAudioParamConverterRatio.h"
+#include "Converters/CAudioParamConverterReal.h"
+#include "Converters/CAudioParamConverterText.h"
+#include "Converters/CAudioParamConverterTime.h"
+#include "TestTree.h"
+
+namespace qel::test {
+
+template <class Class>
+CCreatorRow creatorRow(const char* tag)
+{
+    return {tag, &newObject<Class>, &Class::buildClassInfo};
+}
+
+inline CError registerConverters()
+{
+    const CCreatorRow rows[] = {
+        creatorRow<CAudioParamConverterBW>("audio:cvt-bw"),
+        creatorRow<CAudioParamConverterEnum>("audio:cvt-enum"),
+        creatorRow<CAudioParamConverterFreq>("audio:cvt-freq"),
+        creatorRow<CAudioParamConverterGain>("audio:cvt-gain"),
+        creatorRow<CAudioParamConverterPercent>("audio:cvt-percent"),
+        creatorRow<CAudioParamConverterRatio>("audio:cvt-ratio"),
+        creatorRow<CAudioParamConverterReal>("audio:cvt-real"),
+        creatorRow<CAudioParamConverterText>("audio:cvt-text"),
+        creatorRow<CAudioParamConverterTime>("audio:cvt-time"),
+        {},
+    };
+    return registerCreators(rows);
+}
+
+// The converters most parameters use, where parameters look for them.
+inline TreeNode converterNode()
+{
+    TreeNode converters("core:object", "paramcvt");
+    converters.child(TreeNode("audio:cvt-gain", "gain").attr("label", "dB"))
+        .child(TreeNode("audio:cvt-freq", "freq"))
+        .child(TreeNode("audio:cvt-real", "real").attr("decimals", "2"))
+        .child(TreeNode("audio:cvt-percent", "percent"))
+        .child(TreeNode("audio:cvt-time", "time"))
+        .child(TreeNode("audio:cvt-time", "timelog").attr("is-log", "true"))
+        .child(TreeNode("audio:cvt-time", "time-sec").attr("scale", "1.0"))
+        .child(TreeNode("audio:cvt-time", "time-exact").attr("is-exact", "true").attr("is-precise", "true"))
+        .child(TreeNode("audio:cvt-ratio", "ratio"))
+        .child(TreeNode("audio:cvt-text", "text"))
+        .child(TreeNode("audio:cvt-bw", "bw"))
+        .child(TreeNode("audio:cvt-enum", "enum"))
+        .child(
+            TreeNode("audio:cvt-enum", "enum-slope").attr("state-names", "-6 dB/oct|-6;-12 soft|-12sft;Off"));
+    return TreeNode("core:object", "audio").child(converters);
+}
+
+// The shared tree holds converters while the test runs. Other classes register in the derived suite.
+class ConverterTest : public ObjectTreeTest
+{
+public:
+    static void SetUpTestSuite() { ASSERT_OK(registerConverters()); }
+    static void TearDownTestSuite() { clearCreators(); }
+
+protected:
+    ConverterTest() { EXPECT_OK(shared_.load(TreeNode().child(converterNode()))); }
+
+    // A declaration with this converter and this range in display units.
+    static CAudioParamInfo infoOf(const char* converter, const char* min, const char* max)
+    {
+        CAudioParamInfo info;
+        info.converterNames = {converter};
+        EXPECT_OK(info.parseConverterNames());
+        EXPECT_OK(info.convertMinMaxValues(min, max));
+        return info;
+    }
+};
+
+} // namespace qel::test

@@ -1,0 +1,319 @@
+// Values, positions and texts of every kind of converter.
+#include "ConverterTree.h"
+
+#include <cmath>
+
+namespace qel {
+namespace {
+
+using Mode = CAudioParamConverter::TextMode;
+using test::ConverterTest;
+using test::TreeNode;
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+class ConvertersTest : public ConverterTest
+{
+protected:
+    static double parse(const CAudioParamInfo& info, const char* text)
+    {
+        bool ok = false;
+        const double value = info.converters[0]->textToValue(info, 0, text, &ok);
+        EXPECT_TRUE(ok) << text;
+        return value;
+    }
+    static double parseClamped(const CAudioParamInfo& info, const char* text)
+    {
+        bool ok = false;
+        const double value = info.converters[0]->textToValueClamped(info, 0, text, &ok);
+        EXPECT_TRUE(ok) << text;
+        return value;
+    }
+    // The text must be refused by both forms, which give these values instead.
+    static void expectUnusable(const CAudioParamInfo& info, const char* text, double value, double clamped)
+    {
+        bool ok = true;
+        EXPECT_EQ(info.converters[0]->textToValue(info, 0, text, &ok), value) << text;
+        EXPECT_FALSE(ok) << text;
+        ok = true;
+        EXPECT_EQ(info.converters[0]->textToValueClamped(info, 0, text, &ok), clamped) << text;
+        EXPECT_FALSE(ok) << text;
+        EXPECT_EQ(info.converters[0]->textToValue(info, 0, text, nullptr), value) << "without a flag";
+    }
+    static std::string textOf(const CAudioParamInfo& info, double value, Mode mode = Mode::kNormal)
+    {
+        return info.converters[0]->valueToText(info, 0, value, nullptr, mode).toUtf8();
+    }
+    static double valueAt(const CAudioParamInfo& info, double norm)
+    {
+        return info.converters[0]->normToValue(info, 0, norm);
+    }
+    static double normOf(const CAudioParamInfo& info, double value)
+    {
+        return info.converters[0]->valueToNorm(info, 0, value);
+    }
+    // Loads one converter on its own; the error of its init or attributes comes back.
+    CError loadConverter(TreeNode node) { return root_.load(TreeNode().child(std::move(node))); }
+};
+
+struct TextCase
+{
+    double value;
+    const char* normal;
+    const char* compact;
+};
+
+TEST_F(ConvertersTest, GainTextIsInDecibels)
+{
+    const CAudioParamInfo info = infoOf("gain", "-12", "12");
+    EXPECT_EQ(parse(info, "0"), 1.0);
+    EXPECT_NEAR(parse(info, "6"), 1.99526231, 1e-8);
+    EXPECT_EQ(parse(info, "6,5"), parse(info, "6.5"));
+    EXPECT_NEAR(parse(info, "24"), 15.8489319, 1e-7);
+    EXPECT_EQ(parseClamped(info, "24"), info.maxValues[0]);
+    EXPECT_EQ(parseClamped(info, "-24"), info.minValues[0]);
+    EXPECT_EQ(parseClamped(info, "999999"), info.maxValues[0]) << "more than a double can hold";
+    expectUnusable(info, "abc", info.minValues[0], info.minValues[0]);
+    expectUnusable(info, "", info.minValues[0], info.minValues[0]);
+
+    EXPECT_EQ(textOf(info, 1.0), "0.0");
+    EXPECT_EQ(textOf(info, 0.99999), "0.0");
+    EXPECT_EQ(textOf(info, parse(info, "-6.5")), "-6.5");
+    EXPECT_EQ(textOf(info, parse(info, "-6.5"), Mode::kCompact), "-7");
+    EXPECT_EQ(textOf(info, parse(info, "-6.5"), Mode::kShort), "-6.5");
+    for (const double noGain : {0.0, -1.0, std::nan("")}) {
+        EXPECT_EQ(textOf(info, noGain), "-12.0");
+    }
+    EXPECT_EQ(textOf(info, kInfinity), "");
+}
+
+// Knobs rest at the centre of symmetric ranges: that has to be unity to the last bit, not close to it.
+TEST_F(ConvertersTest, TheCentreOfASymmetricGainRangeIsExactlyUnity)
+{
+    for (const int range : {1, 3, 6, 12, 18, 24, 48}) {
+        const std::string max = std::to_string(range);
+        const CAudioParamInfo info = infoOf("gain", ("-" + max).c_str(), max.c_str());
+        EXPECT_EQ(valueAt(info, 0.5), 1.0) << range;
+        EXPECT_NEAR(normOf(info, 1.0), 0.5, 1e-15) << range;
+    }
+}
+
+TEST_F(ConvertersTest, FrequencyTextKeepsThreeDigitsOrSo)
+{
+    const CAudioParamInfo info = infoOf("freq", "20", "20k");
+    EXPECT_EQ(info.maxValues[0], 20000.0);
+    EXPECT_EQ(parse(info, "1k"), 1000.0);
+    EXPECT_EQ(parse(info, "1,5K"), 1500.0);
+    EXPECT_EQ(parseClamped(info, "100k"), 20000.0);
+    for (const char* text : {"k", "1kk", "k1", "1 k", "1m"}) {
+        expectUnusable(info, text, 20.0, 20.0);
+    }
+    const TextCase cases[] = {
+        {20.0, "20.0", "20"},         {99.94, "99.9", "100"},      {99.95, "100", "100"},
+        {99.96, "100", "100"},        {999.4, "999", "999"},       {999.6, "1.00k", "1000"},
+        {999.96, "1.00k", "1.0k"},    {1500.0, "1.50k", "1.5k"},   {9994.0, "9.99k", "10.0k"},
+        {9996.0, "10.0k", "10.0k"},   {15000.0, "15.0k", "15.0k"}, {99999.4, "100.0k", "100.0k"},
+        {150000.0, "150.0k", "150k"},
+    };
+    for (const TextCase& c : cases) {
+        EXPECT_EQ(textOf(info, c.value), c.normal) << c.value;
+        EXPECT_EQ(textOf(info, c.value, Mode::kCompact), c.compact) << c.value;
+    }
+    EXPECT_NEAR(valueAt(info, 0.5), std::sqrt(20.0 * 20000.0), 1e-10) << "positions are logarithmic";
+}
+
+TEST_F(ConvertersTest, TimeTextIsInDisplayUnits)
+{
+    const CAudioParamInfo info = infoOf("time", "0", "5000");
+    EXPECT_EQ(parse(info, "25"), 0.025);
+    expectUnusable(info, "1.5*", 0.0, 0.0);
+    const TextCase cases[] = {
+        {0.0045, "4.50", "4.5"}, {0.0095, "9.5", "10"},   {0.00949, "9.49", "9.5"}, {0.0255, "25.5", "25"},
+        {0.0994, "99.4", "99"},  {0.0996, "100", "0.1*"}, {0.25, "250", "0.3*"},    {1.5, "1500", "1.5*"},
+    };
+    for (const TextCase& c : cases) {
+        EXPECT_EQ(textOf(info, c.value), c.normal) << c.value;
+        EXPECT_EQ(textOf(info, c.value, Mode::kCompact), c.compact) << c.value;
+    }
+    const CAudioParamInfo exact = infoOf("time-exact", "0", "5000");
+    EXPECT_EQ(textOf(exact, 0.0045), "4.500");
+    EXPECT_EQ(textOf(exact, 1.5), "1500.000");
+    const CAudioParamInfo seconds = infoOf("time-sec", "0", "10");
+    EXPECT_EQ(parse(seconds, "2.5"), 2.5);
+    EXPECT_EQ(textOf(seconds, 2.5), "2.50");
+}
+
+TEST_F(ConvertersTest, TimePositionsAreSquaredLinearOrLogarithmic)
+{
+    EXPECT_EQ(valueAt(infoOf("time", "0", "1000"), 0.5), 0.25);
+    EXPECT_EQ(valueAt(infoOf("time-exact", "0", "1000"), 0.5), 0.5);
+    EXPECT_NEAR(valueAt(infoOf("timelog", "1", "100"), 0.5), 0.01, 1e-17);
+    EXPECT_EQ(normOf(infoOf("time", "0", "1000"), 0.25), 0.5);
+    EXPECT_EQ(normOf(infoOf("time", "0", "1000"), -0.25), 0.5) << "a value below the range is mirrored";
+}
+
+TEST_F(ConvertersTest, PlainNumbersPercentAndBandwidth)
+{
+    const CAudioParamInfo real = infoOf("real", "1", "1000");
+    EXPECT_EQ(parse(real, "140.25"), 140.25);
+    EXPECT_EQ(textOf(real, 140.25), "140.25");
+    EXPECT_EQ(textOf(real, 140.5, Mode::kCompact), "141");
+
+    const CAudioParamInfo percent = infoOf("percent", "0.0", "100.0");
+    EXPECT_EQ(percent.maxValues[0], 1.0);
+    EXPECT_EQ(parse(percent, "12.5"), 0.125);
+    EXPECT_EQ(textOf(percent, 0.125), "12.5");
+    EXPECT_EQ(textOf(percent, 0.125, Mode::kCompact), "13");
+    EXPECT_EQ(valueAt(percent, 0.25), 0.25);
+
+    const CAudioParamInfo bandwidth = infoOf("bw", "0.01", "7");
+    EXPECT_DOUBLE_EQ(valueAt(bandwidth, 0.5), 1.7575);
+    EXPECT_EQ(textOf(bandwidth, 0.7071), "0.71");
+    EXPECT_EQ(textOf(bandwidth, 0.7071, Mode::kCompact), "0.71");
+    expectUnusable(bandwidth, "wide", 0.001, 0.01);
+}
+
+TEST_F(ConvertersTest, RatiosAreReciprocals)
+{
+    const CAudioParamInfo info = infoOf("ratio", "1:1", "20:1");
+    EXPECT_EQ(info.minValues[0], 0.999) << "1:1 stays just below unity";
+    EXPECT_EQ(parse(info, "4:1"), 0.25);
+    EXPECT_EQ(parse(info, "3:2"), 2.0 / 3.0);
+    EXPECT_EQ(parse(info, "1000:1001"), 0.999);
+    EXPECT_EQ(parseClamped(info, "4:1"), 0.25);
+    EXPECT_EQ(parseClamped(info, "40:1"), 0.05) << "the limits of an inverted range are swapped";
+    for (const char* text : {"4", "", ":", "4:", ":1", "0:1", "1:0", "-4:1", "4:1:1"}) {
+        expectUnusable(info, text, 0.5, info.minValues[0]);
+    }
+    EXPECT_EQ(textOf(info, 0.25), "4.0:1");
+    EXPECT_EQ(textOf(info, 0.05, Mode::kCompact), "20:1");
+    EXPECT_EQ(textOf(info, 0.005), "200:1");
+}
+
+TEST_F(ConvertersTest, EnumerationsShowNamesAndTakeNumbers)
+{
+    const CAudioParamInfo info = infoOf("enum-slope", "0", "3");
+    const struct
+    {
+        double value;
+        const char* name;
+        const char* shortName;
+    } names[] = {
+        {0.0, "-6 dB/oct", "-6"},      {1.4, "-12 soft", "-12sft"},
+        {1.5, "Off", "Off"},           {3.0, "Reserve", "Reserve"},
+        {-0.4, "-6 dB/oct", "-6"},     {-1.0, "Reserve", "Reserve"},
+        {1e300, "Reserve", "Reserve"}, {std::nan(""), "Reserve", "Reserve"},
+    };
+    for (const auto& c : names) {
+        EXPECT_EQ(textOf(info, c.value), c.name) << c.value;
+        EXPECT_EQ(textOf(info, c.value, Mode::kCompact), c.name) << c.value;
+        EXPECT_EQ(textOf(info, c.value, Mode::kShort), c.shortName) << c.value;
+    }
+    EXPECT_EQ(textOf(infoOf("enum-slope", "5", "7"), 6.0), "-12 soft") << "the minimum has the first name";
+    EXPECT_EQ(textOf(infoOf("enum", "0", "7"), 0.0), "Reserve") << "without names";
+
+    EXPECT_EQ(parse(info, "0x10"), 16.0);
+    EXPECT_EQ(parse(info, "#10"), 16.0);
+    EXPECT_EQ(parse(info, "010"), 8.0);
+    EXPECT_EQ(parse(info, "10"), 10.0);
+    EXPECT_EQ(parse(info, "-1"), -1.0);
+    EXPECT_EQ(parseClamped(info, "10"), 3.0);
+    for (const char* text : {"Off", "", "1.0", "08"}) {
+        expectUnusable(info, text, 0.0, 0.0);
+    }
+}
+
+TEST_F(ConvertersTest, EnumerationPositionsSnapToWholeNumbers)
+{
+    const CAudioParamInfo info = infoOf("enum", "0", "3");
+    EXPECT_EQ(valueAt(info, 0.5), 2.0);
+    EXPECT_EQ(valueAt(info, 0.49), 1.0);
+    EXPECT_EQ(valueAt(info, 1.0), 3.0);
+    for (int state = 0; state <= 3; ++state) {
+        EXPECT_EQ(valueAt(info, normOf(info, state)), state);
+    }
+}
+
+TEST_F(ConvertersTest, TextComesFromThePool)
+{
+    CAudioParamInfo info;
+    info.dtype = CAudioParamInfo::kTypeString;
+    info.converterNames = {"text"};
+    ASSERT_OK(info.parseConverterNames());
+    ASSERT_OK(info.convertMinMaxValues("", ""));
+    const auto* text = info.converters[0];
+    const double id = info.pool.addString("3 Hz -6");
+    EXPECT_EQ(text->valueToText(info, 0, id, &info.pool, Mode::kNormal), "3 Hz -6");
+    EXPECT_EQ(text->valueToText(info, 0, id + 1, &info.pool, Mode::kNormal), "");
+    EXPECT_EQ(text->valueToText(info, 0, id, nullptr, Mode::kNormal), "");
+    EXPECT_EQ(parse(info, "anything"), 0.0);
+    EXPECT_EQ(parseClamped(info, ""), 0.0);
+}
+
+// A position survives the way through the value, in every class, upside down and beyond the range.
+TEST_F(ConvertersTest, PositionsAndValuesInvertEachOther)
+{
+    const struct
+    {
+        const char* name;
+        const char* min;
+        const char* max;
+    } ranges[] = {
+        {"gain", "-24", "24"},  {"gain", "24", "-24"},   {"freq", "20", "20000"}, {"freq", "5k", "1"},
+        {"time", "1", "1000"},  {"time", "1000", "0"},   {"timelog", "1", "100"}, {"time-exact", "0", "10"},
+        {"real", "-1", "1000"}, {"percent", "0", "100"}, {"bw", "0.01", "7"},     {"ratio", "1:1", "20:1"},
+    };
+    for (const auto& range : ranges) {
+        const CAudioParamInfo info = infoOf(range.name, range.min, range.max);
+        const double size = std::abs(info.maxValues[0] - info.minValues[0]);
+        for (int step = 0; step <= 100; ++step) {
+            const double norm = step / 100.0;
+            const double value = valueAt(info, norm);
+            // Near the minimum the square root magnifies what the value has lost.
+            EXPECT_NEAR(normOf(info, value), norm, 2e-8) << range.name << " at " << norm;
+            EXPECT_NEAR(valueAt(info, normOf(info, value)), value, 1e-14 * (size + std::abs(value)))
+                << range.name << " at " << norm;
+        }
+        EXPECT_NEAR(valueAt(info, 0.0), info.minValues[0], 1e-14 * size) << range.name;
+        EXPECT_NEAR(valueAt(info, 1.0), info.maxValues[0], 1e-14 * size) << range.name;
+    }
+}
+
+TEST_F(ConvertersTest, BadAttributesFailWithTheirMessage)
+{
+    const struct
+    {
+        const char* tag;
+        const char* key;
+        const char* value;
+        const char* message;
+    } cases[] = {
+        {"audio:cvt-gain", "decimals", "11", "Invalid decimals 11 specified."},
+        {"audio:cvt-gain", "decimals", "-1", "Invalid decimals -1 specified."},
+        {"audio:cvt-real", "decimals", "11", "Invalid decimals 11 specified."},
+        {"audio:cvt-gain", "zero-point", "1.01", "Invalid zero point 1.01 specified."},
+        {"audio:cvt-gain", "zero-point", "-0.1", "Invalid zero point -0.1 specified."},
+        {"audio:cvt-gain", "off-point", "2", "Invalid off-point 2 specified."},
+    };
+    for (const auto& c : cases) {
+        EXPECT_FAILS(loadConverter(TreeNode(c.tag, "bad").attr(c.key, c.value)), c.message);
+    }
+    EXPECT_OK(
+        loadConverter(TreeNode("audio:cvt-gain", "limits").attr("decimals", "10").attr("zero-point", "1")));
+}
+
+TEST_F(ConvertersTest, GainDeclaresThePointsOfItsControl)
+{
+    ASSERT_OK(loadConverter(TreeNode("audio:cvt-gain", "plain")));
+    ASSERT_OK(loadConverter(
+        TreeNode("audio:cvt-gain", "marked").attr("zero-point", "0.75").attr("off-point", "0.125")));
+    const auto& plain = dynamic_cast<CAudioParamConverterGain&>(*root_->findObject("plain"));
+    const auto& marked = dynamic_cast<CAudioParamConverterGain&>(*root_->findObject("marked"));
+    EXPECT_EQ(plain.getZeroPoint(), 0.5);
+    EXPECT_EQ(plain.getOffPointPercent(), -100);
+    EXPECT_EQ(marked.getZeroPoint(), 0.75);
+    EXPECT_EQ(marked.getOffPointPercent(), 13);
+}
+
+} // namespace
+} // namespace qel

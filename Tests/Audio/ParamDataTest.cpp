@@ -1,0 +1,395 @@
+// Pools and storages of parameter values: sparse groups, fall-backs, strings and the binary form.
+#include "CAudioParamStorage.h"
+#include "Streams/CMemoryReader.h"
+#include "Streams/CMemoryWriteBuffer.h"
+#include "TestTree.h"
+
+#include <cmath>
+#include <random>
+
+namespace qel::test {
+
+namespace {
+
+CByteBuffer record(const CAudioParamStorage& storage, std::int32_t group = -1)
+{
+    CMemoryWriteBuffer written;
+    EXPECT_OK(storage.save(written, group));
+    CByteBuffer bytes;
+    written.copyTo(bytes);
+    return bytes;
+}
+
+CAudioParamStorage floats(std::int32_t esize, std::vector<double> fill)
+{
+    CAudioParamStorage storage;
+    storage.format(esize, CAudioParamStorage::kFloat);
+    storage.setFill(fill);
+    return storage;
+}
+
+CAudioParamStorage strings(std::vector<const char*> fill)
+{
+    CAudioParamData pool;
+    std::vector<double> ids;
+    for (const char* text : fill) {
+        ids.push_back(pool.addString(text));
+    }
+    CAudioParamStorage storage;
+    storage.format(1, CAudioParamStorage::kString);
+    storage.setFill(ids, &pool);
+    return storage;
+}
+
+bool put(CAudioParamStorage& storage, std::int32_t group, std::int32_t start, std::vector<double> values,
+         bool resize = false)
+{
+    return storage.write({.group = group,
+                          .start = start,
+                          .count = static_cast<std::int32_t>(values.size()) / storage.getEsize(),
+                          .resize = resize,
+                          .esize = storage.getEsize(),
+                          .values = values.data()});
+}
+
+bool putText(CAudioParamStorage& storage, std::int32_t group, std::int32_t entry, const char* text)
+{
+    CAudioParamData pool;
+    const double id = pool.addString(text);
+    return storage.write(
+        {.group = group, .start = entry, .count = 1, .dtype = 1, .values = &id, .pool = &pool});
+}
+
+std::vector<double> values(const CAudioParamStorage& storage, std::int32_t group)
+{
+    const std::span<const double> span = storage.getValues(group);
+    return {span.begin(), span.end()};
+}
+
+} // namespace
+
+TEST(ParamData, NeverHandsOutAnIdentifierTwice)
+{
+    CAudioParamData pool;
+    EXPECT_EQ(pool.addString("a"), 1u);
+    EXPECT_EQ(pool.addString("b"), 2u);
+    pool.remove(2);
+    EXPECT_EQ(pool.addString("c"), 3u);
+    EXPECT_EQ(pool.getString(1u), "a");
+    EXPECT_TRUE(pool.getString(2u).isEmpty());
+    pool.clear();
+    EXPECT_EQ(pool.addString("d"), 4u);
+}
+
+TEST(ParamData, SharesItemsThatOutliveTheirFirstPool)
+{
+    CAudioParamData target;
+    EXPECT_EQ(target.copyItem(7, CAudioParamData()), 0u);
+    {
+        CAudioParamData source;
+        source.addString("gone");
+        const std::uint32_t id =
+            source.addString("a text longer than what lives inside a string object, on the heap");
+        EXPECT_EQ(target.copyItem(id, source), 1u);
+        CAudioParamData copy(source);
+        source.remove(id);
+        EXPECT_FALSE(copy.getString(id).isEmpty());
+    }
+    EXPECT_TRUE(target.getString(1u).startsWith("a text longer"));
+    // Within one pool too: the copy stands on its own.
+    const std::uint32_t twin = target.copyItem(1, target);
+    target.remove(1);
+    EXPECT_TRUE(target.getString(twin).startsWith("a text longer"));
+}
+
+TEST(ParamData, LeavesWhatItHeldLastToTheRetireList)
+{
+    CAudioParamItemRetireList retired;
+    CAudioParamData control;
+    control.addString("shared");
+    control.addString("alone");
+    CAudioParamData audio;
+    audio.setRetireList(&retired);
+    audio.copyItem(1, control);
+    audio.copyItem(2, control);
+    control.remove(2);
+    audio.clear();
+    CAudioParamDataItem* item = retired.takeAll();
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(static_cast<CAudioParamDataItemString*>(item)->text(), "alone");
+    EXPECT_EQ(item->retireNext, nullptr);
+    retired.push(*item);
+    reclaimItems(retired);
+    EXPECT_EQ(retired.takeAll(), nullptr);
+}
+
+TEST(ParamData, ContinuesBehindTheHighestIdentifierOfAFile)
+{
+    CMemoryWriteBuffer file;
+    EXPECT_OK(file.writeU32(2));
+    for (const std::uint32_t id : {40u, 9u}) {
+        EXPECT_OK(file.writeU32(id));
+        EXPECT_OK(file.writeU32(1));
+        EXPECT_OK(file.writeString(CString::number(id)));
+    }
+    CByteBuffer bytes;
+    file.copyTo(bytes);
+    CAudioParamData pool;
+    CMemoryReader reader(bytes.bytes());
+    ASSERT_OK(pool.load(reader));
+    EXPECT_EQ(pool.getString(9u), "9");
+    EXPECT_EQ(pool.addString("new"), 41u);
+
+    bytes.data()[8] = 2; // the item type of the first entry
+    CMemoryReader damaged(bytes.bytes());
+    EXPECT_FAILS(pool.load(damaged), "Unknown data type 2 encountered");
+    EXPECT_EQ(pool.size(), 3u);
+}
+
+TEST(ParamStorage, CreatesTheGroupsBelowAWrittenOneEmpty)
+{
+    CAudioParamStorage storage = floats(1, {0.25});
+    EXPECT_TRUE(put(storage, 0, 0, {1.0}));
+    EXPECT_TRUE(put(storage, 3, 0, {4.0}));
+    EXPECT_EQ(storage.getGroupCount(), 4);
+    EXPECT_EQ(storage.getCount(1), 0);
+    EXPECT_EQ(storage.getCount(2), 0);
+    EXPECT_EQ(storage.get(3, 0), 4.0);
+    EXPECT_EQ(storage.get(1, 0), 0.25);
+    EXPECT_EQ(storage.get(7, 0), 0.25);
+}
+
+TEST(ParamStorage, FallsBackByEntryForModulesAndByGroupForStates)
+{
+    CAudioParamStorage storage = floats(2, {1, 2, 3, 4});
+    put(storage, 1, 0, {10, 20});
+    // group, entry, element, module value, state value
+    const double cases[][5] = {
+        {1, 0, 1, 20, 20}, // stored
+        {0, 1, 0, 3, 1},   // hole: fill entry 1, against fill entry of group 0
+        {1, 1, 0, 3, 3},   // behind the end of its group
+        {5, 1, 1, 4, 2},   // group that is not there
+        {0, 9, 1, 2, 2},   // behind the fill: the first fill entry
+        {-1, -1, 0, 1, 1}, // nonsense is as good as missing
+        {1, 0, 2, 0, 0},   // no such element
+    };
+    for (const auto& [group, entry, element, module, state] : cases) {
+        const auto g = static_cast<std::int32_t>(group);
+        const auto e = static_cast<std::int32_t>(entry);
+        const auto n = static_cast<std::int32_t>(element);
+        EXPECT_EQ(storage.get(g, e, n), module) << g << ' ' << e << ' ' << n;
+        EXPECT_EQ(storage.getForState(g, e, n), state) << g << ' ' << e << ' ' << n;
+    }
+    EXPECT_EQ(CAudioParamStorage().get(0, 0), 0.0);
+}
+
+TEST(ParamStorage, FillsHolesGrowsAndCuts)
+{
+    CAudioParamStorage storage = floats(1, {7, 8, 9});
+    EXPECT_TRUE(put(storage, 0, 4, {1}));
+    EXPECT_EQ(values(storage, 0), (std::vector<double>{7, 8, 9, 7, 1}));
+    EXPECT_TRUE(put(storage, 0, 1, {5}));
+    EXPECT_EQ(storage.getCount(0), 5);
+    EXPECT_TRUE(put(storage, 0, 0, {2, 3}, true));
+    EXPECT_EQ(values(storage, 0), (std::vector<double>{2, 3}));
+    EXPECT_TRUE(put(storage, 0, 0, {}, true));
+    EXPECT_EQ(storage.get(0, 1), 8.0);
+    EXPECT_TRUE(put(storage, CAudioParamChange::kWholeParam, 0, {6}));
+    EXPECT_EQ(storage.getGroupCount(), 1);
+    EXPECT_EQ(storage.get(0, 0), 6.0);
+}
+
+TEST(ParamStorage, IgnoresChangesOfAnotherFormatOrOutOfBounds)
+{
+    CAudioParamStorage storage = floats(1, {0});
+    put(storage, 0, 0, {1});
+    const double two[2] = {2, 2};
+    EXPECT_FALSE(storage.write({.count = 1, .esize = 2, .values = two}));
+    EXPECT_FALSE(storage.write({.count = 1, .dtype = 1, .values = two}));
+    EXPECT_FALSE(storage.write({.group = -2, .count = 1, .values = two}));
+    EXPECT_FALSE(storage.write({.group = CAudioParamStorage::kMaxGroups, .count = 1, .values = two}));
+    EXPECT_FALSE(storage.write({.start = -1, .count = 1, .values = two}));
+    EXPECT_FALSE(storage.write({.start = CAudioParamStorage::kMaxEntries, .count = 1, .values = two}));
+    EXPECT_FALSE(storage.write({.start = 2147483647, .count = 2147483647, .values = two}));
+    EXPECT_FALSE(storage.write({.count = 1}));
+    EXPECT_EQ(values(storage, 0), (std::vector<double>{1}));
+}
+
+TEST(ParamStorage, MovesStringsIntoItsPoolAndDropsWhatTheyReplace)
+{
+    CAudioParamStorage storage = strings({"one", "two"});
+    EXPECT_EQ(storage.getString(0, 1), "two");
+    EXPECT_TRUE(putText(storage, 1, 2, "three"));
+    EXPECT_EQ(storage.getString(1, 0), "one");
+    EXPECT_EQ(storage.getString(1, 2), "three");
+    EXPECT_TRUE(putText(storage, 1, 0, "first"));
+    EXPECT_EQ(storage.getString(1, 0), "first");
+    EXPECT_EQ(storage.getString(5, 0), "one");
+    EXPECT_EQ(storage.getPool().size(), 3u);
+    EXPECT_TRUE(storage.write({.group = 1, .count = 0, .resize = true, .dtype = 1}));
+    EXPECT_EQ(storage.getPool().size(), 0u);
+}
+
+TEST(ParamStorage, ClampsToTheRangeWhicheverEndIsLower)
+{
+    CAudioParamStorage storage = floats(2, {});
+    put(storage, 0, 0, {5, 5, -5, -5, std::nan(""), 0.5});
+    storage.clamp(std::vector<double>{-1, 2}, std::vector<double>{1, -2});
+    const std::vector<double> clamped = values(storage, 0);
+    EXPECT_EQ((std::vector<double>(clamped.begin(), clamped.begin() + 4)),
+              (std::vector<double>{1, 2, -1, -2}));
+    EXPECT_TRUE(std::isnan(clamped[4]));
+    EXPECT_EQ(clamped[5], 0.5);
+}
+
+TEST(ParamStorage, WritesTheRecordByteForByte)
+{
+    CAudioParamStorage storage = floats(1, {0});
+    put(storage, 0, 0, {1.0});
+    const std::vector<std::uint8_t> expected = {1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 1,    0,
+                                                0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F};
+    EXPECT_EQ(record(storage), CByteBuffer(expected));
+
+    CAudioParamStorage texts = strings({""});
+    putText(texts, 0, 0, "Hi");
+    const std::vector<std::uint8_t> expectedText = {1, 0, 0, 0, 1,   0,   0, 0, 1, 0, 0, 0, 1, 0,
+                                                    0, 0, 1, 0, 0,   0,   1, 0, 0, 0, 1, 0, 0, 0,
+                                                    2, 0, 0, 0, 'H', 'i', 1, 0, 0, 0, 1, 0, 0, 0};
+    EXPECT_EQ(record(texts), CByteBuffer(expectedText));
+}
+
+TEST(ParamStorage, RoundTripsAndRefusesEveryTruncation)
+{
+    CAudioParamStorage number = floats(2, {1, 2});
+    put(number, 2, 0, {1.5, -2.5, 3.25, 0.1});
+    CAudioParamStorage text = strings({"fill"});
+    putText(text, 0, 0, "caf\xE9");
+    putText(text, 2, 1, "second");
+    for (const CAudioParamStorage* source : {&number, &text}) {
+        const CByteBuffer bytes = record(*source);
+        CAudioParamStorage target;
+        target.format(source->getEsize(), source->getDtype());
+        CMemoryReader whole(bytes.bytes());
+        ASSERT_OK(target.load(whole));
+        EXPECT_EQ(record(target), bytes);
+
+        CAudioParamStorage kept = *source;
+        const double nine[2] = {9, 9};
+        kept.write({.count = 1, .esize = source->getEsize(), .dtype = source->getDtype(), .values = nine});
+        const CByteBuffer before = record(kept);
+        for (std::size_t size = 0; size < bytes.size(); ++size) {
+            CMemoryReader cut(bytes.bytes().first(size));
+            EXPECT_TRUE(kept.load(cut)) << size;
+            ASSERT_EQ(record(kept), before) << size;
+        }
+    }
+}
+
+TEST(ParamStorage, WritesOneGroupAsGroupZeroWithItsStringsOnly)
+{
+    CAudioParamStorage storage = strings({"fill"});
+    putText(storage, 0, 0, "zero");
+    putText(storage, 2, 0, "two");
+    const CByteBuffer bytes = record(storage, 2);
+    CAudioParamStorage target = strings({"fill"});
+    CMemoryReader reader(bytes.bytes());
+    ASSERT_OK(target.load(reader));
+    EXPECT_EQ(target.getGroupCount(), 1);
+    EXPECT_EQ(target.getString(0, 0), "two");
+    EXPECT_EQ(target.getPool().size(), 1u);
+}
+
+TEST(ParamStorage, RefusesRecordsOfAnotherKindOrWithImpossibleCounts)
+{
+    struct Case
+    {
+        std::vector<std::int32_t> words;
+        const char* message;
+    };
+    const Case cases[] = {
+        {{2, 1, 0, 1}, "CAudioParamStorage_load_VersionError Unsupported data set version 2."},
+        {{1, 2, 0, 1}, "Unsupported storage format (esize=2, dtype=0; should be: esize=1, dtype=0)."},
+        {{1, 1, 1, 1}, "Unsupported storage format (esize=1, dtype=1; should be: esize=1, dtype=0)."},
+        {{1, 1, 0, -1}, "Invalid group count -1."},
+        {{1, 1, 0, 0x7FFFFFFF}, "Invalid group count"},
+        {{1, 1, 0, 1, -1}, "Invalid entry count -1."},
+        {{1, 1, 0, 1, 0x7FFFFFFF}, "Invalid entry count"},
+    };
+    for (const Case& item : cases) {
+        CMemoryWriteBuffer file;
+        for (const std::int32_t word : item.words) {
+            EXPECT_OK(file.writeI32(word));
+        }
+        CByteBuffer bytes;
+        file.copyTo(bytes);
+        CAudioParamStorage storage = floats(1, {0});
+        put(storage, 0, 0, {3});
+        CMemoryReader reader(bytes.bytes());
+        EXPECT_FAILS(storage.load(reader), item.message);
+        EXPECT_EQ(values(storage, 0), (std::vector<double>{3}));
+    }
+}
+
+TEST(ParamStorage, GivesEntriesThatShareAnIdentifierInAFileTheirOwnStrings)
+{
+    CMemoryWriteBuffer file;
+    for (const std::int32_t word : {1, 1, 1, 1, /* pool */ 1, 5, 1}) {
+        EXPECT_OK(file.writeI32(word));
+    }
+    EXPECT_OK(file.writeString("both"));
+    for (const std::int32_t word : {2, 5, 5}) {
+        EXPECT_OK(file.writeI32(word));
+    }
+    CByteBuffer bytes;
+    file.copyTo(bytes);
+    CAudioParamStorage storage = strings({"fill"});
+    CMemoryReader reader(bytes.bytes());
+    ASSERT_OK(storage.load(reader));
+    putText(storage, 0, 0, "changed");
+    EXPECT_EQ(storage.getString(0, 1), "both");
+}
+
+// A plain model beside the storage: every read must agree after any sequence of writes.
+TEST(ParamStorage, AgreesWithAPlainModelOverRandomWrites)
+{
+    const std::uint32_t seed = 20240;
+    std::mt19937 random(seed);
+    const auto below = [&random](std::int32_t n) {
+        return static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(n));
+    };
+    const std::vector<double> fill = {-1, -2, -3};
+    CAudioParamStorage storage = floats(1, fill);
+    std::vector<std::vector<double>> model;
+    const auto fillAt = [&fill](std::size_t entry) { return entry < fill.size() ? fill[entry] : fill[0]; };
+    for (int step = 0; step < 5000; ++step) {
+        const bool whole = below(50) == 0;
+        const std::int32_t group = whole ? CAudioParamChange::kWholeParam : below(10);
+        const std::int32_t start = below(6);
+        const std::vector<double> written(static_cast<std::size_t>(below(5)), static_cast<double>(step));
+        const bool resize = below(4) == 0;
+        ASSERT_TRUE(put(storage, group, start, written, resize));
+        if (whole) {
+            model.clear();
+        }
+        if (!whole || !written.empty()) {
+            const auto g = whole ? 0 : static_cast<std::size_t>(group);
+            const std::size_t end = static_cast<std::size_t>(start) + written.size();
+            model.resize(std::max(model.size(), g + 1));
+            while (model[g].size() < end) {
+                model[g].push_back(fillAt(model[g].size()));
+            }
+            std::copy(written.begin(), written.end(), model[g].begin() + start);
+            if (resize) {
+                model[g].resize(end);
+            }
+        }
+        ASSERT_EQ(storage.getGroupCount(), static_cast<std::int32_t>(model.size()))
+            << "seed " << seed << " step " << step;
+        for (std::size_t g = 0; g < model.size(); ++g) {
+            ASSERT_EQ(values(storage, static_cast<std::int32_t>(g)), model[g])
+                << "seed " << seed << " step " << step;
+        }
+    }
+}
+
+} // namespace qel::test

@@ -1,0 +1,455 @@
+// One parameter on the control side: writes, defaults, saved form, listeners, recorders, filters, registries.
+#include "CAudioParamDef.h"
+#include "CAudioParamFilterInvert.h"
+#include "CAudioParamListener.h"
+#include "Converters/CAudioParamConverterReal.h"
+#include "ParamInstance.h"
+#include "Streams/CMemoryReader.h"
+#include "Streams/CMemoryWriteBuffer.h"
+
+namespace qel::test {
+
+namespace {
+
+CByteBuffer saved(const CAudioParam& param, std::int32_t group = -1)
+{
+    CMemoryWriteBuffer written;
+    EXPECT_OK(param.save(written, group));
+    CByteBuffer bytes;
+    written.copyTo(bytes);
+    return bytes;
+}
+
+class CLogListener : public CAudioParamListener
+{
+public:
+    void onParamChange(const CAudioParamNotice& notice) override
+    {
+        log.push_back(notice.param->getName().toUtf8() + ":" + std::to_string(notice.change.group) + "=" +
+                      std::to_string(static_cast<int>(notice.param->getValue(0, 0))));
+        if (onNotice) {
+            onNotice(notice);
+        }
+    }
+
+    std::vector<std::string> log;
+    std::function<void(const CAudioParamNotice&)> onNotice;
+};
+
+class CLogRecorder : public CAudioParamRecorder
+{
+public:
+    void onBeforeChange(CAudioParam&, const CAudioParamStorage& current, const CAudioParamChange&) override
+    {
+        log.push_back(current.get(0, 0));
+    }
+    void onAfterChange(CAudioParam&, const CAudioParamStorage& current, const CAudioParamChange&) override
+    {
+        log.push_back(current.get(0, 0));
+    }
+
+    std::vector<double> log;
+};
+
+class CTestRegistry : public CAudioParamRegistryBase
+{
+public:
+    CTestRegistry(const char* name, const char* hierarchy, bool enumerated)
+        : name_(name), hierarchy_(hierarchy), isEnumerated_(enumerated)
+    {}
+
+    const CString& getRegistryName() const override { return name_; }
+    const CString& getHierarchy() const override { return hierarchy_; }
+    bool isEnumerated() const override { return isEnumerated_; }
+    bool addParam(CAudioParam& param) override
+    {
+        taken.push_back(param.getName().toUtf8());
+        return true;
+    }
+    void onParamsComplete() override { taken.push_back("complete"); }
+    void onParamChange(const CAudioParamNotice& notice) override
+    {
+        changed.push_back(notice.param->getName().toUtf8());
+    }
+
+    std::vector<std::string> taken;
+    std::vector<std::string> changed;
+
+private:
+    CString name_;
+    CString hierarchy_;
+    bool isEnumerated_;
+};
+
+using ParamTest = ParamInstanceTest;
+
+TEST_F(ParamTest, WithoutInfoItIgnoresEverything)
+{
+    CAudioParam& param = collector_->getParam("unknown");
+    EXPECT_FALSE(param.setValue(0, 0, 0, 1.0, context_));
+    EXPECT_FALSE(param.setString(0, 0, "x", context_));
+    param.reset(-1, -1, context_);
+    param.clearToDefault(-1, -1, context_);
+    EXPECT_EQ(param.getValue(0, 0), 0.0);
+    EXPECT_EQ(&collector_->getParam("unknown"), &param);
+}
+
+TEST_F(ParamTest, RefusesWritesThatWouldLeaveAHole)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {1, 2}));
+    const double values[3] = {7, 8, 9};
+    const auto write = [&](std::int32_t group, std::int32_t start) {
+        return param.change({.group = group, .start = start, .count = 1, .values = values}, context_);
+    };
+    EXPECT_FALSE(write(0, 3));
+    EXPECT_FALSE(write(2, 1));
+    EXPECT_FALSE(write(CAudioParamChange::kWholeParam, 1));
+    EXPECT_TRUE(write(0, 2));
+    EXPECT_TRUE(write(2, 0));
+    EXPECT_FALSE(write(1, 1)); // there, but empty
+    // One entry of a list that is not there brings the entries before it along.
+    EXPECT_TRUE(param.setValue(1, 1, 0, 5.0, context_));
+    EXPECT_EQ(param.getValue(1, 0), 1.0);
+    EXPECT_EQ(param.getValue(1, 1), 5.0);
+}
+
+TEST_F(ParamTest, KeepsTheInfoItHasUnlessNameOrFormatDiffer)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {1.0}));
+    param.setValue(0, 0, 0, 5.0, context_);
+    param.setInfo(floatInfo("p", {2.0}), "elsewhere");
+    EXPECT_EQ(param.getValue(0, 0), 5.0);
+    EXPECT_EQ(param.getDefPath(), "audio.p");
+    param.setInfo(floatInfo("q", {2.0}), "elsewhere");
+    EXPECT_EQ(param.getValue(0, 0), 2.0);
+    EXPECT_EQ(param.getDefPath(), "elsewhere");
+    callAudio();
+    Slot old(param);
+    param.setInfo(stringInfo("q", {"now a text"}), "elsewhere");
+    callAudio();
+    old.drain(); // of the format before: left alone
+    EXPECT_EQ(old.storage.get(0, 0), 2.0);
+    callAudio();
+    EXPECT_EQ(param.getAudio().getString(0, 0), "now a text");
+}
+
+TEST_F(ParamTest, LimitsWhatIsWrittenDeclaredAndLoaded)
+{
+    CAudioParam& up = addParam("up", floatInfo("up", {50.0}, -1.0, 1.0));
+    EXPECT_EQ(up.getValue(0, 0), 1.0);
+    EXPECT_EQ(up.getValue(9, 9), 1.0);
+    EXPECT_TRUE(up.setValue(0, 0, 0, -3.0, context_));
+    EXPECT_EQ(up.getValue(0, 0), -1.0);
+    CAudioParam& down = addParam("down", floatInfo("up", {0.5}, 1.0, 0.0));
+    EXPECT_TRUE(down.setValue(0, 0, 0, -3.0, context_));
+    EXPECT_EQ(down.getValue(0, 0), 0.0);
+
+    CAudioParam& wide = addParam("wide", floatInfo("up", {0.0}));
+    EXPECT_TRUE(wide.setValue(0, 0, 0, 1000.0, context_));
+    const CByteBuffer bytes = saved(wide);
+    CMemoryReader reader(bytes.bytes());
+    ASSERT_OK(up.load(reader, context_, false, -1, false));
+    EXPECT_EQ(up.getValue(0, 0), 1.0);
+}
+
+TEST_F(ParamTest, GoesBackToDefaultsByParameterGroupAndEntry)
+{
+    CAudioParamInfo info = floatInfo("p", {1, 2});
+    info.defaults.push_back({3});
+    CAudioParam& param = addParam("p", info);
+    const auto dirty = [&] {
+        for (std::int32_t group = 0; group < 3; ++group) {
+            for (std::int32_t entry = 0; entry < 2; ++entry) {
+                param.setValue(group, entry, 0, 9.0, context_);
+            }
+        }
+    };
+    dirty();
+    param.clearToDefault(1, 0, context_);
+    EXPECT_EQ(param.getValue(1, 0), 1.0); // the fill, not the group's own first value
+    EXPECT_EQ(param.getValue(1, 1), 9.0);
+    param.clearToDefault(1, -1, context_);
+    EXPECT_EQ(param.getCurrent().getCount(1), 0);
+    param.clearToDefault(0, -1, context_);
+    EXPECT_EQ(param.getValue(0, 1), 2.0);
+    EXPECT_EQ(param.getValue(2, 1), 9.0);
+    param.reset(1, -1, context_);
+    EXPECT_EQ(param.getValue(1, 0), 3.0);
+    dirty();
+    param.clearToDefault(-1, -1, context_);
+    EXPECT_EQ(param.getCurrent().getGroupCount(), 1);
+    dirty();
+    param.reset(-1, -1, context_);
+    EXPECT_EQ(param.getCurrent().getGroupCount(), 2);
+    EXPECT_EQ(param.getValue(1, 0), 3.0);
+    // What is not there is not made only to be emptied.
+    param.clearToDefault(6, -1, context_);
+    EXPECT_EQ(param.getCurrent().getGroupCount(), 2);
+}
+
+TEST_F(ParamTest, SavesAndLoadsWholeByGroupAndAsInitialValues)
+{
+    CAudioParam& source = addParam("s", floatInfo("p", {1, 2}));
+    source.setValue(0, 0, 0, 10.0, context_);
+    source.setValue(2, 1, 0, 12.0, context_);
+    CAudioParam& target = addParam("t", floatInfo("p", {1, 2}));
+    Slot slot(target);
+    callAudio();
+    slot.drain();
+    target.setValue(4, 0, 0, 44.0, context_);
+
+    const CByteBuffer all = saved(source);
+    CMemoryReader whole(all.bytes());
+    ASSERT_OK(target.load(whole, context_, false, -1, false));
+    EXPECT_EQ(target.getCurrent().getGroupCount(), 3);
+    EXPECT_EQ(target.getValue(2, 1), 12.0);
+    callAudio();
+    slot.drain();
+    EXPECT_EQ(slot.storage.getCount(4), 0);
+    EXPECT_EQ(slot.storage.get(2, 1), 12.0);
+
+    const CByteBuffer one = saved(source, 2);
+    CMemoryReader group(one.bytes());
+    ASSERT_OK(target.load(group, context_, false, 1, false));
+    EXPECT_EQ(target.getValue(1, 1), 12.0);
+    EXPECT_EQ(target.getValue(0, 0), 10.0);
+
+    CMemoryReader initial(all.bytes());
+    ASSERT_OK(target.load(initial, context_, true, -1, false));
+    target.setValue(0, 0, 0, -1.0, context_);
+    target.reset(-1, -1, context_);
+    EXPECT_EQ(target.getValue(0, 0), 10.0);
+
+    for (std::size_t size = 0; size < all.size(); ++size) {
+        CMemoryReader cut(all.bytes().first(size));
+        EXPECT_TRUE(target.load(cut, context_, false, -1, false)) << size;
+        ASSERT_EQ(saved(target).size(), all.size()) << size;
+    }
+    EXPECT_EQ(target.getValue(0, 0), 10.0);
+}
+
+TEST_F(ParamTest, TakesPartInWhatItsFlagsSay)
+{
+    const CByteBuffer bytes = [&] {
+        CAudioParam& source = addParam("s", floatInfo("p", {0.0}));
+        source.setValue(0, 0, 0, 5.0, context_);
+        return saved(source);
+    }();
+    const struct
+    {
+        bool storable, persistent, withPersistent, loads;
+    } cases[] = {{true, false, false, true},
+                 {false, true, false, false},
+                 {false, true, true, true},
+                 {false, false, true, false}};
+    int number = 0;
+    for (const auto& item : cases) {
+        CAudioParamInfo info = floatInfo("p", {0.0});
+        info.isStorable = item.storable;
+        info.isPersistent = item.persistent;
+        CAudioParam& param = addParam(std::to_string(number++).c_str(), info);
+        CMemoryReader reader(bytes.bytes());
+        EXPECT_OK(param.load(reader, context_, false, -1, item.withPersistent));
+        EXPECT_EQ(param.getValue(0, 0), item.loads ? 5.0 : 0.0) << number;
+    }
+    CMemoryReader reader(bytes.bytes());
+    CAudioParam& unknown = collector_->getParam("unknown");
+    EXPECT_OK(unknown.load(reader, context_, false, -1, true));
+    EXPECT_FALSE(unknown.hasInfo());
+}
+
+TEST_F(ParamTest, ASavedParameterBringsTheDefinitionItNames)
+{
+    releaseError(registerCreator({"audio:param", &newObject<CAudioParamDef>, &CObject::buildClassInfo}));
+    releaseError(registerCreator(
+        {"audio:cvt-real", &newObject<CAudioParamConverterReal>, &CAudioParamConverterReal::buildClassInfo}));
+    ASSERT_OK(shared_.load(
+        TreeNode("", "shared")
+            .child(TreeNode("core:object", "audio")
+                       .child(TreeNode("core:object", "paramcvt").child(TreeNode("audio:cvt-real", "real")))
+                       .child(TreeNode("audio:param", "gain")
+                                  .attr("is-storable", "true")
+                                  .attr("converter", "real")
+                                  .attr("min-values", "0")
+                                  .attr("max-values", "10")
+                                  .attr("def-values", "4")))));
+    CAudioParam& source = addParam("source", floatInfo("gain", {4.0}, 0.0, 10.0)); // of audio.gain
+    source.setValue(0, 0, 0, 7.0, context_);
+    const CByteBuffer bytes = saved(source);
+    CAudioParam& target = collector_->getParam("target");
+    CMemoryReader reader(bytes.bytes());
+    ASSERT_OK(target.load(reader, context_, false, -1, false));
+    EXPECT_TRUE(target.hasInfo());
+    EXPECT_EQ(target.getValue(0, 0), 7.0);
+    target.clearToDefault(-1, -1, context_);
+    EXPECT_EQ(target.getValue(0, 0), 4.0);
+    EXPECT_EQ(saved(target).size(), bytes.size());
+}
+
+TEST_F(ParamTest, RefusesARecordOfAnotherShapeAndKeepsItsValue)
+{
+    CAudioParamInfo pair = floatInfo("p", {1, 2});
+    pair.esize = 2;
+    pair.minValues = {0, 0};
+    pair.maxValues = {9, 9};
+    const CByteBuffer bytes = saved(addParam("pair", pair));
+    CAudioParam& single = addParam("single", floatInfo("p", {3.0}));
+    CMemoryReader reader(bytes.bytes());
+    EXPECT_FAILS(single.load(reader, context_, false, -1, false),
+                 "Unsupported storage format (esize=2, dtype=0; should be: esize=1, dtype=0).");
+    EXPECT_EQ(single.getValue(0, 0), 3.0);
+}
+
+TEST_F(ParamTest, TellsListenersOutsideTheLockOnceItIsLeft)
+{
+    CAudioParam& a = addParam("a", floatInfo("a", {0.0}));
+    CAudioParam& b = addParam("b", floatInfo("b", {0.0}));
+    CLogListener listener;
+    listener.attach(collector_);
+    listener.onNotice = [&](const CAudioParamNotice& notice) {
+        EXPECT_TRUE(notice.param->getLock().tryLock());
+        notice.param->getLock().unlock();
+    };
+    a.setValue(0, 0, 0, 1.0, context_);
+    EXPECT_EQ(listener.log, (std::vector<std::string>{"a:0=1"}));
+    {
+        // Kept back while a caller has locks of its own.
+        const CAudioParamContext::Scope scope(context_);
+        a.setValue(0, 0, 0, 2.0, context_);
+        b.setValue(0, 0, 0, 3.0, context_);
+        EXPECT_EQ(listener.log.size(), 1u);
+    }
+    EXPECT_EQ(listener.log, (std::vector<std::string>{"a:0=1", "a:0=2", "b:0=3"}));
+    // A listener may write in its turn, and need not hear of its own writes.
+    listener.log.clear();
+    listener.onNotice = [&](const CAudioParamNotice& notice) {
+        if (notice.param == &a) {
+            CAudioParamContext own;
+            b.setValue(0, 0, 0, 7.0, own);
+        }
+    };
+    a.setValue(0, 0, 0, 4.0, context_);
+    EXPECT_EQ(listener.log, (std::vector<std::string>{"a:0=4", "b:0=7"}));
+    context_.sender = &listener;
+    a.setValue(0, 0, 0, 5.0, context_);
+    EXPECT_EQ(listener.log.size(), 2u);
+}
+
+TEST_F(ParamTest, ShowsARecorderTheValuesBeforeAndAfter)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {1.0}));
+    CLogRecorder recorder;
+    context_.recorder = &recorder;
+    param.setValue(0, 0, 0, 2.0, context_);
+    param.clearToDefault(-1, -1, context_);
+    const double value = 5.0;
+    param.change({.group = 3, .start = 1, .count = 1, .values = &value}, context_); // ignored
+    EXPECT_EQ(recorder.log, (std::vector<double>{1, 2, 2, 1}));
+}
+
+TEST_F(ParamTest, AnInvertFilterKeepsTheOppositeInEveryGroup)
+{
+    addParam("plugin.mod.enable", floatInfo("enable", {1.0}, 0.0, 1.0));
+    addParam("plugin.mod.mute", floatInfo("mute", {0.0}, 0.0, 1.0));
+    collector_->addRemap("plugin.mod.alias", "plugin.mod.mute");
+    CAudioParam& enable = collector_->getParam("plugin.mod.enable");
+    CAudioParam& mute = collector_->getParam("plugin.mod.mute");
+    CAudioParamFilterInvert filter;
+    ASSERT_OK(filter.init(*collector_, "plugin.mod", {"enable"}, {"alias"}));
+    CLogRecorder recorder;
+    context_.recorder = &recorder;
+    enable.setValue(0, 0, 0, 0.0, context_);
+    EXPECT_EQ(mute.getValue(0, 0), 1.0);
+    EXPECT_EQ(recorder.log.size(), 2u); // the source alone is a step to undo
+    enable.setValue(3, 0, 0, 0.0, context_);
+    EXPECT_EQ(mute.getValue(3, 0), 1.0);
+    EXPECT_EQ(mute.getValue(1, 0), 0.0);
+    enable.clearToDefault(-1, -1, context_);
+    EXPECT_EQ(mute.getValue(0, 0), 0.0);
+    EXPECT_EQ(mute.getValue(3, 0), 0.0);
+
+    CAudioParamFilterInvert back;
+    EXPECT_FAILS(back.init(*collector_, "plugin.mod", {"mute"}, {"enable"}), "written from itself");
+    filter.release();
+    enable.setValue(0, 0, 0, 0.0, context_);
+    EXPECT_EQ(mute.getValue(0, 0), 0.0);
+}
+
+TEST_F(ParamTest, RemapsAreFollowedByResolveAlone)
+{
+    collector_->addRemap("a", "b");
+    collector_->addRemap("b", "c");
+    collector_->addRemap("same", "same");
+    EXPECT_EQ(&collector_->resolveParam("a"), &collector_->getParam("c"));
+    EXPECT_NE(&collector_->getParam("a"), &collector_->getParam("c"));
+    EXPECT_EQ(collector_->getParam("a").getName(), "a");
+    EXPECT_TRUE(collector_->isRemapped("a"));
+    EXPECT_FALSE(collector_->isRemapped("same"));
+    EXPECT_FALSE(collector_->isRemapped("c"));
+    collector_->addRemap("c", "a"); // a circle ends somewhere
+    collector_->resolveParam("b");
+}
+
+TEST_F(ParamTest, GoesToTheMostSpecificRegistriesUpToTheFirstEnumeratedOne)
+{
+    CTestRegistry master("plugin.master", "plugin.modMain", true);
+    CTestRegistry routing("plugin.routing", "plugin.modMain.io-params", false);
+    CTestRegistry list("plugin.list", "plugin.modMain.list", true);
+    for (CTestRegistry* registry : {&master, &routing, &list}) {
+        collector_->addRegistry(*registry);
+    }
+    addParam("plugin.modMain.gain", floatInfo("gain", {0.0}));
+    CAudioParam& in = addParam("plugin.modMain.io-params.in", floatInfo("in", {0.0}));
+    collector_->finalize();
+    collector_->finalize();
+    CAudioParam& item = addParam("plugin.modMain.list.item", floatInfo("item", {0.0}));
+    addParam("other", floatInfo("other", {0.0}));
+
+    EXPECT_EQ(master.taken,
+              (std::vector<std::string>{"plugin.modMain.gain", "plugin.modMain.io-params.in", "complete"}));
+    EXPECT_EQ(routing.taken, (std::vector<std::string>{"plugin.modMain.io-params.in", "complete"}));
+    EXPECT_EQ(list.taken, (std::vector<std::string>{"complete", "plugin.modMain.list.item"}));
+    EXPECT_EQ(collector_->getRegistry("routing"), &routing);
+    EXPECT_EQ(collector_->getRegistry("plugin.list"), &list);
+    EXPECT_EQ(collector_->getRegistry("none"), nullptr);
+
+    master.changed.clear();
+    list.changed.clear();
+    in.setValue(0, 0, 0, 1.0, context_);
+    item.setValue(0, 0, 0, 1.0, context_);
+    EXPECT_EQ(master.changed, (std::vector<std::string>{"plugin.modMain.io-params.in"}));
+    EXPECT_EQ(routing.changed, (std::vector<std::string>{"plugin.modMain.io-params.in"}));
+    EXPECT_EQ(list.changed, (std::vector<std::string>{"plugin.modMain.list.item"}));
+    collector_->removeRegistry(routing);
+    in.setValue(0, 0, 0, 2.0, context_);
+    EXPECT_EQ(routing.changed.size(), 1u);
+    collector_->removeRegistry(master);
+    collector_->removeRegistry(list);
+}
+
+TEST_F(ParamTest, ACollectorWithoutItsEnvironmentFails)
+{
+    TreeRoot root;
+    EXPECT_FAILS(
+        root.load(TreeNode("", "root")
+                      .child(TreeNode("audio:param-collector", "param-collector").attr("env", "^nowhere"))),
+        "No audio environment object '^nowhere' found.");
+}
+
+TEST_F(ParamTest, ResendingBringsAFreshSlotUpToDate)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
+    param.setValue(0, 0, 0, 3.0, context_);
+    callAudio();
+    callAudio();
+    Slot slot(param);
+    slot.storage.clear();
+    collector_->resendAll();
+    callAudio();
+    slot.drain();
+    EXPECT_EQ(slot.storage.get(0, 0), 3.0);
+}
+
+} // namespace
+
+} // namespace qel::test

@@ -1,0 +1,393 @@
+// The road of a change from a control thread to the audio side and into the slots of modules.
+#include "ParamInstance.h"
+
+#include <cmath>
+#include <random>
+
+namespace qel::test {
+
+namespace {
+
+class ParamTransportTest : public ParamInstanceTest
+{
+protected:
+    void set(CAudioParam& param, double value, double timeSec = 0.0, std::int32_t group = 0,
+             std::int32_t entry = 0)
+    {
+        EXPECT_TRUE(param.setValue(group, entry, 0, value, context_, timeSec));
+    }
+};
+
+TEST_F(ParamTransportTest, TwoWritesBetweenTwoBlocksArriveAsOneWithTheLaterValue)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
+    Slot slot(param);
+    callAudio();
+    slot.drain();
+    set(param, 1.0);
+    set(param, 2.0);
+    callAudio();
+    EXPECT_EQ(slot.drain(), 1);
+    EXPECT_EQ(slot.storage.get(0, 0), 2.0);
+}
+
+TEST_F(ParamTransportTest, TheSameTwoWritesDuringACallStayTwo)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
+    Slot slot(param);
+    callAudio();
+    slot.drain();
+    env_->setInProcess(true);
+    set(param, 1.0);
+    set(param, 2.0);
+    env_->setInProcess(false);
+    callAudio();
+    EXPECT_EQ(slot.drain(), 2);
+    EXPECT_EQ(slot.storage.get(0, 0), 2.0);
+}
+
+TEST_F(ParamTransportTest, MergesOnlyWhatTheLaterWriteCovers)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0, 0, 0, 0}));
+    Slot slot(param);
+    struct Write
+    {
+        std::int32_t group, start, count;
+        bool resize;
+        double time;
+    };
+    const struct
+    {
+        std::vector<Write> writes;
+        int events;
+    } cases[] = {
+        {{{0, 0, 1, false, 0}, {0, 1, 1, false, 0}}, 2},     // side by side
+        {{{0, 0, 2, false, 0}, {0, 1, 2, false, 0}}, 2},     // overlapping
+        {{{0, 1, 1, false, 0}, {0, 0, 4, false, 0}}, 1},     // covered
+        {{{0, 0, 2, true, 0}, {0, 0, 2, false, 0}}, 2},      // the cut would be lost
+        {{{0, 0, 2, true, 0}, {0, 0, 3, true, 0}}, 1},       // cut again
+        {{{0, 0, 1, false, 0}, {1, 0, 1, false, 0}}, 2},     // another group
+        {{{0, 0, 1, false, 0}, {0, 0, 1, false, 0.001}}, 2}, // another time
+        {{{0, 0, 4, true, 0}, {1, 0, 2, true, 0}, {9999, 0, 0, false, 0}}, 1},
+        {{{9999, 0, 0, false, 0}, {0, 0, 4, true, 0}, {0, 0, 4, true, 0}}, 2},
+    };
+    double value = 0.0;
+    for (const auto& item : cases) {
+        callAudio();
+        slot.drain();
+        for (const Write& write : item.writes) {
+            value += 1.0;
+            const std::vector<double> values(static_cast<std::size_t>(write.count), value);
+            EXPECT_TRUE(param.change({.group = write.group,
+                                      .start = write.start,
+                                      .count = write.count,
+                                      .resize = write.resize,
+                                      .time = write.time,
+                                      .values = values.data()},
+                                     context_));
+        }
+        callAudio();
+        EXPECT_EQ(slot.drain(), item.events) << "ends with value " << value;
+        for (std::int32_t group = 0; group < 2; ++group) {
+            for (std::int32_t entry = 0; entry < 4; ++entry) {
+                EXPECT_EQ(slot.storage.get(group, entry), param.getValue(group, entry)) << value;
+            }
+        }
+    }
+}
+
+TEST_F(ParamTransportTest, ABatchArrivesWholeAndASubmittedOneMerges)
+{
+    CAudioParam& a = addParam("a", floatInfo("a", {0.0}));
+    CAudioParam& b = addParam("b", floatInfo("b", {0.0}));
+    Slot slotA(a);
+    Slot slotB(b);
+    callAudio();
+    slotA.drain();
+    slotB.drain();
+    set(a, 1.0);
+    CAudioParamContext bulk;
+    bulk.batch = &collector_->newBatch();
+    EXPECT_TRUE(a.setValue(0, 0, 0, 2.0, bulk));
+    EXPECT_TRUE(b.setValue(0, 0, 0, 3.0, bulk));
+    callAudio();
+    EXPECT_EQ(slotA.drain(), 1);
+    EXPECT_EQ(slotB.drain(), 0);
+    EXPECT_EQ(slotA.storage.get(0, 0), 1.0);
+    set(a, 4.0);
+    collector_->submitBatch(*bulk.batch);
+    callAudio();
+    EXPECT_EQ(slotA.drain(), 1);
+    EXPECT_EQ(slotB.drain(), 1);
+    EXPECT_EQ(slotA.storage.get(0, 0), 2.0);
+    EXPECT_EQ(slotB.storage.get(0, 0), 3.0);
+
+    CAudioParamContext dropped;
+    dropped.batch = &collector_->newBatch();
+    EXPECT_TRUE(a.setValue(0, 0, 0, 9.0, dropped));
+    collector_->dropBatch(*dropped.batch);
+    callAudio();
+    EXPECT_EQ(slotA.drain(), 0);
+}
+
+TEST_F(ParamTransportTest, DatesEventsOnTheClockAndKeepsThemUntilTheirTime)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
+    Slot slot(param);
+    callAudio(2.0);
+    slot.drain();
+    set(param, 1.0, 0.25);
+    set(param, 2.0, 0.5);
+    callAudio();
+    ASSERT_NE(slot.queue.peek(), nullptr);
+    EXPECT_EQ(slot.queue.peek()->event->getTime(), 2.25);
+    EXPECT_EQ(slot.drain(2.25), 0); // strictly below
+    EXPECT_TRUE(slot.isDirty);
+    EXPECT_EQ(slot.drain(2.5), 1);
+    EXPECT_EQ(slot.storage.get(0, 0), 1.0);
+    EXPECT_EQ(slot.drain(2.6), 1);
+    EXPECT_EQ(slot.storage.get(0, 0), 2.0);
+    EXPECT_FALSE(slot.isDirty);
+    // A time that never comes must not hold up what follows.
+    set(param, 3.0, std::nan(""));
+    callAudio();
+    EXPECT_EQ(slot.drain(3.0), 1);
+    set(param, 4.0, -5.0);
+    callAudio();
+    EXPECT_EQ(slot.queue.peek()->event->getTime(), 2.0 + 0.01 + 0.01);
+}
+
+TEST_F(ParamTransportTest, AnEarlierTimeDoesNotOvertakeTheWriteBeforeIt)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
+    Slot slot(param);
+    set(param, 1.0, 0.5);
+    set(param, 2.0, 0.0);
+    callAudio();
+    slot.drain();
+    EXPECT_EQ(slot.storage.get(0, 0), 2.0);
+}
+
+TEST_F(ParamTransportTest, SlotsSeeOnlyTheGroupsAndEntriesTheyAskFor)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0, 0, 0}));
+    Slot all(param);
+    Slot group1(param, 1);
+    Slot entry2(param, -1, 2);
+    callAudio();
+    for (Slot* slot : {&all, &group1, &entry2}) {
+        slot->drain();
+    }
+    set(param, 5.0, 0.0, 1, 0);
+    callAudio();
+    EXPECT_EQ(all.drain(), 1);
+    EXPECT_EQ(group1.drain(), 1);
+    EXPECT_FALSE(entry2.isDirty);
+    set(param, 6.0, 0.0, 0, 2);
+    callAudio();
+    EXPECT_EQ(all.drain(), 1);
+    EXPECT_FALSE(group1.isDirty);
+    EXPECT_EQ(entry2.drain(), 1);
+    // A list cut in front of an entry changes it, and a whole replacement everything.
+    EXPECT_TRUE(param.change({.group = 0, .count = 0, .resize = true}, context_));
+    callAudio();
+    EXPECT_EQ(entry2.drain(), 1);
+    param.clearToDefault(-1, -1, context_);
+    callAudio();
+    EXPECT_TRUE(group1.isDirty);
+    EXPECT_TRUE(entry2.isDirty);
+}
+
+TEST_F(ParamTransportTest, AudioLagsOneCallAndALateSlotMissesNothing)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {1.0}));
+    EXPECT_FALSE(param.getAudio().isFormatted());
+    callAudio();
+    callAudio();
+    EXPECT_EQ(param.getAudio().get(0, 0), 1.0);
+    set(param, 2.0);
+    callAudio();
+    EXPECT_EQ(param.getAudio().get(0, 0), 1.0);
+    Slot late(param); // its event is behind it already, and not yet in the audio side's own values
+    EXPECT_TRUE(late.isBound);
+    EXPECT_TRUE(late.isDirty);
+    EXPECT_EQ(late.storage.get(0, 0), 1.0);
+    late.drain();
+    EXPECT_EQ(late.storage.get(0, 0), 2.0);
+    callAudio();
+    EXPECT_EQ(param.getAudio().get(0, 0), 2.0);
+}
+
+TEST_F(ParamTransportTest, ASlotStartsAtTheDefaultsAndOneWithoutInfoStaysUnbound)
+{
+    Slot none(collector_->getParam("none"));
+    EXPECT_FALSE(none.isBound);
+    CAudioParamInfo info = floatInfo("p", {3.0, 4.0});
+    info.defaults.push_back({7.0});
+    CAudioParam& param = addParam("p", info);
+    Slot slot(param);
+    EXPECT_EQ(slot.storage.get(0, 1), 4.0);
+    EXPECT_EQ(slot.storage.get(1, 0), 3.0);
+    callAudio();
+    slot.drain();
+    EXPECT_EQ(slot.storage.get(1, 0), 7.0);
+    EXPECT_EQ(slot.storage.get(2, 1), 4.0);
+}
+
+TEST_F(ParamTransportTest, AnUnboundSlotLeavesNothingBehind)
+{
+    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
+    CAudioParamEventQueue shared;
+    Slot kept(param);
+    Slot gone(param);
+    gone.binding.param->unbind(gone.binding);
+    gone.binding.queue = &shared;
+    kept.binding.param->unbind(kept.binding);
+    kept.binding.queue = &shared;
+    EXPECT_TRUE(param.bind(kept.binding));
+    EXPECT_TRUE(param.bind(gone.binding));
+    set(param, 1.0);
+    callAudio();
+    param.unbind(gone.binding);
+    int events = 0;
+    while (const CAudioParamEventNode* node = shared.peek()) {
+        EXPECT_EQ(node->binding, &kept.binding);
+        ++events;
+        shared.pop();
+    }
+    EXPECT_GT(events, 0);
+    set(param, 2.0);
+    callAudio();
+    EXPECT_EQ(shared.peek()->binding, &kept.binding);
+    shared.clear();
+    param.unbind(kept.binding);
+}
+
+TEST_F(ParamTransportTest, StringsReachSlotsWithTheirText)
+{
+    CAudioParam& param = addParam("names", stringInfo("names", {"one", "two"}));
+    Slot slot(param);
+    EXPECT_EQ(slot.storage.getString(0, 1), "two");
+    EXPECT_TRUE(param.setString(0, 1, "second", context_));
+    EXPECT_TRUE(param.setString(3, 1, "far", context_));
+    callAudio();
+    slot.drain();
+    EXPECT_EQ(slot.storage.getString(0, 0), "one");
+    EXPECT_EQ(slot.storage.getString(0, 1), "second");
+    EXPECT_EQ(slot.storage.getString(3, 0), "one");
+    EXPECT_EQ(slot.storage.getString(3, 1), "far");
+    EXPECT_EQ(slot.storage.getString(2, 1), "two");
+    callAudio();
+    EXPECT_EQ(param.getAudio().getString(3, 1), "far");
+}
+
+TEST_F(ParamTransportTest, WhatTheAudioThreadSetsReachesSlotsAtOnceAndControlThreadsWhenTheyAsk)
+{
+    CAudioParam& param = addParam("bpm", floatInfo("bpm", {140.0}));
+    Slot slot(param);
+    callAudio();
+    slot.drain();
+    EXPECT_TRUE(collector_->changeFromAudio(param, 97.0, 0.0));
+    EXPECT_EQ(slot.drain(), 1);
+    EXPECT_EQ(slot.storage.get(0, 0), 97.0);
+    EXPECT_EQ(param.getValue(0, 0), 140.0);
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(param.getValue(0, 0), 97.0);
+    // A later write of a control thread is not undone.
+    EXPECT_TRUE(collector_->changeFromAudio(param, 98.0, 0.0));
+    set(param, 99.0);
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(param.getValue(0, 0), 99.0);
+    // The reserve comes back with each call; a call that exhausts it is told so.
+    std::size_t taken = 0;
+    while (collector_->changeFromAudio(param, 1.0, 0.0)) {
+        ++taken;
+    }
+    EXPECT_EQ(taken, CAudioParamEventPool::kAudioEvents - 2); // two stand in the audio side's list
+    slot.drain();
+    callAudio();
+    slot.drain();
+    EXPECT_TRUE(collector_->changeFromAudio(param, 2.0, 0.0));
+}
+
+// Any sequence of writes, whatever batches and calls it falls into, leaves slot, audio side and control side
+// with the same values.
+TEST_F(ParamTransportTest, RandomWritesEndEqualOnBothSides)
+{
+    const std::uint32_t seed = 77;
+    std::mt19937 random(seed);
+    const auto below = [&random](std::int32_t n) {
+        return static_cast<std::int32_t>(random() % static_cast<std::uint32_t>(n));
+    };
+    CAudioParam& number = addParam("n", floatInfo("n", {-1, -2, -3}));
+    CAudioParam& text = addParam("t", stringInfo("t", {"a", "b"}));
+    Slot numberSlot(number);
+    Slot textSlot(text);
+    Slot group2(number, 2);
+    CAudioParamContext bulk;
+    for (int step = 0; step < 20000; ++step) {
+        CAudioParamContext& context = bulk.batch ? bulk : context_;
+        const std::int32_t group = below(4);
+        switch (below(12)) {
+        case 0:
+            number.clearToDefault(below(3) == 0 ? -1 : group, below(2) == 0 ? -1 : below(4), context);
+            break;
+        case 1:
+            text.reset(below(3) == 0 ? -1 : group, below(2) == 0 ? -1 : below(4), context);
+            break;
+        case 2:
+            if (!bulk.batch) {
+                bulk.batch = &collector_->newBatch();
+            } else {
+                collector_->submitBatch(*std::exchange(bulk.batch, nullptr));
+            }
+            break;
+        case 3:
+            callAudio();
+            break;
+        case 4:
+            env_->setInProcess(below(2) == 0);
+            break;
+        case 5:
+        case 6:
+            text.setString(group, below(4), CString::number(step), context);
+            break;
+        case 7: {
+            const std::vector<double> values(static_cast<std::size_t>(below(4)), step);
+            number.change({.group = group,
+                           .start = below(3),
+                           .count = static_cast<std::int32_t>(values.size()),
+                           .resize = below(2) == 0,
+                           .values = values.data()},
+                          context);
+            break;
+        }
+        default:
+            number.setValue(group, below(5), 0, step, context, below(3) * 0.001);
+        }
+        if (step % 500 != 499) {
+            continue;
+        }
+        if (bulk.batch) {
+            collector_->submitBatch(*std::exchange(bulk.batch, nullptr));
+        }
+        callAudio();
+        callAudio();
+        for (Slot* slot : {&numberSlot, &textSlot, &group2}) {
+            slot->drain();
+        }
+        for (std::int32_t g = 0; g < 5; ++g) {
+            for (std::int32_t e = 0; e < 6; ++e) {
+                ASSERT_EQ(numberSlot.storage.get(g, e), number.getValue(g, e)) << seed << ' ' << step;
+                ASSERT_EQ(number.getAudio().get(g, e), number.getValue(g, e)) << seed << ' ' << step;
+                ASSERT_EQ(textSlot.storage.getString(g, e), text.getString(g, e)) << seed << ' ' << step;
+                ASSERT_EQ(text.getAudio().getString(g, e), text.getString(g, e)) << seed << ' ' << step;
+            }
+            ASSERT_EQ(group2.storage.get(2, g), number.getValue(2, g)) << seed << ' ' << step;
+        }
+    }
+}
+
+} // namespace
+
+} // namespace qel::test
