@@ -1,5 +1,8 @@
-// Inspector: prints any compiled file as readable text.
+// Inspector: prints any compiled file as readable text, or the live graph that a compiled tree defines.
+#include "GraphHost/CGraphHost.h"
+#include "GraphHost/CGraphPrinter.h"
 #include "Inspect/FileKinds.h"
+#include "Kernels/CKernelContext.h"
 #include "Streams/CFileReader.h"
 #include "TreeCompiler/ToolError.h"
 
@@ -47,16 +50,89 @@ void inspect(const std::string& path)
     kind->print(payload.bytes(), std::cout);
 }
 
+struct GraphOptions
+{
+    bool isWanted = false;
+    bool asDot = false;
+    bool withCalls = false;
+    CGraphHost::Options host;
+    int channels = 2;
+    int block = 64;
+    std::vector<std::string> values; // name=value
+};
+
+void setValues(CGraphHost& host, const std::vector<std::string>& values)
+{
+    for (const std::string& assignment : values) {
+        const std::size_t equals = assignment.find('=');
+        const std::string name = assignment.substr(0, equals);
+        if (equals == std::string::npos || !host.set(name, std::stod(assignment.substr(equals + 1)))) {
+            throw CToolError("no parameter to set: " + assignment);
+        }
+    }
+}
+
+// The graph is taken down after a block of silence has run through it, when formats and links are settled.
+void inspectGraph(const std::string& path, const GraphOptions& options)
+{
+    CGraphHost host(readCompiledTree(path), options.host);
+    setValues(host, options.values);
+    const CChannels silence(static_cast<std::size_t>(options.channels),
+                            std::vector<double>(static_cast<std::size_t>(options.block)));
+    host.run(silence, {options.block});
+    CKernelRecording recording;
+    host.kernels().setObserver(&recording);
+    host.run(silence, {options.block});
+    host.kernels().setObserver(nullptr);
+
+    CGraphPrinter printer;
+    host.root().visit(printer);
+    if (options.asDot) {
+        printer.printDot(std::cout);
+    } else {
+        printer.printText(std::cout);
+    }
+    if (options.withCalls) {
+        printCalls(recording, std::cout);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Prints a compiled file as readable text");
+    CLI::App app("Prints a compiled file as readable text, or the graph that a compiled tree defines");
     std::string path;
+    GraphOptions graph;
     app.add_option("FILE", path, "Compiled tree, stored string or preset list")->required();
+    CLI::Option* isGraph =
+        app.add_flag("--graph", graph.isWanted, "Build the tree's signal graph and print it");
+    app.add_flag("--dot", graph.asDot, "Print the graph for Graphviz")->needs(isGraph);
+    app.add_flag("--calls", graph.withCalls, "Print every kernel call of one block")->needs(isGraph);
+    app.add_option("--definition", graph.host.definition, "Path of the process definition")
+        ->capture_default_str()
+        ->needs(isGraph);
+    app.add_option("--process", graph.host.processName, "Full name of the process")
+        ->capture_default_str()
+        ->needs(isGraph);
+    app.add_option("--channels", graph.channels, "Channels fed")
+        ->capture_default_str()
+        ->needs(isGraph)
+        ->check(CLI::Range(1, 16));
+    app.add_option("--block", graph.block, "Samples in a block")
+        ->capture_default_str()
+        ->needs(isGraph)
+        ->check(CLI::Range(1, 65536));
+    app.add_option("--rate", graph.host.rateHz, "Sample rate in Hz")->capture_default_str()->needs(isGraph);
+    app.add_option("--set", graph.values, "Parameter of the process, NAME=VALUE in real units")
+        ->needs(isGraph);
     CLI11_PARSE(app, argc, argv);
     try {
-        inspect(path);
+        if (graph.isWanted) {
+            inspectGraph(path, graph);
+        } else {
+            inspect(path);
+        }
         return 0;
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';

@@ -60,7 +60,7 @@ public:
 private:
     CAudioParamContext& context_;
     CAudioParamRecorder* recorder_;
-    const CAudioParamListener* sender_;
+    CBridge* sender_;
     CAudioParamOrigin origin_;
 };
 

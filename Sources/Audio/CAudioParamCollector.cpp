@@ -286,36 +286,18 @@ void CAudioParamCollector::receive(CAudioParamEvent& event)
     }
 }
 
-void CAudioParamCollector::addListener(CAudioParamListener& listener)
-{
-    const CLock lock(audienceLock_);
-    listeners_.push(&listener);
-}
-
-void CAudioParamCollector::removeListener(CAudioParamListener& listener)
-{
-    const CLock lock(audienceLock_);
-    listeners_.eraseFirst(&listener);
-}
-
 void CAudioParamCollector::deliver(const CAudioParamNotice& notice)
 {
-    // Told from copies, outside the lock: they may write, attach and detach.
+    // Told from a copy, outside the lock: a registry may write.
     CInlineArray<CAudioParamRegistryBase*, 2> registries;
-    CInlineArray<CAudioParamListener*, 32> listeners;
     {
         const CLock lock(audienceLock_);
         registries = notice.param->registries();
-        listeners = listeners_;
     }
     for (CAudioParamRegistryBase* registry : registries) {
         registry->onParamChange(notice);
     }
-    for (CAudioParamListener* listener : listeners) {
-        if (listener != notice.sender) {
-            listener->onParamChange(notice);
-        }
-    }
+    CAudioParamListener::tellAll(*this, notice);
 }
 
 } // namespace qel

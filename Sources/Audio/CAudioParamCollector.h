@@ -5,6 +5,7 @@
 #include "CAudioParam.h"
 #include "CAudioParamEventPool.h"
 #include "CAudioParamRegistryBase.h"
+#include "CBridge.h"
 #include "CObject.h"
 
 #include <atomic>
@@ -13,16 +14,15 @@
 
 namespace qel {
 
-class CAudioParamListener;
-
 // Tag audio:param-collector; one per instance, owned by its tree. Attribute: env, path of the CAudioEnv.
-// Processes, registries and listeners let go of it before it is released.
+// Listeners (CAudioParamListener) attach to it as to any source. Processes and registries let go of it before
+// it is released.
 //
 // A change made by a control thread joins the pending batch, which hangs on one atomic pointer. Control
 // threads, serialised by the lock of CAudioEnv, take it out, add to it and put it back; the audio thread only
 // ever exchanges it for null. So a batch arrives whole, a change that misses one processing call makes the
 // next, and the audio thread waits for nobody. What it is done with goes back through lock-free lists.
-class CAudioParamCollector : public CObject
+class CAudioParamCollector : public CObject, public CBridgeBase
 {
 public:
     static void buildClassInfo(CClassInfo& info);
@@ -84,7 +84,7 @@ public:
     bool changeFromAudio(CAudioParam& param, double value, double timeSec);
     CAudioParamEventPool& eventPool() { return pool_; }
 
-    // --- for CAudioParam, CAudioParamContext and CAudioParamListener
+    // --- for CAudioParam and CAudioParamContext
 
     // From release() on nothing changes any more.
     bool isReleased() const { return isReleased_.load(std::memory_order_acquire); }
@@ -92,8 +92,6 @@ public:
     void postChange(CAudioParam& param, const CAudioParamChange& change, CAudioParamBatch* batch);
     // Makes `storage` the audio side's own of this parameter.
     void postReplacement(CAudioParam& param, std::unique_ptr<CAudioParamStorage> storage);
-    void addListener(CAudioParamListener& listener);
-    void removeListener(CAudioParamListener& listener);
     // Tells registries and listeners.
     void deliver(const CAudioParamNotice& notice);
 
@@ -111,11 +109,10 @@ private:
     CStringMap<CString> remaps_;
     std::vector<CAudioParamRegistryBase*> registries_; // longest hierarchy first
     bool isFinalized_ = false;
-    // Of its own and taken last, since a writer may hold a parameter when a notice goes out: guards who
-    // listens and which registries have which parameter.
-    CCriticalSection audienceLock_;
-    CInlineArray<CAudioParamListener*, 32> listeners_;
     std::atomic<bool> isReleased_{false};
+    // Of its own and taken last, since a writer may hold a parameter when a notice goes out: guards which
+    // registries have which parameter.
+    CCriticalSection audienceLock_;
 
     std::atomic<CAudioParamBatch*> pending_{nullptr};
     std::atomic<bool> hasChangesFromAudio_{false};

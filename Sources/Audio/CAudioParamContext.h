@@ -10,8 +10,8 @@ namespace qel {
 
 class CAudioParam;
 class CAudioParamBatch;
-class CAudioParamListener;
 class CAudioParamStorage;
+class CBridge;
 
 // Takes down what a write changes, for undo. Called with the parameter's lock held, around the write.
 class CAudioParamRecorder : public CCheckedObject
@@ -41,7 +41,7 @@ struct CAudioParamNotice
 {
     CAudioParam* param;
     CAudioParamChange change;
-    const CAudioParamListener* sender;
+    CBridge* sender;
     CAudioParamOrigin origin;
 };
 
@@ -62,7 +62,7 @@ public:
     // Set: changes for the audio side gather there, for the caller to submit. Null: they go at once.
     CAudioParamBatch* batch = nullptr;
     // Does not hear of the change.
-    const CAudioParamListener* sender = nullptr;
+    CBridge* sender = nullptr;
 
     // Keeps notices back while it lives; the outermost one delivers them.
     class Scope

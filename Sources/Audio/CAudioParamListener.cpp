@@ -1,18 +1,29 @@
 // Hears of every change to a parameter of one instance.
 #include "CAudioParamListener.h"
 
-#include "CAudioParamCollector.h"
+#include <utility>
 
 namespace qel {
 
-void CAudioParamListener::attach(CAudioParamCollector* collector)
+namespace {
+
+// A bridge carries no more than a word, so the notice lies here while this thread tells the bridges. A
+// listener may write in its turn and so begin another round inside its own.
+thread_local const CAudioParamNotice* currentNotice = nullptr;
+
+} // namespace
+
+void CAudioParamListener::tellAll(CBridgeBase& source, const CAudioParamNotice& notice)
 {
-    if (collector_) {
-        collector_->removeListener(*this);
-    }
-    collector_ = collector;
-    if (collector_) {
-        collector_->addListener(*this);
+    const CAudioParamNotice* outer = std::exchange(currentNotice, &notice);
+    source.updateBridges(notice.sender);
+    currentNotice = outer;
+}
+
+void CAudioParamListener::update(CBridge*, std::uintptr_t)
+{
+    if (currentNotice) {
+        onParamChange(*currentNotice);
     }
 }
 

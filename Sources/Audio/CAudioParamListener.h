@@ -2,31 +2,40 @@
 #pragma once
 
 #include "CAudioParamContext.h"
-#include "CCheckedObject.h"
+#include "CBridge.h"
 
 namespace qel {
 
-class CAudioParamCollector;
-
-// Attached to one collector at a time; destruction detaches, and the collector outlives the attachment.
-// Notices come in the thread that wrote, outside the parameter's lock unless the writer held it, and not for
-// writes whose context names this listener as their sender. A notice may be on its way while another thread
-// detaches, so whoever ends a listener makes sure that nothing writes then, or lets it outlive the writers.
-class CAudioParamListener : public CCheckedObject
+// A bridge on a collector: attach(&collector) begins, detach() ends it. Notices come in the thread that
+// wrote, outside the parameter's lock unless the writer held it, and not for writes whose context names this
+// bridge as their sender. As with any bridge, a derived class detaches first thing in its destructor, holding
+// no lock that onParamChange() takes.
+class CAudioParamListener : public CBridge
 {
 public:
-    CAudioParamListener() = default;
-    CAudioParamListener(const CAudioParamListener&) = delete;
-    CAudioParamListener& operator=(const CAudioParamListener&) = delete;
-    ~CAudioParamListener() override { attach(nullptr); }
-
-    // Begins to listen; null ends it.
-    void attach(CAudioParamCollector* collector);
-
     virtual void onParamChange(const CAudioParamNotice& notice) = 0;
 
+    void update(CBridge* sender, std::uintptr_t userWord) final;
+
+    // Tells all listeners of a source.
+    static void tellAll(CBridgeBase& source, const CAudioParamNotice& notice);
+};
+
+// A listener that calls a method of its owner.
+template <class T>
+class COwnedParamListener : public CAudioParamListener
+{
+public:
+    using Method = void (T::*)(const CAudioParamNotice& notice);
+
+    COwnedParamListener(T& owner, Method method) : owner_(&owner), method_(method) {}
+    ~COwnedParamListener() override { detach(); }
+
+    void onParamChange(const CAudioParamNotice& notice) override { (owner_->*method_)(notice); }
+
 private:
-    CAudioParamCollector* collector_ = nullptr;
+    T* owner_;
+    Method method_;
 };
 
 } // namespace qel

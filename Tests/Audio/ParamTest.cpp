@@ -23,6 +23,8 @@ CByteBuffer saved(const CAudioParam& param, std::int32_t group = -1)
 class CLogListener : public CAudioParamListener
 {
 public:
+    ~CLogListener() override { detach(); }
+
     void onParamChange(const CAudioParamNotice& notice) override
     {
         log.push_back(notice.param->getName().toUtf8() + ":" + std::to_string(notice.change.group) + "=" +

@@ -15,6 +15,8 @@ constexpr int kWrites = 4000; // by each of two threads
 class CCountingListener : public CAudioParamListener
 {
 public:
+    ~CCountingListener() override { detach(); }
+
     void onParamChange(const CAudioParamNotice&) override { ++notices; }
 
     std::atomic<int> notices{0};

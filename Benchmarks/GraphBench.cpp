@@ -1,0 +1,90 @@
+// What the graph costs around its kernels: one block through a 40-process graph against the replay of the kernel calls
+// that the same block makes.
+#include "GraphFixture.h"
+#include "Kernels/CKernelContext.h"
+#include "Kernels/CKernelRecording.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+
+namespace qel {
+namespace {
+
+using test::Channels;
+using test::GraphFixture;
+
+// Ten rows of four processes: two gains in series beside an absolute value, joined by a mix.
+std::string fortyProcesses()
+{
+    std::string content;
+    std::string links;
+    std::string previous = "*";
+    for (int row = 0; row < 10; ++row) {
+        const std::string n = std::to_string(row);
+        const auto gain = [&](const std::string& name) {
+            return "<audio:modGain name=\"" + name + R"("><audio:param-alloc param-name="gain" index="0"/>
+              <audio:param name="gain" converter="real" min-values="0" max-values="2" def-values="0.9"/></audio:modGain>)";
+        };
+        content += gain("g" + n) + gain("h" + n) + "<audio:modAbs name=\"a" + n + "\"/><audio:modMix name=\"m" + n +
+                   R"("><audio:param-alloc param-name="mix" index="0"/>
+              <audio:param name="mix" converter="real" min-values="0" max-values="1" def-values="0.5"/></audio:modMix>)";
+        const auto link = [&](const std::string& from, const std::string& to) {
+            links += "<audio:process-link src=\"" + from + "\" dst=\"" + to + "\"/>";
+        };
+        link(previous, "g" + n);
+        link("g" + n, "h" + n);
+        link(previous, "a" + n);
+        link("h" + n, "m" + n);
+        link("a" + n, "m" + n + "/1");
+        previous = "m" + n;
+    }
+    links += "<audio:process-link src=\"" + previous + "\" dst=\"*\"/>";
+    return R"(<audio:process-def name="main" is-auto-links="false">)" + content + links + "</audio:process-def>";
+}
+
+using Clock = std::chrono::steady_clock;
+
+double microseconds(Clock::duration time)
+{
+    return std::chrono::duration<double, std::micro>(time).count();
+}
+
+// Blocks and replays take turns, so that both see the same machine.
+void graphOverhead(benchmark::State& state)
+{
+    const auto count = static_cast<int>(state.range(0));
+    GraphFixture graph(fortyProcesses());
+    const Channels input(2, std::vector<double>(static_cast<std::size_t>(count), 0.25));
+    CKernelRecording recording;
+    for (int i = 0; i < 10; ++i) {
+        graph.runBlock(input, 0, count);
+        graph.discard();
+    }
+    graph.kernels().setObserver(&recording);
+    graph.runBlock(input, 0, count);
+    graph.discard();
+    graph.kernels().setObserver(nullptr);
+    recording.resolve(graph.kernels());
+
+    Clock::duration inGraph{};
+    Clock::duration inKernels{};
+    for (auto _ : state) {
+        const auto start = Clock::now();
+        graph.runBlock(input, 0, count);
+        graph.discard();
+        const auto middle = Clock::now();
+        recording.replay();
+        inGraph += middle - start;
+        inKernels += Clock::now() - middle;
+    }
+    const auto blocks = static_cast<double>(state.iterations());
+    state.counters["graph us"] = microseconds(inGraph - inKernels) / blocks;
+    state.counters["kernels us"] = microseconds(inKernels) / blocks;
+    state.counters["graph/kernels %"] = 100.0 * microseconds(inGraph - inKernels) / microseconds(inKernels);
+}
+
+BENCHMARK(graphOverhead)->Arg(64)->Arg(512)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+} // namespace qel

@@ -1,0 +1,22 @@
+// What all processes of one plug-in instance share.
+#pragma once
+
+#include "CAudioChunk.h"
+#include "CAudioStreamFormat.h"
+
+namespace qel {
+
+class CAudioParamCollector;
+class CKernelContext;
+
+// Handed to every process of a graph when it is built; outlives them all. The context and the collector belong to the
+// instance's object tree.
+struct CAudioGraph
+{
+    CKernelContext& kernels;
+    CAudioParamCollector& params;
+    CAudioFormatTable formats;
+    CAudioChunkPool chunks;
+};
+
+} // namespace qel

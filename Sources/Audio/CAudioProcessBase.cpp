@@ -1,0 +1,167 @@
+// Root of all run-time processes of the signal graph.
+#include "CAudioProcessBase.h"
+
+#include "CAudioProcessDefBase.h"
+#include "CGraphVisitor.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace qel {
+
+void CAudioProcessBase::place(CAudioGraph& graph, const CString& fullName, int group)
+{
+    graph_ = &graph;
+    fullName_ = fullName;
+    group_ = group;
+}
+
+CError CAudioProcessBase::init()
+{
+    input(0);
+    output(0);
+    return {};
+}
+
+CError CAudioProcessBase::bindParams()
+{
+    const int boundGroup = def_.isGroup0() ? 0 : group_;
+    QEL_TRY(slots_.bind(def_, fullName_, graph_->params, boundGroup), fullName_);
+    return {};
+}
+
+CAudioInputPort& CAudioProcessBase::input(int port)
+{
+    while (inputCount() <= port) {
+        inputs_.push_back(std::make_unique<CAudioInputPort>(*graph_));
+    }
+    return *inputs_[static_cast<std::size_t>(port)];
+}
+
+CAudioOutputPort& CAudioProcessBase::output(int port)
+{
+    while (static_cast<int>(outputs_.size()) <= port) {
+        outputs_.push_back(std::make_unique<CAudioOutputPort>(*graph_));
+    }
+    return *outputs_[static_cast<std::size_t>(port)];
+}
+
+double CAudioProcessBase::positionSec() const
+{
+    return basePositionSec_ + static_cast<double>(positionSamples_) / format_.sampleRateHz;
+}
+
+void CAudioProcessBase::reset(double positionSec)
+{
+    basePositionSec_ = positionSec;
+    positionSamples_ = 0;
+    for (const auto& port : inputs_) {
+        for (CAudioLink* link : port->links()) {
+            link->clear();
+        }
+    }
+}
+
+void CAudioProcessBase::disconnectAll()
+{
+    for (const auto& port : inputs_) {
+        for (CAudioLink* link : port->links()) {
+            if (link->isConnected()) {
+                link->disconnect();
+            }
+        }
+        port->clearLinks();
+    }
+    for (const auto& port : outputs_) {
+        port->disconnectAll();
+    }
+}
+
+void CAudioProcessBase::visit(CGraphVisitor& visitor) const
+{
+    visitor.terminal(*this);
+}
+
+bool CAudioProcessBase::process()
+{
+    for (;;) {
+        beginStep();
+        const int offered = available();
+        if (offered == 0) {
+            return false;
+        }
+        if (takeUpFormats()) {
+            syncLinks();
+            mustApplyEvents_ = true;
+        }
+        if (offered == CAudioInputPort::kNoStream) {
+            return true;
+        }
+        if (applyDueEvents() || mustApplyEvents_) {
+            mustApplyEvents_ = false;
+            applyEvents();
+        }
+        const int count = limitStep(offered);
+        step(count);
+        positionSamples_ += count;
+        bool isDry = false;
+        for (const auto& port : inputs_) {
+            isDry |= port->consume(count);
+        }
+        if (isDry) {
+            return false;
+        }
+    }
+}
+
+void CAudioProcessBase::idle()
+{
+    if (slots_.hasEvents() && slots_.applyUntil(std::numeric_limits<double>::infinity())) {
+        mustApplyEvents_ = true;
+    }
+}
+
+int CAudioProcessBase::available() const
+{
+    int count = CAudioInputPort::kNoStream;
+    for (const auto& port : inputs_) {
+        count = std::min(count, port->available());
+    }
+    return count;
+}
+
+// Port 0 tells what the process works on: its channels with their groups, and the rate.
+bool CAudioProcessBase::takeUpFormats()
+{
+    const CAudioInputPort& port = *inputs_[0];
+    const CChannelMask mask = port.channels();
+    bool isSame = mask == channelMask_;
+    for (const Channel& channel : channels_) {
+        isSame = isSame && port.format(channel.number) == channel.format;
+    }
+    if (isSame) {
+        return false;
+    }
+    channelMask_ = mask;
+    channels_.clear();
+    forEachChannel(mask, [&](int channel) { channels_.push({channel, port.format(channel)}); });
+    if (!channels_.isEmpty() && !(*channels_[0].format == format_)) {
+        basePositionSec_ = positionSec();
+        positionSamples_ = 0;
+        format_ = *channels_[0].format;
+    }
+    return true;
+}
+
+// A change dated t reaches this process when the stream is there: the stream is late by the latency in front
+// of it. One sample of tolerance covers the rounding of times, and the comparison is strict.
+bool CAudioProcessBase::applyDueEvents()
+{
+    if (!slots_.hasEvents()) {
+        return false;
+    }
+    const double shiftSec = def_.usesTimeShift() ? format_.latencySec() : 0.0;
+    return slots_.applyUntil(positionSec() + 1.0 / format_.sampleRateHz - shiftSec);
+}
+
+} // namespace qel

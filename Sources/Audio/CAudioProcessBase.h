@@ -1,0 +1,119 @@
+// Root of all run-time processes of the signal graph.
+#pragma once
+
+#include "CAudioLink.h"
+#include "CAudioProcessSlots.h"
+#include "CCheckedObject.h"
+#include "CError.h"
+
+#include <memory>
+#include <vector>
+
+namespace qel {
+
+class CAudioProcessDefBase;
+class CGraphVisitor;
+
+// A process takes streams at its input ports and hands streams on at its output ports. It has no block size:
+// process() works in steps, each as long as what every channel of every connected input can deliver at that
+// moment, until one of them is dry.
+//
+// Made by its definition's createProcess(), then place(), init() (recursively), bindParams(),
+// registerKernels(), resolveKernels(), and steps. Owned by the compound that runs it. Everything from the
+// first step on happens on the audio thread, without locks; it allocates only where the topology, the rate or
+// a step length is new.
+class CAudioProcessBase : public CCheckedObject
+{
+public:
+    // The group of a process that takes each channel's group from its stream.
+    static constexpr int kGroupOfChannel = -1;
+
+    explicit CAudioProcessBase(const CAudioProcessDefBase& def) : def_(def) {}
+
+    // Gives the process its surroundings. `fullName` is the dotted path of the instance, under which its
+    // parameters are found; `group` is that of the stack element it belongs to, or kGroupOfChannel.
+    void place(CAudioGraph& graph, const CString& fullName, int group);
+
+    // --- building: the instance's thread, before the first step
+
+    virtual CError init();
+    // Ties the slots to the instance's parameters.
+    virtual CError bindParams();
+    // Adds the kernels of this class to the context's registry; adding them again changes nothing.
+    virtual void registerKernels() {}
+    virtual void resolveKernels() {}
+
+    // --- audio thread: no locks, no allocation in steady state
+
+    // Takes up the channels and formats of the inputs after they have changed.
+    virtual void syncLinks() {}
+    // Takes up parameter values after some have changed, or after the format has.
+    virtual void applyEvents() {}
+    // Works off what the inputs hold. False if it ended because an input is dry, true if there was no stream
+    // at all.
+    virtual bool process();
+    // Called instead of process() while the process is out of the graph: takes up parameter changes at once,
+    // since no stream comes that could bring their time.
+    virtual void idle();
+    // Drops every link that ends or starts here.
+    virtual void disconnectAll();
+    // Forgets the signal, but neither parameters nor topology; the stream goes on at `positionSec`.
+    virtual void reset(double positionSec);
+
+    CAudioInputPort& input(int port);
+    CAudioOutputPort& output(int port);
+    int inputCount() const { return static_cast<int>(inputs_.size()); }
+
+    const CAudioProcessDefBase& def() const { return def_; }
+    const CString& fullName() const { return fullName_; }
+    // Of the stack element this process belongs to, or kGroupOfChannel.
+    int group() const { return group_; }
+    // Rate of the stream here; time shift and latency are those of port 0.
+    double sampleRateHz() const { return format_.sampleRateHz; }
+    const CAudioStreamFormat& format() const { return format_; }
+    double positionSec() const;
+
+    // One channel of port 0 as this process sees it now.
+    struct Channel
+    {
+        int number;
+        const CAudioStreamFormat* format;
+    };
+    const CInlineArray<Channel, 8>& channels() const { return channels_; }
+
+    // For printing a live graph.
+    virtual void visit(CGraphVisitor& visitor) const;
+
+protected:
+    // A step of `count` samples; what it gathers is consumed by process() afterwards.
+    virtual void step(int count) = 0;
+    // The longest step from here on, at most `count`: modules cut where a fade ends.
+    virtual int limitStep(int count) const { return count; }
+    // Called at the start of each step, before the inputs are looked at.
+    virtual void beginStep() {}
+
+    CAudioGraph& graph() const { return *graph_; }
+    CAudioProcessSlots& slots() { return slots_; }
+    const CAudioProcessSlots& slots() const { return slots_; }
+
+private:
+    int available() const;
+    bool takeUpFormats();
+    bool applyDueEvents();
+
+    const CAudioProcessDefBase& def_;
+    CAudioGraph* graph_ = nullptr;
+    CString fullName_;
+    int group_ = kGroupOfChannel;
+    CAudioProcessSlots slots_;
+    std::vector<std::unique_ptr<CAudioInputPort>> inputs_;
+    std::vector<std::unique_ptr<CAudioOutputPort>> outputs_;
+    CInlineArray<Channel, 8> channels_;
+    CChannelMask channelMask_ = 0;
+    CAudioStreamFormat format_;
+    double basePositionSec_ = 0.0;     // where the stream had this rate first
+    std::int64_t positionSamples_ = 0; // since then
+    bool mustApplyEvents_ = true;
+};
+
+} // namespace qel

@@ -1,0 +1,83 @@
+// The parameter slots of one process.
+#pragma once
+
+#include "CAudioParamBinding.h"
+#include "CAudioParamEventQueue.h"
+#include "CAudioParamStorage.h"
+#include "CError.h"
+
+#include <memory>
+#include <vector>
+
+namespace qel {
+
+class CAudioParam;
+class CAudioParamCollector;
+class CAudioParamDef;
+class CAudioProcessDefBase;
+
+// What a process sees of the parameters that its definition's `audio:param-alloc` children name. A slot whose
+// name is remapped, or whose local parameter is global, follows a parameter of the instance: changes arrive
+// in a queue and take effect when the stream reaches their time. Any other slot is private and keeps its
+// local default.
+//
+// Built while the graph is built; from then on the audio thread's, without locks and without allocation in
+// steady state.
+class CAudioProcessSlots
+{
+public:
+    CAudioProcessSlots() = default;
+    ~CAudioProcessSlots();
+    CAudioProcessSlots(const CAudioProcessSlots&) = delete;
+    CAudioProcessSlots& operator=(const CAudioProcessSlots&) = delete;
+
+    // --- building
+
+    // `group` restricts what is heard of the parameters to one group; -1 for all.
+    CError bind(const CAudioProcessDefBase& def, const CString& processName, CAudioParamCollector& params,
+                int group);
+    // A slot behind the definition's own, tied to the parameter of this full name: its number, or -1 if the
+    // instance has no such parameter.
+    int addStateSlot(const CString& paramName, CAudioParamCollector& params);
+    // Slot numbers that the definition gives; what the module does not know of can be told from them.
+    std::vector<int> numbers() const;
+
+    // --- audio thread
+
+    bool hasEvents() const { return isDirty_; }
+    // Takes up all changes dated before `limitSec`. True if there were any.
+    bool applyUntil(double limitSec);
+
+    bool has(int slot) const { return find(slot) != nullptr; }
+    // Value of an entry of a group, the default where nothing is stored; 0 for a slot that has no parameter.
+    double value(int slot, int group, int entry = 0) const;
+    // The same with the fall-back by group that bypass states have.
+    double stateValue(int slot, int group) const;
+    // Entries that a group holds, or that the default has.
+    int entryCount(int slot, int group) const;
+
+private:
+    struct Slot
+    {
+        int number = -1;
+        CAudioParamStorage values;
+        CAudioParamBinding binding;
+        CAudioParam* param = nullptr; // null: private
+    };
+
+    const Slot* find(int number) const;
+    Slot& add(int number);
+    void follow(Slot& slot, CAudioParam& param, int group);
+
+    std::vector<std::unique_ptr<Slot>> slots_; // addresses are known to bindings
+    CAudioParamEventQueue queue_;
+    bool isDirty_ = false;
+    int nextStateSlot_ = kFirstStateSlot;
+    int entryShift_ = 0;
+    bool isGroup0_ = false;
+    bool isElement0_ = false;
+
+    static constexpr int kFirstStateSlot = 1000;
+};
+
+} // namespace qel

@@ -1,0 +1,165 @@
+// A process that runs module instances on its channels.
+#pragma once
+
+#include "CAudioFade.h"
+#include "CAudioProcessTerminalBase.h"
+
+namespace qel {
+
+// One instance a channel, a group or the whole stream, as the definition says. With smooth updates a change
+// of settings does not touch the running instance: a second one takes it up, and the outputs are crossfaded
+// over the fade length; steps are cut where a fade ends. A change that comes during a fade starts the next
+// one when that is over, with the settings of that moment.
+//
+// Instances that are no longer needed are kept for the next change, so that steady automation allocates
+// nothing.
+template <class Module>
+class CAudioProcessTerminal : public CAudioProcessTerminalBase
+{
+public:
+    using CAudioProcessTerminalBase::CAudioProcessTerminalBase;
+
+    void syncLinks() override
+    {
+        CAudioProcessTerminalBase::syncLinks();
+        const auto& wanted = places();
+        while (units_.size() > wanted.size()) {
+            retire(units_.back());
+            units_.pop_back();
+        }
+        units_.resize(wanted.size());
+        for (std::size_t i = 0; i < wanted.size(); ++i) {
+            if (!units_[i].running || !units_[i].place.isSameFor(wanted[i])) {
+                retire(units_[i]);
+            }
+            units_[i].place = wanted[i];
+        }
+    }
+
+    void applyEvents() override
+    {
+        for (Unit& unit : units_) {
+            const auto settings = Module::readSettings(slots(), unit.place);
+            if (!unit.running) {
+                unit.running = makeInstance(settings, unit.place);
+                unit.settings = settings;
+            } else if (unit.next) {
+                unit.isStale = !(settings == unit.settings);
+            } else if (!(settings == unit.settings)) {
+                change(unit, settings);
+            }
+        }
+    }
+
+    void reset(double positionSec) override
+    {
+        CAudioProcessTerminalBase::reset(positionSec);
+        for (Unit& unit : units_) {
+            if (unit.next) {
+                finishFade(unit);
+            }
+            if (unit.running) {
+                unit.running->reset();
+            }
+        }
+    }
+
+protected:
+    int limitStep(int count) const override
+    {
+        for (const Unit& unit : units_) {
+            count = unit.next ? std::min(count, unit.fade.samplesLeft()) : count;
+        }
+        return count;
+    }
+
+    void step(int count) override
+    {
+        for (Unit& unit : units_) {
+            CAudioModuleStep moduleStep(graph().kernels, count, unit.place.channels.size());
+            CAudioOwnedInputs owned(graph().kernels);
+            gatherInputs(moduleStep, owned, unit.place, Module::kInputPorts);
+            unit.running->process(moduleStep);
+            if (unit.next) {
+                fade(unit, moduleStep);
+            }
+            emitOutputs(moduleStep, unit.place);
+        }
+    }
+
+private:
+    struct Unit
+    {
+        CAudioModulePlace place;
+        typename Module::Settings settings; // of the latest instance
+        std::unique_ptr<Module> running;
+        std::unique_ptr<Module> next; // while a fade leads to it
+        CAudioFade fade;
+        bool isStale = false; // settings changed during the fade
+    };
+
+    std::unique_ptr<Module> makeInstance(const typename Module::Settings& settings,
+                                         const CAudioModulePlace& place)
+    {
+        std::unique_ptr<Module> instance;
+        if (spares_.empty()) {
+            instance = std::make_unique<Module>(graph().kernels);
+            instance->resolveKernels(graph().kernels);
+        } else {
+            instance = std::move(spares_.back());
+            spares_.pop_back();
+        }
+        instance->configure(settings, place);
+        instance->reset();
+        return instance;
+    }
+
+    void change(Unit& unit, const typename Module::Settings& settings)
+    {
+        unit.settings = settings;
+        if (!isSmooth()) {
+            unit.running->configure(settings, unit.place);
+            return;
+        }
+        unit.next = makeInstance(settings, unit.place);
+        unit.next->takeUp(*unit.running);
+        unit.fade.start(graph().kernels, fadeSamples(), static_cast<int>(unit.place.channels.size()));
+    }
+
+    void fade(Unit& unit, CAudioModuleStep& moduleStep)
+    {
+        CAudioModuleStep nextStep(moduleStep);
+        unit.next->process(nextStep);
+        unit.fade.mix(moduleStep, nextStep);
+        if (unit.fade.samplesLeft() == 0) {
+            finishFade(unit);
+            if (unit.isStale) {
+                unit.isStale = false;
+                change(unit, Module::readSettings(slots(), unit.place));
+            }
+        }
+    }
+
+    void finishFade(Unit& unit)
+    {
+        spares_.push_back(std::move(unit.running));
+        unit.running = std::move(unit.next);
+        unit.fade.stop();
+    }
+
+    void retire(Unit& unit)
+    {
+        if (unit.next) {
+            finishFade(unit);
+        }
+        if (unit.running) {
+            spares_.push_back(std::move(unit.running));
+        }
+        unit.isStale = false;
+    }
+
+    std::vector<Unit> units_;
+    std::vector<std::unique_ptr<Module>> spares_;
+};
+
+} // namespace qel

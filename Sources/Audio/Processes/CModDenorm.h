@@ -1,0 +1,35 @@
+// Noise against denormals, added at the head of the graph.
+#pragma once
+
+#include "CAudioModuleDef.h"
+#include "CAudioProcessTerminal.h"
+#include "Processes/CNoiseSource.h"
+
+namespace qel {
+
+// One channel: the input plus noise of +-1e-11.
+class CModDenormModule : public CAudioModule
+{
+public:
+    static constexpr int kInputPorts = 1;
+    static constexpr int kSlots = 0;
+
+    struct Settings
+    {
+        bool operator==(const Settings&) const = default;
+    };
+    static Settings readSettings(const CAudioProcessSlots&, const CAudioModulePlace&) { return {}; }
+
+    explicit CModDenormModule(CKernelContext& kernels) : noise_(kernels) {}
+    void resolveKernels(CKernelContext&) override { noise_.resolveKernels(); }
+    void configure(const Settings&, const CAudioModulePlace&) {}
+    void process(CAudioModuleStep& step) { step.setOutput(noise_.addTo(step.input(0), step.count)); }
+
+private:
+    CNoiseSource noise_;
+};
+
+using CModDenorm = CAudioProcessTerminal<CModDenormModule>;
+using CModDenormDef = CAudioModuleDef<CModDenorm>;
+
+} // namespace qel

@@ -1,0 +1,22 @@
+// All channels become their mean.
+#pragma once
+
+#include "CAudioModuleDef.h"
+#include "CAudioProcessBase.h"
+
+namespace qel {
+
+// Puts the mean of all its channels on each of them. The mean is computed once and handed on by reference.
+class CModMono : public CAudioProcessBase
+{
+public:
+    using CAudioProcessBase::CAudioProcessBase;
+    void syncLinks() override;
+
+protected:
+    void step(int count) override;
+};
+
+using CModMonoDef = CAudioModuleDef<CModMono>;
+
+} // namespace qel

@@ -1,0 +1,47 @@
+// Mute.
+#pragma once
+
+#include "CAudioModuleDef.h"
+#include "CAudioProcessTerminal.h"
+#include "Processes/CNoiseSource.h"
+
+namespace qel {
+
+// One channel of mute. Slot: 0 `mute`. Passes the input by reference, or emits noise of +-1e-11 while muted.
+class CModMuteModule : public CAudioModule
+{
+public:
+    static constexpr int kInputPorts = 1;
+    static constexpr int kSlots = 1;
+
+    struct Settings
+    {
+        bool isMuted = false;
+        bool operator==(const Settings&) const = default;
+    };
+    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place)
+    {
+        return {slots.value(0, place.group) >= 0.5};
+    }
+
+    explicit CModMuteModule(CKernelContext& kernels) : noise_(kernels) {}
+    void resolveKernels(CKernelContext&) override { noise_.resolveKernels(); }
+    void configure(const Settings& settings, const CAudioModulePlace&) { settings_ = settings; }
+    void process(CAudioModuleStep& step)
+    {
+        if (settings_.isMuted) {
+            step.setOutput(noise_.make(step.count));
+        } else {
+            step.passThrough();
+        }
+    }
+
+private:
+    Settings settings_;
+    CNoiseSource noise_;
+};
+
+using CModMute = CAudioProcessTerminal<CModMuteModule>;
+using CModMuteDef = CAudioModuleDef<CModMute>;
+
+} // namespace qel

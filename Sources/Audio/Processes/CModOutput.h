@@ -1,0 +1,40 @@
+// The end of the graph: streams become the host's samples.
+#pragma once
+
+#include "CAudioModuleDef.h"
+#include "CAudioProcessBase.h"
+
+namespace qel {
+
+// The host's output channels of one slice.
+struct CAudioHostOutputs
+{
+    void* const* channels = nullptr; // float or double samples
+    int channelCount = 0;
+    bool isDouble = false;
+    std::size_t offset = 0; // of the slice within the block, in samples
+    int count = 0;          // length of the slice
+};
+
+// Writes each host channel from the stream of the same number; a channel without a stream, and what a stream does not
+// deliver, becomes silence. Unlike other processes it is not driven by its inputs alone: write() asks for one slice.
+class CModOutput : public CAudioProcessBase
+{
+public:
+    using CAudioProcessBase::CAudioProcessBase;
+
+    void write(const CAudioHostOutputs& outputs);
+
+protected:
+    void step(int count) override;
+
+private:
+    void fillWithSilence(int channel, int written);
+
+    CAudioHostOutputs outputs_;
+    int written_ = 0;
+};
+
+using CModOutputDef = CAudioModuleDef<CModOutput>;
+
+} // namespace qel

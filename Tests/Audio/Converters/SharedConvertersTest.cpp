@@ -1,0 +1,145 @@
+// The converters of the shared tree as delivered.
+#include "ConverterTree.h"
+#include "TreeCompiler/CTreeCompiler.h"
+
+#include <cmath>
+
+namespace qel {
+namespace {
+
+using Mode = CAudioParamConverter::TextMode;
+
+// The delivered tree is compiled and loaded once.
+class SharedConvertersTest : public ::testing::Test
+{
+public:
+    static void SetUpTestSuite()
+    {
+        ASSERT_OK(test::registerConverters());
+        tools::CTreeCompiler compiler;
+        ASSERT_TRUE(compiler.compile(DRUMFELL_DATA "/SharedData.xml"));
+        const std::vector<std::uint8_t> bytes = tools::encodeTree(compiler.root());
+        shared_ = new CObject();
+        CObject::setSharedObject(shared_);
+        CNodeCursor cursor(bytes);
+        ASSERT_OK(shared_->loadNode(cursor, true, true, false, false));
+    }
+    static void TearDownTestSuite()
+    {
+        CObject::setSharedObject(nullptr);
+        CObject::releaseObject(shared_);
+        clearCreators();
+    }
+
+protected:
+    static std::vector<const CAudioParamConverter*> all()
+    {
+        std::vector<const CAudioParamConverter*> converters;
+        const CObject* group = shared_->findObject("audio.paramcvt");
+        for (std::size_t i = 0; group && i < group->getChildCount(); ++i) {
+            converters.push_back(dynamic_cast<const CAudioParamConverter*>(group->getChild(i)));
+        }
+        return converters;
+    }
+    static CString nameOf(const CAudioParamConverter& converter) { return converter.getAttrString("name"); }
+    // A declaration of one element with a range that suits the converter.
+    static CAudioParamInfo infoOf(const CAudioParamConverter& converter)
+    {
+        const CString& tag = converter.getTag();
+        const bool isRatio = tag == "audio:cvt-ratio";
+        const auto* states = dynamic_cast<const CAudioParamConverterEnum*>(&converter);
+        const std::size_t lastState = states && states->stateCount() > 0 ? states->stateCount() - 1 : 9;
+        CAudioParamInfo info;
+        info.dtype = tag == "audio:cvt-text" ? CAudioParamInfo::kTypeString : CAudioParamInfo::kTypeFloat;
+        info.converterNames = {nameOf(converter)};
+        EXPECT_OK(info.parseConverterNames());
+        const CString last = CString::number(static_cast<std::int64_t>(lastState));
+        EXPECT_OK(states    ? info.convertMinMaxValues("0", last)
+                  : isRatio ? info.convertMinMaxValues("1:1", "20:1")
+                            : info.convertMinMaxValues("1", "48"));
+        return info;
+    }
+
+    static inline CObject* shared_ = nullptr;
+};
+
+TEST_F(SharedConvertersTest, AreAllOfAKnownClassAndFoundByName)
+{
+    EXPECT_EQ(all().size(), 50u);
+    for (const CAudioParamConverter* converter : all()) {
+        ASSERT_TRUE(converter);
+        CAudioParamInfo info;
+        info.converterNames = {nameOf(*converter)};
+        EXPECT_OK(info.parseConverterNames());
+        EXPECT_EQ(info.converters, std::vector<const CAudioParamConverter*>{converter});
+    }
+    CAudioParamInfo info;
+    info.converterNames = {"/audio.paramcvt-sat-mode"};
+    EXPECT_OK(info.parseConverterNames());
+}
+
+TEST_F(SharedConvertersTest, GoFromPositionToValueAndBack)
+{
+    for (const CAudioParamConverter* converter : all()) {
+        const CAudioParamInfo info = infoOf(*converter);
+        const bool isWhole = converter->getTag() == "audio:cvt-enum";
+        for (int step = 0; step <= 100; ++step) {
+            const double value = converter->normToValue(info, 0, step / 100.0);
+            const double again = converter->normToValue(info, 0, converter->valueToNorm(info, 0, value));
+            EXPECT_NEAR(again, value, isWhole ? 0.0 : 1e-13 * std::abs(value))
+                << nameOf(*converter).toUtf8() << " at " << step;
+        }
+    }
+}
+
+// Whoever opens a text field and confirms it unchanged must not change what is shown.
+TEST_F(SharedConvertersTest, ShowTheSameAfterTheirTextWasTypedIn)
+{
+    for (const CAudioParamConverter* converter : all()) {
+        if (converter->getTag() == "audio:cvt-enum" || converter->getTag() == "audio:cvt-text") {
+            continue; // their texts are names, not input
+        }
+        const CAudioParamInfo info = infoOf(*converter);
+        for (int step = 0; step <= 1000; ++step) {
+            const double value = converter->normToValue(info, 0, step / 1000.0);
+            const CString text = converter->valueToText(info, 0, value, nullptr, Mode::kNormal);
+            bool ok = false;
+            const double typed = converter->textToValue(info, 0, text, &ok);
+            ASSERT_TRUE(ok) << nameOf(*converter).toUtf8() << ' ' << text.toUtf8();
+            ASSERT_EQ(converter->valueToText(info, 0, typed, nullptr, Mode::kNormal).toUtf8(), text.toUtf8())
+                << nameOf(*converter).toUtf8();
+        }
+    }
+}
+
+TEST_F(SharedConvertersTest, KeepTheirOddUnits)
+{
+    const struct
+    {
+        const char* name;
+        const char* label;
+        const char* textOf2;
+    } cases[] = {
+        {"gain", "dB", "6.0"},
+        {"phase", "", "2.0"},
+        {"time-sec", "ms", "2.00"},
+        {"time", "ms", "2000"},
+        {"time-exact", "ms", "2000.000"},
+        {"bw", "Oct", "2.00"},
+        {"percent", "%", "200.0"},
+        {"enum-qelgate", "", "Cutoff B"},
+        {"enum-polycomp-vouts", "", "2"},
+    };
+    for (const auto& c : cases) {
+        const auto* converter = dynamic_cast<const CAudioParamConverter*>(
+            shared_->findObject(CString("audio.paramcvt.") + c.name));
+        ASSERT_TRUE(converter) << c.name;
+        EXPECT_EQ(converter->getLabel(), c.label) << c.name;
+        EXPECT_EQ(converter->valueToText(infoOf(*converter), 0, 2.0, nullptr, Mode::kNormal).toUtf8(),
+                  c.textOf2)
+            << c.name;
+    }
+}
+
+} // namespace
+} // namespace qel

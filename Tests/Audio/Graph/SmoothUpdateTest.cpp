@@ -1,0 +1,175 @@
+// Crossfades from one module instance to the next, and the simple modules.
+#include "GraphFixture.h"
+#include "Kernels/CKernelRecording.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <numbers>
+
+namespace qel {
+namespace {
+
+using test::Channels;
+using test::GraphFixture;
+
+constexpr double kRateHz = 48000.0;
+
+std::string smoothGain(double fadeSec)
+{
+    return R"(<audio:process-def name="main"><audio:modGain name="g" is-smooth-update="true" xfade-length=")" +
+           std::to_string(fadeSec) + R"("><audio:param-alloc param-name="gain" index="0"/>
+        <audio:param-alloc param-name="mute" index="1"/>
+        <audio:param name="gain" is-global="true" converter="real" min-values="-100" max-values="100" def-values="1"/>
+        <audio:param name="mute" is-global="true" converter="real" min-values="0" max-values="1" def-values="0"/>
+      </audio:modGain></audio:process-def>)";
+}
+
+// Weight of the new instance at sample i of a fade of n samples.
+double fadeWeight(std::size_t i, std::size_t n)
+{
+    return 0.5 - 0.5 * std::cos(std::numbers::pi * static_cast<double>(i) / static_cast<double>(n));
+}
+
+TEST(SmoothUpdate, FadesOverExactlyTheFadeLengthWhateverTheBlocks)
+{
+    constexpr std::size_t kFade = 480; // 0.01 s
+    for (const int block : {1, 7, 64, 500, 512, 2000}) {
+        GraphFixture graph(smoothGain(0.01));
+        const Channels input(1, std::vector<double>(4000, 1.0));
+        const Channels output =
+            graph.run(input, {2000, block}, [&](std::size_t position) {
+                if (position == 2000) {
+                    graph.set("g.gain", 3.0);
+                }
+            });
+        for (std::size_t i = 0; i < 4000; ++i) {
+            const double weight = i < 2000 ? 0.0 : i < 2000 + kFade ? fadeWeight(i - 2000, kFade) : 1.0;
+            ASSERT_NEAR(output[0][i], 1.0 + 2.0 * weight, 1e-9) << i << " in blocks of " << block;
+        }
+    }
+}
+
+TEST(SmoothUpdate, StartsTheNextFadeFromTheLatestValueWhenOneIsUnderWay)
+{
+    constexpr std::size_t kFade = 480;
+    GraphFixture graph(smoothGain(0.01));
+    const Channels input(1, std::vector<double>(3000, 1.0));
+    const Channels output = graph.run(input, {100}, [&](std::size_t position) {
+        if (position == 0 || position == 100 || position == 200) {
+            graph.set("g.gain", position == 0 ? 2.0 : position == 100 ? 7.0 : 5.0);
+        }
+    });
+    // The value at the first block is no change: the instance starts with it.
+    for (std::size_t i = 0; i < 3000; ++i) {
+        double expected = 2.0;
+        if (i >= 100 && i < 100 + kFade) {
+            expected += 5.0 * fadeWeight(i - 100, kFade);
+        } else if (i >= 100 + kFade) {
+            expected = 7.0 - 2.0 * (i < 100 + 2 * kFade ? fadeWeight(i - 100 - kFade, kFade) : 1.0);
+        }
+        ASSERT_NEAR(output[0][i], expected, 1e-9) << i;
+    }
+}
+
+TEST(SmoothUpdate, RunsOnlyOneInstanceAtRest)
+{
+    GraphFixture graph(smoothGain(0.01));
+    CKernelRecording recording;
+    const Channels input(1, std::vector<double>(64, 1.0));
+    graph.set("g.gain", 2.0);
+    graph.run(input, {64});
+    graph.set("g.gain", 2.0); // written with its old value: no fade
+    graph.kernels().setObserver(&recording);
+    graph.run(input, {64});
+    EXPECT_EQ(recording.calls().size(), 1u);
+    graph.set("g.gain", 3.0);
+    recording.clear();
+    graph.run(input, {64});
+    EXPECT_EQ(recording.calls().size(), 4u); // the fade's start, both instances, the fade
+    graph.kernels().setObserver(nullptr);
+}
+
+TEST(SmoothUpdate, MakesNoClick)
+{
+    // Largest second difference of a 50 Hz sine: a step of the gain would multiply it by thousands.
+    Channels input(1, std::vector<double>(48000));
+    for (std::size_t i = 0; i < input[0].size(); ++i) {
+        input[0][i] = std::sin(2.0 * std::numbers::pi * 50.0 * static_cast<double>(i) / kRateHz);
+    }
+    const auto roughness = [](const std::vector<double>& signal, std::size_t from, std::size_t to) {
+        double largest = 0.0;
+        for (std::size_t i = from + 2; i < to; ++i) {
+            largest = std::max(largest, std::fabs(signal[i] - 2.0 * signal[i - 1] + signal[i - 2]));
+        }
+        return largest;
+    };
+    for (const char* name : {"g.gain", "g.mute"}) {
+        GraphFixture graph(smoothGain(0.015));
+        const Channels output = graph.run(input, {64}, [&](std::size_t position) {
+            if (position == 24000) {
+                graph.set(name, name[2] == 'g' ? 2.0 : 1.0);
+            }
+        });
+        EXPECT_LT(roughness(output[0], 23000, 47000), 3.0 * roughness(input[0], 1000, 23000)) << name;
+    }
+}
+
+TEST(SimpleModules, MuteIsNoiseBelowHearing)
+{
+    GraphFixture graph(smoothGain(0.0)); // raised to the shortest fade there is
+    const Channels input(2, std::vector<double>(1000, 0.5));
+    graph.set("g.mute", 0.49);
+    EXPECT_EQ(graph.run(input, {100})[0][999], 0.5);
+    graph.set("g.mute", 0.5);
+    const Channels output = graph.run(input, {100});
+    int positive = 0;
+    int equal = 0;
+    for (std::size_t i = 100; i < 1000; ++i) {
+        ASSERT_EQ(std::fabs(output[0][i]), 1e-11);
+        positive += output[0][i] > 0;
+        equal += output[0][i] == output[1][i];
+    }
+    EXPECT_GT(positive, 300);
+    EXPECT_LT(positive, 600);
+    EXPECT_LT(equal, 600); // channels are not correlated
+}
+
+TEST(SimpleModules, BypassChoosesItsInput)
+{
+    GraphFixture graph(R"(<audio:process-def name="main" is-auto-links="false">
+        <audio:modAbs name="abs"/><audio:modDenorm name="noise"/>
+        <audio:modBypass name="switch"><audio:param-alloc param-name="enable" index="0"/>
+          <audio:param name="enable" is-global="true" converter="real" min-values="0" max-values="1" def-values="0"/>
+        </audio:modBypass>
+        <audio:process-link src="*" dst="abs"/><audio:process-link src="abs" dst="switch"/>
+        <audio:process-link src="*" dst="noise"/><audio:process-link src="noise" dst="switch/1"/>
+        <audio:process-link src="switch" dst="*"/></audio:process-def>)");
+    const Channels input(1, std::vector<double>(64, -0.25));
+    EXPECT_EQ(graph.run(input, {64})[0][10], 0.25);
+    graph.set("switch.enable", 1.0);
+    const double bypassed = graph.run(input, {64})[0][10];
+    EXPECT_NEAR(bypassed, -0.25, 1.1e-11);
+    EXPECT_NE(bypassed, -0.25);
+}
+
+TEST(SimpleModules, MonoIsTheMeanOfAnyNumberOfChannels)
+{
+    for (std::size_t channels = 1; channels <= 9; ++channels) {
+        GraphFixture graph(R"(<audio:process-def name="main"><audio:modMono name="mono"/></audio:process-def>)");
+        Channels input(channels, std::vector<double>(32));
+        double sum = 0.0;
+        for (std::size_t c = 0; c < channels; ++c) {
+            input[c][7] = 1.0 / static_cast<double>(c + 1);
+            sum += input[c][7];
+        }
+        const Channels output = graph.run(input, {32});
+        for (std::size_t c = 0; c < channels; ++c) {
+            EXPECT_NEAR(output[c][7], sum / static_cast<double>(channels), 1e-7) << channels;
+            EXPECT_EQ(output[c][7], output[0][7]);
+        }
+    }
+}
+
+} // namespace
+} // namespace qel
