@@ -60,10 +60,9 @@ case "${1:-}" in
 demo)
     need "${build_packages[@]}"
     build release
-    build/release/bin/drumfell-treec data/SharedData.xml -o build/release/SharedData.xml.tree
-    build/release/bin/drumfell-inspect build/release/SharedData.xml.tree
+    build/release/bin/drumfell-inspect build/release/resources/SharedData.xml
     echo
-    echo "This is the compiled tree that defines the product so far. Rendering audio comes with the host boundary."
+    echo "This is the compiled tree in build/release/Drumfell.so. Rendering audio comes with the host boundary."
     ;;
 test)
     need "${build_packages[@]}"
@@ -91,6 +90,7 @@ sanitize)
     ;;
 windows)
     need "${build_packages[@]}" "${windows_packages[@]}"
+    build release drumfell-treec
     build windows
     ls -l build/windows/Drumfell.dll
     ;;
