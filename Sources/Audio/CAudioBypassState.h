@@ -6,14 +6,15 @@
 
 namespace qel {
 
-// Follows the parameters that its definition names. While it is active, what bears its number is out of the graph.
+// Follows the parameters that its definition names. While it is active, what bears its number is out of the
+// graph.
 class CAudioBypassState
 {
 public:
     explicit CAudioBypassState(const CAudioProcessBypassStateDef& def) : def_(&def) {}
 
-    // Ties the parameters, named relative to the process, to extra slots of it. Fails if the instance has no such
-    // parameter.
+    // Ties the parameters, named relative to the process, to extra slots of it. Fails if the instance has no
+    // such parameter.
     CError bind(CAudioProcessSlots& slots, const CString& processName, CAudioParamCollector& params);
     // Audio thread. True if the state has changed.
     bool evaluate(const CAudioProcessSlots& slots, int group);

@@ -4,7 +4,6 @@
 #include "CAudioStreamFormat.h"
 #include "Kernels/CBufferRef.h"
 
-
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -21,8 +20,8 @@ struct CAudioChunk
     std::int32_t count; // samples left
 };
 
-// Free list of chunks, shared by all links of a graph. Grows in runs and never gives memory back while the graph lives,
-// so that a graph in steady state allocates nothing. Audio thread.
+// Free list of chunks, shared by all links of a graph. Grows in runs and never gives memory back while the
+// graph lives, so that a graph in steady state allocates nothing. Audio thread.
 class CAudioChunkPool
 {
 public:

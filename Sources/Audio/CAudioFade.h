@@ -5,8 +5,9 @@
 
 namespace qel {
 
-// A raised-cosine fade on every channel of an instance, over a fixed number of samples. start(), mix() step by step until
-// samplesLeft() is 0, stop(). Holds one small state buffer a channel while it runs. Audio thread.
+// A raised-cosine fade on every channel of an instance, over a fixed number of samples. start(), mix() step
+// by step until samplesLeft() is 0, stop(). Holds one small state buffer a channel while it runs. Audio
+// thread.
 class CAudioFade
 {
 public:
@@ -16,8 +17,8 @@ public:
     ~CAudioFade() { stop(); }
 
     void start(CKernelContext& kernels, int samples, int channelCount);
-    // Replaces the outputs of `from` by the fade to those of `to`, which are used up. The step may not be longer than
-    // samplesLeft().
+    // Replaces the outputs of `from` by the fade to those of `to`, which are used up. The step may not be
+    // longer than samplesLeft().
     void mix(CAudioModuleStep& from, CAudioModuleStep& to);
     void stop();
     int samplesLeft() const { return samplesLeft_; }

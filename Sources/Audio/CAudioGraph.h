@@ -9,14 +9,16 @@ namespace qel {
 class CAudioParamCollector;
 class CKernelContext;
 
-// Handed to every process of a graph when it is built; outlives them all. The context and the collector belong to the
-// instance's object tree.
+// Handed to every process of a graph when it is built; outlives them all. The context and the collector
+// belong to the instance's object tree.
 struct CAudioGraph
 {
     CKernelContext& kernels;
     CAudioParamCollector& params;
     CAudioFormatTable formats;
     CAudioChunkPool chunks;
+    // Stream time at which the process that is called now starts; set by whoever runs it.
+    double positionSec = 0.0;
 };
 
 } // namespace qel

@@ -28,7 +28,8 @@ struct CAudioModulePlace
     }
 };
 
-// One step of one module instance. Inputs are borrowed until the step ends; an output is handed over with one reference.
+// One step of one module instance. Inputs are borrowed until the step ends; an output is handed over with one
+// reference.
 class CAudioModuleStep
 {
 public:
@@ -67,21 +68,27 @@ public:
         kernels.addRef(input(0, channel));
         setOutput(input(0, channel), channel);
     }
-    void setOutput(CBufferRef buffer, int channel = 0) { outputs[static_cast<std::size_t>(channel)] = buffer; }
+    void setOutput(CBufferRef buffer, int channel = 0)
+    {
+        outputs[static_cast<std::size_t>(channel)] = buffer;
+    }
 
     CKernelContext& kernels;
     const int count;
     const std::size_t channelCount;
-    CInlineArray<CBufferRef, 6> inputs;  // [port][channel]
-    CInlineArray<CBufferRef, 2> outputs; // [channel]
+    // Room for the 8 channels of a group, and for the ports of the modules that take that many.
+    CInlineArray<CBufferRef, 16> inputs; // [port][channel]
+    CInlineArray<CBufferRef, 8> outputs; // [channel]
 };
 
-// A module instance: the state of one effect on one channel, or on the channels of one group. It names its operands and
-// submits kernels; it never touches samples itself. Made and owned by its terminal process. Audio thread.
+// A module instance: the state of one effect on one channel, or on the channels of one group. It names its
+// operands and submits kernels; it never touches samples itself. Made and owned by its terminal process.
+// Audio thread.
 //
 // A concrete module has besides: a value type `Settings` with ==, all that its parameters mean; static
-// `Settings readSettings(const CAudioProcessSlots&, const CAudioModulePlace&)`; `void configure(const Settings&,
-// const CAudioModulePlace&)`, which changes a running instance at once; and `void process(CAudioModuleStep&)`.
+// `Settings readSettings(const CAudioProcessSlots&, const CAudioModulePlace&)`; `void configure(const
+// Settings&, const CAudioModulePlace&)`, which changes a running instance at once; and `void
+// process(CAudioModuleStep&)`.
 class CAudioModule : public CCheckedObject
 {
 public:

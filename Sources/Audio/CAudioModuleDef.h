@@ -11,7 +11,10 @@ template <class Process>
 class CAudioModuleDef : public CAudioProcessDefBase
 {
 public:
-    std::unique_ptr<CAudioProcessBase> createProcess() const override { return std::make_unique<Process>(*this); }
+    std::unique_ptr<CAudioProcessBase> createProcess() const override
+    {
+        return std::make_unique<Process>(*this);
+    }
 };
 
 } // namespace qel

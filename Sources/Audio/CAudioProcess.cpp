@@ -208,7 +208,9 @@ void CAudioProcess::step(int count)
             to.emit(channel, from.gather(channel, count, isWeighted), count, format);
         });
     }
+    const double startSec = positionSec();
     for (Child* child : order_) {
+        graph().positionSec = startSec;
         child->process->process();
     }
     for (const auto& child : children_) {
@@ -219,6 +221,12 @@ void CAudioProcess::step(int count)
     for (std::size_t port = 0; port < ownSinks_.size(); ++port) {
         drainOutput(static_cast<int>(port));
     }
+}
+
+void CAudioProcess::beSilent()
+{
+    CAudioProcessBase::idle();
+    step(0);
 }
 
 void CAudioProcess::idle()

@@ -41,6 +41,7 @@ public:
 protected:
     void beginStep() override;
     void step(int count) override;
+    void beSilent() override;
 
 private:
     struct Child;

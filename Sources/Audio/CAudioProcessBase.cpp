@@ -90,11 +90,18 @@ bool CAudioProcessBase::process()
         if (offered == 0) {
             return false;
         }
+        if (wasSilent_ && offered != CAudioInputPort::kNoStream) {
+            wasSilent_ = false;
+            basePositionSec_ = graph_->positionSec;
+            positionSamples_ = 0;
+        }
         if (takeUpFormats()) {
             syncLinks();
             mustApplyEvents_ = true;
         }
         if (offered == CAudioInputPort::kNoStream) {
+            wasSilent_ = true;
+            beSilent();
             return true;
         }
         if (applyDueEvents() || mustApplyEvents_) {

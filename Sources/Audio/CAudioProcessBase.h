@@ -89,6 +89,9 @@ protected:
     virtual void step(int count) = 0;
     // The longest step from here on, at most `count`: modules cut where a fade ends.
     virtual int limitStep(int count) const { return count; }
+    // Called where there would be a step but no input has a stream: takes up parameters at once. Containers
+    // tell those inside, and hand on what these leave.
+    virtual void beSilent() { idle(); }
     // Called at the start of each step, before the inputs are looked at.
     virtual void beginStep() {}
 
@@ -114,6 +117,7 @@ private:
     double basePositionSec_ = 0.0;     // where the stream had this rate first
     std::int64_t positionSamples_ = 0; // since then
     bool mustApplyEvents_ = true;
+    bool wasSilent_ = false; // time has passed that no sample has counted
 };
 
 } // namespace qel

@@ -119,6 +119,14 @@ double CAudioProcessSlots::value(int slotNumber, int group, int entry) const
     return slot->values.get(isGroup0_ ? 0 : group, isElement0_ ? 0 : entry + entryShift_);
 }
 
+double CAudioProcessSlots::valueOrLast(int slotNumber, int group, int entry) const
+{
+    const Slot* slot = find(slotNumber);
+    const bool isMissing =
+        slot && slot->values.getFillCount() > 0 && entry >= elementCount(slotNumber, group);
+    return isMissing ? slot->values.getFill().back() : value(slotNumber, group, entry);
+}
+
 double CAudioProcessSlots::stateValue(int slotNumber, int group) const
 {
     const Slot* slot = find(slotNumber);
@@ -133,6 +141,12 @@ int CAudioProcessSlots::entryCount(int slotNumber, int group) const
     }
     const int stored = slot->values.getCount(isGroup0_ ? 0 : group);
     return stored > 0 ? stored : slot->values.getFillCount();
+}
+
+int CAudioProcessSlots::elementCount(int slotNumber, int group) const
+{
+    const Slot* slot = find(slotNumber);
+    return slot ? std::max(entryCount(slotNumber, group), slot->values.getFillCount()) : 0;
 }
 
 } // namespace qel

@@ -51,10 +51,14 @@ public:
     bool has(int slot) const { return find(slot) != nullptr; }
     // Value of an entry of a group, the default where nothing is stored; 0 for a slot that has no parameter.
     double value(int slot, int group, int entry = 0) const;
+    // The same, but behind the end of the default's list the last default counts, not the first.
+    double valueOrLast(int slot, int group, int entry) const;
     // The same with the fall-back by group that bypass states have.
     double stateValue(int slot, int group) const;
     // Entries that a group holds, or that the default has.
     int entryCount(int slot, int group) const;
+    // Entries that have a value of their own: those of the group and, behind them, those of the default.
+    int elementCount(int slot, int group) const;
 
 private:
     struct Slot

@@ -98,9 +98,16 @@ void CAudioProcessStack::step(int count)
             const CAudioStreamFormat* format = input(0).format(channel);
             each.feed->emit(channel, input(0).gather(channel, count, def().isWeightedInput()), count, format);
         });
+        graph().positionSec = positionSec();
         each.process->process();
     }
     drain();
+}
+
+void CAudioProcessStack::beSilent()
+{
+    CAudioProcessBase::idle();
+    step(0);
 }
 
 void CAudioProcessStack::drain()

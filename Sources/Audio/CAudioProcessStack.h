@@ -33,6 +33,7 @@ public:
 
 protected:
     void step(int count) override;
+    void beSilent() override;
 
 private:
     // A compound with its own feed and drain.

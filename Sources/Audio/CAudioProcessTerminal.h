@@ -39,7 +39,7 @@ public:
     void applyEvents() override
     {
         for (Unit& unit : units_) {
-            const auto settings = Module::readSettings(slots(), unit.place);
+            const auto settings = readSettings(unit.place);
             if (!unit.running) {
                 unit.running = makeInstance(settings, unit.place);
                 unit.settings = settings;
@@ -65,6 +65,11 @@ public:
     }
 
 protected:
+    // What the parameters mean to the instance at `place`. Overridden where that takes more than the slots.
+    virtual typename Module::Settings readSettings(const CAudioModulePlace& place) const
+    {
+        return Module::readSettings(slots(), place);
+    }
     int limitStep(int count) const override
     {
         for (const Unit& unit : units_) {
@@ -135,7 +140,7 @@ private:
             finishFade(unit);
             if (unit.isStale) {
                 unit.isStale = false;
-                change(unit, Module::readSettings(slots(), unit.place));
+                change(unit, readSettings(unit.place));
             }
         }
     }

@@ -6,7 +6,8 @@
 
 namespace qel {
 
-// Travels with every chunk of a stream, so that a change of format takes effect at the very sample where it happens.
+// Travels with every chunk of a stream, so that a change of format takes effect at the very sample where it
+// happens.
 struct CAudioStreamFormat
 {
     double sampleRateHz = 44100.0;
@@ -17,9 +18,9 @@ struct CAudioStreamFormat
     bool operator==(const CAudioStreamFormat&) const = default;
 };
 
-// Keeps one copy of each distinct format of a graph, so that chunks carry a pointer and equality is pointer equality.
-// Pointers stay valid as long as the table. There are as many formats as there are rates, latencies and groups in use;
-// only a format never seen before allocates. Audio thread.
+// Keeps one copy of each distinct format of a graph, so that chunks carry a pointer and equality is pointer
+// equality. Pointers stay valid as long as the table. There are as many formats as there are rates, latencies
+// and groups in use; only a format never seen before allocates. Audio thread.
 class CAudioFormatTable
 {
 public:

@@ -37,12 +37,13 @@ CBufferRef CAudioSum::take()
 
 CBufferRef CAudioSum::takeMean()
 {
+    return takeScaled(static_cast<double>(1.0f / static_cast<float>(std::max(sources_, 1))));
+}
+
+CBufferRef CAudioSum::takeScaled(double scale)
+{
     if (sources_ > 1) {
-        const double scale = static_cast<double>(1.0f / static_cast<float>(sources_));
-        collapse(held_ == 1   ? EKernel::kMulC
-                 : held_ == 2 ? EKernel::kAdd2Mul
-                              : EKernel::kAdd3Mul,
-                 scale);
+        collapse(held_ == 1 ? EKernel::kMulC : held_ == 2 ? EKernel::kAdd2Mul : EKernel::kAdd3Mul, scale);
     }
     return take();
 }

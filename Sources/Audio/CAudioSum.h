@@ -7,11 +7,9 @@
 
 namespace qel {
 
-
-
-// Collects sources of one length and sums them in the order they come: every four collapse into one partial sum, what is
-// left at the end by twos or threes. A single source passes by reference. The mean multiplies by 1/N, taken from the
-// single-precision quotient, within the last kernel where there is one. Audio thread.
+// Collects sources of one length and sums them in the order they come: every four collapse into one partial
+// sum, what is left at the end by twos or threes. A single source passes by reference. The mean multiplies by
+// 1/N, taken from the single-precision quotient, within the last kernel where there is one. Audio thread.
 class CAudioSum
 {
 public:
@@ -25,6 +23,8 @@ public:
     // The result, of which the caller owns one reference; none if nothing was added. Once.
     CBufferRef take();
     CBufferRef takeMean();
+    // The sum of two sources or more, times a factor; a single source passes as it is.
+    CBufferRef takeScaled(double scale);
 
 private:
     // Replaces what is held by the output of one kernel over it.

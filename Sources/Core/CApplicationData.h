@@ -105,7 +105,7 @@ class CApplicationDataBridge : public COwnedBridge<T>
 {
 public:
     using COwnedBridge<T>::COwnedBridge;
-    ~CApplicationDataBridge() override { this->detach(); }
+    ~CApplicationDataBridge() override { this->endLink(); }
 
     void attachSetting(CApplicationData& store, const CString& name) { store.attachBridge(*this, name); }
 };

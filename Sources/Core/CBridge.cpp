@@ -151,9 +151,14 @@ void CBridgeBase::updateBridges(CBridge* sender)
 
 CBridge::~CBridge()
 {
+    endLink();
+    forgetOwnUpdates(this);
+}
+
+void CBridge::endLink()
+{
     detach();
     waitForOtherThreads();
-    forgetOwnUpdates(this);
 }
 
 void CBridge::attach(CBridgeBase* source, std::uintptr_t userWord)

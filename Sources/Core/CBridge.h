@@ -45,7 +45,7 @@ protected:
 // bridge. From inside its own update() a bridge detaches without waiting, or it would wait for itself; it may
 // even be destroyed there, which waits for other threads alone.
 //
-// A class that overrides update() detaches first thing in its destructor, before its own members go.
+// A class that overrides update() calls endLink() first thing in its destructor, before its own part goes.
 class CBridge : public CCheckedObject
 {
 public:
@@ -61,6 +61,10 @@ public:
 
     // The source has changed; `sender` is whoever changed it, or null. Several threads may be in here.
     virtual void update(CBridge* sender, std::uintptr_t userWord) = 0;
+
+protected:
+    // Detaches, and waits for the other threads even inside the bridge's own update().
+    void endLink();
 
 private:
     friend class CBridgeBase;
@@ -82,7 +86,7 @@ public:
     using Method = void (T::*)(CBridge* sender, std::uintptr_t userWord);
 
     COwnedBridge(T& owner, Method method) : owner_(&owner), method_(method) {}
-    ~COwnedBridge() override { detach(); }
+    ~COwnedBridge() override { endLink(); }
 
     void update(CBridge* sender, std::uintptr_t userWord) override { (owner_->*method_)(sender, userWord); }
 

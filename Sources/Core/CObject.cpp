@@ -45,6 +45,8 @@ CObject::CObject() : classInfo_(&plainClassInfo()), root_(this) {}
 
 CObject::~CObject()
 {
+    // Again, for a class whose release() forgot its base.
+    dropEventSubscriptions();
     dropAttributeSources();
     for (const auto& [listener, names] : attributeListeners_) {
         listener->attributeSources_.erase(this);

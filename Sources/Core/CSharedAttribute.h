@@ -12,7 +12,7 @@ class CSharedAttributeBridge : public CApplicationDataBridge<T>
 {
 public:
     using CApplicationDataBridge<T>::CApplicationDataBridge;
-    ~CSharedAttributeBridge() override { this->detach(); }
+    ~CSharedAttributeBridge() override { this->endLink(); }
 };
 
 // Tag `core:shared-attribute`. Keeps the attribute named `attribute` of its parent equal to the setting

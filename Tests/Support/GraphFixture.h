@@ -12,6 +12,13 @@ namespace qel::test {
 
 using Channels = tools::CChannels;
 
+inline void requireOk(CError error)
+{
+    if (error) {
+        throw std::runtime_error(error.text());
+    }
+}
+
 // Compiles the text of a <tree>.
 inline tools::CTreeNode compileXml(const std::string& xml)
 {
@@ -38,8 +45,7 @@ public:
             </core:object></core:object>)" +
                                 definition + "</tree>"),
                      Options{"main", "plugin.main", 48000.0})
-    {
-    }
+    {}
 };
 
 } // namespace qel::test

@@ -61,7 +61,7 @@ CGraphHost::CGraphHost(const CTreeNode& sharedTree, const Options& options) : CG
     CObject::setSharedObject(shared_);
     load(*shared_, sharedTree);
     makeInstance();
-    graph_ = std::make_unique<CAudioGraph>(CAudioGraph{kernels(), params(), {}, {}});
+    graph_ = std::make_unique<CAudioGraph>(CAudioGraph{kernels(), params(), {}, {}, 0.0});
     const auto* def = dynamic_cast<const CAudioProcessDefBase*>(shared_->findObject(options.definition));
     if (!def) {
         throw std::runtime_error("The tree has no process definition '" + options.definition + "'.");
@@ -158,6 +158,7 @@ void CGraphHost::runBlock(const CChannels& input, std::size_t start, int count)
         const auto number = static_cast<int>(channel);
         feed_->emit(number, buffer, count, graph_->formats.intern(formatOf(number)));
     }
+    graph_->positionSec = env.getPositionSec();
     root().process();
     env.advance(count / rateHz_);
     env.setInProcess(false);

@@ -6,6 +6,7 @@
 #include "Kernels/CKernelRegistry.h"
 #include "Kernels/WellKnownKernels.h"
 
+#include <algorithm>
 #include <initializer_list>
 #include <span>
 #include <string_view>
@@ -49,7 +50,13 @@ public:
 
     // --- audio thread: no locks, no allocation once warm
     CBufferRef allocate(std::size_t bytes) { return pool_.allocate(bytes); }
-    CBufferRef allocateSamples(std::size_t count) { return pool_.allocate(count * sizeof(double)); }
+    // All sample buffers get the room of the longest asked for so far: blocks whose length changes at every
+    // call then find what the longest one left, and touch no heap.
+    CBufferRef allocateSamples(std::size_t count)
+    {
+        longestSamples_ = std::max(longestSamples_, count);
+        return pool_.allocate(longestSamples_ * sizeof(double));
+    }
     void addRef(CBufferRef ref) { pool_.addRef(ref); }
     void release(CBufferRef ref) { pool_.release(ref); }
     void* address(CBufferRef ref) const { return pool_.address(ref); }
@@ -76,6 +83,7 @@ public:
 private:
     CKernelRegistry registry_;
     CBufferPool pool_;
+    std::size_t longestSamples_ = 0;
     CKernelObserver* observer_ = nullptr;
     std::size_t refusedCalls_ = 0;
     CWellKnownKernels known_;

@@ -1,0 +1,263 @@
+// Start and end of the application, shared and instance trees, and settings shared between instances.
+#include "CApplication.h"
+#include "CEventLoop.h"
+#include "CFailureReport.h"
+#include "CFailureWindow.h"
+#include "CNotifyServer.h"
+#include "CSharedAttribute.h"
+#include "CTrace.h"
+#include "Streams/CMemoryWriteBuffer.h"
+#include "TemporaryHome.h"
+#include "TestTree.h"
+
+#include <list>
+#include <thread>
+
+namespace qel {
+namespace {
+
+using test::TreeNode;
+
+constexpr CCreatorRow kClasses[] = {
+    {"core:object", newObject<CObject>, CObject::buildClassInfo},
+    {"core:shared-attribute", newObject<CSharedAttribute>, CSharedAttribute::buildClassInfo},
+    {nullptr, nullptr, nullptr}};
+constexpr CCreatorRow kDuplicates[] = {{"twice", newObject<CObject>, CObject::buildClassInfo},
+                                       {"twice", newObject<CObject>, CObject::buildClassInfo},
+                                       {nullptr, nullptr, nullptr}};
+
+// A resource record of a compiled tree: length, then the chunk. Lives as long as the process.
+const std::uint8_t* treeRecord(const TreeNode& root)
+{
+    const std::vector<std::uint8_t> bytes = root.bytes();
+    CMemoryWriteBuffer chunk;
+    EXPECT_OK(chunk.writeCompressedData(CByteBuffer(std::span<const std::uint8_t>(bytes)), 0x6C6D7863));
+    CMemoryWriteBuffer record;
+    EXPECT_OK(record.writeU32(static_cast<std::uint32_t>(chunk.size())));
+    EXPECT_OK(chunk.writeTo(record));
+    static std::list<CByteBuffer> kept;
+    record.copyTo(kept.emplace_back());
+    return kept.back().data();
+}
+
+const CResourceRow* resources()
+{
+    static const CResourceRow rows[] = {
+        {treeRecord(TreeNode().child(TreeNode::templateOf(
+             "plugin", TreeNode("core:object").child(TreeNode("core:object", "inside"))))),
+         "Shared.xml"},
+        {treeRecord(TreeNode()
+                        .child(TreeNode::templateOf("plugin", TreeNode("core:object")))
+                        .child(TreeNode("core:shared-attribute", "wrong"))),
+         "Broken.xml"},
+        {nullptr, nullptr}};
+    return rows;
+}
+
+class Application : public ::testing::Test
+{
+protected:
+    ~Application() override { CApplication::finish(); }
+
+    CError start(const CString& sharedFile = "Shared.xml", const CCreatorRow* classes = kClasses)
+    {
+        return CApplication::start({classes, resources(), sharedFile});
+    }
+    static CApplication& application() { return *CApplication::get(); }
+    // The parent of a shared attribute named "mode", which follows the setting "app-mode".
+    static CObject& addShared(CObject& root, const char* isGlobal = "false")
+    {
+        CObject* parent = nullptr;
+        EXPECT_OK(root.createChild(parent, "core:object", "holder"));
+        CAttrMap attributes;
+        attributes["attribute"] = CAttrValue("mode");
+        attributes["data-name"] = CAttrValue("app-mode");
+        attributes["def-value"] = CAttrValue("standard");
+        attributes["is-global"] = CAttrValue(isGlobal);
+        CSharedAttribute* shared = nullptr;
+        EXPECT_OK(parent->createChild(shared, "core:shared-attribute", "link", false, nullptr, &attributes));
+        return *parent;
+    }
+    CObject* makeRoot(const CString& file = {})
+    {
+        CObject* root = nullptr;
+        EXPECT_OK(application().initRootObject(root, file));
+        return root;
+    }
+
+    test::TemporaryHome home_;
+};
+
+TEST_F(Application, StartsAndFinishesAsOftenAsAsked)
+{
+    std::vector<std::string> lines;
+    const CTraceHook before = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
+    for (int round = 0; round < 2; ++round) {
+        lines.clear();
+        EXPECT_EQ(CApplication::get(), nullptr);
+        ASSERT_OK(start());
+        EXPECT_FAILS(start(), "running already");
+        ASSERT_NE(CApplication::get(), nullptr);
+        EXPECT_EQ(application().getUIScale(), 1.0);
+        EXPECT_FALSE(application().getModulePath().isEmpty());
+        ASSERT_NE(CObject::sharedObject(), nullptr);
+        EXPECT_EQ(CObject::sharedObject()->getObjectNumber(), -1);
+
+        CObject* root = makeRoot();
+        CObject* plugin = nullptr;
+        EXPECT_OK(root->createChild(plugin, "plugin", "plugin", true));
+        EXPECT_NE(root->findObject("plugin.inside"), nullptr);
+        application().releaseRootObject(root);
+        CApplication::finish();
+        EXPECT_EQ(CObject::sharedObject(), nullptr);
+        EXPECT_EQ(lines,
+                  (std::vector<std::string>{"Initializing application...", "Finalizing application..."}));
+    }
+    setTraceHook(before);
+    CApplication::finish();
+}
+
+TEST_F(Application, ADuplicateTagEndsTheStart)
+{
+    EXPECT_FAILS(start("Shared.xml", kDuplicates), "Creator for 'twice' has already been registered.");
+    EXPECT_EQ(CApplication::get(), nullptr);
+    EXPECT_OK(start());
+}
+
+TEST_F(Application, ASharedTreeThatFailsToLoadLeavesInstancesToReportIt)
+{
+    std::string lines;
+    const CTraceHook before = setTraceHook([&](const CString& line) { lines += line.toUtf8() + "\n"; });
+    EXPECT_OK(start("Broken.xml"));
+    setTraceHook(before);
+    EXPECT_NE(lines.find("No attached attribute name specified."), std::string::npos);
+    CObject* root = nullptr;
+    EXPECT_FAILS(application().initRootObject(root), "No shared object created.");
+    EXPECT_EQ(root, nullptr);
+    EXPECT_OK(application().initSharedObject({}));
+    EXPECT_OK(application().initRootObject(root));
+    application().releaseRootObject(root);
+}
+
+TEST_F(Application, RefusesASecondSharedObject)
+{
+    ASSERT_OK(start());
+    CObject* const first = CObject::sharedObject();
+    EXPECT_FAILS(application().initSharedObject("Shared.xml"), "Shared object already exists.");
+    EXPECT_EQ(CObject::sharedObject(), first);
+    EXPECT_TRUE(first->hasTemplate("plugin"));
+}
+
+TEST_F(Application, NumbersItsInstancesAndForgetsThemWhenTheyAreReleased)
+{
+    ASSERT_OK(start());
+    CObject* first = makeRoot();
+    CObject* second = makeRoot("Shared.xml");
+    EXPECT_EQ(first->getNotifyServer()->getInstanceNumber(), 1);
+    EXPECT_EQ(application().findInstance(2), second->getNotifyServer());
+    EXPECT_EQ(first->getObjectNumber(), 0);
+    EXPECT_EQ(second->getChild(0)->getObjectNumber(), 1);
+    application().releaseRootObject(first);
+    EXPECT_EQ(application().findInstance(1), nullptr);
+    CObject* failed = first;
+    EXPECT_TRUE(application().initRootObject(failed, "Broken.xml"));
+    EXPECT_EQ(failed, nullptr);
+    EXPECT_EQ(application().findInstance(3), nullptr);
+    application().releaseRootObject(second);
+    application().releaseRootObject(nullptr);
+}
+
+TEST_F(Application, ReadsTheInterfaceScaleAndFallsBackToOne)
+{
+    const std::pair<const char*, double> cases[] = {{"1.25", 1.25}, {"0.8", 0.8}, {"2", 2.0},
+                                                    {"", 1.0},      {"big", 1.0}, {"-1", 1.0},
+                                                    {"0", 1.0},     {"1e1", 1.0}, {"99999999", 1.0}};
+    for (const auto& [text, scale] : cases) {
+        CLocalData store;
+        ASSERT_OK(store.saveString("ui-scale", text, nullptr));
+        ASSERT_OK(start());
+        EXPECT_EQ(application().getUIScale(), scale) << text;
+        CApplication::finish();
+    }
+}
+
+TEST_F(Application, SharedAttributesKeepAllInstancesAndTheStoreAlike)
+{
+    ASSERT_OK(start());
+    CObject* rootA = makeRoot();
+    CObject* rootB = makeRoot();
+    CObject& a = addShared(*rootA);
+    CObject& b = addShared(*rootB);
+    CObject& global = addShared(*rootB, "true");
+    EXPECT_EQ(a.getAttrString("mode"), "standard");
+
+    EXPECT_OK(a.setAttribute("mode", "fast", true));
+    EXPECT_EQ(b.getAttrString("mode"), "fast");
+    EXPECT_OK(b.setAttribute("mode", "slow", true));
+    EXPECT_EQ(a.getAttrString("mode"), "slow");
+    EXPECT_EQ(global.getAttrString("mode"), "standard");
+    EXPECT_OK(a.setAttribute("unrelated", "x", true));
+
+    application().releaseRootObject(rootA);
+    EXPECT_OK(b.setAttribute("mode", "last", true));
+    application().releaseRootObject(rootB);
+    CApplication::finish();
+    ASSERT_OK(start());
+    CObject* next = makeRoot();
+    EXPECT_EQ(addShared(*next).getAttrString("mode"), "last");
+    application().releaseRootObject(next);
+}
+
+TEST_F(Application, SharedAttributesAreSetOnTheThreadOfTheirTree)
+{
+    ASSERT_OK(start());
+    CEventLoop loop;
+    CObject* root = makeRoot();
+    root->getNotifyServer()->setEventLoop(&loop);
+    CObject& holder = addShared(*root);
+    CObject* leaving = makeRoot();
+    leaving->getNotifyServer()->setEventLoop(&loop);
+    addShared(*leaving);
+    std::thread([] {
+        CApplicationData& store = CApplication::get()->getLocalData();
+        EXPECT_OK(store.saveString("app-mode", "first", nullptr));
+        EXPECT_OK(store.saveString("app-mode", "second", nullptr));
+    }).join();
+    EXPECT_EQ(holder.getAttrString("mode"), "standard");
+    application().releaseRootObject(leaving); // before its update arrives
+    loop.drain();
+    EXPECT_EQ(holder.getAttrString("mode"), "second");
+    root->getNotifyServer()->setEventLoop(nullptr);
+    application().releaseRootObject(root);
+}
+
+TEST_F(Application, ASettingThatCannotBeSavedStaysInForce)
+{
+    ASSERT_OK(start());
+    CObject* root = makeRoot();
+    CObject& holder = addShared(*root);
+    std::filesystem::create_directories(home_.storeFolder() / "AppDataLocal_app-mode" / "in-the-way");
+    EXPECT_OK(holder.setAttribute("mode", "fast", true));
+    EXPECT_EQ(holder.getAttrString("mode"), "fast");
+    application().releaseRootObject(root);
+}
+
+TEST(FailureWindow, ShowsTheLinesOfTheErrorOrThatThereAreNone)
+{
+    std::vector<std::string> shown;
+    const auto before = platform::setFailureWindowHook(
+        [&](const std::string& title, const std::string& text, const std::string& details) {
+            shown = {title, text, details};
+        });
+    showFailureWindow(makeError("A.cpp", 3, "here", "@id Broken %1.", "wheel"));
+    ASSERT_EQ(shown.size(), 3u);
+    EXPECT_EQ(shown[0], "Brintal Application Message");
+    EXPECT_TRUE(shown[1].starts_with("An issue has happened when executing Brintal application."));
+    EXPECT_EQ(shown[2], "A.cpp( 3 ) // here: Broken wheel.");
+    showFailureWindow({});
+    EXPECT_EQ(shown[2], "<no details>");
+    platform::setFailureWindowHook(before);
+}
+
+} // namespace
+} // namespace qel

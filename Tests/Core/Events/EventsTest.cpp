@@ -1,0 +1,283 @@
+// Named events: subscriptions, delivery at once and by way of the loop, and who may be gone by then.
+#include "CTrace.h"
+#include "EventTestTree.h"
+
+namespace qel {
+namespace {
+
+using test::CEventProbe;
+using test::EventTree;
+using test::withX;
+using Log = std::vector<std::string>;
+
+constexpr CCreatorRow kClasses[] = {{"probe", newObject<CEventProbe>, CEventProbe::buildClassInfo},
+                                    {nullptr, nullptr, nullptr}};
+
+class Events : public ::testing::Test
+{
+protected:
+    Events()
+    {
+        CObject::setSharedObject(&*shared_);
+        CEventProbe::log.clear();
+        CEventProbe::threads.clear();
+    }
+    ~Events() override
+    {
+        CEventProbe::onEvent = nullptr;
+        tree_.end();
+        CObject::setSharedObject(nullptr);
+    }
+
+    Log takeLog() { return std::exchange(CEventProbe::log, {}); }
+
+    test::TestClasses classes_{kClasses};
+    test::TreeRoot shared_;
+    EventTree tree_;
+    CObject& sender_ = tree_.add("core:object", "sender");
+    CObject& a_ = tree_.add("probe", "a");
+    CObject& b_ = tree_.add("probe", "b");
+};
+
+TEST_F(Events, ReachSubscribersAtOnceInOrderOfSubscription)
+{
+    b_.listenObject("sender", "go", "one");
+    a_.listenObject("^sender", "go", "two");
+    a_.listenObject("^sender", "go", "one");
+    a_.listenObject("sender", "go", "one"); // the same again
+    a_.listenObject("sender", "other", "one");
+
+    EXPECT_OK(sender_.notify("go", withX("5"), false));
+    EXPECT_EQ(takeLog(), (Log{"b:one:5", "a:two:5", "a:one:5"}));
+    EXPECT_OK(a_.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{});
+}
+
+TEST_F(Events, OneHandlerIsUnsubscribedAtATime)
+{
+    a_.listenObject("sender", "go", "one");
+    a_.listenObject("sender", "go", "two");
+    a_.unlistenObject("^sender", "go", "one");
+    EXPECT_OK(sender_.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{"a:two:"});
+    a_.unlistenObject("sender", "go", "two");
+    a_.unlistenObject("sender", "go", "two");
+    EXPECT_OK(sender_.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{});
+}
+
+TEST_F(Events, ASubscriptionMayComeBeforeItsSenderAndEndsWithTheListener)
+{
+    a_.listenObject("late", "go", "one");
+    b_.listenObject("late", "go", "one");
+    CObject& late = tree_.add("core:object", "late");
+    EXPECT_OK(late.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), (Log{"a:one:", "b:one:"}));
+    CObject::releaseObject(&a_);
+    EXPECT_OK(late.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{"b:one:"});
+}
+
+TEST_F(Events, AnUnknownHandlerIsTracedAndIgnored)
+{
+    Log lines;
+    const CTraceHook before = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
+    a_.listenObject("sender", "go", "nowhere");
+    setTraceHook(before);
+    EXPECT_EQ(lines, Log{"Event handler 'nowhere' not found in listenObject(). // a"});
+    EXPECT_OK(sender_.notify("go", {}, false));
+}
+
+TEST_F(Events, TheFirstFailingHandlerStopsDelivery)
+{
+    a_.listenObject("sender", "go", "one");
+    b_.listenObject("sender", "go", "one");
+    CEventProbe::onEvent = [](CEventProbe&) -> CError { QEL_FAIL({}, "@id No luck."); };
+    EXPECT_FAILS(sender_.notify("go", {}, false), "// a");
+    EXPECT_EQ(takeLog(), Log{"a:one:"});
+}
+
+TEST_F(Events, ListenersReleasedByAnEarlierHandlerAreLeftOut)
+{
+    a_.listenObject("sender", "go", "one");
+    b_.listenObject("sender", "go", "one");
+    CEventProbe::onEvent = [&](CEventProbe&) {
+        CObject::releaseObject(&b_);
+        CObject::releaseObject(&sender_);
+        return CError();
+    };
+    EXPECT_OK(sender_.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{"a:one:"});
+}
+
+TEST_F(Events, AHandlerMayEndTheWholeTree)
+{
+    a_.listenObject("sender", "go", "one");
+    b_.listenObject("sender", "go", "one");
+    CEventProbe::onEvent = [&](CEventProbe&) {
+        tree_.end();
+        return CError();
+    };
+    EXPECT_OK(sender_.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{"a:one:"});
+}
+
+TEST_F(Events, WithoutALoopEvenPostedOnesArriveAtOnceInTheCallersThread)
+{
+    a_.listenObject("sender", "go", "one");
+    std::thread::id caller;
+    std::thread([&] {
+        caller = std::this_thread::get_id();
+        EXPECT_OK(sender_.notify("go", {}, true));
+    }).join();
+    ASSERT_EQ(takeLog(), Log{"a:one:"});
+    EXPECT_EQ(CEventProbe::threads.front(), caller);
+}
+
+TEST_F(Events, WithoutAServerNothingHappens)
+{
+    test::TreeRoot lone;
+    lone->listenObject("x", "go", "release-child-bridged");
+    EXPECT_OK(lone->notify("go", {}, true));
+    EXPECT_OK(lone->notifyTo(".", "release-child-bridged", {}, true));
+}
+
+TEST_F(Events, NotifyToReachesOneSubscriberOrTheHandlerOfTheEventsOwnName)
+{
+    a_.listenObject("sender", "go", "one");
+    b_.listenObject("sender", "go", "one");
+    EXPECT_OK(sender_.notifyTo("b", "go", withX("1"), false));
+    EXPECT_OK(sender_.notifyTo("^a", "two", withX("2"), false)); // never subscribed to
+    EXPECT_OK(sender_.notifyTo("a", "unknown", {}, false));
+    EXPECT_OK(sender_.notifyTo("nobody", "one", {}, false));
+    EXPECT_EQ(takeLog(), (Log{"b:one:1", "a:two:2"}));
+}
+
+class PostedEvents : public Events
+{
+protected:
+    PostedEvents()
+    {
+        tree_.server->setEventLoop(&*loop_);
+        a_.listenObject("sender", "go", "one");
+        b_.listenObject("sender", "go", "one");
+    }
+    // As its owner ends it.
+    void endLoop()
+    {
+        tree_.server->setEventLoop(nullptr);
+        loop_.reset();
+    }
+
+    std::optional<CEventLoop> loop_{std::in_place};
+};
+
+TEST_F(PostedEvents, ArriveInOrderWithTheirOwnCopyOfTheParameters)
+{
+    CAttrMap parameters = withX("1");
+    EXPECT_OK(sender_.notify("go", parameters, true));
+    parameters["x"] = CAttrValue("2");
+    EXPECT_OK(sender_.notify("go", parameters, true));
+    EXPECT_OK(sender_.notify("go", withX("0"), false)); // the tree's own thread, and not to be posted
+    EXPECT_EQ(takeLog(), (Log{"a:one:0", "b:one:0"}));
+    loop_->drain();
+    EXPECT_EQ(takeLog(), (Log{"a:one:1", "b:one:1", "a:one:2", "b:one:2"}));
+}
+
+TEST_F(PostedEvents, OfAllThreadsRunOnTheTreesThreadInEachThreadsOrder)
+{
+    constexpr int kThreads = 3;
+    constexpr int kEvents = 200;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([this, thread] {
+            for (int i = 0; i < kEvents; ++i) {
+                const std::string x = std::to_string(thread * kEvents + i);
+                EXPECT_OK(sender_.notify("go", withX(x.c_str()), false));
+            }
+        });
+    }
+    // Subscriptions and objects come and go meanwhile.
+    for (int i = 0; i < 50; ++i) {
+        CObject& passer = tree_.add("probe", "passer");
+        passer.listenObject("sender", "go", "two");
+        loop_->drain();
+        CObject::releaseObject(&passer);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    loop_->drain();
+
+    std::vector<int> seenByA;
+    for (const std::string& line : takeLog()) {
+        if (line.starts_with("a:one:")) {
+            seenByA.push_back(std::stoi(line.substr(6)));
+        }
+    }
+    EXPECT_EQ(seenByA.size(), std::size_t{kThreads * kEvents});
+    for (int thread = 0; thread < kThreads; ++thread) {
+        std::vector<int> own;
+        std::ranges::copy_if(seenByA, std::back_inserter(own), [&](int x) { return x / kEvents == thread; });
+        EXPECT_TRUE(std::ranges::is_sorted(own));
+    }
+    for (const std::thread::id id : CEventProbe::threads) {
+        EXPECT_EQ(id, std::this_thread::get_id());
+    }
+}
+
+TEST_F(PostedEvents, OutliveTheirSenderAndSkipListenersThatAreGone)
+{
+    EXPECT_OK(sender_.notify("go", withX("1"), true));
+    CObject::releaseObject(&sender_);
+    CObject::releaseObject(&a_);
+    tree_.add("probe", "a"); // of the same name, but another object
+    loop_->drain();
+    EXPECT_EQ(takeLog(), Log{"b:one:1"});
+}
+
+TEST_F(PostedEvents, AreDroppedWithTheTree)
+{
+    EXPECT_OK(sender_.notify("go", {}, true));
+    tree_.end();
+    loop_->drain();
+    EXPECT_EQ(takeLog(), Log{});
+}
+
+TEST_F(PostedEvents, AreDroppedWithTheLoopAfterWhichDeliveryIsAtOnce)
+{
+    EXPECT_OK(sender_.notify("go", withX("lost"), true));
+    endLoop();
+    EXPECT_OK(sender_.notify("go", withX("now"), true));
+    EXPECT_EQ(takeLog(), (Log{"a:one:now", "b:one:now"}));
+}
+
+TEST_F(PostedEvents, TraceAFailureThatNobodyWaitsFor)
+{
+    CEventProbe::onEvent = [](CEventProbe&) -> CError { QEL_FAIL({}, "@id No luck."); };
+    EXPECT_OK(sender_.notify("go", {}, true));
+    std::string lines;
+    const CTraceHook before = setTraceHook([&](const CString& line) { lines += line.toUtf8() + "\n"; });
+    loop_->drain();
+    setTraceHook(before);
+    EXPECT_NE(lines.find("No luck."), std::string::npos);
+    EXPECT_EQ(takeLog(), (Log{"a:one:", "b:one:"}));
+}
+
+TEST_F(PostedEvents, LetAnObjectEndFromInsideItsOwnHandler)
+{
+    CEventProbe::onEvent = [](CEventProbe& probe) {
+        CAttrMap parameters;
+        parameters["sender"] = CAttrValue(probe.getFullName());
+        return probe.notifyTo("^", "release-child-bridged", parameters, true);
+    };
+    EXPECT_OK(sender_.notifyTo("a", "go", {}, false));
+    EXPECT_OK(sender_.notifyTo("a", "go", {}, false)); // asked twice: the second finds nobody
+    EXPECT_NE((*tree_.root)->findObject("a"), nullptr);
+    loop_->drain();
+    EXPECT_EQ((*tree_.root)->findObject("a"), nullptr);
+    EXPECT_NE((*tree_.root)->findObject("b"), nullptr);
+}
+
+} // namespace
+} // namespace qel
