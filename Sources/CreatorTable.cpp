@@ -25,15 +25,36 @@
 #include "Converters/CAudioParamConverterReal.h"
 #include "Converters/CAudioParamConverterText.h"
 #include "Converters/CAudioParamConverterTime.h"
+#include "Filters/CAudioFilterGenArray.h"
+#include "Filters/CAudioFilterHBFGen.h"
+#include "Filters/CAudioFilterLPHP1Gen.h"
+#include "Filters/CAudioFilterMagnusGen.h"
+#include "Filters/CAudioFilterRBJGen.h"
+#include "Filters/CAudioFilterReservedGens.h"
+#include "Filters/CAudioFilterSerialGen.h"
 #include "Processes/CModArithmetic.h"
 #include "Processes/CModBypass.h"
+#include "Processes/CModCrunchAtk.h"
+#include "Processes/CModCrunchRls.h"
+#include "Processes/CModDecimator.h"
 #include "Processes/CModDenorm.h"
+#include "Processes/CModDownsampler.h"
+#include "Processes/CModFilter.h"
 #include "Processes/CModGain.h"
+#include "Processes/CModInterpolator.h"
+#include "Processes/CModLeveler.h"
+#include "Processes/CModMSCoder.h"
 #include "Processes/CModMix.h"
 #include "Processes/CModMono.h"
 #include "Processes/CModMute.h"
 #include "Processes/CModNode.h"
 #include "Processes/CModOutput.h"
+#include "Processes/CModPShift.h"
+#include "Processes/CModProcessSwitch.h"
+#include "Processes/CModRouter.h"
+#include "Processes/CModSatDRF.h"
+#include "Processes/CModTrans.h"
+#include "Processes/CModUpsampler.h"
 
 namespace qel {
 
@@ -65,6 +86,19 @@ const CCreatorRow kCreatorTable[] = {
     row<CAudioParamConverterText>("audio:cvt-text"),
     row<CAudioParamConverterTime>("audio:cvt-time"),
     row<CDCDAWContextObject>("audio:dcdaw-context"),
+    row<CAudioFilterAPF1Gen>("audio:fltgen-apf1"),
+    row<CAudioFilterGenArray>("audio:fltgen-array"),
+    row<CAudioFilterGenArrayItem>("audio:fltgen-array-item"),
+    row<CAudioFilterBypassGen>("audio:fltgen-bypass"),
+    row<CAudioFilterFIRHilbGen>("audio:fltgen-firhilb"),
+    row<CAudioFilterFIRLimGen>("audio:fltgen-firlim"),
+    row<CAudioFilterFIRLPGen>("audio:fltgen-firlp"),
+    row<CAudioFilterHBFGen>("audio:fltgen-hbf"),
+    row<CAudioFilterLPHP1Gen>("audio:fltgen-lphp1"),
+    row<CAudioFilterMagnusGen>("audio:fltgen-magnus"),
+    row<CAudioFilterRBJGen>("audio:fltgen-rbj"),
+    row<CAudioFilterSerialGen>("audio:fltgen-serial"),
+    row<CAudioFilterSerialGenItem>("audio:fltgen-serial-item"),
     row<CAudioParamDef>("audio:param"),
     row<CAudioParamAllocDef>("audio:param-alloc"),
     row<CAudioParamCollector>("audio:param-collector"),
@@ -76,15 +110,29 @@ const CCreatorRow kCreatorTable[] = {
 
     row<CModAbsDef>("audio:modAbs"),
     row<CModBypassDef>("audio:modBypass"),
+    row<CModCrunchAtkDef>("audio:modCrunchAtk"),
+    row<CModCrunchRlsDef>("audio:modCrunchRls"),
+    row<CModDecimatorDef>("audio:modDecimator"),
     row<CModDenormDef>("audio:modDenorm"),
+    row<CModDownsamplerDef>("audio:modDownsampler"),
+    row<CModFilterDef>("audio:modFilter"),
     row<CModGainDef>("audio:modGain"),
+    row<CModInterpolatorDef>("audio:modInterpolator"),
+    row<CModLevelerDef>("audio:modLeveler"),
+    row<CModMSCoderDef>("audio:modMSCoder"),
     row<CModMixDef>("audio:modMix"),
     row<CModMonoDef>("audio:modMono"),
     row<CModMultDef>("audio:modMult"),
     row<CModMuteDef>("audio:modMute"),
     row<CModNodeDef>("audio:modNode"),
     row<CModOutputDef>("audio:modOutput"),
+    row<CModPShiftDef>("audio:modPShift"),
+    row<CModProcessSwitchDef>("audio:modProcessSwitch"),
+    row<CModRouterDef>("audio:modRouter"),
+    row<CModSatDRFDef>("audio:modSatDRF"),
     row<CModSignalMixDef>("audio:modSignalMix"),
+    row<CModTransDef>("audio:modTrans"),
+    row<CModUpsamplerDef>("audio:modUpsampler"),
 
     {nullptr, nullptr, nullptr},
 };

@@ -1,0 +1,66 @@
+// Filter generators by number.
+#include "Filters/CAudioFilterGenArray.h"
+
+namespace qel {
+
+namespace {
+
+// Far above any list that a user could choose from.
+constexpr std::int32_t kMaxIndex = 1023;
+
+} // namespace
+
+CError CAudioFilterGenArray::initChilds()
+{
+    QEL_TRY(CObject::initChilds(), getFullName());
+    for (std::size_t i = 0; i < getChildCount(); ++i) {
+        if (auto* item = dynamic_cast<CAudioFilterGenArrayItem*>(getChild(i))) {
+            QEL_TRY(item->enterInto(*this), getFullName());
+        }
+    }
+    return {};
+}
+
+bool CAudioFilterGenArray::place(std::int32_t index, const CAudioFilterGen& generator)
+{
+    if (index < 0 || index > kMaxIndex || getGen(index)) {
+        return false;
+    }
+    const auto position = static_cast<std::size_t>(index);
+    if (position >= generators_.size()) {
+        generators_.resize(position + 1, nullptr);
+    }
+    generators_[position] = &generator;
+    return true;
+}
+
+CError CAudioFilterGenArrayItem::init()
+{
+    QEL_TRY(CObject::init(), getFullName());
+    if (!dynamic_cast<CAudioFilterGenArray*>(getParent())) {
+        QEL_FAIL(getFullName(), "@qelstr_CAudioFilterGenArrayItem_init_InvalidParent "
+                                "CAudioFilterGenArray class parent expected.");
+    }
+    return {};
+}
+
+CError CAudioFilterGenArrayItem::enterInto(CAudioFilterGenArray& array)
+{
+    const CString path = getAttrString("fltgen");
+    const CAudioFilterGen* generator = CAudioFilterGen::findFrom(*this, path);
+    if (!generator) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioFilterGenArrayItem_initChilds_GenNotFound "
+                 "Audio filter generator with the name '%1' not found.",
+                 path);
+    }
+    if (!array.place(getAttrInt("index", -1), *generator)) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioFilterGenArrayItem_initChilds_InvalidIndex "
+                 "Invalid audio filter index '%1' specified ",
+                 getAttrString("index"));
+    }
+    return {};
+}
+
+} // namespace qel

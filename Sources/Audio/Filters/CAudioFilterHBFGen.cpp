@@ -1,0 +1,88 @@
+// Half-band filters with given coefficients.
+#include "Filters/CAudioFilterHBFGen.h"
+
+#include "NumberSyntax.h"
+
+namespace qel {
+
+namespace {
+
+enum : std::int32_t
+{
+    kHalved,
+    kAllPassChain,
+    kSum
+};
+
+constexpr std::int32_t kMaxOrder = 16;
+constexpr std::int32_t kChainOrder = 6;
+
+using Coefficients = decltype(CFilterSection::zeros);
+
+// Nothing is read if any entry is not a number, or if there are more than any order has.
+Coefficients parseList(const CString& text)
+{
+    Coefficients list;
+    for (const CString& entry : text.split(u',')) {
+        const std::optional<double> number = parseReal(entry);
+        if (!number || list.size() == kMaxOrder / 2) {
+            return {};
+        }
+        list.push(*number);
+    }
+    return list;
+}
+
+EFilterFamily familyOf(std::int32_t order)
+{
+    return static_cast<EFilterFamily>(static_cast<std::int32_t>(EFilterFamily::kHalfBand2) + order / 2 - 1);
+}
+
+} // namespace
+
+CError CAudioFilterHBFGen::init()
+{
+    QEL_TRY(CAudioFilterGen::init(), getFullName());
+    std::int32_t type = kHalved;
+    QEL_TRY(readType(type, kSum,
+                     "@qelstr_CAudioFilterHBFGen_init_FilterTypeError Invalid filter type '%1' specified."),
+            getFullName());
+    QEL_TRY(readCoefficients(), getFullName());
+    QEL_TRY(readOrder(type), getFullName());
+    section_.gain = type == kHalved ? 0.5 : 1.0;
+    return {};
+}
+
+CError CAudioFilterHBFGen::readCoefficients()
+{
+    section_.zeros = parseList(getAttrString("a"));
+    section_.poles = parseList(getAttrString("b"));
+    if (section_.zeros.isEmpty()) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioFilterHBFGen_init_NoCoeffsA Not enough 'a' coefficients defined.");
+    }
+    if (section_.poles.isEmpty()) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioFilterHBFGen_init_NoCoeffsB Not enough 'b' coefficients defined.");
+    }
+    if (section_.zeros.size() != section_.poles.size()) {
+        QEL_FAIL(getFullName(), "@qelstr_CAudioFilterHBFGen_init_CoeffsCountError "
+                                "Coefficient count should match in 'a' and 'b' coefficient lists.");
+    }
+    return {};
+}
+
+CError CAudioFilterHBFGen::readOrder(std::int32_t type)
+{
+    const std::int32_t order = getAttrInt("order");
+    if (order != static_cast<std::int32_t>(section_.coefficientCount()) ||
+        (type == kAllPassChain && order != kChainOrder)) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioFilterHBFGen_init_OrderError Filter order '%1' does not fit %2 coefficients.",
+                 getAttrString("order"), section_.coefficientCount());
+    }
+    section_.kind = type == kAllPassChain ? EFilterFamily::kAllPassChain : familyOf(order);
+    return {};
+}
+
+} // namespace qel

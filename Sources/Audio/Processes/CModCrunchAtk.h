@@ -1,0 +1,54 @@
+// Attack of the compressor.
+#pragma once
+
+#include "CAudioModuleDef.h"
+#include "CAudioProcessTerminal.h"
+#include "Processes/CKernelState.h"
+#include "Processes/CrunchKernels.h"
+
+namespace qel {
+
+// One channel: a gain that jumps becomes one that moves. Slots: 0 `attack` (seconds), 1 `attack-type` (0 a
+// fixed time; 1 and 2 a time that depends on how far the gain has to move), 2 `inverse`. A change keeps the
+// gain that is running.
+class CModCrunchAtkModule : public CAudioModule
+{
+public:
+    static constexpr int kInputPorts = 1;
+    static constexpr int kSlots = 3;
+
+    struct Settings
+    {
+        double attackSec = 0.02;
+        CrunchAtkState::EType type = CrunchAtkState::EType::kFixed;
+        bool isInverse = false;
+        bool operator==(const Settings&) const = default;
+    };
+    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
+
+    explicit CModCrunchAtkModule(CKernelContext& kernels) : kernels_(kernels), state_(kernels) {}
+    void resolveKernels(CKernelContext& kernels) override;
+    void configure(const Settings& settings, const CAudioModulePlace& place);
+    void takeUp(CAudioModule& running) override;
+    void reset() override;
+    void process(CAudioModuleStep& step);
+
+private:
+    CKernelContext& kernels_;
+    CKernelState<CrunchAtkState> state_;
+    double sampleRateHz_ = 0.0; // 0 until configured
+    int runKernel_ = -1;
+    int initKernel_ = -1;
+    int updateKernel_ = -1;
+    int clearKernel_ = -1;
+};
+
+class CModCrunchAtk : public CAudioProcessTerminal<CModCrunchAtkModule>
+{
+public:
+    using CAudioProcessTerminal::CAudioProcessTerminal;
+    void registerKernels() override { graph().kernels.addKernels(crunchAtkKernels()); }
+};
+using CModCrunchAtkDef = CAudioModuleDef<CModCrunchAtk>;
+
+} // namespace qel

@@ -1,0 +1,59 @@
+// Sub-harmonic shifter.
+#include "Processes/CModPShift.h"
+
+#include <algorithm>
+
+namespace qel {
+
+namespace {
+
+constexpr int kBlockSizeSlot = 0;
+
+} // namespace
+
+CModPShiftModule::Settings CModPShiftModule::readSettings(const CAudioProcessSlots& slots,
+                                                          const CAudioModulePlace& place)
+{
+    // The kernel trusts the length, so what lies outside the range may not reach it.
+    const double grain = std::clamp<double>(slots.value(kBlockSizeSlot, place.group), kMinGrain, kMaxGrain);
+    return {static_cast<std::int32_t>(grain + 0.5)};
+}
+
+void CModPShiftModule::resolveKernels(CKernelContext& kernels)
+{
+    runKernel_ = kernels.findShortName("pshift");
+    initKernel_ = kernels.findShortName("pshifti");
+    clearKernel_ = kernels.findShortName("pshiftc");
+}
+
+void CModPShiftModule::releaseRing()
+{
+    if (!ring_.isNone()) {
+        kernels_.release(ring_);
+        ring_ = {};
+    }
+}
+
+void CModPShiftModule::configure(const Settings& settings, const CAudioModulePlace&)
+{
+    releaseRing();
+    ring_ = kernels_.allocateSamples(PShiftState::ringSamples(settings.grain));
+    if (PShiftState* state = state_.get()) {
+        state->grain = settings.grain;
+    }
+    kernels_.submit(initKernel_, 0, 0.0, {state_.ref(), ring_});
+}
+
+void CModPShiftModule::reset()
+{
+    kernels_.submit(clearKernel_, 0, 0.0, {state_.ref(), ring_});
+}
+
+void CModPShiftModule::process(CAudioModuleStep& step)
+{
+    const CBufferRef output = step.allocate();
+    step.submit(runKernel_, 0.0, {output, state_.ref(), ring_, step.input(0)});
+    step.setOutput(output);
+}
+
+} // namespace qel

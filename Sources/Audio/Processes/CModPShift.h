@@ -1,0 +1,55 @@
+// Sub-harmonic shifter.
+#pragma once
+
+#include "CAudioModuleDef.h"
+#include "CAudioProcessTerminal.h"
+#include "Processes/CKernelState.h"
+#include "Processes/PShiftKernels.h"
+
+namespace qel {
+
+// One channel, an octave down. Slot: 0 `block-size`, the length of a grain in samples, at any sample rate. An
+// instance begins with an empty ring and the first sample it sees, so a change is heard through the fade
+// only.
+class CModPShiftModule : public CAudioModule
+{
+public:
+    static constexpr int kInputPorts = 1;
+    static constexpr int kSlots = 1;
+    static constexpr std::int32_t kMinGrain = 16;
+    static constexpr std::int32_t kMaxGrain = 8192;
+
+    struct Settings
+    {
+        std::int32_t grain = 2205;
+        bool operator==(const Settings&) const = default;
+    };
+    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
+
+    explicit CModPShiftModule(CKernelContext& kernels) : kernels_(kernels), state_(kernels) {}
+    ~CModPShiftModule() override { releaseRing(); }
+    void resolveKernels(CKernelContext& kernels) override;
+    void configure(const Settings& settings, const CAudioModulePlace& place);
+    void reset() override;
+    void process(CAudioModuleStep& step);
+
+private:
+    void releaseRing();
+
+    CKernelContext& kernels_;
+    CKernelState<PShiftState> state_;
+    CBufferRef ring_;
+    int runKernel_ = -1;
+    int initKernel_ = -1;
+    int clearKernel_ = -1;
+};
+
+class CModPShift : public CAudioProcessTerminal<CModPShiftModule>
+{
+public:
+    using CAudioProcessTerminal::CAudioProcessTerminal;
+    void registerKernels() override { graph().kernels.addKernels(pshiftKernels()); }
+};
+using CModPShiftDef = CAudioModuleDef<CModPShift>;
+
+} // namespace qel

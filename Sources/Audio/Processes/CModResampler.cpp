@@ -1,0 +1,118 @@
+// Raises or lowers the sample rate by 1, 2, 4 or 8.
+#include "Processes/CModResampler.h"
+
+#include "CAudioProcessDefBase.h"
+#include "Processes/ParamRounding.h"
+
+#include <algorithm>
+
+namespace qel {
+
+namespace {
+
+enum : int
+{
+    kModeSlot,
+    kHostModeSlot
+};
+
+constexpr int kAutomatic = 0;
+constexpr int kModeIfUnbound = 1; // no oversampling
+constexpr std::size_t kMembersOfStage = 2;
+
+struct Part
+{
+    const char* upsampler;
+    const char* downsampler;
+    const char* error;
+};
+
+constexpr Part kRateChange = {"shared::audio.modUpsamplerInterpolator",
+                              "shared::audio.modDownsamplerDecimator",
+                              "@qelstr_CModResampler_init_NoInterpMod "
+                              "No module definition object with the name '%1' found."};
+constexpr Part kFilter1 = {"shared::audio.modUpsamplerFilter1", "shared::audio.modDownsamplerFilter1",
+                           "@qelstr_CModResampler_init_NoFilter1Mod "
+                           "No filter 1 module definition object with the name '%1' found."};
+constexpr Part kFilter2 = {"shared::audio.modUpsamplerFilter2", "shared::audio.modDownsamplerFilter2",
+                           "@qelstr_CModResampler_init_NoFilter2Mod "
+                           "No filter 2 module definition object with the name '%1' found."};
+
+CError findPart(const CAudioProcessBase& owner, const Part& part, bool isUpsampler,
+                const CAudioProcessDefBase*& outDef)
+{
+    const CString name = isUpsampler ? part.upsampler : part.downsampler;
+    outDef = dynamic_cast<const CAudioProcessDefBase*>(owner.def().findObject(name));
+    if (!outDef) {
+        QEL_FAIL(owner.fullName(), part.error, name);
+    }
+    return {};
+}
+
+} // namespace
+
+// Stages are added at the side of the higher rate: at the end of an upsampler, at the front of a downsampler.
+CError CModResampler::init()
+{
+    QEL_TRY(CModProcessSeq::init(), fullName());
+    const CAudioProcessDefBase* rateChange = nullptr;
+    const CAudioProcessDefBase* filter1 = nullptr;
+    const CAudioProcessDefBase* filter2 = nullptr;
+    QEL_TRY(findPart(*this, kRateChange, isUpsampler_, rateChange), fullName());
+    QEL_TRY(findPart(*this, kFilter1, isUpsampler_, filter1), fullName());
+    QEL_TRY(findPart(*this, kFilter2, isUpsampler_, filter2), fullName());
+    for (int place = 0; place < kMaxStages; ++place) {
+        const int stage = isUpsampler_ ? place : kMaxStages - 1 - place;
+        const CAudioProcessDefBase& filter = stage == 0 ? *filter1 : *filter2;
+        if (isUpsampler_) {
+            QEL_TRY(addMember(*rateChange, "modInterpDecim"), fullName());
+            QEL_TRY(addMember(filter, "modFilter"), fullName());
+        } else {
+            QEL_TRY(addMember(filter, "modFilter"), fullName());
+            QEL_TRY(addMember(*rateChange, "modInterpDecim"), fullName());
+        }
+    }
+    return {};
+}
+
+bool CModResampler::process()
+{
+    takeDueChanges();
+    setStages(wantedStages());
+    return CModProcessSeq::process();
+}
+
+void CModResampler::takeDueChanges()
+{
+    if (slots().hasEvents()) {
+        const double outerRateHz = isUpsampler_ ? sampleRateHz() : sampleRateHz() / (1 << stages_);
+        slots().applyUntil(positionSec() + 1.0 / outerRateHz);
+    }
+}
+
+int CModResampler::wantedStages() const
+{
+    const int readGroup = group() == kGroupOfChannel ? 0 : group();
+    const auto read = [&](int slot, int fallback) {
+        const bool isBound = slots().entryCount(slot, readGroup) > 0;
+        return isBound ? roundParam(slots().value(slot, readGroup)) : fallback;
+    };
+    const int mode = read(kModeSlot, kModeIfUnbound);
+    return std::clamp(mode == kAutomatic ? read(kHostModeSlot, 0) : mode - 1, 0, kMaxStages);
+}
+
+void CModResampler::setStages(int stages)
+{
+    if (stages == stages_) {
+        return;
+    }
+    stages_ = stages;
+    const std::size_t working = static_cast<std::size_t>(stages) * kMembersOfStage;
+    if (isUpsampler_) {
+        activate(0, working);
+    } else {
+        activate(memberCount() - working, memberCount());
+    }
+}
+
+} // namespace qel

@@ -1,0 +1,17 @@
+// Raises the sample rate by 1, 2, 4 or 8.
+#pragma once
+
+#include "CAudioModuleDef.h"
+#include "Processes/CModResampler.h"
+
+namespace qel {
+
+class CModUpsampler : public CModResampler
+{
+public:
+    explicit CModUpsampler(const CAudioProcessDefBase& definition) : CModResampler(definition, true) {}
+};
+
+using CModUpsamplerDef = CAudioModuleDef<CModUpsampler>;
+
+} // namespace qel

@@ -1,0 +1,53 @@
+// Kernels of the saturator.
+#pragma once
+
+#include "Kernels/CKernelCall.h"
+
+#include <cstdint>
+#include <span>
+
+namespace qel {
+
+// State of one saturator, in a pool buffer. The module writes the parameters and runs `satdrfi`, which
+// calculates and calibrates the rest and clears the signal; `satdrfc` only clears the signal.
+struct SatDRFState
+{
+    enum class EMode : std::int32_t
+    {
+        kPrecise,
+        kPumping, // with a slow ride of the gain
+    };
+
+    struct Coefficients
+    {
+        double drive;
+        double b1, b2, c1, c2; // phase rotation
+        double smooth;         // of the gain
+        double pumpFirst;
+        double pumpUp[4];   // while the gain recovers
+        double pumpDown[4]; // while it is reduced
+    };
+    // As it is at rest.
+    struct Signal
+    {
+        double y1 = 0.0, y2 = 0.0;               // phase rotation
+        double e1 = 1.0, e2 = 1.0;               // smoothed gain
+        double p[5] = {1.0, 1.0, 1.0, 1.0, 1.0}; // pumping chain
+    };
+
+    EMode mode;
+    double drive; // linear
+    double phaseFreqHz;
+    Coefficients coefficients;
+    double norm; // keeps the level of a sine of full scale
+    Signal signal;
+};
+
+// `satdrf` (out, state, in), `satdrfi` (state; the scalar is the sample rate), `satdrfc` (state).
+std::span<const CKernelDef> satDRFKernels();
+
+// What the saturator's curve multiplies a value with: u * satDRFCurveGain(u) is u up to 0.01, bends along an
+// arc and is 1 from 1.7 on. Negative values pass.
+double satDRFCurveGain(double u);
+
+} // namespace qel

@@ -1,0 +1,176 @@
+// One of several processes in one place.
+#include "AllocationGuard.h"
+#include "Kernels/CKernelRecording.h"
+#include "ProcessTestTree.h"
+#include "Processes/CModProcessSwitch.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace qel::test {
+namespace {
+
+std::string gainChild(const char* name, const char* slotName, const char* attributes = "")
+{
+    return std::string("<audio:modGain name=\"") + name + "\" is-prototype=\"true\" " + attributes + ">" +
+           slot(slotName, 0) + "</audio:modGain>";
+}
+
+// 0 is a gain, 1 the absolute value, 2 a gain by another parameter of the same compound. Parameters reach
+// whichever is selected under the name `mod`.
+std::string switchTree(const std::string& attributes, const char* firstAttributes = "")
+{
+    return R"(<audio:process-def name="main">)" + globalParam("level", "2") + globalParam("other", "7") +
+           globalParam("type", "0,0,0") + R"(
+      <audio:param-remap orig="s.mod.gain" new="level"/><audio:param-remap orig="s.mod.second" new="other"/>
+      <audio:param-remap orig="s.index" new="type"/>
+      <audio:modProcessSwitch name="s" def-child-name="mod" )" +
+           attributes + ">" + slot("index", 0) + gainChild("mod1", "gain", firstAttributes) +
+           R"(<audio:modAbs name="mod2" is-prototype="true"/>)" + gainChild("mod3", "second") +
+           "</audio:modProcessSwitch></audio:process-def>";
+}
+
+const std::string kList = R"(process-list="0:.mod1;1:.mod2;0x2:.mod3" )";
+
+double expected(int index, double sample, double level)
+{
+    return index == 1 ? std::fabs(sample) : sample * (index == 2 ? 7.0 : level);
+}
+
+TEST(ProcessSwitch, RunsTheSelectedChildAndNoOther)
+{
+    GraphFixture graph(switchTree(kList + R"(def-index="1")"));
+    const Channels input = noise(2, 64, 1);
+    CKernelRecording recording;
+    // Index as set, index that counts: what is not listed selects `def-index`.
+    for (const auto& [set, counts] :
+         {std::pair<double, int>{0, 0}, {1, 1}, {2, 2}, {3, 1}, {-1, 1}, {1.5, 2}, {0.49, 0}}) {
+        graph.set("type", set);
+        graph.kernels().setObserver(&recording);
+        const Channels output = graph.run(input, {64});
+        graph.kernels().setObserver(nullptr);
+        for (std::size_t i = 0; i < 64; ++i) {
+            ASSERT_EQ(output[1][i], expected(counts, input[1][i], 2.0)) << set;
+        }
+        EXPECT_EQ(recording.calls().size(), 2u) << set;
+        recording.clear();
+    }
+}
+
+TEST(ProcessSwitch, LosesNoSampleAndKeepsParametersOfRestingChildrenCurrent)
+{
+    GraphFixture graph(switchTree(kList));
+    const Channels input = noise(2, 20000, 2);
+    std::mt19937 random(3);
+    std::vector<std::pair<int, double>> settings(20000);
+    int index = 0;
+    double level = 2.0;
+    Channels output = graph.run(input, {1, 33, 100, 7}, [&](std::size_t position) {
+        if (random() % 2) {
+            index = static_cast<int>(random() % 3);
+            graph.set("type", index);
+        }
+        level = static_cast<double>(random() % 50);
+        graph.set("level", level);
+        std::fill(settings.begin() + static_cast<std::ptrdiff_t>(position), settings.end(),
+                  std::pair(index, level));
+    });
+    for (std::size_t channel = 0; channel < 2; ++channel) {
+        ASSERT_EQ(output[channel].size(), 20000u);
+        for (std::size_t i = 0; i < 20000; ++i) {
+            ASSERT_EQ(output[channel][i], expected(settings[i].first, input[channel][i], settings[i].second))
+                << i;
+        }
+    }
+}
+
+TEST(ProcessSwitch, StartsAChildAfresh)
+{
+    // The gain is left in the middle of a crossfade, so that it comes back settled.
+    GraphFixture graph(switchTree(kList, R"(is-smooth-update="true" xfade-length="0.1")"));
+    const Channels input(1, std::vector<double>(480, 1.0));
+    graph.run(input, {48});
+    graph.set("level", 9.0);
+    EXPECT_LT(graph.run(input, {48})[0].back(), 3.0);
+    graph.set("type", 1.0);
+    EXPECT_EQ(graph.run(input, {48})[0].back(), 1.0);
+    graph.set("type", 0.0);
+    EXPECT_EQ(graph.run(input, {48}), Channels(1, std::vector<double>(480, 9.0)));
+}
+
+TEST(ProcessSwitch, ReadsItsIndexAtAnElement)
+{
+    GraphFixture graph(switchTree(kList + R"(is-element="2")"));
+    const Channels input = noise(1, 20, 4);
+    setList(graph, "type", {1, 1, 2});
+    EXPECT_EQ(graph.run(input, {20})[0][3], input[0][3] * 7.0);
+}
+
+TEST(ProcessSwitch, FeedsEveryPortOfTheSelectedChild)
+{
+    GraphFixture graph(R"(<audio:process-def name="main" is-auto-links="false"><audio:modAbs name="abs"/>
+        <audio:modProcessSwitch name="s" process-list="0:.a;1:.b" >)" +
+                       globalSlot("index", 0, "0") + R"(<audio:modMult name="a" is-prototype="true"/>
+          <audio:modNode name="b" is-prototype="true"/></audio:modProcessSwitch>
+        <audio:process-link src="*" dst="s"/><audio:process-link src="*" dst="abs"/>
+        <audio:process-link src="abs" dst="s/1"/><audio:process-link src="s" dst="*"/></audio:process-def>)");
+    const Channels input = noise(1, 30, 5);
+    EXPECT_EQ(graph.run(input, {11})[0][20], input[0][20] * std::fabs(input[0][20]));
+    graph.set("s.index", 1.0);
+    EXPECT_EQ(graph.run(input, {11}), input);
+    graph.set("s.index", 0.0);
+    EXPECT_EQ(graph.run(input, {11})[0][20], input[0][20] * std::fabs(input[0][20]));
+}
+
+TEST(ProcessSwitch, SwitchesWithoutTouchingTheHeap)
+{
+    if (!AllocationGuard::kCounts) {
+        GTEST_SKIP() << "nothing is counted in this build";
+    }
+    GraphFixture graph(switchTree(kList));
+    const Channels input = noise(2, 64, 6);
+    for (int block = 0; block < 60; ++block) {
+        graph.set("type", block % 3);
+        graph.set("level", block);
+        AllocationGuard guard;
+        graph.runBlock(input, 0, 64);
+        const AllocationCounts counts = guard.stop();
+        graph.discard();
+        if (block >= 30) {
+            EXPECT_EQ(counts.total(), 0u) << "block " << block;
+        }
+    }
+    EXPECT_EQ(graph.kernels().pool().slotsInUse(), 0u);
+}
+
+TEST(ProcessSwitch, RefusesFaultyLists)
+{
+    const auto message = [](const char* list, const char* name = "") {
+        return buildMessage<GraphFixture>(
+            std::string(R"(<audio:process-def name="main"><audio:modProcessSwitch name="s" process-list=")") +
+            list + "\" " + name +
+            R"(><audio:modAbs name="mod1" is-prototype="true"/><core:object name="other"/>
+            </audio:modProcessSwitch><audio:modAbs name="outside"/></audio:process-def>)");
+    };
+    const std::pair<std::string, std::string> cases[] = {
+        {message("0:.mod1"), "built"},
+        {message(""), "built"},
+        {message("0:", R"(def-child-name="mod1")"), "built"},
+        {message("0:.mod1;.mod1"), "No index delimiter ':' found in item #2."},
+        {message("0:.mod1;"), "No index delimiter ':' found in item #2."},
+        {message("one:.mod1"), "Invalid index value 'one' in item #1."},
+        {message("0:.mod1;1:.mod1;0x1:.mod1"), "Duplicate index value '0x1' used in item #3."},
+        {message("0:.mod1;1:"), "Process's name for index 1 is empty while default name is not provided."},
+        {message("4:.mod7"), "Process definition object '.mod7' not found for index 4."},
+        {message("4:.other"), "Process definition object '.other' not found for index 4."},
+        {message("4:^outside"), "Process definition object '^outside' not found for index 4."},
+        {message("4:^s"), "Process definition object '^s' not found for index 4."},
+    };
+    for (const auto& [text, wanted] : cases) {
+        EXPECT_NE(text.find(wanted), std::string::npos) << text << " instead of " << wanted;
+    }
+}
+
+} // namespace
+} // namespace qel::test

@@ -1,0 +1,160 @@
+// Resamplers with the half-band filters that are delivered.
+#include "AllocationGuard.h"
+#include "ProcessTestTree.h"
+#include "Processes/CModDownsampler.h"
+#include "Processes/CModUpsampler.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <numbers>
+
+namespace qel::test {
+namespace {
+
+constexpr double kRateHz = 48000.0;
+
+std::string halfBand(const char* name, const char* array, const char* index)
+{
+    return std::string("<audio:modFilter name=\"") + name +
+           "\" is-smooth-update=\"true\" use-time-shift=\"false\" " + "gen-array=\"audio.fltarray." + array +
+           "\">" + slot("count", 0) + slot("index", 1) +
+           R"(<audio:param name="index" converter="real" min-values="0" max-values="6" def-values=")" +
+           index + "\"/></audio:modFilter>";
+}
+
+std::string resampler(const char* tag, const char* name)
+{
+    return std::string("<audio:") + tag + " name=\"" + name + "\">" + slot("mode", 0) +
+           R"(<audio:param-remap orig="mode" new="^mode"/></audio:)" + tag + ">";
+}
+
+const std::string kUp = resampler("modUpsampler", "up");
+const std::string kDown = resampler("modDownsampler", "down");
+
+class FilteredGraph : public tools::CGraphHost
+{
+public:
+    explicit FilteredGraph(const std::string& main)
+        : CGraphHost(compileXml(R"(<tree><core:object name="audio"><core:object name="paramcvt">
+              <audio:cvt-real name="real" decimals="2"/></core:object>
+              <include file=")" DRUMFELL_DATA R"(/Filters.xml"/>
+              <audio:modInterpolator name="modUpsamplerInterpolator" use-time-shift="false"/>
+              <audio:modDecimator name="modDownsamplerDecimator" use-time-shift="false"/>)" +
+                                halfBand("modUpsamplerFilter1", "hbf-steep5", "4") +
+                                halfBand("modUpsamplerFilter2", "hbf-soft", "2") +
+                                halfBand("modDownsamplerFilter1", "hbf-steep5", "4") +
+                                halfBand("modDownsamplerFilter2", "hbf-soft", "2") +
+                                R"(</core:object><audio:process-def name="main">)" +
+                                globalParam("mode", "1") + main + "</audio:process-def></tree>"),
+                     Options{"main", "plugin.main", kRateHz})
+    {}
+};
+
+Channels sine(double cycles, std::size_t count)
+{
+    Channels result(1, std::vector<double>(count));
+    for (std::size_t i = 0; i < count; ++i) {
+        result[0][i] = std::sin(2.0 * std::numbers::pi * cycles * static_cast<double>(i));
+    }
+    return result;
+}
+
+// Amplitude and phase of a sine of the given frequency in whole periods at the end of a signal.
+std::complex<double> measure(const std::vector<double>& signal, double cycles, std::size_t length)
+{
+    std::complex<double> sum = 0.0;
+    for (std::size_t i = signal.size() - length; i < signal.size(); ++i) {
+        sum += std::polar(2.0 * signal[i] / static_cast<double>(length),
+                          -2.0 * std::numbers::pi * cycles * static_cast<double>(i));
+    }
+    return sum;
+}
+
+TEST(ResamplerFilters, GiveBackTheSignalAsLateAsTheStreamSays)
+{
+    for (int stages = 1; stages <= 3; ++stages) {
+        FilteredGraph graph(kUp + kDown);
+        OutputProbe probe(graph);
+        graph.set("mode", stages + 1);
+        const double cycles = 1.0 / 480.0; // 100 Hz, where delay and group delay are one
+        const Channels input = sine(cycles, 9600);
+        const Channels output = graph.run(input, {480});
+        const std::complex<double> ratio = measure(output[0], cycles, 4800) / measure(input[0], cycles, 4800);
+        EXPECT_NEAR(std::abs(ratio), 1.0, 1e-5) << stages;
+        const double delay = -std::arg(ratio) / (2.0 * std::numbers::pi * cycles);
+        ASSERT_TRUE(probe.format(0));
+        EXPECT_GT(probe.format(0)->latencySamples, 1.0);
+        EXPECT_NEAR(delay, probe.format(0)->latencySamples, 1e-2) << stages;
+    }
+}
+
+TEST(ResamplerFilters, RemoveTheImagesOnTheWayUpAndWhatWouldFoldOnTheWayDown)
+{
+    const double cycles = 0.1; // 4.8 kHz
+    const Channels raised = [&] {
+        FilteredGraph up(kUp);
+        up.set("mode", 4.0);
+        return up.run(sine(cycles, 9600), {512});
+    }();
+    EXPECT_NEAR(std::abs(measure(raised[0], cycles / 8, 9600)), 1.0, 1e-5);
+    for (int image = 1; image < 8; ++image) { // around each multiple of the host's rate
+        EXPECT_LT(std::abs(measure(raised[0], (image - cycles) / 8, 9600)), 1e-5) << image;
+    }
+    FilteredGraph down(kDown);
+    down.set("mode", 4.0);
+    for (int image = 1; image < 4; ++image) {
+        const Channels lowered = down.run(sine((image - cycles) / 8, 76800), {512});
+        EXPECT_LT(std::abs(measure(lowered[0], cycles, 4800)), 1e-5) << image;
+    }
+}
+
+TEST(ResamplerFilters, GiveTheSameSamplesAtEveryBlockSize)
+{
+    const Channels input = noise(2, 3000, 1);
+    Channels reference;
+    for (const std::vector<int>& sizes : {std::vector{1000}, {1}, {7}, {513}, {3, 511, 64, 1, 333}}) {
+        FilteredGraph graph(kUp + kDown);
+        graph.set("mode", 4.0);
+        const Channels output = graph.run(input, sizes);
+        if (reference.empty()) {
+            reference = output;
+        }
+        EXPECT_EQ(output, reference) << "blocks of " << sizes[0];
+    }
+}
+
+TEST(ResamplerFilters, ToggleUnderAudioWithoutLosingASampleOrTouchingTheHeap)
+{
+    FilteredGraph graph(kUp + kDown);
+    std::mt19937 random(2);
+    const Channels input = noise(2, 512, 3);
+    Channels output(kMaxChannels);
+    std::size_t total = 0;
+    for (int block = 0; block < 400; ++block) {
+        // First at any time in blocks of any length, then in blocks of one, whose buffers stand after some
+        // rounds.
+        const bool isRandom = block < 200;
+        const int count = isRandom ? 1 + static_cast<int>(random() % 512) : 512;
+        const int mode = 1 + static_cast<int>(isRandom ? random() % 4 : static_cast<unsigned>(block) % 4);
+        setList(graph, "mode", {static_cast<double>(mode)},
+                isRandom ? static_cast<double>(random() % 512) / kRateHz : 0.0);
+        AllocationGuard guard;
+        graph.runBlock(input, 0, count);
+        const AllocationCounts counts = guard.stop();
+        total += static_cast<std::size_t>(count);
+        graph.collect(output);
+        if (block >= 300) {
+            EXPECT_EQ(counts.total(), 0u) << "block " << block;
+        }
+    }
+    EXPECT_EQ(output[0].size(), total);
+    EXPECT_EQ(output[1].size(), total);
+    for (const double sample : output[0]) {
+        ASSERT_LT(std::fabs(sample), 20.0);
+    }
+}
+
+} // namespace
+} // namespace qel::test
