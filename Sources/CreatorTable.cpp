@@ -2,15 +2,24 @@
 #include "CreatorTable.h"
 
 #include "CAttrDoubler.h"
+#include "CAudioCCTable.h"
 #include "CAudioEnv.h"
+#include "CAudioExtParam.h"
+#include "CAudioExtParamList.h"
+#include "CAudioInterfaceBase.h"
+#include "CAudioInterfaceBaseConnector.h"
+#include "CAudioInterfaceClient.h"
+#include "CAudioInterfaceClientConnector.h"
 #include "CAudioParamAllocDef.h"
 #include "CAudioParamCollector.h"
 #include "CAudioParamDef.h"
 #include "CAudioParamFilterInvertDef.h"
+#include "CAudioParamRegistry.h"
 #include "CAudioParamRemapDef.h"
 #include "CAudioProcessBypassStateDef.h"
 #include "CAudioProcessDef.h"
 #include "CAudioProcessLinkDef.h"
+#include "CAudioVizCollector.h"
 #include "CDCDAWContextObject.h"
 #include "CGlobalSettings.h"
 #include "CObject.h"
@@ -44,6 +53,7 @@
 #include "Processes/CModInterpolator.h"
 #include "Processes/CModLeveler.h"
 #include "Processes/CModMSCoder.h"
+#include "Processes/CModMeter.h"
 #include "Processes/CModMix.h"
 #include "Processes/CModMono.h"
 #include "Processes/CModMute.h"
@@ -76,6 +86,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CTimer>("core:timer"),
 
     row<CAudioEnv>("audio:audio-env"),
+    row<CAudioCCTable>("audio:cctable"),
     row<CAudioParamConverterBW>("audio:cvt-bw"),
     row<CAudioParamConverterEnum>("audio:cvt-enum"),
     row<CAudioParamConverterFreq>("audio:cvt-freq"),
@@ -86,6 +97,8 @@ const CCreatorRow kCreatorTable[] = {
     row<CAudioParamConverterText>("audio:cvt-text"),
     row<CAudioParamConverterTime>("audio:cvt-time"),
     row<CDCDAWContextObject>("audio:dcdaw-context"),
+    row<CAudioExtParam>("audio:ext-param"),
+    row<CAudioExtParamList>("audio:ext-param-list"),
     row<CAudioFilterAPF1Gen>("audio:fltgen-apf1"),
     row<CAudioFilterGenArray>("audio:fltgen-array"),
     row<CAudioFilterGenArrayItem>("audio:fltgen-array-item"),
@@ -99,14 +112,20 @@ const CCreatorRow kCreatorTable[] = {
     row<CAudioFilterRBJGen>("audio:fltgen-rbj"),
     row<CAudioFilterSerialGen>("audio:fltgen-serial"),
     row<CAudioFilterSerialGenItem>("audio:fltgen-serial-item"),
+    row<CAudioInterfaceBase>("audio:interface-base"),
+    row<CAudioInterfaceBaseConnectorVST>("audio:interface-base-connector-vst"),
+    row<CAudioInterfaceClient>("audio:interface-client"),
+    row<CAudioInterfaceClientConnectorVST>("audio:interface-client-connector-vst"),
     row<CAudioParamDef>("audio:param"),
     row<CAudioParamAllocDef>("audio:param-alloc"),
     row<CAudioParamCollector>("audio:param-collector"),
     row<CAudioParamFilterInvertDef>("audio:param-filter-invert"),
+    row<CAudioParamRegistry>("audio:param-registry"),
     row<CAudioParamRemapDef>("audio:param-remap"),
     row<CAudioProcessBypassStateDef>("audio:process-bypass-state"),
     row<CAudioProcessDef>("audio:process-def"),
     row<CAudioProcessLinkDef>("audio:process-link"),
+    row<CAudioVizCollector>("audio:viz-collector"),
 
     row<CModAbsDef>("audio:modAbs"),
     row<CModBypassDef>("audio:modBypass"),
@@ -120,6 +139,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CModInterpolatorDef>("audio:modInterpolator"),
     row<CModLevelerDef>("audio:modLeveler"),
     row<CModMSCoderDef>("audio:modMSCoder"),
+    row<CModMeterDef>("audio:modMeter"),
     row<CModMixDef>("audio:modMix"),
     row<CModMonoDef>("audio:modMono"),
     row<CModMultDef>("audio:modMult"),

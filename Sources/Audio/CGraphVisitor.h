@@ -17,8 +17,8 @@ struct CGraphLink
     int activeCount;
 };
 
-// Called by CAudioProcessBase::visit(): children come in schedule order between the calls for their compound, the
-// compound's links after them. Audio thread, or while it stands still.
+// Called by CAudioProcessBase::visit(): children come in schedule order between the calls for their compound,
+// the compound's links after them. Audio thread, or while it stands still.
 class CGraphVisitor
 {
 public:

@@ -1,0 +1,253 @@
+// A parameter as the host sees it: one number from 0 to 1.
+#include "CAudioExtParam.h"
+
+#include "CAudioExtParamHostBridge.h"
+#include "CAudioParamCollector.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace qel {
+
+namespace {
+
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+// Hosts carry their numbers in single precision. What comes back from one within this is what went there.
+constexpr double kHostPrecision = 1e-6;
+
+} // namespace
+
+void CAudioExtParam::buildClassInfo(CClassInfo& info)
+{
+    CObject::buildClassInfo(info);
+    info.bind<&CAudioExtParam::extName_, &CAudioExtParam::attrExtName>("ext-name", CString());
+    info.bind<&CAudioExtParam::elementIndex_>("element-index", 0);
+    info.bind<&CAudioExtParam::group_>("group", 0);
+}
+
+CAudioExtParam::CAudioExtParam() : posted_(kNone) {}
+
+CError CAudioExtParam::init()
+{
+    QEL_TRY(CObject::init(), getFullName());
+    const CString path = getAttrString("param-collector");
+    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(path));
+    if (!collector) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioExtParam_init_NoParamCollector No parameter collector '%1' found.", path);
+    }
+    // Handlers run later, and the first value needs these.
+    elementIndex_ = getAttrInt("element-index");
+    group_ = getAttrInt("group");
+    param_ = &collector->getParam(getAttrString("param-name"));
+    listener_.attach(collector);
+    refresh(false);
+    return {};
+}
+
+CError CAudioExtParam::attrExtName()
+{
+    if (extName_.length() > kMaxNameLength) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioExtParam_attrExtName_LongName Externalized parameter name '%1' is too long",
+                 extName_);
+    }
+    return {};
+}
+
+void CAudioExtParam::release()
+{
+    listener_.attach(nullptr);
+    bridge_.store(nullptr, std::memory_order_release);
+    CObject::release();
+}
+
+void CAudioExtParam::setHostBridge(CAudioExtParamHostBridge* bridge, std::int32_t index)
+{
+    index_ = index;
+    bridge_.store(bridge, std::memory_order_release);
+}
+
+double CAudioExtParam::Projection::valueOf(double norm) const
+{
+    const auto at = static_cast<std::size_t>(element);
+    const double value = converter->normToValue(info, element, std::clamp(norm, 0.0, 1.0));
+    const auto [low, high] = std::minmax(info.minValues[at], info.maxValues[at]);
+    return std::clamp(value, low, high);
+}
+
+double CAudioExtParam::Projection::normOf(double value) const
+{
+    return converter->valueToNorm(info, element, value);
+}
+
+void CAudioExtParam::postNormalized(double norm)
+{
+    const Projection* now = projection();
+    if (!now || std::isnan(norm)) {
+        return;
+    }
+    const double value = now->valueOf(norm);
+    const double seen = now->normOf(value);
+    lastPostedValue_.store(value, std::memory_order_release);
+    waitsForPosted_.store(true, std::memory_order_release);
+    if (!std::isnan(seen)) {
+        norm_.store(seen, std::memory_order_release);
+    }
+    posted_.store(norm, std::memory_order_release);
+}
+
+void CAudioExtParam::applyPosted(double timeSec)
+{
+    const Projection* now = projection();
+    // The short way to the slots takes single numbers of group 0 only.
+    if (!now || group_ != 0 || now->info.esize != 1 || std::isnan(posted_.load(std::memory_order_relaxed))) {
+        return;
+    }
+    const double norm = posted_.exchange(kNone, std::memory_order_acq_rel);
+    if (!std::isnan(norm) && !param_->getCollector().changeFromAudio(*param_, now->valueOf(norm), timeSec)) {
+        double none = kNone;
+        // By bits: a NaN equals nothing, itself included. A newer value that came meanwhile stays.
+        posted_.compare_exchange_strong(none, norm, std::memory_order_acq_rel);
+    }
+}
+
+void CAudioExtParam::takePosted()
+{
+    const double norm = posted_.exchange(kNone, std::memory_order_acq_rel);
+    if (!std::isnan(norm)) {
+        setNormalized(norm);
+    }
+}
+
+void CAudioExtParam::setNormalized(double norm, double timeSec)
+{
+    const Projection* now = projection();
+    if (!now || std::isnan(norm)) {
+        return;
+    }
+    CAudioParamContext context(CAudioParamOrigin::kHost);
+    context.sender = &listener_;
+    const CAudioParamContext::Scope scope(context);
+    const CLock lock(param_->getLock());
+    posted_.store(kNone, std::memory_order_release);
+    waitsForPosted_.store(false, std::memory_order_release);
+    param_->setValue(group_, 0, elementIndex_, now->valueOf(norm), context, timeSec);
+    refresh(false);
+}
+
+void CAudioExtParam::onParamChange(const CAudioParamNotice& notice)
+{
+    if (notice.param != param_ || !notice.change.touches(group_, 0)) {
+        return;
+    }
+    const bool isChanged = refresh(notice.origin == CAudioParamOrigin::kAudio);
+    if (isChanged && notice.origin != CAudioParamOrigin::kHost) {
+        tellHost();
+    }
+}
+
+bool CAudioExtParam::refresh(bool isFromAudio)
+{
+    // Reading and storing within the lock, or an older value could overwrite a newer one.
+    const CLock lock(param_->getLock());
+    refreshProjection();
+    const Projection* now = projection();
+    const double value = now ? param_->getValue(group_, 0, elementIndex_) : 0.0;
+    bool isHostsOwn = false;
+    if (waitsForPosted_.load(std::memory_order_acquire)) {
+        isHostsOwn = isFromAudio && value == lastPostedValue_.load(std::memory_order_acquire);
+        if (isFromAudio && !isHostsOwn) {
+            return false;
+        }
+        // With nothing left in the post box, another's write has overtaken what was on its way.
+        if (isHostsOwn || std::isnan(posted_.load(std::memory_order_acquire))) {
+            waitsForPosted_.store(false, std::memory_order_release);
+        }
+    }
+    const double norm = now ? now->normOf(value) : 0.0;
+    if (std::isnan(norm)) {
+        return false;
+    }
+    return norm_.exchange(norm, std::memory_order_acq_rel) != norm && !isHostsOwn;
+}
+
+void CAudioExtParam::refreshProjection()
+{
+    if (!param_->hasInfo()) {
+        return;
+    }
+    const CAudioParamInfo& info = param_->getInfo();
+    const Projection* now = projection();
+    if (now && now->info.name == info.name && now->info.hasSameFormat(info)) {
+        return;
+    }
+    const auto at = static_cast<std::size_t>(elementIndex_);
+    if (elementIndex_ < 0 || at >= info.converters.size() || at >= info.minValues.size() ||
+        at >= info.maxValues.size()) {
+        projection_.store(nullptr, std::memory_order_release);
+        return;
+    }
+    auto next = std::make_unique<Projection>();
+    next->info = info;
+    next->converter = info.converters[at];
+    next->element = elementIndex_;
+    projection_.store(next.get(), std::memory_order_release);
+    projections_.push_back(std::move(next)); // other threads may still use the one before
+}
+
+void CAudioExtParam::tellHost()
+{
+    CAudioExtParamHostBridge* bridge = bridge_.load(std::memory_order_acquire);
+    if (!bridge) {
+        return;
+    }
+    // Two threads may tell at once, and the slower of them must not have the last word with an older value.
+    double told = 0.0;
+    do {
+        told = getNormalized();
+        bridge->setParameterAutomated(index_, told);
+    } while (std::fabs(getNormalized() - told) > kHostPrecision);
+}
+
+CString CAudioExtParam::textOf(const Projection& projection, double value,
+                               CAudioParamConverter::TextMode mode) const
+{
+    const CLock lock(param_->getLock());
+    return projection.converter->valueToText(projection.info, elementIndex_, value,
+                                             &param_->getCurrent().getPool(), mode);
+}
+
+CString CAudioExtParam::getDisplay(CAudioParamConverter::TextMode mode) const
+{
+    const Projection* now = projection();
+    if (!now) {
+        return {};
+    }
+    // A value on its way from the audio side is not in the parameter yet.
+    const double value = waitsForPosted_.load(std::memory_order_acquire)
+                             ? lastPostedValue_.load(std::memory_order_acquire)
+                             : param_->getValue(group_, 0, elementIndex_);
+    return textOf(*now, value, mode);
+}
+
+CString CAudioExtParam::getDisplayOf(double norm, CAudioParamConverter::TextMode mode) const
+{
+    const Projection* now = projection();
+    return now && !std::isnan(norm) ? textOf(*now, now->valueOf(norm), mode) : CString();
+}
+
+CString CAudioExtParam::getLabel() const
+{
+    const Projection* now = projection();
+    return now ? now->converter->getLabel() : CString();
+}
+
+CString CAudioExtParam::getVisualName() const
+{
+    const CLock lock(param_->getLock());
+    return param_->hasInfo() ? param_->getInfo().visualName : CString();
+}
+
+} // namespace qel

@@ -1,0 +1,122 @@
+// A parameter as the host sees it: one number from 0 to 1.
+#pragma once
+
+#include "CAudioParam.h"
+#include "CAudioParamListener.h"
+#include "CObject.h"
+#include "Converters/CAudioParamConverter.h"
+
+#include <atomic>
+#include <memory>
+#include <vector>
+
+namespace qel {
+
+class CAudioExtParamHostBridge;
+
+// Tag audio:ext-param; a child of CAudioExtParamList, owned by the instance's tree. Projects one element of
+// entry 0 of one group of a CAudioParam onto 0 to 1 and keeps the two in step: the host's values go to the
+// parameter, every other change of the parameter goes to the host, and nothing comes back to where it began.
+//
+// Attributes: param-collector (path), param-name (full name), group, element-index, ext-name (short name, at
+// most 7 characters).
+class CAudioExtParam : public CObject
+{
+public:
+    static constexpr std::size_t kMaxNameLength = 7;
+
+    static void buildClassInfo(CClassInfo& info);
+
+    CAudioExtParam();
+
+    CError init() override;
+    void release() override;
+
+    // Both are set before the host asks for anything. A null bridge tells nobody.
+    void setHostBridge(CAudioExtParamHostBridge* bridge, std::int32_t index);
+
+    CAudioParam& getParam() const { return *param_; }
+    const CString& getExtName() const { return extName_; }
+    std::int32_t getGroup() const { return group_; }
+    std::int32_t getElementIndex() const { return elementIndex_; }
+
+    // --- any thread: waits for nobody
+
+    double getNormalized() const { return norm_.load(std::memory_order_acquire); }
+    // Leaves a value of the host for the next applyPosted() or takePosted(); a later one replaces it. It can
+    // be read back at once. What is no number is ignored.
+    void postNormalized(double norm);
+
+    // --- control threads
+
+    // A value of the host, written at once. `timeSec` counts from the start of the next processing call.
+    void setNormalized(double norm, double timeSec = 0.0);
+    // Writes what the audio thread has not taken so far.
+    void takePosted();
+    CString getDisplay(CAudioParamConverter::TextMode mode = CAudioParamConverter::TextMode::kNormal) const;
+    CString getDisplayOf(double norm,
+                         CAudioParamConverter::TextMode mode = CAudioParamConverter::TextMode::kNormal) const;
+    CString getLabel() const;
+    CString getVisualName() const;
+
+    // --- audio thread: no locks, no allocation
+
+    // Brings the posted value to the processes. What cannot go this way yet stays posted.
+    void applyPosted(double timeSec);
+
+private:
+    // What the host's numbers mean. Written once for each declaration of the parameter and then only read.
+    struct Projection
+    {
+        CAudioParamInfo info;
+        const CAudioParamConverter* converter = nullptr;
+        std::int32_t element = 0;
+
+        double valueOf(double norm) const;
+        double normOf(double value) const;
+    };
+    class Listener : public CAudioParamListener
+    {
+    public:
+        explicit Listener(CAudioExtParam& owner) : owner_(owner) {}
+        ~Listener() override { attach(nullptr); }
+        void onParamChange(const CAudioParamNotice& notice) override { owner_.onParamChange(notice); }
+
+    private:
+        CAudioExtParam& owner_;
+    };
+
+    CError attrExtName();
+    void onParamChange(const CAudioParamNotice& notice);
+    // Takes the parameter's value over; true if the number changed and the host does not know it.
+    // `isFromAudio`: see waitsForPosted_.
+    bool refresh(bool isFromAudio);
+    void refreshProjection();
+    void tellHost();
+    // The projection, or null as long as the parameter has no declaration to project with.
+    const Projection* projection() const { return projection_.load(std::memory_order_acquire); }
+    CString textOf(const Projection& projection, double value, CAudioParamConverter::TextMode mode) const;
+
+    CString extName_;
+    CString paramName_;
+    std::int32_t elementIndex_ = 0;
+    std::int32_t group_ = 0;
+    CAudioParam* param_ = nullptr;
+
+    std::atomic<CAudioExtParamHostBridge*> bridge_{nullptr};
+    std::int32_t index_ = -1;
+
+    std::atomic<double> norm_{0.0};
+    std::atomic<double> posted_; // NaN: none
+    // A value of the host is on its way through the audio side. Until it has come back, values that come from
+    // there are older ones of the same movement.
+    std::atomic<bool> waitsForPosted_{false};
+    std::atomic<double> lastPostedValue_{0.0};
+
+    std::atomic<const Projection*> projection_{nullptr};
+    std::vector<std::unique_ptr<const Projection>> projections_; // under the parameter's lock
+
+    Listener listener_{*this}; // last: it goes before all that a notice touches
+};
+
+} // namespace qel

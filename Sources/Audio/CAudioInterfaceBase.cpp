@@ -1,0 +1,450 @@
+// The audio side of the conversation with the user interface.
+#include "CAudioInterfaceBase.h"
+
+#include "CAudioExtParamHostBridge.h"
+#include "CAudioExtParamList.h"
+#include "CAudioParamCollector.h"
+#include "CAudioParamRegistry.h"
+#include "CAudioVizCollector.h"
+
+#include <algorithm>
+
+namespace qel {
+
+namespace {
+
+template <class Save>
+CByteBuffer bytesOf(Save&& save)
+{
+    CMemoryWriteBuffer stream;
+    CByteBuffer bytes;
+    if (!save(stream)) {
+        stream.copyTo(bytes);
+    }
+    return bytes;
+}
+
+// With the parameter's lock held.
+CByteBuffer valuesOf(const CAudioParam& param)
+{
+    return bytesOf([&](COutputStream& stream) { return param.getCurrent().save(stream); });
+}
+
+} // namespace
+
+CAudioInterfaceBase::CRegistryListener::CRegistryListener(CAudioInterfaceBase& owner,
+                                                          CAudioParamRegistry& registry)
+    : owner_(owner), registry_(registry)
+{
+    attach(&registry);
+}
+
+CAudioInterfaceBase::CAudioInterfaceBase() = default;
+
+CAudioInterfaceBase::~CAudioInterfaceBase() = default;
+
+CError CAudioInterfaceBase::init()
+{
+    QEL_TRY(CAudioParamUndo::init(), getFullName());
+    const CString connector = getAttrString("base-connector");
+    connector_ = dynamic_cast<CAudioInterfaceBaseConnector*>(findObject(connector));
+    if (!connector_) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioInterfaceBase_init_NoBaseConnector No base connector '%1' found.", connector);
+    }
+    const CString params = getAttrString("param-collector");
+    params_ = dynamic_cast<CAudioParamCollector*>(findObject(params));
+    if (!params_) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioInterfaceBase_init_NoParamCollector No parameter collector '%1' found.",
+                 params);
+    }
+    const CString viz = getAttrString("viz-collector");
+    viz_ = dynamic_cast<CAudioVizCollector*>(findObject(viz));
+    if (!viz_) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioInterfaceBase_init_NoVizCollector No visual object collector '%1' found.",
+                 viz);
+    }
+    connector_->setBase(this);
+    paramListener_.attach(params_);
+    return {};
+}
+
+void CAudioInterfaceBase::release()
+{
+    paramListener_.attach(nullptr);
+    registryListeners_.clear();
+    if (connector_) {
+        connector_->setBase(nullptr);
+    }
+    CAudioParamUndo::release();
+}
+
+void CAudioInterfaceBase::setHost(CAudioExtParamHostBridge* host, CAudioExtParamList* params)
+{
+    host_ = host;
+    extParams_ = params;
+}
+
+void CAudioInterfaceBase::setEnvironment(const record::CEnvironment& environment)
+{
+    const CLock lock(lock_);
+    environment_ = environment;
+    send(kAll, environment_);
+}
+
+void CAudioInterfaceBase::clearClients()
+{
+    send(kAll, record::CClear{});
+}
+
+template <class Record>
+CError CAudioInterfaceBase::decodeAndHandle(std::int32_t client, const CByteBuffer& bytes)
+{
+    Record request;
+    QEL_TRY(decodeRecord(bytes, request), getFullName());
+    QEL_TRY(handle(client, request), getFullName());
+    return {};
+}
+
+CError CAudioInterfaceBase::processRecord(std::int32_t client, const CByteBuffer& bytes)
+{
+    using enum EAudioInterfaceRecord;
+    std::uint32_t type = 0;
+    QEL_TRY(readRecordType(bytes, type), getFullName());
+    switch (static_cast<EAudioInterfaceRecord>(type)) {
+    case kGetState:
+        return decodeAndHandle<record::CGetState>(client, bytes);
+    case kGetParam:
+        return decodeAndHandle<record::CGetParam>(client, bytes);
+    case kChangeParams:
+        return decodeAndHandle<record::CChangeParams>(client, bytes);
+    case kResetParams:
+        return decodeAndHandle<record::CResetParams>(client, bytes);
+    case kEdit:
+        return decodeAndHandle<record::CEdit>(client, bytes);
+    case kGetRegistry:
+        return decodeAndHandle<record::CGetRegistry>(client, bytes);
+    case kRegistryCommand:
+        return decodeAndHandle<record::CRegistryCommand>(client, bytes);
+    case kSetProgramName:
+        return decodeAndHandle<record::CSetProgramName>(client, bytes);
+    case kActivateData:
+        return decodeAndHandle<record::CActivateData>(client, bytes);
+    case kAcquireData:
+        return decodeAndHandle<record::CAcquireData>(client, bytes);
+    case kMoveHistory:
+        return decodeAndHandle<record::CMoveHistory>(client, bytes);
+    case kListenViz:
+        return decodeAndHandle<record::CListenViz>(client, bytes);
+    case kGetViz:
+        return decodeAndHandle<record::CGetViz>(client, bytes);
+    case kImportChannelLabels:
+        return decodeAndHandle<record::CImportChannelLabels>(client, bytes);
+    default:
+        break;
+    }
+    QEL_FAIL(getFullName(),
+             "@qelstr_CAudioInterfaceBaseConnector_processClientData_InvalidType Invalid data type %1.",
+             type);
+}
+
+void CAudioInterfaceBase::onClientGone(std::int32_t client)
+{
+    std::vector<std::int32_t> sources;
+    {
+        const CLock lock(lock_);
+        sources.swap(vizListens_[client]);
+    }
+    for (const std::int32_t source : sources) {
+        viz_->removeListener(source);
+    }
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t client, const record::CGetState&)
+{
+    {
+        const CLock lock(lock_);
+        send(client, environment_);
+    }
+    sendHistory(client);
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t client, const record::CGetParam& request)
+{
+    CAudioParam& param = params_->getParam(request.param);
+    // Sent within the lock, as all values are, so that a later value never arrives first.
+    const CLock lock(param.getLock());
+    record::CParamState state{.param = request.param, .info = {}, .values = {}};
+    if (param.hasInfo()) {
+        state.info = bytesOf([&](COutputStream& stream) { return param.getInfo().save(stream); });
+        state.values = valuesOf(param);
+    }
+    send(client, state);
+    return {};
+}
+
+void CAudioInterfaceBase::write(const record::CParamWrite& write, CAudioParamContext& context)
+{
+    CAudioParam& param = params_->getParam(write.param);
+    const CLock lock(param.getLock());
+    if (!param.hasInfo()) {
+        return;
+    }
+    const CAudioParamStorage& current = param.getCurrent();
+    CAudioParamData pool;
+    std::vector<double> values = write.values;
+    if (current.isString()) {
+        values.clear();
+        for (const CString& text : write.texts) {
+            values.push_back(pool.addString(text));
+        }
+    }
+    const auto count = static_cast<std::int32_t>(values.size()) / current.getEsize();
+    param.change({.group = write.group,
+                  .start = write.start,
+                  .count = count,
+                  .resize = write.resize,
+                  .esize = current.getEsize(),
+                  .dtype = current.getDtype(),
+                  .reserved = current.getReserved(),
+                  .values = values.data(),
+                  .pool = &pool},
+                 context);
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t client, const record::CChangeParams& request)
+{
+    // The source only has to differ between controls; clients count theirs apart.
+    const auto key =
+        (static_cast<std::uintptr_t>(client + 1) << 24) + static_cast<std::uintptr_t>(request.source);
+    CAudioParamUndoStep step(request.stepName, reinterpret_cast<const void*>(key), request.mergeable);
+    CAudioParamContext context;
+    context.recorder = request.stepName.isEmpty() ? nullptr : &step;
+    context.batch = request.writes.size() > 1 ? &params_->newBatch() : nullptr;
+    const CAudioParamContext::Scope scope(context);
+    for (const record::CParamWrite& one : request.writes) {
+        write(one, context);
+    }
+    if (context.batch) {
+        params_->submitBatch(*context.batch);
+    }
+    addStep(std::move(step));
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CResetParams& request)
+{
+    CAudioParamUndoStep step(request.stepName);
+    CAudioParamContext context;
+    context.recorder = request.stepName.isEmpty() ? nullptr : &step;
+    context.batch = &params_->newBatch();
+    const CAudioParamContext::Scope scope(context);
+    for (const CString& name : request.params) {
+        CAudioParam& param = params_->getParam(name);
+        if (request.toInitial) {
+            param.reset(request.group, request.entry, context);
+        } else {
+            param.clearToDefault(request.group, request.entry, context);
+        }
+    }
+    params_->submitBatch(*context.batch);
+    addStep(std::move(step));
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CEdit& request)
+{
+    if (!host_ || !extParams_) {
+        return {};
+    }
+    const std::int32_t index =
+        extParams_->find(params_->getParam(request.param), request.group, request.element);
+    if (index >= 0 && request.begins) {
+        host_->beginEdit(index);
+    } else if (index >= 0) {
+        host_->endEdit(index);
+    }
+    return {};
+}
+
+CError CAudioInterfaceBase::getRegistry(const CString& path, CAudioParamRegistry*& out)
+{
+    out = dynamic_cast<CAudioParamRegistry*>(findObject(path));
+    if (!out) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioInterfaceBaseConnector_getRegistry_NoParamRegistry No param registry "
+                 "object '%1' found.",
+                 path);
+    }
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t client, const record::CGetRegistry& request)
+{
+    CAudioParamRegistry* registry = nullptr;
+    QEL_TRY(getRegistry(request.registry, registry), getFullName());
+    {
+        const CLock lock(lock_);
+        const bool isKnown = std::any_of(registryListeners_.begin(), registryListeners_.end(),
+                                         [&](const auto& one) { return &one->getRegistry() == registry; });
+        if (!isKnown) {
+            registryListeners_.push_back(std::make_unique<CRegistryListener>(*this, *registry));
+        }
+    }
+    sendRegistryState(client, *registry);
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CRegistryCommand& request)
+{
+    using Command = record::CRegistryCommand;
+    CAudioParamRegistry* registry = nullptr;
+    QEL_TRY(getRegistry(request.registry, registry), getFullName());
+    switch (request.command) {
+    case Command::kSetProgram:
+        return registry->setProgram(request.index);
+    case Command::kActivateROMPreset:
+        return registry->activateROMPreset(request.index);
+    case Command::kMasterReset:
+        registry->masterReset();
+        return {};
+    case Command::kABStore:
+        return registry->abStore();
+    case Command::kABSwap:
+        return registry->abSwap();
+    default:
+        break;
+    }
+    QEL_FAIL(getFullName(), "@qelstr_CAudioInterfaceBase_InvalidCommand Invalid registry command %1.",
+             request.command);
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CSetProgramName& request)
+{
+    CAudioParamRegistry* registry = nullptr;
+    QEL_TRY(getRegistry(request.registry, registry), getFullName());
+    registry->setProgramName(request.index, request.name, true);
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CActivateData& request)
+{
+    CAudioParamRegistry* registry = nullptr;
+    QEL_TRY(getRegistry(request.registry, registry), getFullName());
+    CMemoryReader reader(request.body.bytes());
+    return request.isBank ? registry->activateBank(reader, false)
+                          : registry->activatePreset(reader, false, request.group);
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t client, const record::CAcquireData& request)
+{
+    CAudioParamRegistry* registry = nullptr;
+    QEL_TRY(getRegistry(request.registry, registry), getFullName());
+    CMemoryWriteBuffer stream;
+    QEL_TRY(request.isBank ? registry->acquireBank(request.fromROM, stream, request.withPersistent)
+                           : registry->acquirePreset(request.fromROM, request.index, request.group, stream,
+                                                     request.withPersistent),
+            getFullName());
+    record::CRegistryData answer{
+        .registry = request.registry, .request = request.request, .isBank = request.isBank, .body = {}};
+    stream.copyTo(answer.body);
+    send(client, answer);
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CMoveHistory& request)
+{
+    moveTo(request.position);
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t client, const record::CListenViz& request)
+{
+    const std::int32_t id = viz_->findSource(request.source);
+    bool isCounted = id >= 0;
+    if (isCounted) {
+        const CLock lock(lock_);
+        std::vector<std::int32_t>& listens = vizListens_[client];
+        if (request.listens) {
+            listens.push_back(id);
+        } else {
+            const auto found = std::find(listens.begin(), listens.end(), id);
+            isCounted = found != listens.end();
+            if (isCounted) {
+                listens.erase(found);
+            }
+        }
+    }
+    if (isCounted && request.listens) {
+        viz_->addListener(id);
+    } else if (isCounted) {
+        viz_->removeListener(id);
+    }
+    send(client, record::CVizSource{.source = request.source, .id = id});
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CGetViz&)
+{
+    const CLock lock(lock_);
+    vizData_.clear();
+    viz_->take(vizData_);
+    if (!vizData_.empty()) {
+        record::CVizData batch{.count = static_cast<std::int32_t>(vizData_.size()), .data = {}};
+        batch.data = bytesOf([this](COutputStream& stream) {
+            CError error;
+            for (const CAudioVizDataMeter& data : vizData_) {
+                error = data.save(stream);
+            }
+            return error;
+        });
+        send(kAll, batch);
+    }
+    return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CImportChannelLabels&)
+{
+    if (host_) {
+        host_->importChannelLabels();
+    }
+    return {};
+}
+
+void CAudioInterfaceBase::onParamChange(CAudioParam& param)
+{
+    if (connector_->hasClients()) {
+        const CLock lock(param.getLock());
+        send(kAll, record::CParamValues{.param = param.getName(), .values = valuesOf(param)});
+    }
+}
+
+void CAudioInterfaceBase::onHistoryChanged()
+{
+    if (connector_ && connector_->hasClients()) {
+        sendHistory(kAll);
+    }
+}
+
+void CAudioInterfaceBase::sendHistory(std::int32_t client)
+{
+    const CLock lock(getLock());
+    record::CHistoryState state;
+    state.position = listSteps(state.steps);
+    send(client, state);
+}
+
+void CAudioInterfaceBase::sendRegistryState(std::int32_t client, CAudioParamRegistry& registry)
+{
+    record::CRegistryState state{.registry = registry.getFullName(),
+                                 .isMaster = registry.isMaster(),
+                                 .program = registry.getProgram(),
+                                 .programs = registry.listPresets(false),
+                                 .romPresets = registry.listPresets(true)};
+    send(client, state);
+}
+
+} // namespace qel

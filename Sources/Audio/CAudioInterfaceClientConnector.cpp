@@ -1,0 +1,132 @@
+// The UI side's end of the wire to an instance.
+#include "CAudioInterfaceClientConnector.h"
+
+#include "CAudioInterfaceBaseConnector.h"
+#include "CAudioInterfaceClient.h"
+
+#include <charconv>
+#include <utility>
+
+namespace qel {
+
+namespace {
+
+constexpr const char* kProxyEvent = "process-base-data-proxy";
+constexpr const char* kEvent = "process-base-data";
+
+CObject* rootOfVar(const CString& text)
+{
+    const std::string digits = text.toUtf8();
+    std::uintptr_t address = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), address, 16);
+    const bool isWhole = result.ec == std::errc() && result.ptr == digits.data() + digits.size();
+    return isWhole ? reinterpret_cast<CObject*>(address) : nullptr;
+}
+
+} // namespace
+
+void CAudioInterfaceClientConnector::buildClassInfo(CClassInfo& info)
+{
+    CObject::buildClassInfo(info);
+    info.handleEvent<&CAudioInterfaceClientConnector::onProcessBaseData>(kEvent);
+}
+
+void CAudioInterfaceClientConnector::attachTo(CAudioInterfaceBaseConnector& base)
+{
+    listenObject(getFullName(), kProxyEvent, kEvent);
+    base_ = &base;
+    index_ = base.attachClient(*this);
+}
+
+void CAudioInterfaceClientConnector::release()
+{
+    if (base_) {
+        std::exchange(base_, nullptr)->detachClient(*this);
+    }
+    {
+        const CLock lock(lock_);
+        queue_.clear();
+    }
+    CObject::release();
+}
+
+void CAudioInterfaceClientConnector::receive(const CByteBuffer& record)
+{
+    bool wasEmpty = false;
+    {
+        const CLock lock(lock_);
+        wasEmpty = queue_.empty();
+        queue_.push_back(record);
+    }
+    // One event is under way for all that a queue holds. Posted even on the tree's own thread: the sender
+    // holds locks.
+    if (wasEmpty) {
+        traceError(notify(kProxyEvent, {}, true));
+    }
+}
+
+CError CAudioInterfaceClientConnector::sendToBase(const CByteBuffer& record)
+{
+    if (!base_) {
+        return {};
+    }
+    return base_->processClientData(index_, record);
+}
+
+CError CAudioInterfaceClientConnector::onProcessBaseData(const CAttrMap&)
+{
+    if (!client_) {
+        QEL_FAIL(getFullName(), "@qelstr_CAudioInterfaceClientConnector_onProcessBaseData_NoClientObject "
+                                "No client object defined.");
+    }
+    if (std::exchange(isProcessing_, true)) {
+        return {}; // the call further out goes on with it, behind what came before
+    }
+    for (;;) {
+        std::vector<CByteBuffer> records;
+        {
+            const CLock lock(lock_);
+            records.swap(queue_);
+        }
+        if (records.empty()) {
+            break;
+        }
+        for (const CByteBuffer& record : records) {
+            traceError(client_->processRecord(record));
+        }
+    }
+    isProcessing_ = false;
+    return {};
+}
+
+CAttrValue CAudioInterfaceClientConnectorVST::rootVarOf(const CObject& audioRoot)
+{
+    char digits[2 * sizeof(std::uintptr_t)];
+    const auto end =
+        std::to_chars(digits, digits + sizeof(digits), reinterpret_cast<std::uintptr_t>(&audioRoot), 16).ptr;
+    return CAttrValue(CString(std::string_view(digits, static_cast<std::size_t>(end - digits))));
+}
+
+CError CAudioInterfaceClientConnectorVST::init()
+{
+    QEL_TRY(CAudioInterfaceClientConnector::init(), getFullName());
+    CObject* audioRoot = rootOfVar(getRoot()->getAttrString(kRootVar));
+    if (!audioRoot) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioInterfaceClientConnectorVST_init_NoVar 'PluginRootPtrVar' variable "
+                 "not defined!");
+    }
+    const CString path = getAttrString("base-connector");
+    auto* base = dynamic_cast<CAudioInterfaceBaseConnector*>(audioRoot->findObject(path));
+    if (!base) {
+        QEL_FAIL(
+            getFullName(),
+            "@qelstr_CAudioInterfaceClientConnectorVST_init_InvalidConnector Invalid base connector '%1' "
+            "specified.",
+            path);
+    }
+    attachTo(*base);
+    return {};
+}
+
+} // namespace qel

@@ -1,0 +1,286 @@
+// The memory of a subtree of parameters: set-up, membership, and what it hears of parameters.
+#include "CAudioParamRegistry.h"
+
+#include "CApplication.h"
+#include "Streams/CMemoryReader.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace qel {
+
+namespace {
+
+// The user's own initial state, as a preset body.
+constexpr const char* kDefaultPresetKey = "default-preset";
+
+} // namespace
+
+void CAudioParamRegistry::buildClassInfo(CClassInfo& info)
+{
+    CObject::buildClassInfo(info);
+}
+
+CAudioParamRegistry::CAudioParamRegistry() = default;
+
+CAudioParamRegistry::~CAudioParamRegistry() = default;
+
+CError CAudioParamRegistry::init()
+{
+    QEL_TRY(CObject::init(), getFullName());
+    readAttributes();
+    QEL_TRY(findObjects(), getFullName());
+    if (isMaster_) {
+        initBanks();
+        if (readStoredDefault(storedDefault_)) {
+            sessionBank_.get(0) = storedDefault_;
+        } else {
+            storedDefault_ = {};
+        }
+    } else if (isEnumerated_) {
+        loadStoredList();
+        selectorListener_.attach(collector_);
+    }
+    collector_->addRegistry(*this);
+    return {};
+}
+
+void CAudioParamRegistry::readAttributes()
+{
+    hierarchy_ = getAttrString("hierarchy");
+    isMaster_ = getAttrBool("is-master");
+    isEnumerated_ = getAttrBool("is-enumerated");
+    id_ = getAttrString("id");
+    presetNaming_ = getAttrString("preset-naming");
+    presetNameParam_ = getAttrString("preset-name-param");
+    groupNamesParam_ = getAttrString("group-names-param");
+    file_ = getAttrString("file");
+    storeName_ = getAttrString("store-name");
+}
+
+CError CAudioParamRegistry::findObjects()
+{
+    const CString path = getAttrString("param-collector");
+    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(path));
+    if (!collector) {
+        QEL_FAIL(
+            getFullName(),
+            "@qelstr_CAudioParamRegistry_init_NoParamCollector No parameter collector with the name '%1' "
+            "defined.",
+            path);
+    }
+    collector_ = collector;
+    undo_ = dynamic_cast<CAudioParamUndo*>(findObject(getAttrString("param-undo")));
+    return {};
+}
+
+void CAudioParamRegistry::initBanks()
+{
+    if (!file_.isEmpty()) {
+        if (CError error = romBank_.loadFile(file_)) {
+            traceError(error);
+            romBank_.copyFrom(sessionBank_);
+        } else {
+            sessionBank_.copyFrom(romBank_);
+        }
+    }
+    romBank_.setName("Factory ROM");
+    sessionBank_.setName("Session Bank");
+    if (sessionBank_.isEmpty()) {
+        sessionBank_.add(CAudioPreset(CAudioPreset::makeName(id_, "Default")));
+    }
+    histories_.resize(static_cast<std::size_t>(sessionBank_.getCount()));
+}
+
+// What the user stored as default; false if there is nothing of use.
+bool CAudioParamRegistry::readStoredDefault(CAudioPreset& outPreset) const
+{
+    CByteBuffer body;
+    if (CApplication* application = CApplication::get()) {
+        application->getLocalData().loadAppData(kDefaultPresetKey, body, CAudioPreset::kChunkId);
+    }
+    if (body.isEmpty()) {
+        return false;
+    }
+    CMemoryReader reader(body.bytes());
+    if (CError error = outPreset.load(reader)) {
+        traceError(error);
+        return false;
+    }
+    // Any registry's presets could be stored there.
+    return outPreset.getId() == id_;
+}
+
+void CAudioParamRegistry::loadStoredList()
+{
+    CApplication* application = CApplication::get();
+    if (!application || storeName_.isEmpty()) {
+        return;
+    }
+    const bool isGlobal = storeName_.startsWith("/");
+    CApplicationData& store = isGlobal ? application->getGlobalData() : application->getLocalData();
+    CByteBuffer body;
+    store.loadAppData(isGlobal ? storeName_.substring(1) : storeName_, body, CAudioPresetBank::kListChunkId);
+    if (body.isEmpty()) {
+        return;
+    }
+    CMemoryReader reader(body.bytes());
+    if (CError error = storedList_.loadList(reader)) {
+        traceError(error);
+    }
+}
+
+void CAudioParamRegistry::release()
+{
+    selectorListener_.attach(nullptr);
+    if (collector_) {
+        collector_->removeRegistry(*this);
+    }
+    releaseBridges();
+    CObject::release();
+}
+
+bool CAudioParamRegistry::isNameOfSubregistry(const CString& fullName) const
+{
+    return !isEnumerated() && fullName == presetNameParam_;
+}
+
+bool CAudioParamRegistry::addParam(CAudioParam& param)
+{
+    const CString& name = param.getName();
+    const std::size_t length = hierarchy_.length();
+    if (name.length() <= length + 1 || name[length] != u'.' || isNameOfSubregistry(name)) {
+        return false;
+    }
+    const CLock lock(pendingLock_);
+    pending_.emplace_back(name, &param);
+    return true;
+}
+
+void CAudioParamRegistry::synchronise()
+{
+    std::vector<std::pair<CString, CAudioParam*>> joining;
+    {
+        const CLock lock(pendingLock_);
+        joining.swap(pending_);
+    }
+    for (const auto& [name, param] : joining) {
+        const CString key = name.substring(hierarchy_.length() + 1);
+        params_[key] = param;
+        loadInitialValues(*param, key);
+    }
+}
+
+void CAudioParamRegistry::loadInitialValues(CAudioParam& param, const CString& key)
+{
+    const CByteBuffer* block = storedDefault_.findEntry(key);
+    if (!block) {
+        return;
+    }
+    CAudioParamContext context(CAudioParamOrigin::kActivation);
+    CMemoryReader reader(block->bytes());
+    if (CError error = param.load(reader, context, true, kAllGroups, false)) {
+        traceError(error);
+    }
+}
+
+// Another instance may have stored a new default meanwhile.
+void CAudioParamRegistry::refreshInitialValues()
+{
+    CAudioPreset preset;
+    if (!isMaster_ || !readStoredDefault(preset) || preset == storedDefault_) {
+        return;
+    }
+    storedDefault_ = std::move(preset);
+    for (const auto& [key, param] : params_) {
+        loadInitialValues(*param, key);
+    }
+}
+
+void CAudioParamRegistry::onParamChange(const CAudioParamNotice& notice)
+{
+    if (presetNameParam_.isEmpty()) {
+        return;
+    }
+    if (!isMaster_) {
+        markAsUser(notice);
+    } else if (notice.param->getName() == presetNameParam_) {
+        onNameParamChange(*notice.param);
+    }
+}
+
+// The name of the current program stands in the parameter, so a walk through the history, or a text field
+// bound to it, renames the program.
+void CAudioParamRegistry::onNameParamChange(const CAudioParam& param)
+{
+    {
+        const CLock lock(bankLock_);
+        const CString name = CAudioPreset::makeName(id_, param.getString(0, 0));
+        if (!param.hasInfo() || currentProgram().getName() == name) {
+            return;
+        }
+        currentProgram().setName(name);
+    }
+    updateBridges();
+}
+
+// Values that did not come from a preset are the user's own.
+void CAudioParamRegistry::markAsUser(const CAudioParamNotice& notice)
+{
+    if (notice.origin == CAudioParamOrigin::kActivation || notice.param->getName() == presetNameParam_) {
+        return;
+    }
+    static const CString kUserName = "User";
+    CAudioParam& nameParam = collector_->getParam(presetNameParam_);
+    CAudioParamContext context(notice.origin);
+    const auto mark = [&](std::int32_t group) {
+        if (nameParam.hasInfo() && nameParam.getString(group, 0) != kUserName) {
+            nameParam.setString(group, 0, kUserName, context);
+        }
+    };
+    if (!notice.change.isWhole()) {
+        mark(notice.change.group);
+        return;
+    }
+    std::int32_t groups = 0;
+    {
+        const CLock lock(notice.param->getLock());
+        groups = notice.param->getCurrent().getGroupCount();
+    }
+    for (std::int32_t group = 0; group < groups; ++group) {
+        mark(group);
+    }
+}
+
+void CAudioParamRegistry::onSelectorChange(const CAudioParamNotice& notice)
+{
+    const CAudioParam& param = *notice.param;
+    std::int32_t group = notice.change.group;
+    CString registry;
+    {
+        const CLock lock(param.getLock());
+        if (!param.hasInfo() || param.getInfo().isString()) {
+            return;
+        }
+        registry = param.getInfo().paramRegistry;
+        if (notice.change.isWhole() || param.getInfo().isSingleGroup) {
+            group = kAllGroups;
+        }
+    }
+    if (registry.isEmpty() || collector_->getRegistry(registry) != this) {
+        return;
+    }
+    const double value = param.getValue(std::max(group, 0), 0);
+    const double index = std::floor(value + 0.5);
+    CAudioParamContext context(CAudioParamOrigin::kActivation);
+    const CAudioParamContext::Scope scope(context);
+    const CLock lock(bankLock_);
+    if (index >= 0.0 && index < storedList_.getCount()) {
+        const CAudioPreset& preset = storedList_.get(static_cast<std::int32_t>(index));
+        if (CError error = applyPreset(preset, false, context, false, group)) {
+            traceError(error);
+        }
+    }
+}
+
+} // namespace qel

@@ -1,0 +1,152 @@
+// Gathers what meters measure, for whoever looks.
+#include "CAudioVizCollector.h"
+
+#include "CAudioEnv.h"
+#include "CAudioParamCollector.h"
+#include "CAudioParamDef.h"
+
+#include <algorithm>
+
+namespace qel {
+
+namespace {
+
+constexpr const char* kEnableDef = "audio.param-enable-viz";
+
+} // namespace
+
+CError CAudioVizCollector::init()
+{
+    QEL_TRY(CObject::init(), getFullName());
+    const CString envPath = getAttrString("env");
+    env_ = dynamic_cast<CAudioEnv*>(findObject(envPath));
+    if (!env_) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioVizCollector_init_NoAudioEnv No audio environment object '%1' found.",
+                 envPath);
+    }
+    const CString paramsPath = getAttrString("param-collector");
+    params_ = dynamic_cast<CAudioParamCollector*>(findObject(paramsPath));
+    if (!params_) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioVizCollector_init_NoParamCollector No parameter collector '%1' found.",
+                 paramsPath);
+    }
+    CObject* shared = sharedObject();
+    auto* def = dynamic_cast<CAudioParamDef*>(shared ? shared->findObject(kEnableDef) : nullptr);
+    if (!def) {
+        QEL_FAIL(getFullName(), "@qelstr_CAudioVizCollector_init_NoParamDef No parameter "
+                                "'audio.param-enable-viz' definition found.");
+    }
+    enableInfo_ = def->getInfo();
+    enablePath_ = def->getFullName();
+    return {};
+}
+
+std::int32_t CAudioVizCollector::registerSource(const CString& fullName)
+{
+    const std::int32_t known = findSource(fullName);
+    if (known >= 0) {
+        return known;
+    }
+    CAudioParam& enable = params_->getParam(fullName + "-enable");
+    enable.setInfo(enableInfo_, enablePath_);
+    const CLock lock(lock_);
+    sources_.push_back({fullName, &enable, 0});
+    return static_cast<std::int32_t>(sources_.size()) - 1;
+}
+
+std::int32_t CAudioVizCollector::findSource(const CString& fullName)
+{
+    const CLock lock(lock_);
+    const auto found = std::find_if(sources_.begin(), sources_.end(),
+                                    [&](const Source& source) { return source.name == fullName; });
+    return found == sources_.end() ? -1 : static_cast<std::int32_t>(found - sources_.begin());
+}
+
+void CAudioVizCollector::addListener(std::int32_t id)
+{
+    changeListeners(id, 1);
+}
+
+void CAudioVizCollector::removeListener(std::int32_t id)
+{
+    changeListeners(id, -1);
+}
+
+void CAudioVizCollector::changeListeners(std::int32_t id, std::int32_t by)
+{
+    // Notices go out when the lock is left; the parameter itself is written within it, so that of two threads
+    // the one that counted last also writes last.
+    CAudioParamContext context(CAudioParamOrigin::kAudio);
+    const CAudioParamContext::Scope scope(context);
+    const CLock lock(lock_);
+    if (id < 0 || static_cast<std::size_t>(id) >= sources_.size()) {
+        return;
+    }
+    Source& source = sources_[static_cast<std::size_t>(id)];
+    const bool wasEnabled = source.listeners > 0;
+    source.listeners = std::max(source.listeners + by, 0);
+    const bool isEnabled = source.listeners > 0;
+    if (isEnabled != wasEnabled) {
+        source.enable->setValue(0, 0, 0, isEnabled ? 1.0 : 0.0, context);
+    }
+}
+
+void CAudioVizCollector::take(std::vector<CAudioVizDataMeter>& out)
+{
+    Buffer* buffer = finished_.exchange(nullptr, std::memory_order_acq_rel);
+    if (!buffer) {
+        return;
+    }
+    const auto end = buffer->data.begin() + static_cast<std::ptrdiff_t>(buffer->count);
+    out.insert(out.end(), buffer->data.begin(), end);
+    buffer->count = 0;
+    free_.store(buffer, std::memory_order_release);
+}
+
+void CAudioVizCollector::reset()
+{
+    if (Buffer* buffer = finished_.exchange(nullptr, std::memory_order_acq_rel)) {
+        buffer->count = 0;
+        free_.store(buffer, std::memory_order_release);
+    }
+    current_->count = 0;
+}
+
+void CAudioVizCollector::beginBlock()
+{
+    if (current_->count == 0) {
+        return;
+    }
+    if (Buffer* next = free_.exchange(nullptr, std::memory_order_acq_rel)) {
+        finished_.store(current_, std::memory_order_release);
+        current_ = next;
+    }
+}
+
+bool CAudioVizCollector::dropUnread()
+{
+    beginBlock(); // a reader may have come since
+    if (current_->count == 0) {
+        return true;
+    }
+    Buffer* oldest = finished_.exchange(nullptr, std::memory_order_acq_rel);
+    if (!oldest) {
+        return false;
+    }
+    oldest->count = 0;
+    finished_.store(current_, std::memory_order_release);
+    current_ = oldest;
+    return true;
+}
+
+void CAudioVizCollector::push(const CAudioVizDataMeter& data)
+{
+    if (current_->count == kBufferSize && !dropUnread()) {
+        return;
+    }
+    current_->data[current_->count++] = data;
+}
+
+} // namespace qel

@@ -1,0 +1,90 @@
+// Gathers what meters measure, for whoever looks.
+#pragma once
+
+#include "CAudioParamInfo.h"
+#include "CAudioVizData.h"
+#include "CCriticalSection.h"
+#include "CObject.h"
+
+#include <array>
+#include <atomic>
+#include <vector>
+
+namespace qel {
+
+class CAudioEnv;
+class CAudioParam;
+class CAudioParamCollector;
+
+// Tag audio:viz-collector; one per instance, owned by its tree. Attributes: env, param-collector.
+//
+// A source registers by name and gets an identifier and a parameter, the name plus "-enable", which is 1
+// while somebody listens: the graph cuts off what is not looked at. Findings go into one of two buffers,
+// which the audio thread alone fills; when the other one is free they change places at the start of a
+// processing call. A reader that stalls loses the oldest findings and holds up nobody.
+class CAudioVizCollector : public CObject
+{
+public:
+    // Findings in one buffer: about two seconds of two meters on eight channels.
+    static constexpr std::size_t kBufferSize = 1024;
+
+    static void buildClassInfo(CClassInfo& info) { CObject::buildClassInfo(info); }
+
+    CError init() override;
+
+    CAudioEnv& getEnv() const { return *env_; }
+
+    // --- control threads
+
+    // The identifier of a source; one of the same name is the same source.
+    std::int32_t registerSource(const CString& fullName);
+    // -1 if there is none of this name.
+    std::int32_t findSource(const CString& fullName);
+    // Each listener counts. An unknown identifier is ignored, as is a listener too few.
+    void addListener(std::int32_t id);
+    void removeListener(std::int32_t id);
+    // Moves what the audio thread has finished to the end of `out`, the oldest first.
+    void take(std::vector<CAudioVizDataMeter>& out);
+    // While the audio thread stands still: drops all findings.
+    void reset();
+
+    // --- audio thread: no locks, no allocation
+
+    // At the start of each processing call.
+    void beginBlock();
+    // Adds a finding.
+    void push(const CAudioVizDataMeter& data);
+
+private:
+    struct Source
+    {
+        CString name;
+        CAudioParam* enable;
+        std::int32_t listeners;
+    };
+    struct Buffer
+    {
+        std::array<CAudioVizDataMeter, kBufferSize> data;
+        std::size_t count = 0;
+    };
+
+    void changeListeners(std::int32_t id, std::int32_t by);
+    // Makes room in the audio thread's buffer at the cost of what nobody has read; false if a reader is at
+    // it.
+    bool dropUnread();
+
+    CAudioEnv* env_ = nullptr;
+    CAudioParamCollector* params_ = nullptr;
+    CAudioParamInfo enableInfo_;
+    CString enablePath_;
+
+    CCriticalSection lock_; // guards the sources; before the lock of a parameter
+    std::vector<Source> sources_;
+
+    std::unique_ptr<std::array<Buffer, 2>> buffers_ = std::make_unique<std::array<Buffer, 2>>();
+    Buffer* current_ = &(*buffers_)[0]; // the audio thread's
+    std::atomic<Buffer*> free_{&(*buffers_)[1]};
+    std::atomic<Buffer*> finished_{nullptr};
+};
+
+} // namespace qel

@@ -1,0 +1,222 @@
+// Level meters beside the signal chain.
+#include "Processes/CModMeter.h"
+
+#include "CAudioEnv.h"
+#include "CAudioGraph.h"
+#include "CAudioParamCollector.h"
+#include "CAudioVizCollector.h"
+
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+namespace qel {
+
+namespace {
+
+enum : int
+{
+    kPeakTimeSlot,
+    kRmsTimeSlot,
+    kGainSlot,
+    kBiasTimeSlot,
+    kUseBiasSlot,
+    kReleaseSlot
+};
+
+constexpr double kDefaultRmsSec = 0.15;
+constexpr double kShortestSec = 1e-6; // keeps cut-offs finite
+
+} // namespace
+
+CError CModMeterDef::init()
+{
+    QEL_TRY(CAudioProcessDefBase::init(), getFullName());
+    isDiff_ = getAttrBool("is-diff");
+    isInverted_ = getAttrBool("is-inverted");
+    isCompression_ = getAttrBool("is-compression");
+    return {};
+}
+
+std::unique_ptr<CAudioProcessBase> CModMeterDef::createProcess() const
+{
+    return std::make_unique<CModMeter>(*this);
+}
+
+CModMeterModule::Settings CModMeterModule::readSettings(const CAudioProcessSlots& slots,
+                                                        const CAudioModulePlace& place)
+{
+    Settings settings;
+    settings.peakSec = slots.value(kPeakTimeSlot, place.group);
+    settings.rmsSec = slots.has(kRmsTimeSlot) ? slots.value(kRmsTimeSlot, place.group) : kDefaultRmsSec;
+    settings.biasSec = slots.value(kBiasTimeSlot, place.group);
+    settings.releaseSec = slots.value(kReleaseSlot, place.group);
+    settings.gain = slots.has(kGainSlot) ? slots.value(kGainSlot, place.group) : 1.0;
+    return settings;
+}
+
+CModMeterModule::CModMeterModule(CKernelContext& kernels, const CModMeterDef& def)
+    : kernels_(kernels), isDiff_(def.isDiff()), isCompression_(def.isCompression())
+{
+    state_ = kernels_.allocate(sizeof(CMeterState));
+    readOut_ = kernels_.allocateSamples(3);
+    new (kernels_.address(state_)) CMeterState;
+}
+
+CModMeterModule::~CModMeterModule()
+{
+    for (const CBufferRef buffer : {state_, history_, readOut_}) {
+        if (!buffer.isNone()) {
+            kernels_.release(buffer);
+        }
+    }
+}
+
+void CModMeterModule::resolveKernels(CKernelContext& kernels)
+{
+    initKernel_ = kernels.findShortName("meteri");
+    runKernel_ = kernels.findShortName(isDiff_ ? "meterd" : isCompression_ ? "meterc" : "meter");
+    readKernel_ = kernels.findShortName(isDiff_ ? "metersubd" : isCompression_ ? "metersubc" : "metersub");
+}
+
+void CModMeterModule::makeRoom(std::int32_t history)
+{
+    if (history <= room_) {
+        return;
+    }
+    if (!history_.isNone()) {
+        kernels_.release(history_);
+    }
+    room_ = (history + kHistoryStep - 1) / kHistoryStep * kHistoryStep;
+    history_ = kernels_.allocateSamples(static_cast<std::size_t>(room_));
+}
+
+void CModMeterModule::configure(const Settings& settings, const CAudioModulePlace& place,
+                                const Target& target)
+{
+    settings_ = settings;
+    place_ = place;
+    target_ = target;
+    const double framesPerSec = std::max(target.framesPerSec, 1.0);
+    CMeterState& s = state();
+    s.start = isCompression_ ? 1.0 : 0.0;
+    s.frameLength = std::max(static_cast<std::int32_t>(std::lround(place.sampleRateHz / framesPerSec)), 1);
+    s.historyLength = std::max(static_cast<std::int32_t>(std::lround(settings.peakSec * framesPerSec)), 1);
+    s.rmsCutoffHz = 1.0 / std::max(settings.rmsSec, kShortestSec);
+    s.biasCutoffHz = 1.0 / std::max(settings.biasSec, kShortestSec);
+    s.releaseSec = settings.releaseSec;
+    makeRoom(s.historyLength);
+    reset();
+}
+
+void CModMeterModule::reset()
+{
+    kernels_.submit(initKernel_, 0, place_.sampleRateHz, {state_, history_});
+    samplesLeft_ = state().frameLength;
+}
+
+void CModMeterModule::process(CAudioModuleStep& step)
+{
+    for (int done = 0; done < step.count;) {
+        const int count = std::min(step.count - done, samplesLeft_);
+        const auto samples = static_cast<std::uint32_t>(count);
+        const CBufferRef in = step.input(0).advancedBy(done);
+        if (isDiff_) {
+            kernels_.submit(runKernel_, samples, 0.0, {state_, history_, in, step.input(1).advancedBy(done)});
+        } else {
+            kernels_.submit(runKernel_, samples, 0.0, {state_, history_, in});
+        }
+        done += count;
+        samplesLeft_ -= count;
+        if (samplesLeft_ == 0) {
+            emit();
+            samplesLeft_ = state().frameLength;
+        }
+    }
+}
+
+void CModMeterModule::emit()
+{
+    if (!target_.collector) {
+        return;
+    }
+    kernels_.submit(readKernel_, 0, settings_.gain, {readOut_, state_});
+    const double* values = kernels_.samples(readOut_);
+    CAudioVizDataMeter data;
+    data.id = target_.source;
+    data.group = place_.group;
+    data.element = place_.channels.isEmpty() ? 0 : place_.channels[0];
+    data.timeSec = values[0];
+    data.level = values[1];
+    data.peak = values[2];
+    target_.collector->push(data);
+}
+
+CError CModMeter::init()
+{
+    QEL_TRY(CAudioProcessTerminalBase::init(), fullName());
+    target_.collector = dynamic_cast<CAudioVizCollector*>(graph().params.findObject("^viz-collector"));
+    if (target_.collector) {
+        target_.source = target_.collector->registerSource(fullName());
+        target_.framesPerSec = target_.collector->getEnv().getVizFps();
+    }
+    return {};
+}
+
+void CModMeter::registerKernels()
+{
+    graph().kernels.addKernels(meterKernels());
+}
+
+void CModMeter::syncLinks()
+{
+    CAudioProcessTerminalBase::syncLinks();
+    const auto& wanted = places();
+    units_.resize(wanted.size());
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        Unit& unit = units_[i];
+        unit.isNew = unit.isNew || !unit.place.isSameFor(wanted[i]);
+        unit.place = wanted[i];
+    }
+}
+
+void CModMeter::applyEvents()
+{
+    for (Unit& unit : units_) {
+        const auto settings = CModMeterModule::readSettings(slots(), unit.place);
+        if (!unit.isNew && settings == unit.settings) {
+            continue;
+        }
+        if (!unit.module) {
+            unit.module = std::make_unique<CModMeterModule>(graph().kernels, def_);
+            unit.module->resolveKernels(graph().kernels);
+        }
+        unit.isNew = false;
+        unit.settings = settings;
+        unit.module->configure(settings, unit.place, target_);
+    }
+}
+
+void CModMeter::reset(double positionSec)
+{
+    CAudioProcessTerminalBase::reset(positionSec);
+    for (Unit& unit : units_) {
+        if (unit.module) {
+            unit.module->reset();
+        }
+    }
+}
+
+void CModMeter::step(int count)
+{
+    for (Unit& unit : units_) {
+        CAudioModuleStep moduleStep(graph().kernels, count, unit.place.channels.size());
+        CAudioOwnedInputs owned(graph().kernels);
+        gatherInputs(moduleStep, owned, unit.place, def_.isDiff() ? 2 : 1);
+        if (unit.module) {
+            unit.module->process(moduleStep);
+        }
+    }
+}
+
+} // namespace qel

@@ -1,0 +1,272 @@
+// Parameters as the host sees them.
+#include "AllocationGuard.h"
+#include "HostParamRig.h"
+
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+namespace qel {
+namespace {
+
+using test::AllocationGuard;
+using test::HostParamTest;
+using Calls = test::RecordingHost::Calls;
+using TextMode = CAudioParamConverter::TextMode;
+
+class ExtParamTest : public HostParamTest
+{};
+
+TEST_F(ExtParamTest, ConvertsBetweenPositionValueAndText)
+{
+    declare("p.freq", "freq", "20", "20000", "200");
+    declare("p.gain", "gain", "-24", "24", "0");
+    declare("p.slope", "enum-slope", "0", "2", "0");
+    CAudioExtParam& freq = add("Freq", "p.freq");
+    CAudioExtParam& gain = add("Gain", "p.gain");
+    CAudioExtParam& slope = add("Slope", "p.slope");
+
+    EXPECT_NEAR(freq.getNormalized(), 1.0 / 3.0, 1e-12);
+    freq.setNormalized(2.0 / 3.0);
+    EXPECT_NEAR(freq.getParam().getValue(0, 0), 2000.0, 1e-9);
+    EXPECT_NEAR(freq.getNormalized(), 2.0 / 3.0, 1e-12);
+    EXPECT_EQ(freq.getDisplay(), "2.00k");
+    EXPECT_EQ(freq.getDisplayOf(0.0), "20.0");
+    EXPECT_EQ(freq.getDisplayOf(1.0), "20.0k");
+
+    EXPECT_NEAR(gain.getNormalized(), 0.5, 1e-12);
+    EXPECT_EQ(gain.getLabel(), "dB");
+    EXPECT_EQ(gain.getVisualName(), "Visual");
+    EXPECT_EQ(gain.getDisplayOf(0.75), "12.0");
+
+    slope.setNormalized(0.4);
+    EXPECT_EQ(slope.getParam().getValue(0, 0), 1.0) << "a state is a whole number";
+    EXPECT_EQ(slope.getNormalized(), 0.5);
+    EXPECT_EQ(slope.getDisplay(), "-12 soft");
+    EXPECT_EQ(slope.getDisplay(TextMode::kShort), "-12sft");
+}
+
+TEST_F(ExtParamTest, TakesPositionsOutsideItsRangeAsTheEndsAndIgnoresWhatIsNoNumber)
+{
+    declare("p.gain", "gain", "-24", "24", "0");
+    CAudioExtParam& gain = add("Gain", "p.gain");
+    gain.setNormalized(7.0);
+    EXPECT_EQ(gain.getNormalized(), 1.0);
+    gain.setNormalized(-1e300);
+    EXPECT_EQ(gain.getNormalized(), 0.0);
+    gain.setNormalized(std::nan(""));
+    gain.postNormalized(std::nan(""));
+    EXPECT_EQ(gain.getNormalized(), 0.0);
+    list_->takePosted();
+    EXPECT_EQ(gain.getDisplay(), "-24.0");
+}
+
+TEST_F(ExtParamTest, IsSilentUntilItsParameterIsDeclaredAndThenShowsTheDefault)
+{
+    CAudioExtParam& gain = add("Gain", "p.gain");
+    gain.setNormalized(0.7);
+    gain.postNormalized(0.7);
+    EXPECT_EQ(gain.getNormalized(), 0.0);
+    EXPECT_TRUE(gain.getDisplay().isEmpty());
+    EXPECT_TRUE(gain.getVisualName().isEmpty());
+    declare("p.gain", "gain", "-24", "24", "12");
+    EXPECT_NEAR(gain.getNormalized(), 0.75, 1e-12);
+}
+
+TEST_F(ExtParamTest, TellsTheHostOfEveryChangeButItsOwnAndThoseOfOtherGroups)
+{
+    CAudioParam& a = declare("p.a", "real", "0", "10", "5");
+    CAudioParam& b = declare("p.b", "real", "0", "10", "5");
+    CAudioExtParam& extA = add("A", "p.a");
+    add("B", "p.b");
+
+    b.setValue(0, 0, 0, 2.5, context_);
+    EXPECT_EQ(host_.take(), (Calls{{1, 0.25}}));
+    b.setValue(1, 0, 0, 7.5, context_);
+    b.setValue(0, 0, 0, 2.5, context_);
+    extA.setNormalized(0.75);
+    EXPECT_EQ(host_.take(), Calls{}) << "another group, no change, the host itself";
+    EXPECT_EQ(extA.getNormalized(), 0.75);
+
+    // A preset: each changed parameter one by one.
+    CAudioParamContext preset(CAudioParamOrigin::kActivation);
+    preset.batch = &collector_->newBatch();
+    a.clearToDefault(-1, -1, preset);
+    b.clearToDefault(-1, -1, preset);
+    collector_->submitBatch(*preset.batch);
+    EXPECT_EQ(host_.take(), (Calls{{0, 0.5}, {1, 0.5}}));
+
+    list_->setHostBridge(nullptr);
+    b.setValue(0, 0, 0, 1.0, context_);
+    EXPECT_EQ(host_.take(), Calls{});
+    EXPECT_EQ(list_->find(b, 0, 0), 1);
+    EXPECT_EQ(list_->find(b, 1, 0), -1);
+}
+
+TEST_F(ExtParamTest, RefusesNamesBeyondSevenCharactersAndCollectorsThatAreNotThere)
+{
+    CAudioExtParam* param = nullptr;
+    EXPECT_OK(tryAdd(param, "1234567", "p.a"));
+    EXPECT_FAILS(tryAdd(param, "12345678", "p.a"), "Externalized parameter name '12345678' is too long");
+    const CAttrMap attributes{{"param-collector", CAttrValue("nothing")}};
+    EXPECT_FAILS(list_->createChild(param, "audio:ext-param", "x", false, nullptr, &attributes),
+                 "No parameter collector 'nothing' found.");
+    EXPECT_EQ(list_->getCount(), 1) << "what failed is gone";
+}
+
+TEST_F(ExtParamTest, CarriesPostedValuesToTheProcessesWithoutLocksOrMemory)
+{
+    CAudioParam& param = declare("p.gain", "gain", "-24", "24", "0");
+    CAudioExtParam& gain = add("Gain", "p.gain");
+    test::Slot slot(param);
+    callAudio();
+    slot.drain();
+
+    AllocationGuard guard;
+    gain.postNormalized(0.25);
+    gain.postNormalized(0.75);
+    env_->setInProcess(true);
+    collector_->applyPending(env_->getPositionSec());
+    list_->applyPosted(env_->getPositionSec());
+    env_->setInProcess(false);
+    const int events = slot.drain();
+    const auto counts = guard.stop();
+    EXPECT_EQ(counts.total(), 0U);
+    EXPECT_EQ(events, 1) << "the later value replaces the earlier";
+    EXPECT_NEAR(20.0 * std::log10(slot.storage.get(0, 0)), 12.0, 1e-9);
+    EXPECT_EQ(gain.getDisplay(), "12.0") << "before control threads have fetched it";
+
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(param.getValue(0, 0), slot.storage.get(0, 0));
+    EXPECT_NEAR(gain.getNormalized(), 0.75, 1e-12);
+    EXPECT_EQ(host_.take(), Calls{}) << "the host's own values do not come back";
+}
+
+TEST_F(ExtParamTest, KeepsANewerPostedValueWhenAnOlderOneComesBackFromTheAudioSide)
+{
+    declare("p.a", "real", "0", "10", "5");
+    CAudioExtParam& ext = add("A", "p.a");
+    ext.postNormalized(0.3);
+    list_->applyPosted(0.0);
+    ext.postNormalized(0.6);
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(ext.getNormalized(), 0.6);
+    list_->applyPosted(0.0);
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(ext.getNormalized(), 0.6);
+    EXPECT_EQ(ext.getParam().getValue(0, 0), 6.0);
+    EXPECT_EQ(host_.take(), Calls{});
+
+    // The user's hand comes after the host's value and wins.
+    ext.postNormalized(0.1);
+    list_->applyPosted(0.0);
+    ext.getParam().setValue(0, 0, 0, 9.0, context_);
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(ext.getNormalized(), 0.9);
+    EXPECT_EQ(ext.getDisplay(), "9.00");
+    EXPECT_EQ(host_.take(), (Calls{{0, 0.9}}));
+}
+
+TEST_F(ExtParamTest, LosesNoPostedValueWhenAllEventsAreUnderWay)
+{
+    declare("p.a", "real", "0", "10", "5");
+    CAudioExtParam& ext = add("A", "p.a");
+    for (int i = 0; i <= 40; ++i) {
+        ext.postNormalized(i / 40.0);
+        list_->applyPosted(0.0);
+    }
+    callAudio();
+    callAudio();
+    list_->applyPosted(0.0);
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(ext.getParam().getValue(0, 0), 10.0);
+    // Without any processing call a control thread takes it.
+    ext.postNormalized(0.5);
+    list_->takePosted();
+    EXPECT_EQ(ext.getParam().getValue(0, 0), 5.0);
+}
+
+// Host automation from two threads, the user's hand and a running audio thread: whoever was last, parameter
+// and number agree in the end, and so does what the host was told last if it was told.
+TEST_F(ExtParamTest, AgreesWithItsParameterAfterWritesFromManyThreads)
+{
+    CAudioParam& param = declare("p.a", "real", "0", "1", "0.5");
+    CAudioExtParam& ext = add("A", "p.a");
+    test::Slot slot(param);
+    std::atomic<int> running{3};
+    const auto write = [&](auto&& set) {
+        return std::thread([&running, set] {
+            for (int i = 0; i < 3000; ++i) {
+                set(i / 3000.0);
+            }
+            --running;
+        });
+    };
+    std::thread writers[] = {
+        write([&](double norm) { ext.setNormalized(norm); }),
+        write([&](double norm) { ext.postNormalized(1.0 - norm); }),
+        write([&](double value) {
+            CAudioParamContext context;
+            param.setValue(0, 0, 0, value, context);
+        }),
+    };
+    std::thread audio([&] {
+        while (running > 0) {
+            env_->setInProcess(true);
+            collector_->applyPending(env_->getPositionSec());
+            list_->applyPosted(env_->getPositionSec());
+            slot.drain();
+            env_->setInProcess(false);
+        }
+    });
+    while (running > 0) {
+        collector_->takeChangesFromAudio();
+        const double norm = ext.getNormalized();
+        ASSERT_TRUE(norm >= 0.0 && norm <= 1.0);
+        (void)ext.getDisplay();
+    }
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    audio.join();
+    list_->takePosted();
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(ext.getNormalized(), param.getValue(0, 0));
+}
+
+std::vector<std::uint8_t> ccTable(const std::vector<std::pair<std::uint8_t, std::string>>& entries)
+{
+    std::vector<std::uint8_t> bytes{static_cast<std::uint8_t>(entries.size()), 0, 0, 0};
+    for (const auto& [controller, path] : entries) {
+        bytes.insert(bytes.end(), {controller, 0, 0, 0});
+        bytes.insert(bytes.end(), {static_cast<std::uint8_t>(path.size()), 0, 0, 0});
+        bytes.insert(bytes.end(), path.begin(), path.end());
+    }
+    return bytes;
+}
+
+TEST_F(ExtParamTest, IsFoundByTheControllersOfAStoredTable)
+{
+    CAudioExtParam& a = add("A", "p.a");
+    CAudioCCTable* table = nullptr;
+    ASSERT_OK(root_->createChild(table, "audio:cctable", "cctable"));
+    const auto bytes = ccTable(
+        {{7, "^ext-param-list.A"}, {127, "ext-param-list.A"}, {9, "nowhere"}, {200, "^ext-param-list.A"}});
+    ASSERT_OK(table->load(bytes));
+    EXPECT_EQ(table->get(7), &a);
+    EXPECT_EQ(table->get(127), &a);
+    for (const int controller : {-1, 0, 9, 128, 200}) {
+        EXPECT_EQ(table->get(controller), nullptr) << controller;
+    }
+    for (std::size_t size = 1; size < bytes.size(); ++size) {
+        CError error = table->load(std::span(bytes).first(size));
+        EXPECT_TRUE(error) << size;
+        EXPECT_EQ(table->get(7), nullptr) << size;
+    }
+    ASSERT_OK(table->load(bytes));
+    ASSERT_OK(table->load({}));
+    EXPECT_EQ(table->get(7), nullptr) << "an empty store clears the table";
+}
+
+} // namespace
+} // namespace qel

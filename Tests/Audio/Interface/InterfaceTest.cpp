@@ -1,0 +1,217 @@
+// The two ends of the audio/UI interface, joined.
+#include "../Viz/VizRig.h"
+#include "CAudioExtParamHostBridge.h"
+#include "CAudioInterfaceBase.h"
+#include "CAudioInterfaceClient.h"
+#include "CAudioParamRegistry.h"
+#include "CNotifyServer.h"
+
+#include <thread>
+
+namespace qel {
+namespace {
+
+using test::creatorRow;
+
+// Writes down what reaches the user interface.
+class Screen : public CAudioInterfaceParamListener, public CAudioInterfaceVizProcessor
+{
+public:
+    void onParamUpdate(const CString& param) override { updates.push_back(param); }
+    void onVizSource(const CString&, std::int32_t sourceId) override { id = sourceId; }
+    void onVizData(const CAudioVizData& data) override { times.push_back(data.timeSec); }
+
+    std::vector<CString> updates;
+    std::vector<double> times;
+    std::int32_t id = -2;
+};
+
+class InterfaceTest : public test::VizInstanceTest
+{
+protected:
+    InterfaceTest()
+    {
+        const CCreatorRow rows[] = {
+            creatorRow<CAudioInterfaceBaseConnectorVST>("audio:interface-base-connector-vst"),
+            creatorRow<CAudioInterfaceBase>("audio:interface-base"),
+            creatorRow<CAudioInterfaceClientConnectorVST>("audio:interface-client-connector-vst"),
+            creatorRow<CAudioInterfaceClient>("audio:interface-client"),
+            creatorRow<CAudioParamRegistry>("audio:param-registry"),
+            {},
+        };
+        EXPECT_OK(registerCreators(rows));
+        EXPECT_OK(root_->createChild(wire_, "audio:interface-base-connector-vst", "wire"));
+        const CAttrMap attributes{{"base-connector", CAttrValue("wire")},
+                                  {"param-collector", CAttrValue("param-collector")},
+                                  {"viz-collector", CAttrValue("viz-collector")}};
+        EXPECT_OK(root_->createChild(base_, "audio:interface-base", "base", false, nullptr, &attributes));
+
+        CAudioParamInfo info;
+        info.valid = info.isGlobal = info.isStorable = true;
+        info.name = "gain";
+        info.converterNames = {"gain"};
+        EXPECT_OK(info.parseConverterNames());
+        EXPECT_OK(info.convertMinMaxValues("-24", "24"));
+        EXPECT_OK(info.parseDefValues("0"));
+        gain_ = &addParam("p.gain", info);
+        openWindow();
+    }
+    ~InterfaceTest() override { closeWindow(); }
+
+    void openWindow()
+    {
+        server_ = std::make_unique<CNotifyServer>();
+        ui_ = new CObject;
+        ui_->setNotifyServer(server_.get());
+        EXPECT_OK(ui_->setAttribute("PluginRootPtrVar", CAudioInterfaceClientConnectorVST::rootVarOf(*root_),
+                                    true));
+        CAttrMap attributes{{"base-connector", CAttrValue("wire")}};
+        EXPECT_OK(ui_->createChild(clientWire_, "audio:interface-client-connector-vst", "wire", false,
+                                   nullptr, &attributes));
+        attributes = {{"client-connector", CAttrValue("wire")}};
+        EXPECT_OK(ui_->createChild(client_, "audio:interface-client", "client", false, nullptr, &attributes));
+    }
+    void closeWindow()
+    {
+        CObject::releaseObject(ui_);
+        ui_ = nullptr;
+        server_.reset();
+    }
+    void change(double value, const char* step)
+    {
+        EXPECT_OK(
+            client_->send(record::CChangeParams{step, 1, true, {{"p.gain", 0, 0, false, {value}, {}}}}));
+    }
+
+    CAudioParam* gain_ = nullptr;
+    CAudioInterfaceBaseConnectorVST* wire_ = nullptr;
+    CAudioInterfaceBase* base_ = nullptr;
+    std::unique_ptr<CNotifyServer> server_;
+    CObject* ui_ = nullptr;
+    CAudioInterfaceClientConnectorVST* clientWire_ = nullptr;
+    CAudioInterfaceClient* client_ = nullptr;
+    Screen screen_;
+};
+
+TEST_F(InterfaceTest, MirrorsParametersAndTheirDeclarations)
+{
+    client_->addParamListener("p.gain", screen_);
+    const CAudioInterfaceParam* gain = client_->findParam("p.gain");
+    ASSERT_TRUE(gain && gain->info.valid);
+    EXPECT_EQ(gain->info.maxValues, gain_->getInfo().maxValues);
+    EXPECT_EQ(gain->values.get(0, 0), 1.0);
+
+    gain_->setValue(0, 0, 0, 2.0, context_);
+    EXPECT_EQ(gain->values.get(0, 0), 2.0);
+    change(1e9, "");
+    EXPECT_EQ(gain->values.get(0, 0), gain_->getInfo().maxValues[0]) << "what comes back is what is true";
+    EXPECT_EQ(gain->values.get(5, 0), 1.0) << "a group never written shows the default";
+    EXPECT_EQ(screen_.updates.size(), 3U);
+
+    EXPECT_OK(client_->send(record::CResetParams{"", {"p.gain"}, -1, -1, false}));
+    EXPECT_EQ(gain->values.get(0, 0), 1.0);
+    // One that is declared later.
+    EXPECT_FALSE(client_->watchParam("p.late").info.valid);
+    addParam("p.late", test::floatInfo("late", {4.0}));
+    client_->removeParamListener(screen_);
+}
+
+TEST_F(InterfaceTest, KeepsAHistoryThatClientsWalk)
+{
+    EXPECT_EQ(client_->getHistory().steps, std::vector<CString>{"Undo history start"});
+    change(2.0, "Gain change");
+    change(3.0, "Gain change");
+    ASSERT_EQ(client_->getHistory().steps.size(), 2U) << "a drag is one step";
+    EXPECT_EQ(client_->getHistory().position, 1);
+    EXPECT_OK(client_->send(record::CMoveHistory{0}));
+    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
+    EXPECT_EQ(client_->getHistory().position, 0);
+    EXPECT_OK(client_->send(record::CMoveHistory{1}));
+    EXPECT_EQ(gain_->getValue(0, 0), 3.0);
+}
+
+TEST_F(InterfaceTest, AnswersOnlyTheClientThatAsksAndForgetsOneThatLeaves)
+{
+    const std::int32_t id = viz_->registerSource("meter");
+    client_->setVizProcessor(&screen_);
+    EXPECT_OK(client_->send(record::CListenViz{"meter", true}));
+    EXPECT_EQ(screen_.id, id);
+    CAudioParam& enable = collector_->getParam("meter-enable");
+    EXPECT_EQ(enable.getValue(0, 0), 1.0);
+    viz_->push(meterData(1.5));
+    viz_->push(meterData(2.5));
+    viz_->beginBlock();
+    EXPECT_OK(client_->send(record::CGetViz{}));
+    EXPECT_EQ(screen_.times, (std::vector<double>{1.5, 2.5}));
+
+    closeWindow();
+    EXPECT_EQ(enable.getValue(0, 0), 0.0) << "nobody looks any more";
+    EXPECT_FALSE(wire_->hasClients());
+    gain_->setValue(0, 0, 0, 2.0, context_);
+    openWindow();
+    EXPECT_EQ(client_->watchParam("p.gain").values.get(0, 0), 2.0) << "a new window asks afresh";
+}
+
+TEST_F(InterfaceTest, RefusesWhatItDoesNotUnderstandAndChangesNothing)
+{
+    const std::uint8_t unknown[] = {210, 4, 0, 0};
+    EXPECT_FAILS(clientWire_->sendToBase(CByteBuffer(unknown)), "Invalid data type 1234.");
+    EXPECT_FAILS(client_->send(record::CGetRegistry{"nothing"}), "No param registry object 'nothing' found.");
+    const CByteBuffer whole =
+        encodeRecord(record::CChangeParams{"step", 1, false, {{"p.gain", 0, 0, false, {3.0}, {}}}});
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        CError error = clientWire_->sendToBase(CByteBuffer(whole.bytes().first(size)));
+        EXPECT_TRUE(error) << size;
+    }
+    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
+    EXPECT_EQ(client_->getHistory().steps.size(), 1U);
+    wire_->setBase(nullptr);
+    EXPECT_FAILS(client_->send(record::CGetState{}), "No base object defined.");
+    clientWire_->setClient(nullptr);
+    EXPECT_FAILS(clientWire_->onProcessBaseData({}), "No client object defined.");
+    wire_->setBase(base_);
+}
+
+TEST_F(InterfaceTest, KeepsTheOrderOfEachSenderAndDropsWhatIsQueuedWhenTheWindowCloses)
+{
+    // Without a server nothing is acted on until asked for, as while a UI thread is busy.
+    ui_->setNotifyServer(nullptr);
+    client_->addParamListener("p.gain", screen_);
+    std::thread other([&] {
+        CAudioParamContext context;
+        for (int i = 1; i <= 200; ++i) {
+            gain_->setValue(0, 0, 0, 1.0 + i / 200.0, context);
+        }
+    });
+    for (int i = 0; i < 200; ++i) {
+        base_->setEnvironment({.sampleRateHz = 44100.0 + i});
+    }
+    other.join();
+    EXPECT_OK(clientWire_->onProcessBaseData({}));
+    EXPECT_EQ(client_->getEnvironment().sampleRateHz, 44299.0);
+    EXPECT_EQ(client_->findParam("p.gain")->values.get(0, 0), 2.0);
+    base_->clearClients();
+}
+
+TEST_F(InterfaceTest, TellsWhatIsMissingWhenItCannotStart)
+{
+    CAudioInterfaceClientConnectorVST* wire = nullptr;
+    CObject* lonely = new CObject;
+    EXPECT_FAILS(lonely->createChild(wire, "audio:interface-client-connector-vst", "x"),
+                 "'PluginRootPtrVar' variable not defined!");
+    CObject::releaseObject(lonely);
+    CAttrMap attributes{{"base-connector", CAttrValue("nothing")},
+                        {"client-connector", CAttrValue("nothing")}};
+    EXPECT_FAILS(
+        ui_->createChild(wire, "audio:interface-client-connector-vst", "x", false, nullptr, &attributes),
+        "Invalid base connector 'nothing' specified.");
+    CAudioInterfaceClient* client = nullptr;
+    EXPECT_FAILS(ui_->createChild(client, "audio:interface-client", "x", false, nullptr, &attributes),
+                 "No client connector 'nothing' found.");
+    CAudioInterfaceBase* base = nullptr;
+    EXPECT_FAILS(root_->createChild(base, "audio:interface-base", "x", false, nullptr, &attributes),
+                 "No base connector 'nothing' found.");
+}
+
+} // namespace
+} // namespace qel

@@ -1,0 +1,214 @@
+// What a registry begins with: the factory bank, the user's default preset, stored lists.
+#include "CApplication.h"
+#include "CFileSystem.h"
+#include "PresetInstance.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+namespace qel::test {
+namespace {
+
+constexpr CCreatorRow kClasses[] = {
+    {"audio:audio-env", newObject<CAudioEnv>, CAudioEnv::buildClassInfo},
+    {"audio:param-collector", newObject<CAudioParamCollector>, CAudioParamCollector::buildClassInfo},
+    {"audio:param-registry", newObject<CAudioParamRegistry>, CAudioParamRegistry::buildClassInfo},
+    {nullptr, nullptr, nullptr}};
+
+using Attributes = std::vector<std::pair<const char*, const char*>>;
+
+// An application with a user's data folder of its own, and one instance in it.
+class RegistryStart : public ::testing::Test
+{
+protected:
+    RegistryStart()
+    {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        folder_ = std::filesystem::temp_directory_path() / (std::string("drumfell-start-") + test->name() +
+                                                            "-" + std::to_string(platform::processId()));
+        std::filesystem::remove_all(folder_);
+        setenv("XDG_DATA_HOME", folder_.c_str(), 1);
+        CApplicationParts parts;
+        parts.creators = kClasses;
+        parts.sharedFile = {};
+        EXPECT_OK(CApplication::start(parts));
+        EXPECT_OK(CApplication::get()->initRootObject(root_));
+        make<CAudioEnv>("audio:audio-env", "audio-env", {});
+        collector_ =
+            make<CAudioParamCollector>("audio:param-collector", "param-collector", {{"env", "^audio-env"}});
+        gain_ = &collector_->getParam("plugin.modMain.gain");
+        gain_->setInfo(floatInfo("gain", {1.0}), "audio.gain");
+    }
+    ~RegistryStart() override
+    {
+        CApplication::get()->releaseRootObject(root_);
+        CApplication::finish();
+        setenv("XDG_DATA_HOME", homeBefore_.c_str(), 1); // empty counts as unset
+        std::filesystem::remove_all(folder_);
+    }
+
+    template <class T>
+    T* make(const char* tag, const char* name, const Attributes& attributes)
+    {
+        CAttrMap map;
+        for (const auto& [key, value] : attributes) {
+            map[key] = CAttrValue(value);
+        }
+        T* object = nullptr;
+        EXPECT_OK(root_->createChild(object, tag, name, false, nullptr, &map));
+        return object;
+    }
+    CAudioParamRegistry* makeMaster(const char* file = "")
+    {
+        auto* master = make<CAudioParamRegistry>("audio:param-registry", "param-registry",
+                                                 {{"hierarchy", "plugin.modMain"},
+                                                  {"is-master", "true"},
+                                                  {"id", "7qtz"},
+                                                  {"param-collector", "^param-collector"},
+                                                  {"file", file}});
+        collector_->finalize();
+        return master;
+    }
+    static void storeDefault(const Bytes& body)
+    {
+        EXPECT_OK(CApplication::get()->getLocalData().saveAppData("default-preset", CByteBuffer(body),
+                                                                  nullptr, CAudioPreset::kChunkId));
+    }
+
+    static std::string dataHome()
+    {
+        const char* home = std::getenv("XDG_DATA_HOME");
+        return home ? home : "";
+    }
+
+    const std::string homeBefore_ = dataHome();
+    std::filesystem::path folder_;
+    CObject* root_ = nullptr;
+    CAudioParamCollector* collector_ = nullptr;
+    CAudioParam* gain_ = nullptr;
+    CAudioParamContext context_;
+};
+
+TEST_F(RegistryStart, NeedsACollector)
+{
+    CAttrMap attributes;
+    attributes["param-collector"] = CAttrValue("^nowhere");
+    CAudioParamRegistry* registry = nullptr;
+    EXPECT_FAILS(
+        root_->createChild(registry, "audio:param-registry", "registry", false, nullptr, &attributes),
+        "No parameter collector with the name '^nowhere' defined.");
+    EXPECT_EQ(registry, nullptr);
+}
+
+TEST_F(RegistryStart, TheProgramsBeginAsTheFactoryBank)
+{
+    CAudioPresetBank factory;
+    factory.setName("any");
+    factory.add(presetOf("7qtz:Default", {}));
+    factory.add(presetOf("7qtz:Punch", {{"gain", 4.0}}));
+    CMemoryWriteBuffer chunk;
+    const Bytes body = bodyOf(factory);
+    ASSERT_OK(chunk.writeCompressedData(CByteBuffer(body), CAudioPresetBank::kChunkId));
+    CByteBuffer file;
+    chunk.copyTo(file);
+    registerResource("TestROM.cbf", file.bytes());
+    CAudioParamRegistry* master = makeMaster("TestROM.cbf");
+    registerResource("TestROM.cbf", {});
+
+    EXPECT_EQ(master->listPresets(true), (std::vector<CString>{"Default", "Punch"}));
+    EXPECT_EQ(master->listPresets(false), (std::vector<CString>{"Default", "Punch"}));
+    const Bytes rom =
+        bytesOf([&](COutputStream& stream) { return master->acquireBank(true, stream, false); });
+    factory.setName("Factory ROM");
+    EXPECT_EQ(rom, bodyOf(factory));
+
+    ASSERT_OK(master->activateROMPreset(1));
+    EXPECT_EQ(gain_->getValue(0, 0), 4.0);
+    EXPECT_EQ(master->getCurrentProgramName(), "Punch");
+    EXPECT_EQ(master->getProgram(), 0);
+    EXPECT_EQ(rom, bytesOf([&](COutputStream& stream) { return master->acquireBank(true, stream, false); }));
+    EXPECT_EQ(
+        bytesOf([&](COutputStream& stream) { return master->acquirePreset(true, 1, -1, stream, false); }),
+        bodyOf(factory.get(1)));
+}
+
+TEST_F(RegistryStart, WithoutAFactoryBankThereIsOneProgram)
+{
+    CAudioParamRegistry* master = makeMaster("no/such/file.cbf");
+    EXPECT_TRUE(master->listPresets(true).empty());
+    EXPECT_EQ(master->listPresets(false), std::vector<CString>{"Default"});
+}
+
+TEST_F(RegistryStart, TheUsersDefaultIsTheFirstProgramAndWhatResetReturnsTo)
+{
+    storeDefault(bodyOf(presetOf("7qtz:Mine", {{"gain", 6.0}})));
+    CAudioParamRegistry* master = makeMaster();
+    EXPECT_EQ(master->getCurrentProgramName(), "Mine");
+    ASSERT_OK(master->startProgram());
+    EXPECT_EQ(gain_->getValue(0, 0), 6.0);
+    gain_->setValue(0, 0, 0, 9.0, context_);
+    master->masterReset();
+    EXPECT_EQ(gain_->getValue(0, 0), 6.0);
+    // One that was stored meanwhile counts at once.
+    storeDefault(bodyOf(presetOf("7qtz:Newer", {{"gain", 7.0}})));
+    master->masterReset();
+    EXPECT_EQ(gain_->getValue(0, 0), 7.0);
+}
+
+TEST_F(RegistryStart, AForeignOrDamagedDefaultIsNone)
+{
+    const Bytes whole = bodyOf(presetOf("7qtz:Mine", {{"gain", 6.0}}));
+    for (const Bytes& body :
+         {Bytes(whole.begin(), whole.end() - 1), bodyOf(presetOf("QLIO:Mine", {{"gain", 6.0}}))}) {
+        storeDefault(body);
+        CAudioParamRegistry* master = makeMaster();
+        EXPECT_EQ(master->getCurrentProgramName(), "Default");
+        master->masterReset();
+        EXPECT_EQ(gain_->getValue(0, 0), 1.0);
+        CObject::releaseObject(master);
+    }
+}
+
+TEST_F(RegistryStart, AParameterSelectsFromAStoredList)
+{
+    CAudioPresetBank list;
+    list.add(presetOf("X:Low", {{"gain", 2.0}}));
+    list.add(presetOf("X:High", {{"gain", 8.0}}));
+    const Bytes body = bytesOf([&](COutputStream& stream) { return list.saveList(stream); });
+    for (const bool isGlobal : {false, true}) {
+        CApplication& app = *CApplication::get();
+        CApplicationData& store = isGlobal ? static_cast<CApplicationData&>(app.getGlobalData())
+                                           : static_cast<CApplicationData&>(app.getLocalData());
+        ASSERT_OK(
+            store.saveAppData("my-presets", CByteBuffer(body), nullptr, CAudioPresetBank::kListChunkId));
+        auto* registry = make<CAudioParamRegistry>("audio:param-registry", "list-registry",
+                                                   {{"hierarchy", "plugin.modMain"},
+                                                    {"is-enumerated", "1"},
+                                                    {"id", "X"},
+                                                    {"param-collector", "^param-collector"},
+                                                    {"store-name", isGlobal ? "/my-presets" : "my-presets"}});
+        collector_->finalize();
+        EXPECT_EQ(registry->listPresets(false), (std::vector<CString>{"Low", "High"}));
+        CAudioParam& selector = collector_->getParam(isGlobal ? "selector1" : "selector0");
+        CAudioParamInfo info = floatInfo("selector", {0.0});
+        info.paramRegistry = "list-registry";
+        selector.setInfo(info, {});
+        for (const auto& [value, expected] : {std::pair{0.6, 8.0}, {0.4, 2.0}, {1.4, 8.0}, {1.5, 8.0}}) {
+            selector.setValue(0, 0, 0, value, context_);
+            EXPECT_EQ(gain_->getValue(0, 0), expected) << value;
+        }
+        CObject::releaseObject(registry);
+    }
+}
+
+TEST_F(RegistryStart, ARegistryThatGoesHearsAndTellsNothingMore)
+{
+    CAudioParamRegistry* master = makeMaster();
+    BridgeCounter listener(*master);
+    CObject::releaseObject(master);
+    gain_->setValue(0, 0, 0, 9.0, context_); // nobody is told
+    EXPECT_EQ(listener.count, 0);
+}
+
+} // namespace
+} // namespace qel::test

@@ -1,0 +1,175 @@
+// Visual data on their way from the audio thread, and who switches them on.
+#include "AllocationGuard.h"
+#include "Streams/CMemoryReader.h"
+#include "Streams/CMemoryWriteBuffer.h"
+#include "VizRig.h"
+
+#include <atomic>
+#include <thread>
+
+namespace qel {
+namespace {
+
+class VizCollectorTest : public test::VizInstanceTest
+{};
+
+TEST_F(VizCollectorTest, EnablesASourceWhileSomebodyListens)
+{
+    const std::int32_t out = viz_->registerSource("plugin.modMain.modMeterOut");
+    const std::int32_t diff = viz_->registerSource("plugin.modMain.modMeterIODiff");
+    EXPECT_NE(out, diff);
+    EXPECT_EQ(viz_->registerSource("plugin.modMain.modMeterOut"), out);
+    EXPECT_EQ(viz_->findSource("plugin.modMain.modMeterIODiff"), diff);
+    EXPECT_EQ(viz_->findSource("plugin.modMain.other"), -1);
+
+    CAudioParam& enable = collector_->getParam("plugin.modMain.modMeterOut-enable");
+    test::Slot slot(enable);
+    const auto valueBehind = [&](auto&& change) {
+        change();
+        callAudio();
+        slot.drain();
+        return slot.storage.get(0, 0);
+    };
+    EXPECT_EQ(valueBehind([] {}), 0.0);
+    EXPECT_EQ(valueBehind([&] { viz_->addListener(out); }), 1.0);
+    EXPECT_EQ(valueBehind([&] { viz_->addListener(out); }), 1.0);
+    EXPECT_EQ(valueBehind([&] { viz_->removeListener(out); }), 1.0);
+    EXPECT_EQ(valueBehind([&] { viz_->removeListener(out); }), 0.0);
+    EXPECT_EQ(valueBehind([&] { viz_->removeListener(out); }), 0.0);
+    EXPECT_EQ(valueBehind([&] { viz_->addListener(out); }), 1.0) << "one too few is not remembered";
+    viz_->addListener(99);
+    viz_->removeListener(-1);
+    EXPECT_EQ(collector_->getParam("plugin.modMain.modMeterIODiff-enable").getValue(0, 0), 0.0);
+}
+
+TEST_F(VizCollectorTest, HandsFindingsOverInOrderAndLosesTheOldestWhenNobodyReads)
+{
+    std::vector<CAudioVizDataMeter> got;
+    viz_->push(meterData(1.0));
+    viz_->take(got);
+    EXPECT_TRUE(got.empty()) << "before the block is over";
+    viz_->beginBlock();
+    viz_->push(meterData(2.0));
+    viz_->take(got);
+    viz_->beginBlock();
+    viz_->take(got);
+    ASSERT_EQ(got.size(), 2U);
+    EXPECT_EQ(got[0].timeSec, 1.0);
+    EXPECT_EQ(got[1].timeSec, 2.0);
+    EXPECT_EQ(got[1].element, 2);
+
+    got.clear();
+    test::AllocationGuard guard;
+    const int count = 5 * static_cast<int>(CAudioVizCollector::kBufferSize) + 7;
+    for (int i = 0; i < count; ++i) {
+        viz_->beginBlock();
+        viz_->push(meterData(i));
+    }
+    viz_->beginBlock();
+    EXPECT_EQ(guard.stop().total(), 0U);
+    viz_->take(got);
+    viz_->beginBlock();
+    viz_->take(got);
+    ASSERT_GE(got.size(), CAudioVizCollector::kBufferSize) << "at least one buffer's worth is kept";
+    for (std::size_t i = 0; i < got.size(); ++i) {
+        ASSERT_EQ(got[i].timeSec, static_cast<double>(count) - static_cast<double>(got.size() - i));
+    }
+    viz_->push(meterData(0.0));
+    viz_->reset();
+    viz_->beginBlock();
+    got.clear();
+    viz_->take(got);
+    EXPECT_TRUE(got.empty());
+}
+
+TEST_F(VizCollectorTest, KeepsOrderBetweenAnAudioThreadAndReaders)
+{
+    std::atomic<bool> isDone{false};
+    constexpr int kCount = 200000;
+    std::thread audio([&] {
+        for (int i = 0; i < kCount; ++i) {
+            if (i % 5 == 0) {
+                viz_->beginBlock();
+            }
+            viz_->push(meterData(i));
+        }
+        isDone = true;
+    });
+    double last = -1.0;
+    std::vector<CAudioVizDataMeter> got;
+    while (!isDone) {
+        got.clear();
+        viz_->take(got);
+        for (const CAudioVizDataMeter& data : got) {
+            ASSERT_GT(data.timeSec, last);
+            last = data.timeSec;
+        }
+    }
+    audio.join();
+    viz_->take(got);
+    viz_->beginBlock();
+    viz_->take(got);
+    ASSERT_FALSE(got.empty());
+    EXPECT_EQ(got.back().timeSec, kCount - 1);
+}
+
+TEST_F(VizCollectorTest, RefusesToStandWithoutItsObjects)
+{
+    CAudioVizCollector* collector = nullptr;
+    const auto create = [&](const char* env, const char* params) {
+        const CAttrMap attributes{{"env", CAttrValue(env)}, {"param-collector", CAttrValue(params)}};
+        return root_->createChild(collector, "audio:viz-collector", "x", false, nullptr, &attributes);
+    };
+    EXPECT_FAILS(create("none", "^param-collector"), "No audio environment object 'none' found.");
+    EXPECT_FAILS(create("^audio-env", "none"), "No parameter collector 'none' found.");
+    CObject::releaseObject(shared_->findObject("audio"));
+    EXPECT_FAILS(create("^audio-env", "^param-collector"), "No parameter 'audio.param-enable-viz'");
+}
+
+TEST(VizData, ComesBackFromItsWireFormAndIsRefusedWhenCutShort)
+{
+    CAudioVizDataMeter meter;
+    meter.level = 0.25;
+    meter.peak = 0.5;
+    CAudioVizDataInfo info;
+    info.text = "a text";
+    info.kind = 3;
+    CAudioVizDataSpectrum spectrum;
+    spectrum.bins = {1.0, -2.0, 3.5};
+    spectrum.sampleRateHz = 48000.0;
+    spectrum.windowSize = 1024;
+    for (CAudioVizData* data : std::initializer_list<CAudioVizData*>{&meter, &info, &spectrum}) {
+        data->id = 7;
+        data->group = 1;
+        data->element = 5;
+        data->timeSec = 12.5;
+        CMemoryWriteBuffer buffer;
+        ASSERT_OK(data->save(buffer));
+        CByteBuffer bytes;
+        buffer.copyTo(bytes);
+        CMemoryReader reader(bytes.bytes());
+        std::unique_ptr<CAudioVizData> back;
+        ASSERT_OK(CAudioVizData::load(reader, back));
+        EXPECT_EQ(back->getType(), data->getType());
+        CMemoryWriteBuffer again;
+        ASSERT_OK(back->save(again));
+        CByteBuffer bytesAgain;
+        again.copyTo(bytesAgain);
+        EXPECT_TRUE(bytes == bytesAgain);
+        EXPECT_EQ(back->id, 7);
+        EXPECT_EQ(back->timeSec, 12.5);
+        for (std::size_t size = 0; size < bytes.size(); ++size) {
+            CMemoryReader part(bytes.bytes().first(size));
+            CError error = CAudioVizData::load(part, back);
+            EXPECT_TRUE(error) << size;
+            EXPECT_EQ(back, nullptr);
+        }
+    }
+    const std::uint8_t unknown[32] = {99};
+    CMemoryReader reader{std::span(unknown)};
+    std::unique_ptr<CAudioVizData> back;
+    EXPECT_FAILS(CAudioVizData::load(reader, back), "Invalid visual data type 99.");
+}
+
+} // namespace
+} // namespace qel
