@@ -169,4 +169,17 @@ bool CAudioInputPort::consume(int count)
     return isDry;
 }
 
+void CAudioInputPort::forwardTo(CAudioOutputPort& to)
+{
+    to.setChannels(channels());
+    for (int count = available(); count != 0 && count != kNoStream; count = available()) {
+        forEachChannel(channels(), [&](int channel) {
+            const CAudioStreamFormat* channelFormat = format(channel);
+            to.emit(channel, gather(channel, count, false), count, channelFormat);
+        });
+        consume(count);
+        to.setChannels(channels());
+    }
+}
+
 } // namespace qel

@@ -219,7 +219,7 @@ void CAudioProcess::step(int count)
         }
     }
     for (std::size_t port = 0; port < ownSinks_.size(); ++port) {
-        drainOutput(static_cast<int>(port));
+        ownSinks_[port]->forwardTo(output(static_cast<int>(port)));
     }
 }
 
@@ -234,22 +234,6 @@ void CAudioProcess::idle()
     CAudioProcessBase::idle();
     for (const auto& child : children_) {
         child->process->idle();
-    }
-}
-
-void CAudioProcess::drainOutput(int port)
-{
-    CAudioInputPort& from = *ownSinks_[static_cast<std::size_t>(port)];
-    CAudioOutputPort& to = output(port);
-    to.setChannels(from.channels());
-    for (int count = from.available(); count != 0 && count != CAudioInputPort::kNoStream;
-         count = from.available()) {
-        forEachChannel(from.channels(), [&](int channel) {
-            const CAudioStreamFormat* format = from.format(channel);
-            to.emit(channel, from.gather(channel, count, false), count, format);
-        });
-        from.consume(count);
-        to.setChannels(from.channels());
     }
 }
 

@@ -94,7 +94,6 @@ private:
 
     CAudioOutputPort& ownSource(int port);
     CAudioInputPort& ownSink(int port);
-    void drainOutput(int port);
 
     const CAudioProcessDef& compoundDef_;
     std::vector<std::unique_ptr<Child>> children_; // in definition order

@@ -101,27 +101,13 @@ void CAudioProcessStack::step(int count)
         graph().positionSec = positionSec();
         each.process->process();
     }
-    drain();
+    drainPort_->forwardTo(output(0));
 }
 
 void CAudioProcessStack::beSilent()
 {
     CAudioProcessBase::idle();
     step(0);
-}
-
-void CAudioProcessStack::drain()
-{
-    output(0).setChannels(drainPort_->channels());
-    for (int count = drainPort_->available(); count != 0 && count != CAudioInputPort::kNoStream;
-         count = drainPort_->available()) {
-        forEachChannel(drainPort_->channels(), [&](int channel) {
-            const CAudioStreamFormat* format = drainPort_->format(channel);
-            output(0).emit(channel, drainPort_->gather(channel, count, false), count, format);
-        });
-        drainPort_->consume(count);
-        output(0).setChannels(drainPort_->channels());
-    }
 }
 
 void CAudioProcessStack::disconnectAll()

@@ -48,7 +48,6 @@ private:
 
     CError buildElement(int group);
     Element& element(int group) { return elements_[static_cast<std::size_t>(group)]; }
-    void drain();
 
     const CAudioProcessDef& compoundDef_;
     std::array<Element, kMaxGroups> elements_;

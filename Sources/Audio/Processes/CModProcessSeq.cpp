@@ -138,7 +138,7 @@ void CModProcessSeq::step(int count)
             members_[i].process->idle();
         }
     }
-    drain();
+    drain_->forwardTo(output(0));
 }
 
 void CModProcessSeq::beSilent()
@@ -157,21 +157,6 @@ void CModProcessSeq::feed(int count)
             feeds_[port]->emit(channel, from.gather(channel, count, def().isWeightedInput()), count,
                                channelFormat);
         });
-    }
-}
-
-void CModProcessSeq::drain()
-{
-    CAudioOutputPort& to = output(0);
-    to.setChannels(drain_->channels());
-    for (int count = drain_->available(); count != 0 && count != CAudioInputPort::kNoStream;
-         count = drain_->available()) {
-        forEachChannel(drain_->channels(), [&](int channel) {
-            const CAudioStreamFormat* channelFormat = drain_->format(channel);
-            to.emit(channel, drain_->gather(channel, count, false), count, channelFormat);
-        });
-        drain_->consume(count);
-        to.setChannels(drain_->channels());
     }
 }
 

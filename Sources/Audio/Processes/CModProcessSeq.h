@@ -58,7 +58,6 @@ private:
     void addPort();
     void wire();
     void feed(int count);
-    void drain();
 
     std::vector<std::unique_ptr<CAudioOutputPort>> feeds_; // by port
     std::unique_ptr<CAudioInputPort> drain_;

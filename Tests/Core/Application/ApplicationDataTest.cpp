@@ -232,11 +232,11 @@ public:
 
 TEST_F(ApplicationData, TheOtherListenersOfASettingHearOfASave)
 {
-    CListener a(local_, "shared");
-    CListener b(local_, "../shared|whatever");
+    CListener a(local_, "common");
+    CListener b(local_, "../common|whatever");
     CListener stranger(local_, "other");
-    CListener elsewhere(global_, "shared");
-    EXPECT_OK(local_.saveString("shared", "new", &a.bridge));
+    CListener elsewhere(global_, "common");
+    EXPECT_OK(local_.saveString("common", "new", &a.bridge));
     EXPECT_EQ(a.count, 0);
     EXPECT_EQ(b.count, 1);
     EXPECT_EQ(b.text, "new");
