@@ -125,6 +125,15 @@ void CModFilterModule::closeStage(Stage& stage)
     stage.states.clear();
 }
 
+namespace {
+
+bool isFirstOrder(EFilterFamily kind)
+{
+    return kind >= EFilterFamily::kLowPass1 && kind <= EFilterFamily::kHighPass4;
+}
+
+} // namespace
+
 void CModFilterModule::load(const CFilterSection& section, Stage& stage, const Stage* running)
 {
     const CFilterKernels& family = kernels_.filterKernels(section.kind);
@@ -133,8 +142,12 @@ void CModFilterModule::load(const CFilterSection& section, Stage& stage, const S
         return;
     }
     section.writeCoefficients(kernels_.samples(coefficients));
+    // The update kernel of a first-order chain clears its memory and takes the coefficient from its second
+    // operand, where others have the running state: it would keep the old frequency. Its init kernel does
+    // what is meant.
+    const bool takesState = running && !isFirstOrder(section.kind);
     for (std::size_t channel = 0; channel < stage.states.size(); ++channel) {
-        if (running) {
+        if (takesState) {
             kernels_.submit(family.update, 0, 0.0,
                             {stage.states[channel], running->states[channel], coefficients});
         } else {

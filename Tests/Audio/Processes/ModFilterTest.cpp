@@ -8,6 +8,7 @@
 #include "Kernels/CKernelRecording.h"
 
 #include <algorithm>
+#include <cmath>
 #include <random>
 
 namespace qel {
@@ -379,6 +380,32 @@ TEST(ModFilter, NeedsItsArray)
                       .find("Filter generator array with the name 'audio.fltarray.nowhere' not found."),
                   std::string::npos)
             << error.what();
+    }
+}
+
+TEST(ModFilter, FirstOrderChainsFollowTheirFrequencyThroughAFade)
+{
+    // An "update" of these clears their memory; it must not keep the frequency.
+    Channels input(1, std::vector<double>(24000));
+    for (std::size_t i = 0; i < input[0].size(); ++i) {
+        input[0][i] = std::sin(0.05 * static_cast<double>(i));
+    }
+    for (const char* array : {"lp1", "hp1"}) {
+        for (const char* index : {"1", "2", "3", "4"}) {
+            // Only one graph can stand at a time.
+            const auto lastSample = [&](const char* startHz, double laterHz) {
+                FilterGraph graph(filter(array, index, startHz, kSmooth));
+                return graph
+                    .run(input, {480},
+                         [&](std::size_t position) {
+                             if (position == 4800) {
+                                 graph.set("f.freq", laterHz);
+                             }
+                         })[0]
+                    .back();
+            };
+            EXPECT_NEAR(lastSample("200", 2000.0), lastSample("2000", 2000.0), 1e-9) << array << ' ' << index;
+        }
     }
 }
 
