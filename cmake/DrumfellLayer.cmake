@@ -28,7 +28,8 @@ endif()
 
 add_library(drumfell_warnings INTERFACE)
 target_compile_options(drumfell_warnings INTERFACE
-    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Werror>)
+    $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor>
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Werror>)
 
 # drumfell_layer(NAME [LINKS layer...]): a static library of all sources below Sources/NAME. Its include root is that
 # folder, so a layer sees its own headers and those of the layers it links, and nothing else.

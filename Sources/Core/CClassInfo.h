@@ -6,7 +6,6 @@
 #include "CInlineArray.h"
 
 #include <functional>
-#include <source_location>
 
 namespace qel {
 
@@ -16,6 +15,18 @@ class CObject;
 using CAttrHandler = std::function<CError(CObject&)>;
 // Runs when an event arrives that the object listens to.
 using CEventHandler = std::function<CError(CObject&, const CAttrMap& parameters)>;
+
+// Where in the sources something was declared. As std::source_location, which not every compiler we use has.
+struct CSourcePlace
+{
+    const char* file;
+    int line;
+
+    static constexpr CSourcePlace current(const char* file = __builtin_FILE(), int line = __builtin_LINE())
+    {
+        return {file, line};
+    }
+};
 
 // One per registered tag, built once when the application starts and never changed afterwards, so any thread
 // may read it. A class's static buildClassInfo() calls that of its base first, so indices of the base come
@@ -34,14 +45,14 @@ public:
 
     // Declares an attribute whose handler is the method CError Class::Method().
     template <auto Method>
-    void handle(const char* name, std::source_location where = std::source_location::current());
+    void handle(const char* name, CSourcePlace where = CSourcePlace::current());
 
     // Declares an attribute that is read into a bool, std::int32_t, double or CString member, `fallback` if
     // it is missing or does not convert; then runs the method, if one is given.
     template <auto Member, class Value>
     void bind(const char* name, Value fallback);
     template <auto Member, auto Method, class Value>
-    void bind(const char* name, Value fallback, std::source_location where = std::source_location::current());
+    void bind(const char* name, Value fallback, CSourcePlace where = CSourcePlace::current());
 
     // Declares the handler CError Class::Method(const CAttrMap&) of an event name.
     template <auto Method>
@@ -91,10 +102,10 @@ auto& ownerOf(CObject& object)
 }
 
 template <auto Method>
-CError callMethod(CObject& object, const std::source_location& where)
+CError callMethod(CObject& object, const CSourcePlace& where)
 {
     if (CError error = (ownerOf<Method>(object).*Method)()) {
-        return reportError(std::move(error), where.file_name(), static_cast<int>(where.line()));
+        return reportError(std::move(error), where.file, where.line);
     }
     return {};
 }
@@ -107,7 +118,7 @@ void readAttr(const CObject& object, const CString& name, CString& member, const
 } // namespace detail
 
 template <auto Method>
-void CClassInfo::handle(const char* name, std::source_location where)
+void CClassInfo::handle(const char* name, CSourcePlace where)
 {
     declareAttr(name, [where](CObject& object) { return detail::callMethod<Method>(object, where); });
 }
@@ -122,7 +133,7 @@ void CClassInfo::bind(const char* name, Value fallback)
 }
 
 template <auto Member, auto Method, class Value>
-void CClassInfo::bind(const char* name, Value fallback, std::source_location where)
+void CClassInfo::bind(const char* name, Value fallback, CSourcePlace where)
 {
     declareAttr(name, [key = CString(name), fallback, where](CObject& object) {
         detail::readAttr(object, key, detail::ownerOf<Member>(object).*Member, fallback);
