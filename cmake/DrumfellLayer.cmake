@@ -17,7 +17,9 @@ endif()
 
 # The order of floating-point operations is part of the product: no contraction, no reassociation.
 # Source paths in error lines are relative to the repository.
-add_compile_options(-ffp-contract=off -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
+# (ccache with a base_dir, which shares results between checkouts, names sources relative to the build folder.)
+file(RELATIVE_PATH source_from_build ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+add_compile_options(-ffp-contract=off -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${source_from_build}=)
 if(DRUMFELL_SANITIZE)
     add_compile_options(-fsanitize=${DRUMFELL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     add_link_options(-fsanitize=${DRUMFELL_SANITIZE})
@@ -31,11 +33,18 @@ target_compile_options(drumfell_warnings INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor>
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Werror>)
 
-# drumfell_layer(NAME [LINKS layer...]): a static library of all sources below Sources/NAME. Its include root is that
+# drumfell_layer(NAME [FOLDER folder] [WITHOUT folder] [LINKS layer...]): a static library of all sources below
+# Sources/FOLDER (NAME, where none is given) but for those of the layer in the folder WITHOUT. Its include root is that
 # folder, so a layer sees its own headers and those of the layers it links, and nothing else.
 function(drumfell_layer name)
-    cmake_parse_arguments(arg "" "" "LINKS" ${ARGN})
-    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp)
+    cmake_parse_arguments(arg "" "FOLDER;WITHOUT" "LINKS" ${ARGN})
+    if(NOT arg_FOLDER)
+        set(arg_FOLDER ${name})
+    endif()
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER}/*.cpp)
+    if(arg_WITHOUT)
+        list(FILTER sources EXCLUDE REGEX "/${arg_WITHOUT}/")
+    endif()
     if(WIN32)
         list(FILTER sources EXCLUDE REGEX "/Linux/")
     else()
@@ -43,10 +52,12 @@ function(drumfell_layer name)
     endif()
     if(NOT sources)
         add_library(${name} INTERFACE)
+        target_include_directories(${name} INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER})
+        target_link_libraries(${name} INTERFACE ${arg_LINKS})
         return()
     endif()
     add_library(${name} STATIC ${sources})
-    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/${name})
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER})
     target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions>)
     target_link_libraries(${name} PUBLIC ${arg_LINKS} PRIVATE drumfell_warnings)
 endfunction()
