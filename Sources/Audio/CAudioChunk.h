@@ -25,11 +25,25 @@ struct CAudioChunk
 class CAudioChunkPool
 {
 public:
-    CAudioChunk* take();
-    void giveBack(CAudioChunk* chunk);
+    CAudioChunk* take()
+    {
+        if (!free_) {
+            grow();
+        }
+        CAudioChunk* chunk = free_;
+        free_ = chunk->next;
+        return chunk;
+    }
+    void giveBack(CAudioChunk* chunk)
+    {
+        chunk->next = free_;
+        free_ = chunk;
+    }
 
 private:
     static constexpr std::size_t kRun = 16;
+
+    void grow();
 
     std::vector<std::unique_ptr<std::array<CAudioChunk, kRun>>> runs_;
     CAudioChunk* free_ = nullptr;

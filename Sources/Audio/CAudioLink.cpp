@@ -45,28 +45,6 @@ void CAudioLink::disconnect()
     clear();
 }
 
-void CAudioLink::push(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format)
-{
-    CAudioChunk* chunk = graph_.chunks.take();
-    *chunk = {nullptr, format, buffer, count};
-    Queue& queue = queues_[static_cast<std::size_t>(channel)];
-    (queue.head ? queue.tail->next : queue.head) = chunk;
-    queue.tail = chunk;
-    queued_ |= CChannelMask{1} << channel;
-}
-
-bool CAudioLink::consume(int channel, int count)
-{
-    CAudioChunk* chunk = queues_[static_cast<std::size_t>(channel)].head;
-    if (chunk->count == count) {
-        dropHead(channel);
-        return head(channel) == nullptr;
-    }
-    chunk->buffer = chunk->buffer.advancedBy(count);
-    chunk->count -= count;
-    return false;
-}
-
 void CAudioLink::dropHead(int channel)
 {
     Queue& queue = queues_[static_cast<std::size_t>(channel)];
@@ -77,6 +55,18 @@ void CAudioLink::dropHead(int channel)
     }
     graph_.kernels.release(chunk->buffer);
     graph_.chunks.giveBack(chunk);
+}
+
+bool CAudioLink::consume(int channel, int count)
+{
+    CAudioChunk* chunk = queues_[static_cast<std::size_t>(channel)].head;
+    if (chunk->count == count) {
+        dropHead(channel);
+        return (queued_ >> channel & 1) == 0;
+    }
+    chunk->buffer = chunk->buffer.advancedBy(count);
+    chunk->count -= count;
+    return false;
 }
 
 void CAudioLink::clear()

@@ -5,6 +5,7 @@
 #include "CInlineArray.h"
 
 #include <array>
+#include <bit>
 #include <climits>
 
 namespace qel {
@@ -20,10 +21,8 @@ constexpr int kMaxPorts = 16;
 template <class Function>
 void forEachChannel(CChannelMask mask, Function&& function)
 {
-    for (int channel = 0; mask != 0; ++channel, mask >>= 1) {
-        if (mask & 1) {
-            function(channel);
-        }
+    for (; mask != 0; mask &= mask - 1) {
+        function(std::countr_zero(mask));
     }
 }
 
@@ -74,7 +73,15 @@ public:
     const CAudioChunk* head(int channel) const { return queues_[static_cast<std::size_t>(channel)].head; }
 
     // Takes over one reference on the buffer.
-    void push(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format);
+    void push(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format)
+    {
+        CAudioChunk* chunk = graph_.chunks.take();
+        *chunk = {nullptr, format, buffer, count};
+        Queue& queue = queues_[static_cast<std::size_t>(channel)];
+        (queue.head ? queue.tail->next : queue.head) = chunk;
+        queue.tail = chunk;
+        queued_ |= CChannelMask{1} << channel;
+    }
     // Drops `count` samples, which the head chunk must hold.
     // True if nothing is left.
     bool consume(int channel, int count);

@@ -30,20 +30,20 @@ CError CAudioProcessBase::bindParams()
     return {};
 }
 
-CAudioInputPort& CAudioProcessBase::input(int port)
+CAudioInputPort& CAudioProcessBase::addInput(std::size_t port)
 {
-    while (inputCount() <= port) {
+    while (inputs_.size() <= port) {
         inputs_.push_back(std::make_unique<CAudioInputPort>(*graph_));
     }
-    return *inputs_[static_cast<std::size_t>(port)];
+    return *inputs_[port];
 }
 
-CAudioOutputPort& CAudioProcessBase::output(int port)
+CAudioOutputPort& CAudioProcessBase::addOutput(std::size_t port)
 {
-    while (static_cast<int>(outputs_.size()) <= port) {
+    while (outputs_.size() <= port) {
         outputs_.push_back(std::make_unique<CAudioOutputPort>(*graph_));
     }
-    return *outputs_[static_cast<std::size_t>(port)];
+    return *outputs_[port];
 }
 
 double CAudioProcessBase::positionSec() const

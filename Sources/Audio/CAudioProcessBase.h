@@ -60,8 +60,17 @@ public:
     // Forgets the signal, but neither parameters nor topology; the stream goes on at `positionSec`.
     virtual void reset(double positionSec);
 
-    CAudioInputPort& input(int port);
-    CAudioOutputPort& output(int port);
+    // Ports come into being when they are first named.
+    CAudioInputPort& input(int port)
+    {
+        const auto index = static_cast<std::size_t>(port);
+        return index < inputs_.size() ? *inputs_[index] : addInput(index);
+    }
+    CAudioOutputPort& output(int port)
+    {
+        const auto index = static_cast<std::size_t>(port);
+        return index < outputs_.size() ? *outputs_[index] : addOutput(index);
+    }
     int inputCount() const { return static_cast<int>(inputs_.size()); }
 
     const CAudioProcessDefBase& def() const { return def_; }
@@ -100,6 +109,8 @@ protected:
     const CAudioProcessSlots& slots() const { return slots_; }
 
 private:
+    CAudioInputPort& addInput(std::size_t port);
+    CAudioOutputPort& addOutput(std::size_t port);
     int available() const;
     bool takeUpFormats();
     bool applyDueEvents();

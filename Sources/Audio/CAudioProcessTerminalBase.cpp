@@ -90,8 +90,10 @@ void CAudioProcessTerminalBase::gatherInputs(CAudioModuleStep& step, CAudioOwned
 
 void CAudioProcessTerminalBase::emitOutputs(CAudioModuleStep& step, const CAudioModulePlace& place)
 {
+    CAudioOutputPort& to = output(0);
+    const int count = outputCount(step.count);
     for (std::size_t i = 0; i < place.channels.size(); ++i) {
-        output(0).emit(place.channels[i], step.outputs[i], outputCount(step.count), place.outputFormats[i]);
+        to.emit(place.channels[i], step.outputs[i], count, place.outputFormats[i]);
     }
 }
 

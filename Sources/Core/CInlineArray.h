@@ -47,7 +47,13 @@ public:
         }
         return *this;
     }
-    ~CInlineArray() { releaseMemory(); }
+    ~CInlineArray()
+    {
+        clear();
+        if (!isInline()) {
+            freeHeap();
+        }
+    }
 
     std::size_t size() const { return size_; }
     std::size_t capacity() const { return capacity_; }
@@ -67,7 +73,7 @@ public:
     T& push(T item)
     {
         if (size_ == capacity_) {
-            reserve(2 * capacity_ + 1);
+            regrow(2 * capacity_ + 1);
         }
         T* place = new (data_ + size_) T(std::move(item));
         ++size_;
@@ -106,16 +112,9 @@ public:
     }
     void reserve(std::size_t capacity)
     {
-        if (capacity <= capacity_) {
-            return;
+        if (capacity > capacity_) {
+            regrow(capacity);
         }
-        T* memory = std::allocator<T>().allocate(capacity);
-        std::uninitialized_move(begin(), end(), memory);
-        const std::size_t size = size_;
-        releaseMemory();
-        data_ = memory;
-        size_ = size;
-        capacity_ = capacity;
     }
     void clear()
     {
@@ -126,15 +125,27 @@ public:
 private:
     T* inlineData() { return reinterpret_cast<T*>(inline_); }
     bool isInline() { return data_ == inlineData(); }
+    // Out of line: growing is rare, and the callers stay small enough to be inlined.
+    [[gnu::noinline]] void regrow(std::size_t capacity)
+    {
+        T* memory = std::allocator<T>().allocate(capacity);
+        std::uninitialized_move(begin(), end(), memory);
+        const std::size_t size = size_;
+        releaseMemory();
+        data_ = memory;
+        size_ = size;
+        capacity_ = capacity;
+    }
     void releaseMemory()
     {
         clear();
         if (!isInline()) {
-            std::allocator<T>().deallocate(data_, capacity_);
+            freeHeap();
         }
         data_ = inlineData();
         capacity_ = N;
     }
+    void freeHeap() { std::allocator<T>().deallocate(data_, capacity_); }
     // Takes what `other` holds; this array is empty and inline.
     void take(CInlineArray& other) noexcept
     {

@@ -4,8 +4,10 @@
 #include "Kernels/CBufferRef.h"
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 
 namespace qel {
 
@@ -33,10 +35,34 @@ public:
     CBufferPool& operator=(const CBufferPool&) = delete;
 
     // A buffer of at least `bytes`, with a count of 1.
-    CBufferRef allocate(std::size_t bytes);
-    void addRef(CBufferRef ref);
+    CBufferRef allocate(std::size_t bytes)
+    {
+        const std::size_t sizeClass = classOf(bytes);
+        if (sizeClass >= kClasses || freeByClass_[sizeClass] == kEnd) {
+            return allocateElsewhere(bytes, sizeClass);
+        }
+        return use(pop(freeByClass_[sizeClass]));
+    }
+    void addRef(CBufferRef ref)
+    {
+        if (!isInUse(ref)) {
+            ++refusals_;
+            return;
+        }
+        ++slots_[ref.slot()].refCount;
+    }
     // At a count of 1 the slot becomes free.
-    void release(CBufferRef ref);
+    void release(CBufferRef ref)
+    {
+        if (!isInUse(ref)) {
+            ++refusals_;
+            return;
+        }
+        if (--slots_[ref.slot()].refCount == 0) {
+            --slotsInUse_;
+            putFree(static_cast<std::int16_t>(ref.slot()));
+        }
+    }
 
     // Where the reference points, offset included; null for none. Valid until the slot is allocated anew.
     std::byte* address(CBufferRef ref) const
@@ -65,9 +91,30 @@ private:
         std::int16_t nextFree = kEnd;
     };
 
+    static std::size_t classOf(std::size_t bytes)
+    {
+        return static_cast<std::size_t>(std::bit_width((bytes - (bytes != 0)) / kAlignment));
+    }
     bool isInUse(CBufferRef ref) const { return ref.slot() < kSlots && slots_[ref.slot()].refCount > 0; }
-    std::int16_t takeFree(std::size_t sizeClass);
-    void putFree(std::int16_t index);
+    std::int16_t pop(std::int16_t& head)
+    {
+        return std::exchange(head, slots_[static_cast<std::size_t>(head)].nextFree);
+    }
+    void putFree(std::int16_t index)
+    {
+        Slot& slot = slots_[static_cast<std::size_t>(index)];
+        std::int16_t& head = slot.capacity == 0 ? freeWithoutMemory_ : freeByClass_[classOf(slot.capacity)];
+        slot.nextFree = std::exchange(head, index);
+    }
+    CBufferRef use(std::int16_t index)
+    {
+        slots_[static_cast<std::size_t>(index)].refCount = 1;
+        ++slotsInUse_;
+        return {static_cast<std::uint32_t>(index)};
+    }
+    // A slot without memory or of another capacity, made large enough.
+    CBufferRef allocateElsewhere(std::size_t bytes, std::size_t sizeClass);
+    std::int16_t takeFreeElsewhere(std::size_t sizeClass);
     bool grow(Slot& slot, std::size_t sizeClass);
 
     std::array<Slot, kSlots> slots_;
