@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <mutex>
 #include <utility>
 
 namespace qel {
@@ -374,6 +375,7 @@ void CAudioParam::addFilter(CAudioParamFilter& filter)
     const CLock lock(filterLock_);
     filters_.eraseFirst(&filter);
     filters_.push(&filter);
+    hasFilters_.store(true, std::memory_order_release);
 }
 
 void CAudioParam::removeFilter(CAudioParamFilter& filter)
@@ -501,6 +503,17 @@ void CAudioParam::applyPendingToAudio()
         event->release();
         event = following;
     }
+}
+
+bool CAudioParam::filterFromAudio(double value, double timeSec)
+{
+    if (!hasFilters_.load(std::memory_order_acquire)) {
+        return true;
+    }
+    const std::unique_lock lock(filterLock_, std::try_to_lock);
+    return lock.owns_lock() && std::all_of(filters_.begin(), filters_.end(), [&](CAudioParamFilter* filter) {
+               return filter->onChangeFromAudio(*this, value, timeSec);
+           });
 }
 
 void CAudioParam::publishFromAudio(double value)

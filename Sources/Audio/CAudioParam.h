@@ -114,6 +114,9 @@ public:
     bool receive(CAudioParamEvent& event, std::uint32_t generation);
     // Audio thread: brings `audio` up to date.
     void applyPendingToAudio();
+    // Audio thread: tells the filters of a number that changeFromAudio() is about to set. False if one of them cannot
+    // follow now, or another thread is at the list.
+    bool filterFromAudio(double value, double timeSec);
     // Audio thread: the value that changeFromAudio() has set, for control threads to fetch.
     void publishFromAudio(double value);
     // Takes it over into `current` and tells the listeners.
@@ -148,6 +151,7 @@ private:
     CAudioParamStorage initial_;
     CCriticalSection filterLock_;
     CInlineArray<CAudioParamFilter*, 4> filters_;
+    std::atomic<bool> hasFilters_{false}; // true once there was one
     CInlineArray<CAudioParamRegistryBase*, 2> registries_;
 
     // The audio thread's own.

@@ -267,15 +267,23 @@ bool CAudioParamCollector::changeFromAudio(CAudioParam& param, double value, dou
     if (!param.hasInfo()) {
         return true;
     }
-    CAudioParamEvent* event = pool_.takeAudioEvent();
-    if (!event) {
+    // Those that follow come first: where they find no room, the whole is tried again.
+    if (!param.filterFromAudio(value, timeSec) || !sendFromAudio(param, value, timeSec)) {
         return false;
     }
-    event->set(param, {.count = 1, .time = timeSec, .values = &value});
-    receive(*event);
     param.publishFromAudio(value);
     hasChangesFromAudio_.store(true, std::memory_order_release);
     return true;
+}
+
+bool CAudioParamCollector::sendFromAudio(CAudioParam& param, double value, double timeSec)
+{
+    CAudioParamEvent* event = param.hasInfo() ? pool_.takeAudioEvent() : nullptr;
+    if (event) {
+        event->set(param, {.count = 1, .time = timeSec, .values = &value});
+        receive(*event);
+    }
+    return event || !param.hasInfo();
 }
 
 void CAudioParamCollector::receive(CAudioParamEvent& event)

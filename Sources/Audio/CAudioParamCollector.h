@@ -82,6 +82,8 @@ public:
     // Sets group 0, entry 0 of a single-number parameter from the audio thread: at once for the slots, and
     // for control threads when they next ask. False if it must be tried again in the next call.
     bool changeFromAudio(CAudioParam& param, double value, double timeSec);
+    // The same for the slots alone: for filters, whose work a control thread does again in its own time.
+    bool sendFromAudio(CAudioParam& param, double value, double timeSec);
     CAudioParamEventPool& eventPool() { return pool_; }
 
     // --- for CAudioParam and CAudioParamContext

@@ -3,8 +3,6 @@
 
 #include "CAudioParamCollector.h"
 
-#include <algorithm>
-
 namespace qel {
 
 CAudioParamFilter::~CAudioParamFilter()
@@ -45,17 +43,6 @@ void CAudioParamFilter::release()
     destinations_.clear();
 }
 
-std::vector<CAudioParam*> CAudioParamFilter::destinationsOf(const CAudioParam& source) const
-{
-    std::vector<CAudioParam*> fed;
-    for (std::size_t i = 0; i < destinations_.size(); ++i) {
-        if (sources_[std::min(i, sources_.size() - 1)] == &source) {
-            fed.push_back(destinations_[i]);
-        }
-    }
-    return fed;
-}
-
 bool CAudioParamFilter::feeds(CAudioParam& from, const CAudioParam& target)
 {
     if (&from == &target) {
@@ -63,9 +50,7 @@ bool CAudioParamFilter::feeds(CAudioParam& from, const CAudioParam& target)
     }
     bool found = false;
     from.forEachFilter([&](CAudioParamFilter& filter) {
-        for (CAudioParam* destination : filter.destinationsOf(from)) {
-            found = found || feeds(*destination, target);
-        }
+        filter.forEachDestination(from, [&](CAudioParam& fed) { found = found || feeds(fed, target); });
     });
     return found;
 }

@@ -7,6 +7,7 @@
 #include "CInlineArray.h"
 #include "CString.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace qel {
@@ -32,12 +33,24 @@ public:
     // A source has changed; it holds the new values. The change itself carries none.
     virtual void onParamChange(CAudioParam& source, const CAudioParamChange& change,
                                CAudioParamContext& context) = 0;
+    // Audio thread: group 0, entry 0 of a source has become `value` there; sends what follows from it to the slots
+    // of the destinations, which control threads derive by themselves. False if it must be tried again in the next
+    // processing call.
+    virtual bool onChangeFromAudio(CAudioParam& source, double value, double timeSec) = 0;
     // Leaves the sources. Harmless when repeated.
     virtual void release();
 
 protected:
-    // The destinations that follow this source.
-    std::vector<CAudioParam*> destinationsOf(const CAudioParam& source) const;
+    // Calls function(destination) for each destination that follows this source.
+    template <class Function>
+    void forEachDestination(const CAudioParam& source, Function&& function) const
+    {
+        for (std::size_t i = 0; i < destinations_.size(); ++i) {
+            if (sources_[std::min(i, sources_.size() - 1)] == &source) {
+                function(*destinations_[i]);
+            }
+        }
+    }
 
 private:
     // True if a change of `from` reaches `target` through filters.

@@ -1,7 +1,7 @@
 // A switch that is on while another is off.
 #include "CAudioParamFilterInvert.h"
 
-#include "CAudioParam.h"
+#include "CAudioParamCollector.h"
 
 #include <algorithm>
 
@@ -40,17 +40,26 @@ void CAudioParamFilterInvert::onParamChange(CAudioParam& source, const CAudioPar
     if (values.isString()) {
         return;
     }
-    for (CAudioParam* target : destinationsOf(source)) {
+    forEachDestination(source, [&](CAudioParam& target) {
         if (!change.isWhole()) {
-            invertGroup(values, change.group, change.time, *target, context);
-            continue;
+            invertGroup(values, change.group, change.time, target, context);
+            return;
         }
-        const CLock lock(target->getLock());
-        const std::int32_t groups = std::max(values.getGroupCount(), target->getCurrent().getGroupCount());
+        const CLock lock(target.getLock());
+        const std::int32_t groups = std::max(values.getGroupCount(), target.getCurrent().getGroupCount());
         for (std::int32_t group = 0; group < groups; ++group) {
-            invertGroup(values, group, change.time, *target, context);
+            invertGroup(values, group, change.time, target, context);
         }
-    }
+    });
+}
+
+bool CAudioParamFilterInvert::onChangeFromAudio(CAudioParam& source, double value, double timeSec)
+{
+    bool isSent = true;
+    forEachDestination(source, [&](CAudioParam& target) {
+        isSent = isSent && target.getCollector().sendFromAudio(target, 1.0 - value, timeSec);
+    });
+    return isSent;
 }
 
 } // namespace qel

@@ -13,6 +13,7 @@ class CAudioParamFilterInvert : public CAudioParamFilter
 public:
     void onParamChange(CAudioParam& source, const CAudioParamChange& change,
                        CAudioParamContext& context) override;
+    bool onChangeFromAudio(CAudioParam& source, double value, double timeSec) override;
 };
 
 } // namespace qel

@@ -1,8 +1,10 @@
 // What the audio thread does about parameters costs it no memory and no lock.
 #include "AllocationGuard.h"
+#include "CAudioParamFilterInvert.h"
 #include "ParamInstance.h"
 
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace qel::test {
@@ -94,6 +96,32 @@ TEST_F(ParamRealTimeTest, AChangeOfTheAudioThreadsOwnIsAsCheap)
         ASSERT_EQ(guardedCall(slots).total(), 0u);
         ASSERT_EQ(slots[0]->storage.get(0, 0), 60.0 + block);
     }
+}
+
+// A host that automates a switch from the audio thread need not wait for a control thread to see its opposite.
+TEST_F(ParamRealTimeTest, AFilterFollowsTheAudioThreadAtOnce)
+{
+    CAudioParam& enable = addParam("p.enable", floatInfo("enable", {0.0}));
+    CAudioParam& mute = addParam("p.mute", floatInfo("mute", {1.0}));
+    CAudioParamFilterInvert filter;
+    ASSERT_OK(filter.init(*collector_, "p", {"enable"}, {"mute"}));
+    std::vector<std::unique_ptr<Slot>> slots;
+    slots.push_back(std::make_unique<Slot>(mute));
+    guardedCall(slots);
+    ASSERT_TRUE(collector_->changeFromAudio(enable, 1.0, 0.0));
+    guardedCall(slots);
+    EXPECT_EQ(slots[0]->storage.get(0, 0), 0.0);
+    EXPECT_EQ(mute.getValue(0, 0), 1.0);
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(mute.getValue(0, 0), 0.0);
+    // While a control thread is at the list, nothing happens, and the next call does it.
+    enable.forEachFilter([&](CAudioParamFilter&) {
+        std::thread audio([&] { EXPECT_FALSE(collector_->changeFromAudio(enable, 0.0, 0.0)); });
+        audio.join();
+    });
+    ASSERT_TRUE(collector_->changeFromAudio(enable, 0.0, 0.0));
+    guardedCall(slots);
+    EXPECT_EQ(slots[0]->storage.get(0, 0), 1.0);
 }
 
 } // namespace
