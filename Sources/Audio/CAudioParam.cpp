@@ -160,7 +160,9 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
     written.resize = change.resize;
     // A time that never comes would hold up every later event of the target.
     written.time = std::isfinite(change.time) ? std::max(change.time, 0.0) : 0.0;
-    collector_.postChange(*this, written, context.batch);
+    if (!context.isKnownToAudio) {
+        collector_.postChange(*this, written, context.batch);
+    }
     announce(change, context);
     return true;
 }
@@ -525,6 +527,7 @@ void CAudioParam::publishFromAudio(double value)
 void CAudioParam::takeFromAudio()
 {
     CAudioParamContext context(CAudioParamOrigin::kAudio);
+    context.isKnownToAudio = true; // what filters derive included
     const CAudioParamContext::Scope scope(context);
     const CLock lock(lock_);
     if (isChangedByAudio_.exchange(false, std::memory_order_acquire)) {

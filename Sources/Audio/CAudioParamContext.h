@@ -63,6 +63,8 @@ public:
     CAudioParamBatch* batch = nullptr;
     // Does not hear of the change.
     CBridge* sender = nullptr;
+    // The audio side has the values already, or newer ones: it is sent nothing.
+    bool isKnownToAudio = false;
 
     // Keeps notices back while it lives; the outermost one delivers them.
     class Scope
