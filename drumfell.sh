@@ -90,7 +90,7 @@ sanitize)
     ;;
 windows)
     need "${build_packages[@]}" "${windows_packages[@]}"
-    build release drumfell-treec
+    build release drumfell-treec drumfell-presetc
     build windows
     ls -l build/windows/Drumfell.dll
     ;;

@@ -104,7 +104,7 @@ int main(int argc, char** argv)
     CLI::App app("Prints a compiled file as readable text, or the graph that a compiled tree defines");
     std::string path;
     GraphOptions graph;
-    app.add_option("FILE", path, "Compiled tree, stored string or preset list")->required();
+    app.add_option("FILE", path, "Compiled tree, stored string, preset, bank or preset list")->required();
     CLI::Option* isGraph =
         app.add_flag("--graph", graph.isWanted, "Build the tree's signal graph and print it");
     app.add_flag("--dot", graph.asDot, "Print the graph for Graphviz")->needs(isGraph);

@@ -2,6 +2,7 @@
 #include "CAudioPresetBankFile.h"
 
 #include "CFileSystem.h"
+#include "CThread.h"
 #include "Streams/CFileWriter.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "Streams/CResourceReader.h"
@@ -10,6 +11,13 @@ namespace qel {
 
 namespace {
 
+// Beside the target, so that it can be renamed over it; no two writers share one.
+CString temporaryName(const CString& path)
+{
+    return path + "." + CString::number(static_cast<std::int64_t>(platform::processId())) + "-" +
+           CString::number(static_cast<std::int64_t>(platform::currentThreadId())) + ".tmp";
+}
+
 CError writeNewFile(const CString& path, std::uint32_t id, const CMemoryWriteBuffer& body)
 {
     CByteBuffer bytes;
@@ -17,6 +25,7 @@ CError writeNewFile(const CString& path, std::uint32_t id, const CMemoryWriteBuf
     CFileWriter writer;
     QEL_TRY(writer.open(path, 0, false), {});
     QEL_TRY(writer.writeCompressedData(bytes, id), {});
+    QEL_TRY(writer.flush(), {});
     QEL_TRY(writer.close(), {});
     return {};
 }
@@ -33,13 +42,13 @@ CError readChunkFile(const CString& path, std::uint32_t id, CByteBuffer& outBody
 
 CError writeChunkFile(const CString& path, std::uint32_t id, const CMemoryWriteBuffer& body)
 {
-    const CString newPath = path + ".new";
-    if (CError error = writeNewFile(newPath, id, body)) {
-        (void)platform::removeFile(newPath.toUtf8());
+    const CString temporary = temporaryName(path);
+    if (CError error = writeNewFile(temporary, id, body)) {
+        (void)platform::removeFile(temporary.toUtf8());
         return reportError(std::move(error), __FILE__, __LINE__, path);
     }
-    if (const int code = platform::renameFile(newPath.toUtf8(), path.toUtf8())) {
-        (void)platform::removeFile(newPath.toUtf8());
+    if (const int code = platform::renameFile(temporary.toUtf8(), path.toUtf8())) {
+        (void)platform::removeFile(temporary.toUtf8());
         QEL_FAIL(path, "@qelstr_CAudioPreset_saveFile_RenameError Unable to replace file '%1' (error %2).",
                  path, code);
     }

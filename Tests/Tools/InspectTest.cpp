@@ -1,5 +1,7 @@
 #include "ToolTestSupport.h"
 
+#include "CAudioParamStorage.h"
+#include "CAudioPresetBank.h"
 #include "Inspect/FileKinds.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "TreeCompiler/ToolError.h"
@@ -43,15 +45,39 @@ TEST_F(Inspect, ShowsATreeWithTemplatesAndAwkwardText)
                                                  "      d\n");
 }
 
-TEST_F(Inspect, ShowsStringsAndListHeadsAndRefusesDamage)
+TEST_F(Inspect, ShowsStringsAndPresetsAndRefusesDamage)
 {
-    CMemoryWriteBuffer buffer;
-    EXPECT_FALSE(buffer.writeU32(1));
-    EXPECT_FALSE(buffer.writeString("My list"));
-    EXPECT_FALSE(buffer.writeU32(7));
-    CByteBuffer list;
-    buffer.copyTo(list);
-    EXPECT_EQ(printed("alst", list.bytes()), "version 1, name \"My list\", 7 presets\n");
+    const auto bytesOf = [](const auto& save) {
+        CMemoryWriteBuffer buffer;
+        EXPECT_FALSE(save(buffer));
+        CByteBuffer bytes;
+        buffer.copyTo(bytes);
+        return bytes;
+    };
+    CAudioPreset preset("X:One");
+    CAudioParamStorage values;
+    values.format(2, CAudioParamStorage::kFloat);
+    const double numbers[] = {0.1, -3.0};
+    values.write({.group = 1, .count = 1, .esize = 2, .values = numbers});
+    ASSERT_FALSE(preset.setValues("pair", "audio.pair", values));
+    CAudioParamStorage text;
+    text.format(1, CAudioParamStorage::kString);
+    CAudioParamData pool;
+    const double id = pool.addString("a\"b");
+    text.write({.count = 1, .dtype = CAudioParamStorage::kString, .values = &id, .pool = &pool});
+    ASSERT_FALSE(preset.setValues("text", "audio.text", text));
+    CAudioPresetBank bank;
+    bank.setName("My list");
+    bank.add(preset);
+
+    const std::string entries = "pair = {} {0.1, -3} in entries of 2, declared at \"audio.pair\"\n"
+                                "    text = {\"a\\\"b\"}, declared at \"audio.text\"\n";
+    const CByteBuffer list = bytesOf([&](COutputStream& stream) { return bank.saveList(stream); });
+    EXPECT_EQ(printed("alst", list.bytes()),
+              "name \"My list\", 1 presets\n0 \"X:One\", 2 entries\n    " + entries);
+    EXPECT_EQ(printed("abnk", list.bytes().subspan(4)), printed("alst", list.bytes()));
+    EXPECT_TRUE(printed("aprs", bytesOf([&](COutputStream& stream) { return preset.save(stream); }).bytes())
+                    .starts_with("name \"X:One\", 2 entries\npair = "));
     EXPECT_EQ(printed("dstr", list.bytes().subspan(4, 11)), "\"My list\"\n");
     EXPECT_THROW(printed("dstr", list.bytes().first(3)), CToolError);
     EXPECT_THROW(printed("alst", list.bytes().first(list.size() - 1)), CToolError);

@@ -39,6 +39,8 @@ public:
     CAudioGraph& graph() { return *graph_; }
     CKernelContext& kernels() { return *kernels_; }
     CAudioParamCollector& params() { return *params_; }
+    // The instance, from the root of its tree: its object "plugin".
+    CObject& instance() { return *instance_->findObject("plugin"); }
 
     // Writes one value of the parameter "<process>.<name>", as the interface would. False if there is no such
     // parameter.

@@ -8,8 +8,8 @@ namespace qel::tools {
 namespace {
 
 constexpr CFileKind kKinds[] = {
-    {"cxml", "compiled tree", printTree},
-    {"dstr", "stored string", printString},
+    {"cxml", "compiled tree", printTree}, {"dstr", "stored string", printString},
+    {"aprs", "preset", printPreset},      {"abnk", "preset bank", printBank},
     {"alst", "preset list", printList},
 };
 

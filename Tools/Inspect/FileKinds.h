@@ -23,6 +23,8 @@ std::span<const CFileKind> fileKinds();
 
 void printTree(std::span<const std::uint8_t> payload, std::ostream& out);
 void printString(std::span<const std::uint8_t> payload, std::ostream& out);
+void printPreset(std::span<const std::uint8_t> payload, std::ostream& out);
+void printBank(std::span<const std::uint8_t> payload, std::ostream& out);
 void printList(std::span<const std::uint8_t> payload, std::ostream& out);
 
 // Text between quotes on one line: quotes, backslashes and control characters are escaped.

@@ -34,6 +34,15 @@ CError CFileWriter::close()
     return {};
 }
 
+CError CFileWriter::flush()
+{
+    if (const int code = file_.flush(); code != 0) {
+        QEL_FAIL({}, "@qelstr_CFileWriter_flush_Error Unable to write file '%1' to the disk (error %2).",
+                 fileName_, code);
+    }
+    return {};
+}
+
 CError CFileWriter::write(const void* buffer, std::size_t count)
 {
     std::size_t written = 0;

@@ -20,6 +20,8 @@ public:
     // such a thing.
     CError open(const CString& path, unsigned flags, bool append);
     CError close();
+    // Returns once the bytes are on the disk: before a rename that puts the file in another one's place.
+    CError flush();
     CError write(const void* buffer, std::size_t count) override;
     CError getPosition(std::int64_t& out) override;
     CError setPosition(std::int64_t position) override;

@@ -129,16 +129,6 @@ TEST(PresetFormat, BelievesNoCountBeyondTheData)
     EXPECT_FAILS(bank.loadList(reader), "Unsupported preset list version 2.");
 }
 
-TEST(PresetFormat, ANameWithoutColonHasNoId)
-{
-    const CAudioPreset plain("Foo");
-    EXPECT_EQ(plain.getId(), "");
-    EXPECT_EQ(plain.getTitle(), "Foo");
-    const CAudioPreset twice("7qtz:A:B");
-    EXPECT_EQ(twice.getId(), "7qtz");
-    EXPECT_EQ(twice.getTitle(), "A:B");
-}
-
 TEST(PresetFormat, FilesComeBackAndDamagedOnesChangeNothing)
 {
     const TemporaryFolder folder;

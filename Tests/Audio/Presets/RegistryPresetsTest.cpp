@@ -83,17 +83,6 @@ TEST_F(RegistryPresets, ReturnWhatTheyDoNotNameToDefaults)
     EXPECT_EQ(gain_->getValue(0, 0), 5.0);
 }
 
-TEST_F(RegistryPresets, FindOversamplingUnderItsOldKey)
-{
-    ASSERT_OK(activate(*master_, presetOf("7qtz:Old", {{"io-params.oversampling", 4.0}})));
-    EXPECT_EQ(oversampling_->getValue(0, 0), 4.0);
-    ASSERT_OK(
-        activate(*master_, presetOf("7qtz:Both", {{"io-params.oversampling", 3.0}, {"oversampling", 2.0}})));
-    EXPECT_EQ(oversampling_->getValue(0, 0), 2.0);
-    // No parameter came of the old key.
-    EXPECT_EQ(acquired(*master_).findEntry("io-params.oversampling"), nullptr);
-}
-
 TEST_F(RegistryPresets, DropKeysThatNoParameterUsesWithTheNextSnapshot)
 {
     ASSERT_OK(activate(*master_, presetOf("7qtz:Odd", {{"no-such", 1.0}, {"gain", 2.0}})));

@@ -117,31 +117,5 @@ TEST_F(RegistryPrograms, MasterResetReturnsToInitialValuesAndCanBeTakenBack)
     EXPECT_EQ(master_->getCurrentProgramName(), "One");
 }
 
-TEST_F(RegistryPrograms, ABExchangesStatesWithTheirHistories)
-{
-    edit(*gain_, 20.0);
-    ASSERT_OK(master_->abSwap()); // the other slot begins as a copy of the state, without its history
-    EXPECT_EQ(gain_->getValue(0, 0), 20.0);
-    EXPECT_EQ(steps().size(), 1u);
-    ASSERT_OK(activate(*master_, presetOf("7qtz:Loud", {{"gain", 99.0}})));
-    ASSERT_OK(master_->abSwap());
-    EXPECT_EQ(gain_->getValue(0, 0), 20.0);
-    EXPECT_EQ(master_->getCurrentProgramName(), "One");
-    EXPECT_EQ(steps().back(), "plugin.modMain.gain change");
-    undo_->moveTo(0);
-    EXPECT_EQ(gain_->getValue(0, 0), 11.0);
-
-    ASSERT_OK(master_->abStore());
-    undo_->moveTo(1);
-    edit(*gain_, 50.0);
-    ASSERT_OK(master_->abSwap());
-    EXPECT_EQ(gain_->getValue(0, 0), 11.0);
-    EXPECT_EQ(position(), 0);
-    EXPECT_EQ(steps().size(), 2u); // a copy of the history came along
-    ASSERT_OK(master_->abSwap());
-    EXPECT_EQ(gain_->getValue(0, 0), 50.0);
-    EXPECT_EQ(position(), 2);
-}
-
 } // namespace
 } // namespace qel::test

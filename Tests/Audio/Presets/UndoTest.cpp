@@ -48,17 +48,6 @@ TEST_F(Undo, DragsOfOneKnobMergeUntilAnotherComesBetween)
     EXPECT_EQ(drive_->getValue(0, 0), 5.0);
 }
 
-TEST_F(Undo, NothingMergesIntoAStepThatWasTakenBack)
-{
-    edit(*gain_, 3.0, 0, true);
-    edit(*drive_, 5.0);
-    undo_->moveTo(1);
-    edit(*gain_, 9.0, 0, true);
-    EXPECT_EQ(steps().size(), 3u); // the undone step is gone, the new one stands by itself
-    undo_->moveTo(1);
-    EXPECT_EQ(gain_->getValue(0, 0), 3.0);
-}
-
 TEST_F(Undo, KeepsAsManyStepsAsAllowed)
 {
     for (int i = 1; i <= 33; ++i) {
