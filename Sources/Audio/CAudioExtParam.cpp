@@ -238,6 +238,18 @@ CString CAudioExtParam::getDisplayOf(double norm, CAudioParamConverter::TextMode
     return now && !std::isnan(norm) ? textOf(*now, now->valueOf(norm), mode) : CString();
 }
 
+std::optional<double> CAudioExtParam::getNormalizedOf(const CString& text) const
+{
+    const Projection* now = projection();
+    if (!now) {
+        return std::nullopt;
+    }
+    bool isNumber = true;
+    const double value = now->converter->textToValueClamped(now->info, elementIndex_, text, &isNumber);
+    const double norm = now->normOf(value);
+    return isNumber && std::isfinite(norm) ? std::optional(norm) : std::nullopt;
+}
+
 CString CAudioExtParam::getLabel() const
 {
     const Projection* now = projection();
