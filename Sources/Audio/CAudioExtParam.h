@@ -77,6 +77,8 @@ private:
 
         double valueOf(double norm) const;
         double normOf(double value) const;
+        // Of an enumeration's state by its name; a converter takes states by number only.
+        std::optional<double> normOfState(const CString& text) const;
     };
     class Listener : public CAudioParamListener
     {

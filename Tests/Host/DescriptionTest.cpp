@@ -94,7 +94,9 @@ TEST(Description, ParametersReadBackAndUnderstandTheirOwnText)
             EXPECT_EQ(shown, display) << name;
             ASSERT_EQ(host.call(kString2Parameter, i, 0, display.data()), 1) << name << ' ' << display;
             EXPECT_EQ(host.text(kGetParamDisplay, 8, i), display) << name;
-            EXPECT_NEAR(host.get(i), value, 0.02) << name << ' ' << display;
+            if (display != "Reserve") { // several states without a name
+                EXPECT_NEAR(host.get(i), value, 0.02) << name << ' ' << display;
+            }
         }
     }
 }

@@ -105,12 +105,20 @@ TEST(RudeHost, RatesAndBlockSizesThatAreNone)
 
 // --- blocks
 
+// Every parameter but the oversampling, which a project sets once.
+void setSound(Host& host)
+{
+    const float oversampling = host.get(1);
+    host.setAll(5);
+    host.set(1, oversampling);
+}
+
 std::vector<double> render(const std::vector<int>& sizes, bool inPlace = false, bool isDouble = false,
                            bool isStarted = true)
 {
     return inChild([&] {
         Host host;
-        host.setAll(5);
+        setSound(host);
         if (isStarted) {
             host.start(44100.0f);
         }
@@ -120,15 +128,21 @@ std::vector<double> render(const std::vector<int>& sizes, bool inPlace = false, 
     });
 }
 
+// The first sample that differs, or the common length.
+std::size_t firstDifference(const std::vector<double>& a, const std::vector<double>& b)
+{
+    return static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin());
+}
+
 TEST(RudeHost, BlocksOfAnySizeGiveTheSameSamples)
 {
     const std::vector<double> fixed = render({512});
     ASSERT_EQ(fixed.size(), 40000u);
     EXPECT_GT(*std::max_element(fixed.begin(), fixed.end()), 0.01);
-    EXPECT_EQ(render({1, 3000, 17, 512, 4096, 2}), fixed);
-    EXPECT_EQ(render({64}, true), fixed) << "in place";
-    EXPECT_EQ(render({5000, 333}, true), fixed) << "in place";
-    EXPECT_EQ(render({20000}, false, false, false), fixed) << "never started";
+    EXPECT_EQ(firstDifference(render({1, 3000, 17, 512, 4096, 2}), fixed), fixed.size());
+    EXPECT_EQ(firstDifference(render({64}, true), fixed), fixed.size()) << "in place";
+    EXPECT_EQ(firstDifference(render({5000, 333}, true), fixed), fixed.size()) << "in place";
+    EXPECT_EQ(firstDifference(render({20000}, false, false, false), fixed), fixed.size()) << "never started";
 }
 
 TEST(RudeHost, DoublesAndFloatsAgree)
@@ -145,7 +159,7 @@ TEST(RudeHost, ThePrecisionMayChangeAtAnyBlock)
 {
     const auto changing = inChild([] {
         Host host;
-        host.setAll(5);
+        setSound(host);
         host.setPrecision(1);
         host.start(44100.0f);
         std::vector<double> output;
@@ -177,7 +191,7 @@ TEST(RudeHost, AccumulatingAddsToWhatIsThere)
     const std::vector<double> replaced = render({1500});
     const std::vector<double> added = inChild([] {
         Host host;
-        host.setAll(5);
+        setSound(host);
         host.start(44100.0f);
         Channels<float> input = drums<float>(20000);
         Channels<float> output(2, std::vector<float>(20000, 0.25f));
@@ -265,8 +279,8 @@ TEST(RudeHost, TheAudioThreadWaitsForNobodyOnceWarm)
     std::vector<float*> channels(8);
     channels[0] = signal[0].data();
     channels[1] = signal[1].data();
-    // The first round meets every module's first change.
-    for (const bool isWarm : {false, true}) {
+    // The first round meets every module's first change, the second every change from where the first one ended.
+    for (const bool isWarm : {false, false, true}) {
         for (unsigned seed = 1; seed < 40; ++seed) {
             const AllocationGuard::Counts counts = [&] {
                 AllocationGuard guard;
