@@ -2,9 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 namespace {
@@ -36,27 +38,61 @@ TEST(RealHosts, QtractorListsTheEffect)
     EXPECT_EQ(output, "VST|Drumfell|2:2|1:0|24:0|EXT,RT|" DRUMFELL_LIBRARY "|0|0x3771747a\n");
 }
 
-TEST(RealHosts, ArdourListsTheEffect)
+constexpr const char* kArdour = "/usr/lib/ardour7";
+
+// A home folder with the library in it, so that nobody's settings and plug-ins take part.
+class ArdourHome
 {
-    const std::string folder = "/usr/lib/ardour7";
+public:
+    ArdourHome()
+    {
+        folder_ = (std::filesystem::temp_directory_path() / "drumfell-ardour-XXXXXX").string();
+        if (!mkdtemp(folder_.data())) {
+            throw std::runtime_error("no folder");
+        }
+        std::filesystem::create_directory(folder_ + "/vst");
+        std::filesystem::copy_file(DRUMFELL_LIBRARY, library());
+        // The host trusts what it knows of a library only if that is younger.
+        std::filesystem::last_write_time(library(), std::filesystem::file_time_type::clock::now() -
+                                                        std::chrono::minutes(1));
+    }
+    ~ArdourHome() { std::filesystem::remove_all(folder_); }
+    ArdourHome(const ArdourHome&) = delete;
+    ArdourHome& operator=(const ArdourHome&) = delete;
+
+    std::string library() const { return folder_ + "/vst/Drumfell.so"; }
+    std::pair<std::string, int> run(const std::string& command) const
+    {
+        const std::string ardour(kArdour);
+        return outputOf("env -u DISPLAY HOME=" + folder_ + " LXVST_PATH=" + folder_ + "/vst DRUMFELL_SESSION=" + folder_ +
+                        "/session LD_LIBRARY_PATH=" + ardour + " ARDOUR_DLL_PATH=" + ardour +
+                        " ARDOUR_DATA_PATH=/usr/share/ardour7 ARDOUR_CONFIG_PATH=/etc/ardour7 timeout 60 " + ardour +
+                        "/" + command);
+    }
+
+private:
+    std::string folder_;
+};
+
+TEST(RealHosts, ArdourListsTheEffectAndKeepsItsState)
+{
 #ifdef DRUMFELL_SANITIZED
     GTEST_SKIP() << "the host does not carry the sanitizer's runtime";
 #endif
-    if (!std::filesystem::exists(folder + "/ardour-vst-scanner")) {
+    if (!std::filesystem::exists(std::string(kArdour) + "/ardour-vst-scanner")) {
         GTEST_SKIP() << "not installed";
     }
-    std::string home = (std::filesystem::temp_directory_path() / "drumfell-ardour-XXXXXX").string();
-    ASSERT_NE(mkdtemp(home.data()), nullptr);
-    const auto [output, status] =
-        outputOf("env -u DISPLAY HOME=" + home + " LD_LIBRARY_PATH=" + folder + " ARDOUR_DLL_PATH=" + folder +
-                 " ARDOUR_DATA_PATH=/usr/share/ardour7 ARDOUR_CONFIG_PATH=/etc/ardour7 timeout 60 " + folder +
-                 "/ardour-vst-scanner -f -v " DRUMFELL_LIBRARY);
-    std::filesystem::remove_all(home);
-    EXPECT_EQ(status, 0) << output;
-    EXPECT_NE(output.find("id=\"930182266\" name=\"Drumfell\" creator=\"Brintal\" category=\"Effect\""),
-              std::string::npos)
-        << output;
-    EXPECT_NE(output.find("n_inputs=\"8\" n_outputs=\"8\""), std::string::npos) << output;
+    const ArdourHome home;
+    const auto [listed, status] = home.run("ardour-vst-scanner -f -v " + home.library());
+    EXPECT_EQ(status, 0) << listed;
+    for (const char* expected : {"id=\"930182266\" name=\"Drumfell\" creator=\"Brintal\" category=\"Effect\"",
+                                 "n_inputs=\"8\" n_outputs=\"8\""}) {
+        EXPECT_NE(listed.find(expected), std::string::npos) << listed;
+    }
+    for (const char* expected : {"added 0\nset true\nplayed true\nvalue 0.75\n", "played true\nvalue 0.75\n"}) {
+        const auto [played, rc] = home.run("luasession " DRUMFELL_HOST_TESTS "/ArdourSession.lua");
+        EXPECT_NE(played.find(expected), std::string::npos) << played << rc;
+    }
 }
 
 } // namespace
