@@ -291,7 +291,10 @@ TEST(RudeHost, TheAudioThreadWaitsForNobodyOnceWarm)
                 return guard.stop();
             }();
             if (isWarm) {
-                EXPECT_EQ(counts.total(), 0u) << "parameter " << seed % 24;
+                const unsigned parameter = seed % 24;
+                EXPECT_EQ(counts.allocations + counts.frees + counts.locks, 0u) << "parameter " << parameter;
+                // A filter of the parameter may be tried for, and is left to the next call if it is taken.
+                EXPECT_LE(counts.tryLocks, 1u) << "parameter " << parameter;
             }
         }
     }
