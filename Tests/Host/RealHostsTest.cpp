@@ -64,8 +64,8 @@ public:
     std::pair<std::string, int> run(const std::string& command) const
     {
         const std::string ardour(kArdour);
-        return outputOf("env -u DISPLAY HOME=" + folder_ + " LXVST_PATH=" + folder_ + "/vst DRUMFELL_SESSION=" + folder_ +
-                        "/session LD_LIBRARY_PATH=" + ardour + " ARDOUR_DLL_PATH=" + ardour +
+        return outputOf("env -u DISPLAY HOME=" + folder_ + " LXVST_PATH=" + folder_ +
+                        "/vst DRUMFELL_SESSION=" + folder_ + "/session LD_LIBRARY_PATH=" + ardour + " ARDOUR_DLL_PATH=" + ardour +
                         " ARDOUR_DATA_PATH=/usr/share/ardour7 ARDOUR_CONFIG_PATH=/etc/ardour7 timeout 60 " + ardour +
                         "/" + command);
     }

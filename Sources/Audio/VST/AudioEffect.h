@@ -10,8 +10,8 @@
 // until the host sends `close`.
 //
 // Hosts are outside: a call with a null pointer for an answer or a text, or a number that does not fit, ends here and
-// answers 0. What indices and values mean is for the overriding class to check. Calls come in any order, some of them in
-// several threads at once.
+// answers 0. What indices and values mean is for the overriding class to check. Calls come in any order, some of them
+// in several threads at once.
 class AudioEffect
 {
 public:
