@@ -18,7 +18,8 @@ usage: drumfell.sh COMMAND
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
   windows    cross-build the Windows library with MinGW-w64
-  install    put the library where hosts look (not before it can be loaded by one)
+  install    put the library where hosts look, ~/.vst, and the tools into ~/.local/bin; with --prefix DIR into DIR/lib/vst
+             and DIR/bin
   clean      remove all builds
 
 Every command first installs the Debian packages it needs, if any is missing.
@@ -50,6 +51,33 @@ build() {
     }
     rm -f "/tmp/drumfell-configure-$$.log"
     cmake --build --preset "$preset" ${1:+--target "$@"}
+}
+
+# install_product [--prefix DIR]
+install_product() {
+    local library_dir=$HOME/.vst tool_dir=$HOME/.local/bin tool
+    case "${1:-}" in
+    "") ;;
+    --prefix)
+        [ -n "${2:-}" ] && [ $# -eq 2 ] || { usage >&2; exit 2; }
+        library_dir=$2/lib/vst tool_dir=$2/bin
+        ;;
+    *)
+        usage >&2
+        exit 2
+        ;;
+    esac
+    need "${build_packages[@]}"
+    build release
+    # A new file under the old name: a host that has the old one loaded keeps it whole.
+    install -D -m 644 build/release/Drumfell.so "$library_dir/Drumfell.so.new"
+    mv "$library_dir/Drumfell.so.new" "$library_dir/Drumfell.so"
+    echo "$library_dir/Drumfell.so"
+    for tool in drumfell-render drumfell-inspect; do
+        [ -x "build/release/bin/$tool" ] || continue
+        install -D -m 755 "build/release/bin/$tool" "$tool_dir/$tool"
+        echo "$tool_dir/$tool"
+    done
 }
 
 run_tests() {
@@ -95,8 +123,8 @@ windows)
     ls -l build/windows/Drumfell.dll
     ;;
 install)
-    echo "The library has no host interface yet, so there is nothing a host could load." >&2
-    exit 1
+    shift
+    install_product "$@"
     ;;
 clean)
     rm -rf build

@@ -1,5 +1,6 @@
-// Start and end of the loaded library.
+// Start and end of the loaded library, and its two entries.
 #include "CApplication.h"
+#include "CAudioWrapperVST.h"
 #include "CreatorTable.h"
 #include "CTrace.h"
 
@@ -27,3 +28,27 @@ public:
 const CLibrary theLibrary;
 
 } // namespace
+
+#ifdef _WIN32
+#define QEL_EXPORT __declspec(dllexport)
+#else
+#define QEL_EXPORT __attribute__((visibility("default")))
+#endif
+
+extern "C" {
+
+QEL_EXPORT AEffect* VSTPluginMain(AudioMasterCallback audioMaster);
+
+// The entry's older name. A compiler takes no function of this kind under that name, the linker does.
+QEL_EXPORT AEffect* olderPluginMain(AudioMasterCallback audioMaster) __asm__("main");
+
+AEffect* VSTPluginMain(AudioMasterCallback audioMaster)
+{
+    return qel::createEffect(audioMaster);
+}
+
+AEffect* olderPluginMain(AudioMasterCallback audioMaster)
+{
+    return qel::createEffect(audioMaster);
+}
+}

@@ -3,6 +3,7 @@
 
 #include "CAudioExtParamHostBridge.h"
 #include "CAudioParamCollector.h"
+#include "Converters/CAudioParamConverterEnum.h"
 
 #include <algorithm>
 #include <cmath>
@@ -236,6 +237,38 @@ CString CAudioExtParam::getDisplayOf(double norm, CAudioParamConverter::TextMode
 {
     const Projection* now = projection();
     return now && !std::isnan(norm) ? textOf(*now, now->valueOf(norm), mode) : CString();
+}
+
+std::optional<double> CAudioExtParam::Projection::normOfState(const CString& text) const
+{
+    using TextMode = CAudioParamConverter::TextMode;
+    if (!dynamic_cast<const CAudioParamConverterEnum*>(converter)) {
+        return std::nullopt;
+    }
+    const auto at = static_cast<std::size_t>(element);
+    for (double value = info.minValues[at]; value <= info.maxValues[at]; value += 1.0) {
+        for (const TextMode mode : {TextMode::kNormal, TextMode::kShort}) {
+            if (converter->valueToText(info, element, value, nullptr, mode) == text) {
+                return normOf(value);
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<double> CAudioExtParam::getNormalizedOf(const CString& text) const
+{
+    const Projection* now = projection();
+    if (!now) {
+        return std::nullopt;
+    }
+    if (const std::optional<double> state = now->normOfState(text)) {
+        return state;
+    }
+    bool isNumber = true;
+    const double value = now->converter->textToValueClamped(now->info, elementIndex_, text, &isNumber);
+    const double norm = now->normOf(value);
+    return isNumber && std::isfinite(norm) ? std::optional(norm) : std::nullopt;
 }
 
 CString CAudioExtParam::getLabel() const

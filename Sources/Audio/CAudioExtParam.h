@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace qel {
@@ -56,6 +57,8 @@ public:
     CString getDisplay(CAudioParamConverter::TextMode mode = CAudioParamConverter::TextMode::kNormal) const;
     CString getDisplayOf(double norm,
                          CAudioParamConverter::TextMode mode = CAudioParamConverter::TextMode::kNormal) const;
+    // The position of what a user typed, or none if the text says nothing.
+    std::optional<double> getNormalizedOf(const CString& text) const;
     CString getLabel() const;
     CString getVisualName() const;
 
@@ -74,6 +77,8 @@ private:
 
         double valueOf(double norm) const;
         double normOf(double value) const;
+        // Of an enumeration's state by its name; a converter takes states by number only.
+        std::optional<double> normOfState(const CString& text) const;
     };
     class Listener : public CAudioParamListener
     {

@@ -7,6 +7,7 @@
 #include "CAudioProcessTree.h"
 #include "CBridge.h"
 #include "CByteBuffer.h"
+#include "CCriticalSection.h"
 #include "CError.h"
 #include "CObject.h"
 
@@ -14,6 +15,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <thread>
 #include <vector>
 
 namespace qel {
@@ -69,6 +71,10 @@ public:
     // With a header and no more than that, does nothing. A faulty chunk changes nothing.
     CError loadChunk(std::span<const std::uint8_t> data, bool isPreset, bool hasHeader);
 
+    // The host's programs: this wrapper, as the sender, is not told of what it does itself.
+    CError activateProgram(std::int32_t index);
+    void renameProgram(const CString& name);
+
     // Gives the host's names to the input channels: a step that can be undone.
     void importChannelLabels() override;
 
@@ -111,6 +117,24 @@ protected:
     virtual std::vector<CString> hostChannelLabels() { return {}; }
     // The program has changed by itself: the host's lists are out of date.
     virtual void programChanged() { updateDisplay(); }
+    // A MIDI message of the host; `status` is 8 to 15, the time counts from the start of the next block. Audio
+    // thread.
+    virtual void onMidi(int status, int channel, int data1, int data2, double timeSec)
+    {
+        (void)status, (void)channel, (void)data1, (void)data2, (void)timeSec;
+    }
+
+    // --- for the host layer
+
+    std::int32_t getInternalChannelCount() const { return internalChannelCount_; }
+    CAudioEnv& getEnv() const { return *env_; }
+    // The channels that hold until resume() says otherwise, since hosts process before it. After init().
+    void setDefaultLayout(int inputCount, int outputCount);
+    // The next resume() starts the processes afresh.
+    void requestRestart();
+    // Whether this thread is loading a state or going to a program for the host, which asks for all values
+    // afterwards: told of each of them, it would take them for automation.
+    bool isHostActivating() const { return activator_.load() == std::this_thread::get_id(); }
 
 private:
     enum HostParam
@@ -129,6 +153,21 @@ private:
         CAudioProcessBase* process = nullptr;
         std::unique_ptr<CAudioOutputPort> port;
         std::unique_ptr<CAudioLink> link;
+    };
+
+    // Marks the calls in which the host changes the state as a whole.
+    class CHostActivation
+    {
+    public:
+        explicit CHostActivation(CAudioWrapper& wrapper);
+        CHostActivation(const CHostActivation&) = delete;
+        CHostActivation& operator=(const CHostActivation&) = delete;
+        ~CHostActivation();
+
+    private:
+        CAudioWrapper& wrapper_;
+        CLock lock_;
+        std::thread::id outer_;
     };
 
     CError initProject();
@@ -152,6 +191,8 @@ private:
     CBufferRef widen(const CAudioHostBlock& block, int channel, int start, int count);
     void updateLatency();
     void onProgramChange(CBridge* sender, std::uintptr_t userWord);
+    CError acquireState(CByteBuffer& outBody, bool isPreset);
+    CError activateState(const CByteBuffer& body, bool isPreset);
 
     CObject* root_ = nullptr;
     CObject* plugin_ = nullptr;
@@ -190,6 +231,8 @@ private:
     bool isIoChanged_ = false;
     bool isRunning_ = false;
     std::atomic<bool> isConfiguring_{false};
+    CCriticalSection activationLock_; // taken before all locks of the tree
+    std::atomic<std::thread::id> activator_{};
     COwnedBridge<CAudioWrapper> programBridge_{*this, &CAudioWrapper::onProgramChange};
 };
 

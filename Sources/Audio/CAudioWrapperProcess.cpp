@@ -51,6 +51,18 @@ void CAudioWrapper::resume(const CAudioHostSetup& setup)
     isRunning_ = true;
 }
 
+void CAudioWrapper::setDefaultLayout(int inputCount, int outputCount)
+{
+    const CLock lock(env_->getLock());
+    setup_.inputCount = std::clamp(inputCount, 0, kMaxChannels);
+    setup_.outputCount = std::clamp(outputCount, 0, kMaxChannels);
+}
+
+void CAudioWrapper::requestRestart()
+{
+    env_->requestRestart();
+}
+
 void CAudioWrapper::suspend()
 {
     isRunning_ = false;

@@ -20,7 +20,33 @@ constexpr std::size_t kHeaderBytes = 16;
 
 } // namespace
 
+CAudioWrapper::CHostActivation::CHostActivation(CAudioWrapper& wrapper)
+    : wrapper_(wrapper), lock_(wrapper.activationLock_),
+      outer_(wrapper.activator_.exchange(std::this_thread::get_id()))
+{}
+
+CAudioWrapper::CHostActivation::~CHostActivation()
+{
+    wrapper_.activator_ = outer_;
+}
+
 CError CAudioWrapper::saveChunk(CByteBuffer& outBuffer, bool isPreset, bool withHeader)
+{
+    CByteBuffer body;
+    QEL_TRY(acquireState(body, isPreset), {});
+    CMemoryWriteBuffer chunk;
+    if (withHeader) {
+        for (std::size_t i = 0; i < kHeaderBytes / 4; ++i) {
+            QEL_TRY(chunk.writeU32(0), {});
+        }
+    }
+    QEL_TRY(chunk.writeCompressedData(body, isPreset ? kPresetId : kBankId), {});
+    chunk.copyTo(outBuffer);
+    return {};
+}
+
+// Values that no processing call has taken yet belong to the state: a host may set parameters of a stopped effect.
+CError CAudioWrapper::acquireState(CByteBuffer& outBody, bool isPreset)
 {
     params_->takeChangesFromAudio();
     extParams_->takePosted();
@@ -29,17 +55,30 @@ CError CAudioWrapper::saveChunk(CByteBuffer& outBuffer, bool isPreset, bool with
                                                 CAudioParamRegistry::kAllGroups, body, true)
                      : registry_->acquireBank(false, body, true),
             {});
-    CByteBuffer bytes;
-    body.copyTo(bytes);
-    CMemoryWriteBuffer chunk;
-    if (withHeader) {
-        for (std::size_t i = 0; i < kHeaderBytes / 4; ++i) {
-            QEL_TRY(chunk.writeU32(0), {});
-        }
-    }
-    QEL_TRY(chunk.writeCompressedData(bytes, isPreset ? kPresetId : kBankId), {});
-    chunk.copyTo(outBuffer);
+    body.copyTo(outBody);
     return {};
+}
+
+CError CAudioWrapper::activateState(const CByteBuffer& body, bool isPreset)
+{
+    CMemoryReader reader(body.bytes());
+    QEL_TRY(isPreset ? registry_->activatePreset(reader, true) : registry_->activateBank(reader, true), {});
+    return {};
+}
+
+CError CAudioWrapper::activateProgram(std::int32_t index)
+{
+    const CHostActivation activation(*this);
+    params_->takeChangesFromAudio();
+    extParams_->takePosted();
+    QEL_TRY(registry_->setProgram(index, &programBridge_), {});
+    return {};
+}
+
+void CAudioWrapper::renameProgram(const CString& name)
+{
+    const CHostActivation activation(*this);
+    registry_->setProgramName(registry_->getProgram(), name, false, &programBridge_);
 }
 
 void CAudioWrapper::importChannelLabels()
@@ -68,8 +107,14 @@ CError CAudioWrapper::loadChunk(std::span<const std::uint8_t> data, bool isPrese
         CMemoryReader chunk(data);
         QEL_TRY(chunk.readCompressedData(body, isPreset ? kPresetId : kBankId), {});
     }
-    CMemoryReader reader(body.bytes());
-    QEL_TRY(isPreset ? registry_->activatePreset(reader, true) : registry_->activateBank(reader, true), {});
+    // A chunk can be whole and hold an entry that does not fit, which shows when others are in place already.
+    const CHostActivation activation(*this);
+    CByteBuffer before;
+    QEL_TRY(acquireState(before, isPreset), {});
+    if (CError error = activateState(body, isPreset)) {
+        releaseError(activateState(before, isPreset));
+        QEL_TRY(std::move(error), {});
+    }
     return {};
 }
 

@@ -1,6 +1,7 @@
 // Start and end of the library, and the roots of its trees.
 #include "CApplication.h"
 
+#include "CBridge.h"
 #include "CNotifyServer.h"
 #include "CObject.h"
 #include "CSystem.h"
@@ -78,7 +79,12 @@ CApplication* CApplication::get()
     return theApplication;
 }
 
-CApplication::CApplication() : uiScale_(readUIScale(localData_)), modulePath_(CSystem::modulePath()) {}
+CApplication::CApplication() : uiScale_(readUIScale(localData_)), modulePath_(CSystem::modulePath())
+{
+    // Statics end in the reverse order of their beginning, and the settings of a library that ends with the process
+    // still unlink their bridges. So the registry of links has to begin now.
+    const CBridgeBase firstUser;
+}
 
 CApplication::~CApplication() = default;
 

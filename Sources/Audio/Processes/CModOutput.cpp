@@ -38,8 +38,10 @@ void CModOutput::step(int count)
         }
         const CBufferRef samples = input(0).gather(channel.number, count, false);
         const std::size_t offset = outputs_.offset + static_cast<std::size_t>(written_);
-        void* const target = outputs_.channels[channel.number];
-        if (outputs_.isDouble) {
+        void* const target = outputs_.channel(channel.number);
+        if (!target) {
+            // The stream moves on all the same.
+        } else if (outputs_.isDouble) {
             narrow<double>(graph().kernels.samples(samples), target, offset, wanted);
         } else {
             narrow<float>(graph().kernels.samples(samples), target, offset, wanted);
@@ -53,7 +55,10 @@ void CModOutput::fillWithSilence(int channel, int written)
 {
     const auto start = static_cast<std::size_t>(std::clamp(written, 0, outputs_.count));
     const std::size_t count = static_cast<std::size_t>(outputs_.count) - start;
-    void* const target = outputs_.channels[channel];
+    void* const target = outputs_.channel(channel);
+    if (!target) {
+        return;
+    }
     if (outputs_.isDouble) {
         std::fill_n(static_cast<double*>(target) + outputs_.offset + start, count, 0.0);
     } else {

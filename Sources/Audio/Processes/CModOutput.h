@@ -14,10 +14,14 @@ struct CAudioHostOutputs
     bool isDouble = false;
     std::size_t offset = 0; // of the slice within the block, in samples
     int count = 0;          // length of the slice
+
+    // Null for a channel that the host does not want.
+    void* channel(int number) const { return channels ? channels[number] : nullptr; }
 };
 
-// Writes each host channel from the stream of the same number; a channel without a stream, and what a stream does not
-// deliver, becomes silence. Unlike other processes it is not driven by its inputs alone: write() asks for one slice.
+// Writes each host channel from the stream of the same number, unless its pointer is null; a channel without a stream,
+// and what a stream does not deliver, becomes silence. Unlike other processes it is not driven by its inputs alone:
+// write() asks for one slice.
 class CModOutput : public CAudioProcessBase
 {
 public:

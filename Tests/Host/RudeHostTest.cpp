@@ -1,0 +1,304 @@
+// Hosts that keep to no order, and what they may rely on all the same.
+#include "AllocationGuard.h"
+#include "HostRig.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <thread>
+#include <unistd.h>
+
+using namespace vst24;
+
+namespace qel::test {
+namespace {
+
+// --- beginning and end
+
+TEST(RudeHost, ScansInABareProcess)
+{
+    inChild([] {
+        for (const char* name : {"HOME", "XDG_DATA_HOME", "DISPLAY", "PATH", "LANG"}) {
+            unsetenv(name);
+        }
+        Host host({2400, "", "", true});
+        EXPECT_EQ(host->numParams, 24);
+        host.setPrecision(1);
+        host.text(kGetProductString, 64);
+        host.start();
+        host.run(drums<double>(3000), {512});
+        return std::vector<double>();
+    });
+}
+
+TEST(RudeHost, EndsInAnyState)
+{
+    { Host never; }
+    for (int round = 0; round < 20; ++round) {
+        Host one;
+        Host two;
+        one.start();
+        one.close();
+        two.start();
+        two.run(drums<float>(2000), {512});
+    }
+    Host elsewhere;
+    elsewhere.start();
+    std::thread([&] { elsewhere.close(); }).join();
+    // A process that ends with an effect running and nothing closed.
+    inChild([] {
+        auto* left = new Host();
+        left->start();
+        left->run(drums<float>(2000), {512});
+        std::exit(0);
+        return std::vector<double>();
+    });
+}
+
+TEST(RudeHost, CallsEverythingWithNothing)
+{
+    Host host;
+    for (int round = 0; round < 2; ++round) {
+        for (std::int32_t opcode = 2; opcode < 100; ++opcode) {
+            for (const std::int32_t index : {0, -1, 1 << 30}) {
+                host.call(opcode, index);
+                host.call(opcode, index, 0, nullptr, std::numeric_limits<float>::quiet_NaN());
+            }
+        }
+        host.start();
+    }
+    const Channels<float> input = drums<float>(600);
+    std::vector<float*> channels(8);
+    std::vector<double*> doubles(8);
+    host->processReplacing(host.effect(), nullptr, nullptr, 600);
+    host->processReplacing(host.effect(), channels.data(), channels.data(), 600);
+    host->processDoubleReplacing(host.effect(), nullptr, doubles.data(), 600);
+    host->process(host.effect(), nullptr, nullptr, 600);
+    host->process(host.effect(), channels.data(), channels.data(), 600);
+    host->processReplacing(host.effect(), nullptr, nullptr, 0);
+    host->processReplacing(host.effect(), nullptr, nullptr, -1000000);
+    VstEvents events{};
+    events.numEvents = 2;
+    EXPECT_EQ(host.call(kProcessEvents, 0, 0, &events), 1);
+    const Channels<float> output = host.run(input, {64});
+    EXPECT_TRUE(std::isfinite(output[0].back()));
+}
+
+TEST(RudeHost, RatesAndBlockSizesThatAreNone)
+{
+    const Channels<float> input = drums<float>(4000);
+    for (const float rate : {0.0f, -44100.0f, std::numeric_limits<float>::quiet_NaN(),
+                             std::numeric_limits<float>::infinity(), 1.0f, 8000.0f, 768000.0f, 1e30f}) {
+        Host host;
+        host.setAll(3);
+        host.start(rate, -7);
+        for (const auto& channel : host.run(input, {512})) {
+            for (const float sample : channel) {
+                ASSERT_TRUE(std::isfinite(sample)) << rate;
+            }
+        }
+        host.stop();
+    }
+}
+
+// --- blocks
+
+// Every parameter but the oversampling, which a project sets once.
+void setSound(Host& host)
+{
+    const float oversampling = host.get(1);
+    host.setAll(5);
+    host.set(1, oversampling);
+}
+
+std::vector<double> render(const std::vector<int>& sizes, bool inPlace = false, bool isDouble = false,
+                           bool isStarted = true)
+{
+    return inChild([&] {
+        Host host;
+        setSound(host);
+        if (isStarted) {
+            host.start(44100.0f);
+        }
+        host.setPrecision(isDouble);
+        return isDouble ? flat(host.run(drums<double>(20000), sizes, inPlace))
+                        : flat(host.run(drums<float>(20000), sizes, inPlace));
+    });
+}
+
+// The first sample that differs, or the common length.
+std::size_t firstDifference(const std::vector<double>& a, const std::vector<double>& b)
+{
+    return static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin());
+}
+
+TEST(RudeHost, BlocksOfAnySizeGiveTheSameSamples)
+{
+    const std::vector<double> fixed = render({512});
+    ASSERT_EQ(fixed.size(), 40000u);
+    EXPECT_GT(*std::max_element(fixed.begin(), fixed.end()), 0.01);
+    EXPECT_EQ(firstDifference(render({1, 3000, 17, 512, 4096, 2}), fixed), fixed.size());
+    EXPECT_EQ(firstDifference(render({64}, true), fixed), fixed.size()) << "in place";
+    EXPECT_EQ(firstDifference(render({5000, 333}, true), fixed), fixed.size()) << "in place";
+    EXPECT_EQ(firstDifference(render({20000}, false, false, false), fixed), fixed.size()) << "never started";
+}
+
+TEST(RudeHost, DoublesAndFloatsAgree)
+{
+    const std::vector<double> single = render({512});
+    const std::vector<double> wide = render({512}, false, true);
+    ASSERT_EQ(single.size(), wide.size());
+    for (std::size_t i = 0; i < single.size(); ++i) {
+        ASSERT_EQ(single[i], static_cast<double>(static_cast<float>(wide[i]))) << i;
+    }
+}
+
+TEST(RudeHost, ThePrecisionMayChangeAtAnyBlock)
+{
+    const auto changing = inChild([] {
+        Host host;
+        setSound(host);
+        host.setPrecision(1);
+        host.start(44100.0f);
+        std::vector<double> output;
+        const Channels<float> input = drums<float>(20000);
+        for (std::size_t start = 0, turn = 0; start < input[0].size(); start += 500, ++turn) {
+            Channels<float> part;
+            Channels<double> wide;
+            for (const auto& channel : input) {
+                const auto from = channel.begin() + static_cast<std::ptrdiff_t>(start);
+                part.emplace_back(from, from + 500);
+                wide.emplace_back(from, from + 500);
+            }
+            host.setPrecision(turn % 2);
+            host.setPrecision(2); // is none, and changes nothing
+            const auto left = turn % 2 ? flat(host.run(wide, {500})) : flat(host.run(part, {500}));
+            for (std::size_t i = 0; i < 500; ++i) {
+                output.push_back(static_cast<float>(left[i]));
+            }
+        }
+        return output;
+    });
+    std::vector<double> fixed = render({500});
+    fixed.resize(20000);
+    EXPECT_EQ(changing, fixed);
+}
+
+TEST(RudeHost, AccumulatingAddsToWhatIsThere)
+{
+    const std::vector<double> replaced = render({1500});
+    const std::vector<double> added = inChild([] {
+        Host host;
+        setSound(host);
+        host.start(44100.0f);
+        Channels<float> input = drums<float>(20000);
+        Channels<float> output(2, std::vector<float>(20000, 0.25f));
+        std::vector<float*> in{input[0].data(), input[1].data(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+        std::vector<float*> out{output[0].data(), output[1].data(), nullptr, nullptr,
+                                nullptr,          nullptr,          nullptr, nullptr};
+        host->process(host.effect(), in.data(), out.data(), 20000);
+        return flat(output);
+    });
+    ASSERT_EQ(added.size(), replaced.size());
+    for (std::size_t i = 0; i < added.size(); ++i) {
+        ASSERT_EQ(added[i], static_cast<double>(0.25f + static_cast<float>(replaced[i]))) << i;
+    }
+}
+
+TEST(RudeHost, StoppingForgetsWhatRang)
+{
+    Host host;
+    host.setAll(5);
+    host.start();
+    host.run(drums<float>(20000), {512});
+    host.stop();
+    host.stop();
+    host.start();
+    host.start();
+    const Channels<float> silence(2, std::vector<float>(8000));
+    for (const auto& channel : host.run(silence, {512})) {
+        for (const float sample : channel) {
+            ASSERT_LT(std::fabs(sample), 1e-6f);
+        }
+    }
+}
+
+// --- threads
+
+TEST(RudeHost, AutomatesFromSeveralThreadsWhileProcessing)
+{
+    Host host;
+    host.start();
+    std::atomic<bool> isOver{false};
+    std::vector<std::thread> writers;
+    for (unsigned seed = 1; seed <= 3; ++seed) {
+        writers.emplace_back([&, seed] {
+            std::mt19937 random(seed);
+            while (!isOver) {
+                const auto index = static_cast<std::int32_t>(random() % 24);
+                host.set(index, static_cast<float>(random() % 1000) / 1000.0f);
+                host.get(static_cast<std::int32_t>(random() % 24));
+                host.text(kGetParamDisplay, 8, index);
+                std::this_thread::yield();
+            }
+        });
+    }
+    writers.emplace_back([&] {
+        Bytes state;
+        while (!isOver) {
+            state = host.chunk(true);
+            host.load(state, true);
+            host.call(kSetProgram, 0, 1);
+            host.call(kSetProgram, 0, 0);
+        }
+    });
+    const Channels<float> output = host.run(drums<float>(24000), {480, 31, 1000});
+    isOver = true;
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+    for (const float sample : output[0]) {
+        ASSERT_TRUE(std::isfinite(sample));
+    }
+    // When all is quiet, what was set last holds.
+    host.set(5, 0.25f);
+    host.run(drums<float>(1000), {100});
+    EXPECT_NEAR(host.get(5), 0.25f, 1e-3);
+}
+
+TEST(RudeHost, TheAudioThreadWaitsForNobodyOnceWarm)
+{
+    if (!AllocationGuard::kCounts) {
+        GTEST_SKIP() << "not counted in this build";
+    }
+    Host host;
+    host.start();
+    Channels<float> signal = drums<float>(4096);
+    std::vector<float*> channels(8);
+    channels[0] = signal[0].data();
+    channels[1] = signal[1].data();
+    // The first round meets every module's first change, the second every change from where the first one ended.
+    for (const bool isWarm : {false, false, true}) {
+        for (unsigned seed = 1; seed < 40; ++seed) {
+            const AllocationGuard::Counts counts = [&] {
+                AllocationGuard guard;
+                host.set(static_cast<std::int32_t>(seed % 24), static_cast<float>(seed % 7) / 6.0f);
+                for (int size : {64, 4096, 1, 777}) {
+                    host->processReplacing(host.effect(), channels.data(), channels.data(), size);
+                }
+                return guard.stop();
+            }();
+            if (isWarm) {
+                const unsigned parameter = seed % 24;
+                EXPECT_EQ(counts.allocations + counts.frees + counts.locks, 0u) << "parameter " << parameter;
+                // A filter of the parameter may be tried for, and is left to the next call if it is taken.
+                EXPECT_LE(counts.tryLocks, 1u) << "parameter " << parameter;
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace qel::test
