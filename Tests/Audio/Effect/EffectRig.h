@@ -186,7 +186,8 @@ inline double lineAmplitude(const Signal& signal, double freqHz, double rateHz)
         const double part = static_cast<double>(i - from) / static_cast<double>(signal.size() - from);
         windowed[i] = signal[i] * (1.0 - std::cos(2.0 * std::numbers::pi * part));
     }
-    return 2.0 * std::abs(transform(windowed, freqHz, rateHz, from)) / static_cast<double>(signal.size() - from);
+    return 2.0 * std::abs(transform(windowed, freqHz, rateHz, from)) /
+           static_cast<double>(signal.size() - from);
 }
 
 } // namespace qel::test
