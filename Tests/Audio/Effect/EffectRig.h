@@ -161,7 +161,7 @@ inline double worstDifference(const Signal& a, const Signal& b, std::size_t from
     double worst = a.size() == b.size() ? 0.0 : INFINITY;
     for (std::size_t i = from; i < std::min(a.size(), b.size()); ++i) {
         const double difference = std::fabs(a[i] - b[i]);
-        worst = difference <= worst ? worst : difference; // what is no number counts
+        worst = std::isnan(difference) ? INFINITY : std::max(worst, difference);
     }
     return worst;
 }
