@@ -52,7 +52,10 @@ TEST_F(EffectChannels, GroupsProcessTheirChannelsByThemselves)
         host.setList("io-params.grouping", {0, 1, 0, 1});
         host.open(kRateHz, 4);
     };
-    const Settings other = {{".xover-freq", 50}, {".xover-type", 1}, {".sub-enable", 1}, {".lf-enable", 0},
+    const Settings other = {{".xover-freq", 50},
+                            {".xover-type", 1},
+                            {".sub-enable", 1},
+                            {".lf-enable", 0},
                             {"modOutGain.gain", 0.5}};
     EffectHost both;
     both.apply(busySettings(), 0);
@@ -86,11 +89,8 @@ TEST_F(EffectChannels, UnusedGroupsCostNothing)
     host.run<double>(warmUp, {512});
     const auto atDefaults = host.kernelsOfBlock();
     // Crossover, gain of the sum, mix with the dry band and DC filter; no effect, no meter, no noise.
-    EXPECT_EQ(atDefaults, (std::map<std::string, int>{{"fltbiqlpg", 4},
-                                                      {"fltbiqhpg", 4},
-                                                      {"mix", 2},
-                                                      {"add2", 2},
-                                                      {"flthp1a", 2}}));
+    EXPECT_EQ(atDefaults, (std::map<std::string, int>{
+                              {"fltbiqlpg", 4}, {"fltbiqhpg", 4}, {"mix", 2}, {"add2", 2}, {"flthp1a", 2}}));
     for (int group = 1; group < 8; ++group) {
         host.apply(busySettings(), group);
     }

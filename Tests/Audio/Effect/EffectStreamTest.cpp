@@ -20,7 +20,8 @@ TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
         Signals reference;
         std::minstd_rand random(7);
         std::vector<int> randomSizes(100);
-        std::generate(randomSizes.begin(), randomSizes.end(), [&] { return static_cast<int>(random() % 1500); });
+        std::generate(randomSizes.begin(), randomSizes.end(),
+                      [&] { return static_cast<int>(random() % 1500); });
         for (const std::vector<int>& sizes :
              std::vector<std::vector<int>>{{20000}, {1}, {7}, {64}, {512}, {513}, {4096}, randomSizes}) {
             CNoiseSource::restartSeeds();
@@ -54,7 +55,8 @@ TEST_F(EffectStream, OversamplingIsTransparentAndAsLateAsReported)
             const Signals output = host.run<double>(input, {512});
             for (double freqHz = 20.0; freqHz <= 18000.0; freqHz *= 1.05) {
                 const double gain = std::abs(transform(output[0], freqHz, rateHz));
-                ASSERT_NEAR(20.0 * std::log10(gain), 0.0, 0.01) << freqHz << " at " << rateHz << ", " << oversampling;
+                ASSERT_NEAR(20.0 * std::log10(gain), 0.0, 0.01)
+                    << freqHz << " at " << rateHz << ", " << oversampling;
             }
             double energy = 0.0;
             double moment = 0.0;
@@ -73,11 +75,31 @@ TEST_F(EffectStream, OversamplingIsTransparentAndAsLateAsReported)
 // --- every setting at every rate
 
 constexpr const char* kControls[] = {
-    ".xover-freq",  ".xover-type",  ".lf-mon",      ".lf-enable",  ".lf-gain",         ".punch-enable",
-    ".punch-gain",  ".sat-enable",  ".sat-drive",   ".sat-mode",   ".sat-lpf",         ".sat-hpf",
-    ".sat-gain",    ".sub-enable",  ".sub-gain",    ".comp-enable", ".comp-drive",     ".mix-gain",
-    ".mono-enable", ".drymix",      "modOutGain.gain", "modOutGain.mute", "modBypass.enable",
-    ".dcfilter-params.type", ".dcfilter-params.freq",
+    ".xover-freq",
+    ".xover-type",
+    ".lf-mon",
+    ".lf-enable",
+    ".lf-gain",
+    ".punch-enable",
+    ".punch-gain",
+    ".sat-enable",
+    ".sat-drive",
+    ".sat-mode",
+    ".sat-lpf",
+    ".sat-hpf",
+    ".sat-gain",
+    ".sub-enable",
+    ".sub-gain",
+    ".comp-enable",
+    ".comp-drive",
+    ".mix-gain",
+    ".mono-enable",
+    ".drymix",
+    "modOutGain.gain",
+    "modOutGain.mute",
+    "modBypass.enable",
+    ".dcfilter-params.type",
+    ".dcfilter-params.freq",
 };
 
 // Any value, or one of the ends.
@@ -98,8 +120,8 @@ TEST_F(EffectStream, StaysFiniteAndBoundedAtEverySettingAndRate)
     constexpr double kBound = 1e5;
     const unsigned seed = 20;
     std::minstd_rand random(seed);
-    for (const double rateHz : {8000.0, 11025.0, 16000.0, 22050.0, 32000.0, 44100.0, 48000.0, 88200.0, 96000.0,
-                                192000.0, 384000.0}) {
+    for (const double rateHz : {8000.0, 11025.0, 16000.0, 22050.0, 32000.0, 44100.0, 48000.0, 88200.0,
+                                96000.0, 192000.0, 384000.0}) {
         for (int oversampling = 0; oversampling <= 4; ++oversampling) {
             EffectHost host({{"oversampling", oversampling}, {"denorm-enable", 1}}, rateHz);
             for (int round = 0; round < 8; ++round) {
@@ -108,7 +130,8 @@ TEST_F(EffectStream, StaysFiniteAndBoundedAtEverySettingAndRate)
                 const Signals output = host.run<double>(input, {512, 100});
                 for (const Signal& channel : output) {
                     ASSERT_LT(worstDifference(channel, Signal(channel.size())), kBound)
-                        << "seed " << seed << ", " << rateHz << " Hz, " << oversampling << ", round " << round;
+                        << "seed " << seed << ", " << rateHz << " Hz, " << oversampling << ", round "
+                        << round;
                 }
             }
         }
@@ -168,23 +191,19 @@ TEST_F(EffectStream, GetsOverSamplesThatAreNoneOrFarTooLoud)
 {
     Settings settings = busySettings();
     settings["oversampling"] = 2;
-    constexpr std::size_t kCount = 30 * 48000;
+    constexpr std::size_t kCount = 5 * 48000;
     const Signal clean = music(48000.0, kCount, 1);
     EffectHost undisturbed(settings);
     const Signal expected = undisturbed.run<double>({clean, clean}, {512})[0];
-    const double accidents[] = {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(),
-                                -std::numeric_limits<double>::infinity(), 1e30, -1e30, 1e300};
-    for (const double accident : accidents) {
+    using Limits = std::numeric_limits<double>;
+    for (const double accident :
+         {Limits::quiet_NaN(), Limits::infinity(), -Limits::infinity(), 1e30, -1e30, Limits::max(), 1e4}) {
         Signal disturbed = clean;
         std::fill_n(disturbed.begin() + 5000, 3, accident);
         EffectHost host(settings);
         const Signal output = host.run<double>({disturbed, clean}, {512})[0];
+        EXPECT_LT(worstDifference(output, expected), 1e6) << accident;
         EXPECT_LT(worstDifference(output, expected, kCount - 48000), 1e-3) << accident;
-        std::size_t settled = output.size();
-        while (settled > 0 && std::fabs(output[settled - 1] - expected[settled - 1]) < 1e-3) {
-            --settled;
-        }
-        std::printf("%g: settled after %.2f s\n", accident, (double(settled) - 5000) / 48000);
     }
 }
 
