@@ -1,5 +1,5 @@
 // Channels, groups and mid/side of the whole effect.
-#include "EffectRig.h"
+#include "EffectTest.h"
 
 namespace qel {
 namespace {

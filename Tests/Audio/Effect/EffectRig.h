@@ -4,8 +4,6 @@
 #include "../Wrapper/WrapperRig.h"
 #include "Kernels/CKernelRecording.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <complex>
 #include <map>
@@ -97,12 +95,10 @@ public:
     }
 };
 
-// The application with the delivered tree, for as long as a test runs.
-class EffectTest : public ::testing::Test
+inline std::string deliveredTree()
 {
-protected:
-    TestApplication application_{R"(<tree><include file=")" DRUMFELL_DATA R"(/SharedData.xml"/></tree>)"};
-};
+    return R"(<tree><include file=")" DRUMFELL_DATA R"(/SharedData.xml"/></tree>)";
+}
 
 // Everything on.
 inline Settings busySettings()

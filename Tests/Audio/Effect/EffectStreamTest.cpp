@@ -1,5 +1,5 @@
 // The whole effect as a stream: block sizes, rates, oversampling, latency, and what hosts may throw at it.
-#include "EffectRig.h"
+#include "EffectTest.h"
 
 #include <algorithm>
 #include <chrono>

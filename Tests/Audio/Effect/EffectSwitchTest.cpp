@@ -1,5 +1,5 @@
 // What each control does to the sound, and what it leaves alone.
-#include "EffectRig.h"
+#include "EffectTest.h"
 
 #include <functional>
 
