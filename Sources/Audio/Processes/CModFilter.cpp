@@ -137,7 +137,7 @@ bool isFirstOrder(EFilterFamily kind)
 void CModFilterModule::load(const CFilterSection& section, Stage& stage, const Stage* running)
 {
     const CFilterKernels& family = kernels_.filterKernels(section.kind);
-    const CBufferRef coefficients = kernels_.allocateSamples(CFilterSection::kMaxCoefficients);
+    const CBufferRef coefficients = kernels_.allocate(CFilterSection::kMaxCoefficients * sizeof(double));
     if (coefficients.isNone()) {
         return;
     }
