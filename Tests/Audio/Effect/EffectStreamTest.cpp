@@ -2,7 +2,7 @@
 #include "EffectTest.h"
 
 #include <algorithm>
-#include <chrono>
+#include <ctime>
 #include <limits>
 
 namespace qel {
@@ -15,7 +15,8 @@ class EffectStream : public EffectTest
 
 TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
 {
-    const Signals input{music(48000.0, 20000, 1), music(48000.0, 20000, 2)};
+    const Signal before = music(48000.0, 10000, 1);
+    const Signal after = music(48000.0, 10000, 2);
     for (const int oversampling : {1, 3}) {
         Signals reference;
         std::minstd_rand random(7);
@@ -29,7 +30,13 @@ TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
             host.set("denorm-enable", 1.0);
             host.set(".lf-mon", 1.0); // a mute makes noise
             host.set("oversampling", oversampling);
-            const Signals output = host.run<double>(input, sizes);
+            Signals output = host.run<double>({before, before}, sizes);
+            host.set(".mix-gain", 2.0); // behind the latency, so within a step
+            host.set(".xover-freq", 150.0);
+            const Signals rest = host.run<double>({after, after}, sizes);
+            for (std::size_t channel = 0; channel < 2; ++channel) {
+                output[channel].insert(output[channel].end(), rest[channel].begin(), rest[channel].end());
+            }
             if (reference.empty()) {
                 reference = output;
             }
@@ -168,18 +175,16 @@ TEST_F(EffectStream, SilenceInGivesSilenceOut)
 
 TEST_F(EffectStream, SilenceCostsNoMoreThanMusic)
 {
-    using Clock = std::chrono::steady_clock;
     EffectHost host(busySettings());
     host.set("denorm-enable", 1.0);
     const Signals tune{music(48000.0, 480000, 1), music(48000.0, 480000, 2)};
     const Signals silence(2, Signal(480000));
-    double shortest[2] = {1e9, 1e9};
+    double shortest[2] = {INFINITY, INFINITY};
     for (int repeat = 0; repeat < 4; ++repeat) {
         for (const bool isSilent : {false, true}) {
-            const auto start = Clock::now();
+            const std::clock_t start = std::clock(); // of this process, whatever else runs
             host.run<double>(isSilent ? silence : tune, {512});
-            const std::chrono::duration<double> time = Clock::now() - start;
-            shortest[isSilent] = std::min(shortest[isSilent], time.count());
+            shortest[isSilent] = std::min(shortest[isSilent], static_cast<double>(std::clock() - start));
         }
     }
     // Denormals would cost tens of times as much.
