@@ -97,5 +97,19 @@ TEST_F(EffectClicks, NoKnobClicks)
     EXPECT_LT(clickFactor(others, {".sub-gain", 1 / kLoud, kLoud}, 1), 1.5);
 }
 
+// What a filter takes over from its predecessor may not send it swinging, whatever it has heard.
+TEST_F(EffectClicks, CrossoverDoesNotThump)
+{
+    for (const double toneHz : {30.0, 150.0, 1000.0, 8000.0}) {
+        for (const auto& [from, to] : {std::pair(300.0, 20.0), std::pair(20.0, 300.0)}) {
+            EffectHost host({{".xover-freq", from}});
+            const Signal tone = sine(toneHz, kRateHz, 24000, 0.5);
+            host.run<double>({tone, tone}, {512});
+            host.set(".xover-freq", to);
+            EXPECT_LT(peak(host.run<double>({tone, tone}, {512})[0]), 0.55) << toneHz << " Hz, to " << to;
+        }
+    }
+}
+
 } // namespace
 } // namespace qel
