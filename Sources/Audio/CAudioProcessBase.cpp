@@ -5,6 +5,7 @@
 #include "CGraphVisitor.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace qel {
@@ -108,7 +109,7 @@ bool CAudioProcessBase::process()
             mustApplyEvents_ = false;
             applyEvents();
         }
-        const int count = limitStep(offered);
+        const int count = limitToNextEvent(limitStep(offered));
         step(count);
         positionSamples_ += count;
         bool isDry = false;
@@ -167,8 +168,24 @@ bool CAudioProcessBase::applyDueEvents()
     if (!slots_.hasEvents()) {
         return false;
     }
-    const double shiftSec = def_.usesTimeShift() ? format_.latencySec() : 0.0;
-    return slots_.applyUntil(positionSec() + 1.0 / format_.sampleRateHz - shiftSec);
+    return slots_.applyUntil(positionSec() + 1.0 / format_.sampleRateHz - timeShiftSec());
+}
+
+// Behind a latency a change falls due within a step, wherever the host's blocks end.
+int CAudioProcessBase::limitToNextEvent(int count) const
+{
+    if (!slots_.hasEvents()) {
+        return count;
+    }
+    constexpr double kRounding = 1e-6; // of times, in samples
+    const double samples = (slots_.nextEventSec() + timeShiftSec() - positionSec()) * format_.sampleRateHz;
+    const double whole = std::floor(samples + kRounding);
+    return whole >= 1.0 && whole < count ? static_cast<int>(whole) : count;
+}
+
+double CAudioProcessBase::timeShiftSec() const
+{
+    return def_.usesTimeShift() ? format_.latencySec() : 0.0;
 }
 
 } // namespace qel

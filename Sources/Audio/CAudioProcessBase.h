@@ -114,6 +114,8 @@ private:
     int available() const;
     bool takeUpFormats();
     bool applyDueEvents();
+    int limitToNextEvent(int count) const;
+    double timeShiftSec() const;
 
     const CAudioProcessDefBase& def_;
     CAudioGraph* graph_ = nullptr;

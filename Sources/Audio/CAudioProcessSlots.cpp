@@ -8,6 +8,7 @@
 #include "CAudioProcessDefBase.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace qel {
 
@@ -101,6 +102,12 @@ bool CAudioProcessSlots::applyUntil(double limitSec)
     const bool hasChanged = queue_.applyUntil(limitSec, [](const auto&, const auto&) {});
     isDirty_ = !queue_.isEmpty();
     return hasChanged;
+}
+
+double CAudioProcessSlots::nextEventSec() const
+{
+    const CAudioParamEventNode* next = queue_.peek();
+    return next ? next->event->getTime() : std::numeric_limits<double>::infinity();
 }
 
 const CAudioProcessSlots::Slot* CAudioProcessSlots::find(int number) const

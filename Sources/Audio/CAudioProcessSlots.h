@@ -45,6 +45,8 @@ public:
     // --- audio thread
 
     bool hasEvents() const { return isDirty_; }
+    // The date of the change whose turn it is; infinite without one.
+    double nextEventSec() const;
     // Takes up all changes dated before `limitSec`. True if there were any.
     bool applyUntil(double limitSec);
 

@@ -19,14 +19,17 @@ namespace {
 
 constexpr int kOfflineLevel = 4;
 
-// What is not finite would settle in a filter's state and never leave.
+// No signal is as loud as 180 dB above full scale, but memory that nobody has filled may be. Filters and
+// envelopes would take seconds to minutes to forget it, and what is not finite they would never forget.
+constexpr double kLoudest = 1e9;
+
 template <class Sample>
 void widenSamples(const void* channel, int start, double* out, int count)
 {
     const Sample* from = static_cast<const Sample*>(channel) + start;
     for (int i = 0; i < count; ++i) {
         const double sample = from[i];
-        out[i] = std::isfinite(sample) ? sample : 0.0;
+        out[i] = std::fabs(sample) <= kLoudest ? sample : 0.0;
     }
 }
 

@@ -1,9 +1,7 @@
 // First-order low-pass and high-pass filters, up to four in a row.
 #include "Filters/CAudioFilterLPHP1Gen.h"
 
-#include "Math/Elementary.h"
-
-#include <cmath>
+#include "Kernels/OnePoleGain.h"
 
 namespace qel {
 
@@ -15,13 +13,6 @@ constexpr double kStageFactors[] = {
     6.283185307179586, 9.762843238257704, 12.324520004807102, 14.445182941459475, // low-pass
     6.283185307179586, 4.043741832261851, 3.2032417967563136, 2.7329814903935525, // high-pass
 };
-
-// Coefficient of the follower y += (x - y) k that is 3 dB down at `w` radians a sample.
-double onePoleGain(double w)
-{
-    const double x = 2.0 - math::cos(w);
-    return 1.0 + std::sqrt(x * x - 1.0) - x;
-}
 
 } // namespace
 

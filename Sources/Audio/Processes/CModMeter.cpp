@@ -59,7 +59,7 @@ CModMeterModule::CModMeterModule(CKernelContext& kernels, const CModMeterDef& de
     : kernels_(kernels), isDiff_(def.isDiff()), isCompression_(def.isCompression())
 {
     state_ = kernels_.allocate(sizeof(CMeterState));
-    readOut_ = kernels_.allocateSamples(3);
+    readOut_ = kernels_.allocate(3 * sizeof(double));
     new (kernels_.address(state_)) CMeterState;
 }
 
@@ -88,7 +88,7 @@ void CModMeterModule::makeRoom(std::int32_t history)
         kernels_.release(history_);
     }
     room_ = (history + kHistoryStep - 1) / kHistoryStep * kHistoryStep;
-    history_ = kernels_.allocateSamples(static_cast<std::size_t>(room_));
+    history_ = kernels_.allocate(static_cast<std::size_t>(room_) * sizeof(double));
 }
 
 void CModMeterModule::configure(const Settings& settings, const CAudioModulePlace& place,

@@ -37,7 +37,8 @@ void CModPShiftModule::releaseRing()
 void CModPShiftModule::configure(const Settings& settings, const CAudioModulePlace&)
 {
     releaseRing();
-    ring_ = kernels_.allocateSamples(PShiftState::ringSamples(settings.grain));
+    // Not a sample buffer: all of those get the room of the longest, and the ring is longer than any step.
+    ring_ = kernels_.allocate(PShiftState::ringSamples(settings.grain) * sizeof(double));
     if (PShiftState* state = state_.get()) {
         state->grain = settings.grain;
     }

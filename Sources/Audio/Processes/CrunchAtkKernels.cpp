@@ -1,6 +1,6 @@
 // Kernels of the compressor's attack: a gain that jumps becomes one that moves.
+#include "Kernels/OnePoleGain.h"
 #include "Processes/CrunchKernels.h"
-#include "Processes/OnePoleGain.h"
 
 #include <algorithm>
 #include <numbers>

@@ -1,6 +1,6 @@
 // Kernels of the compressor's release: a level becomes a gain.
+#include "Kernels/OnePoleGain.h"
 #include "Processes/CrunchKernels.h"
-#include "Processes/OnePoleGain.h"
 
 #include <cmath>
 #include <numbers>
@@ -122,7 +122,9 @@ double meanSquareGain(const CrunchRlsState& state, double w, int count)
     return sum / count;
 }
 
-// Whatever the drive, the loudness of a sine of full scale stays.
+// Over a sine of full scale that is followed without delay, the gain has a mean square of 1 whatever the
+// drive: turning the drive up brings soft signals up and loud ones down. In the inverse form the quotient is
+// scaled by the same mean once more and not back to 1.
 void calibrate(CrunchRlsState& state)
 {
     // One period of 500 Hz and one of 2 kHz at 44.1 kHz; the gain has no memory here, so any rate will do.

@@ -2,6 +2,7 @@
 #include "Processes/MeterKernels.h"
 
 #include "Kernels/KernelMath.h"
+#include "Kernels/OnePoleGain.h"
 #include "Math/Elementary.h"
 
 #include <algorithm>
@@ -30,9 +31,7 @@ double extreme(double a, double b)
 // Coefficient of a one-pole follower with its -3 dB point at `cutoffHz`.
 double onePole(double cutoffHz, double sampleRateHz)
 {
-    const double w = 2.0 * kernelmath::kPi * cutoffHz / sampleRateHz;
-    const double y = 2.0 - kernelmath::cos(w);
-    return 1.0 + std::sqrt(y * y - 1.0) - y;
+    return onePoleGain(2.0 * kernelmath::kPi * cutoffHz / sampleRateHz);
 }
 
 double releaseCoefficient(double releaseSec, double sampleRateHz)

@@ -1,8 +1,8 @@
 // Kernels of the saturator.
 #include "Processes/SatDRFKernels.h"
 
+#include "Kernels/OnePoleGain.h"
 #include "Kernels/Unrolled.h"
-#include "Processes/OnePoleGain.h"
 
 #include <cmath>
 #include <numbers>

@@ -92,21 +92,28 @@ TEST(ResamplerFilters, GiveBackTheSignalAsLateAsTheStreamSays)
 
 TEST(ResamplerFilters, RemoveTheImagesOnTheWayUpAndWhatWouldFoldOnTheWayDown)
 {
-    const double cycles = 0.1; // 4.8 kHz
-    const Channels raised = [&] {
-        FilteredGraph up(kUp);
-        up.set("mode", 4.0);
-        return up.run(sine(cycles, 9600), {512});
-    }();
-    EXPECT_NEAR(std::abs(measure(raised[0], cycles / 8, 9600)), 1.0, 1e-5);
-    for (int image = 1; image < 8; ++image) { // around each multiple of the host's rate
-        EXPECT_LT(std::abs(measure(raised[0], (image - cycles) / 8, 9600)), 1e-5) << image;
-    }
-    FilteredGraph down(kDown);
-    down.set("mode", 4.0);
-    for (int image = 1; image < 4; ++image) {
-        const Channels lowered = down.run(sine((image - cycles) / 8, 76800), {512});
-        EXPECT_LT(std::abs(measure(lowered[0], cycles, 4800)), 1e-5) << image;
+    for (const double cycles : {0.1, 0.25, 0.408}) { // up to 18 kHz of 44.1
+        for (const int factor : {2, 4, 8}) {
+            const double mode = 1.0 + std::log2(factor);
+            const Channels raised = [&] {
+                FilteredGraph up(kUp);
+                up.set("mode", mode);
+                return up.run(sine(cycles, 10000), {512});
+            }();
+            EXPECT_NEAR(std::abs(measure(raised[0], cycles / factor, 10000)), 1.0, 1e-4);
+            for (int image = 1; image < factor; ++image) { // around each multiple of the host's rate
+                EXPECT_LT(std::abs(measure(raised[0], (image - cycles) / factor, 10000)), 1e-5)
+                    << image << " of " << factor << " at " << cycles;
+            }
+            FilteredGraph down(kDown);
+            down.set("mode", mode);
+            for (int image = 1; image <= factor / 2; ++image) {
+                const auto length = static_cast<std::size_t>(10000 * factor);
+                const Channels lowered = down.run(sine((image - cycles) / factor, length), {512});
+                EXPECT_LT(std::abs(measure(lowered[0], cycles, 5000)), 1e-5)
+                    << image << " of " << factor << " at " << cycles;
+            }
+        }
     }
 }
 

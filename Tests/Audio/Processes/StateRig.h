@@ -64,7 +64,7 @@ private:
 // The gain of a one-pole follower, in long double so that it is no copy of what is tested.
 inline double referenceOnePoleGain(double w)
 {
-    const long double x = 2.0L - std::cos(static_cast<long double>(w));
+    const long double x = 2.0L - std::cos(static_cast<long double>(std::fmin(w, 3.14159265358979323846)));
     return static_cast<double>(1.0L + std::sqrt(x * x - 1.0L) - x);
 }
 

@@ -1,6 +1,6 @@
 #include "Processes/TransKernels.h"
 
-#include "Processes/OnePoleGain.h"
+#include "Kernels/OnePoleGain.h"
 #include "StateRig.h"
 
 #include <gtest/gtest.h>
@@ -74,7 +74,7 @@ struct Reference
     }
 };
 
-TEST(OnePoleGain, PutsTheFollowersHalfPowerPointAtItsFrequency)
+TEST(OnePoleGain, PutsTheFollowersHalfPowerPointAtItsFrequencyAsFarAsThereIsOne)
 {
     for (const double w : {1e-4, 1e-3, 0.01, 0.1, 0.5, 1.0, 1.5}) {
         const double k = onePoleGain(w);
@@ -82,6 +82,13 @@ TEST(OnePoleGain, PutsTheFollowersHalfPowerPointAtItsFrequency)
         const double power = k * k / (1.0 - 2.0 * (1.0 - k) * std::cos(w) + (1.0 - k) * (1.0 - k));
         EXPECT_NEAR(power, 0.5, 1e-6) << w;
     }
+    double previous = 0.0;
+    for (double w = 0.01; w < 50.0; w += 0.01) {
+        const double k = onePoleGain(w);
+        ASSERT_GE(k, previous) << "a higher corner never closes the filter: " << w;
+        previous = k;
+    }
+    EXPECT_LT(previous, 1.0);
 }
 
 TEST(TransKernels, EachCurveFollowsItsFormula)
