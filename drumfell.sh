@@ -4,7 +4,11 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libpugixml-dev libcli11-dev libgtest-dev
-    libbenchmark-dev)
+    libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev libkissfft-dev nlohmann-json3-dev)
+# Effects of other makers, which the renderer must be able to host.
+test_packages=(dpf-plugins-vst)
+# Recorded drum loops, and what reads the reports.
+demo_packages=(jq sonic-pi-samples)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
 fuzz_packages=(clang libclang-rt-14-dev)
 
@@ -56,16 +60,60 @@ run_tests() {
     ctest --preset "$1" -j "$(nproc)"
 }
 
+# The files of the demo, one a line: recorded loops, or a generated one where they are not to be had.
+demo_loops() {
+    local folder=/usr/share/sonic-pi/samples
+    if (need "${demo_packages[@]}") >&2 && [ -f "$folder/loop_breakbeat.flac" ]; then
+        printf '%s\n' "$folder/loop_breakbeat.flac" "$folder/loop_amen_full.flac"
+    else
+        echo "The recorded loops could not be installed; this is a generated one." >&2
+        build/release/bin/drumfell-drumloop build/demo/generated_loop.wav
+        echo build/demo/generated_loop.wav
+    fi
+}
+
+# Loops that reach full scale get headroom, as in a mix; what goes over it all the same is kept by floating point.
+demo() {
+    local presets=("Acoustic Drums Punch" "Defined Kicks" "Extra Sub") loops preset folder
+    rm -rf build/demo
+    mkdir -p build/demo
+    mapfile -t loops < <(demo_loops)
+    [ ${#loops[@]} -gt 0 ] || exit 1
+    for preset in "${presets[@]}"; do
+        folder="build/demo/${preset// /_}"
+        mkdir -p "$folder"
+        build/release/bin/drumfell-render "${loops[@]}" --preset "$preset" --input-gain -9 --tail 0.5 \
+            --output-dir "$folder" --type wav --format float --plot "$folder" --json "$folder/report.json" \
+            -j "$(nproc)" --quiet
+    done
+    demo_table build/demo/*/report.json
+    echo
+    echo "Listen and look; each folder also has its report.json:"
+    ls -d build/demo/*/*.wav build/demo/*/*.png | sed 's/^/  /'
+}
+
+demo_table() {
+    local line='%-22s %-22s %7s %7s %7s %7s %7s %7s %8s %8s\n'
+    printf "$line" "" "" "peak" "dB" "RMS" "dB" "<120 Hz" "dB" "delay" "times"
+    printf "$line" "loop" "preset" "before" "after" "before" "after" "before" "after" "samples" "real"
+    jq -r 'def db: if . == null then "-inf" else (. * 10 | round / 10 | tostring) end;
+        .files[] | [(.input | split("/") | last), .preset,
+            (.before.peakDb | db), (.after.peakDb | db), (.before.rmsDb | db), (.after.rmsDb | db),
+            (.before.lowBandRmsDb | db), (.after.lowBandRmsDb | db),
+            (.latencySamples | tostring), (.realTimeFactor | db)] | @tsv' "$@" |
+        while IFS=$'\t' read -r -a cells; do
+            printf "$line" "${cells[@]}"
+        done
+}
+
 case "${1:-}" in
 demo)
-    need "${build_packages[@]}"
-    build release
-    build/release/bin/drumfell-inspect build/release/resources/SharedData.xml
-    echo
-    echo "This is the compiled tree in build/release/Drumfell.so. Rendering audio comes with the host boundary."
+    need "${build_packages[@]}" "${demo_packages[@]:0:1}"
+    build release Drumfell drumfell-render drumfell-drumloop
+    demo
     ;;
 test)
-    need "${build_packages[@]}"
+    need "${build_packages[@]}" "${test_packages[@]}"
     build release
     run_tests release
     ;;
@@ -76,7 +124,7 @@ bench)
     build/release/bin/drumfell-bench "$@"
     ;;
 sanitize)
-    need "${build_packages[@]}" "${fuzz_packages[@]}"
+    need "${build_packages[@]}" "${test_packages[@]}" "${fuzz_packages[@]}"
     build asan-ubsan
     run_tests asan-ubsan
     build tsan

@@ -69,6 +69,8 @@ void addSoundOptions(CLI::App& app, CCommand& command)
     app.add_option("--tempo", settings.tempoBpm, "Beats a minute")
         ->capture_default_str()
         ->check(CLI::Range(1.0, 999.0));
+    app.add_option("--input-gain", settings.inputGainDb, "dB on the file before the effect")
+        ->check(CLI::Range(-200.0, 200.0));
     app.add_option("--tail", settings.tailSec, "Seconds to render beyond the end of the file")
         ->check(CLI::Range(0.0, 3600.0));
     app.add_option("--preroll", settings.prerollSec, "Seconds of silence that the effect gets before it begins anew")

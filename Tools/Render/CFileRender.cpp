@@ -42,6 +42,7 @@ CFileRender::CFileRender(std::shared_ptr<CGuestLibrary> library, const CRenderSe
       job_(job),
       reader_(job.input),
       random_(settings.seed),
+      inputGain_(std::pow(10.0, settings.inputGainDb / 20.0)),
       input_(silence(static_cast<std::size_t>(reader_.channelCount()), settings.blockSize)),
       before_(reader_.channelCount(), reader_.rateHz()),
       after_(1, reader_.rateHz())
@@ -197,10 +198,11 @@ int CFileRender::readBlock(int frames)
         got += more;
         isAtEnd_ = more == 0;
     }
-    before_.add(input_, 0, got);
     for (std::vector<double>& channel : input_) {
+        std::for_each(channel.begin(), channel.begin() + got, [this](double& sample) { sample *= inputGain_; });
         std::fill(channel.begin() + got, channel.begin() + frames, 0.0);
     }
+    before_.add(input_, 0, got);
     if (isAtEnd_ && wanted_ == 0) {
         wanted_ = before_.frameCount() + std::llround(settings_.tailSec * reader_.rateHz());
     }

@@ -70,6 +70,7 @@ private:
     std::vector<CAutomationPoint> automation_;
     std::size_t nextPoint_ = 0;
     std::mt19937 random_;
+    double inputGain_;
 
     CSignal input_;
     CSignal output_;

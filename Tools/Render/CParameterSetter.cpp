@@ -124,6 +124,9 @@ bool CParameterSetter::readByGuest(int index, const std::string& value, const st
     const std::optional<double> wanted = parseDisplayNumber(value, label);
     const std::optional<double> got = parseDisplayNumber(shown, label);
     outNorm = guest_.parameter(index);
+    if (!(outNorm >= 0.0f && outNorm <= 1.0f)) {
+        return false;
+    }
     return wanted && got ? std::abs(*wanted - *got) <= kLastDigitShare * lastDigit(shown)
                          : equalsIgnoringCase(shown, value);
 }

@@ -37,7 +37,7 @@ constexpr CArea kSpectrumArea{96, 668, 1464, 382};
 constexpr double kLowestHz = 15.0;
 constexpr double kHighestHz = 20000.0;
 constexpr double kBandOctaves = 1.0 / 6.0;
-constexpr double kShownDb = 72.0;
+constexpr double kShownDb = 60.0;
 
 CColour faded(CColour colour, double alpha)
 {

@@ -61,6 +61,7 @@ Json settingsJson(const CRenderSettings& settings)
     Json json = {{"blockSize", settings.blockSize},
                  {"randomBlocks", settings.hasRandomBlocks},
                  {"doublePrecision", settings.isDouble},
+                 {"inputGainDb", settings.inputGainDb},
                  {"tailSeconds", settings.tailSec},
                  {"lowBandHz", kLowBandHz},
                  {"set", settings.assignments}};
@@ -100,8 +101,10 @@ std::string decibels(double power, int digits)
     if (power <= 0.0) {
         return "-inf";
     }
+    const double steps = std::pow(10.0, digits);
     std::ostringstream text;
-    text << std::fixed << std::setprecision(digits) << 10.0 * std::log10(power);
+    // Adding zero takes the sign off a negative one.
+    text << std::fixed << std::setprecision(digits) << std::round(10.0 * std::log10(power) * steps) / steps + 0.0;
     return text.str();
 }
 

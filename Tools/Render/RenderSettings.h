@@ -25,6 +25,7 @@ struct CRenderSettings
     unsigned seed = 1;
     bool isDouble = false;
     double tempoBpm = 120.0;
+    double inputGainDb = 0.0; // before the effect; levels "before" are those behind it
     double tailSec = 0.0;
     // Silence before the file, after which the effect is reset: its settings have then arrived, and its delay is known.
     double prerollSec = 0.25;
