@@ -7,7 +7,7 @@ build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libpugixml-de
     libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev libkissfft-dev nlohmann-json3-dev)
 # Effects of other makers, which the renderer must be able to host.
 test_packages=(dpf-plugins-vst)
-# Recorded drum loops, and what reads the reports.
+# What reads the reports, and recorded drums.
 demo_packages=(jq sonic-pi-samples)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
 fuzz_packages=(clang libclang-rt-14-dev)
@@ -60,19 +60,19 @@ run_tests() {
     ctest --preset "$1" -j "$(nproc)"
 }
 
-# The files of the demo, one a line: recorded loops, or a generated one where they are not to be had.
+# The files of the demo, one a line: a recorded break and a bass drum, or a generated loop where they are not to be had.
 demo_loops() {
     local folder=/usr/share/sonic-pi/samples
-    if (need "${demo_packages[@]}") >&2 && [ -f "$folder/loop_breakbeat.flac" ]; then
-        printf '%s\n' "$folder/loop_breakbeat.flac" "$folder/loop_amen_full.flac"
+    if (need "${demo_packages[@]}") >&2 && [ -f "$folder/loop_amen.flac" ]; then
+        printf '%s\n' "$folder/loop_amen.flac" "$folder/drum_bass_hard.flac"
     else
-        echo "The recorded loops could not be installed; this is a generated one." >&2
+        echo "Recorded drums could not be installed; this is a generated loop." >&2
         build/release/bin/drumfell-drumloop build/demo/generated_loop.wav
         echo build/demo/generated_loop.wav
     fi
 }
 
-# Loops that reach full scale get headroom, as in a mix; what goes over it all the same is kept by floating point.
+# Sounds that reach full scale get headroom, as in a mix; what goes over it all the same is kept by floating point.
 demo() {
     local presets=("Acoustic Drums Punch" "Defined Kicks" "Extra Sub") loops preset folder
     rm -rf build/demo
@@ -93,16 +93,15 @@ demo() {
 }
 
 demo_table() {
-    local line='%-22s %-22s %7s %7s %7s %7s %7s %7s %8s %8s\n'
-    printf "$line" "" "" "peak" "dB" "RMS" "dB" "<120 Hz" "dB" "delay" "times"
-    printf "$line" "loop" "preset" "before" "after" "before" "after" "before" "after" "samples" "real"
-    jq -r 'def db: if . == null then "-inf" else (. * 10 | round / 10 | tostring) end;
-        .files[] | [(.input | split("/") | last), .preset,
-            (.before.peakDb | db), (.after.peakDb | db), (.before.rmsDb | db), (.after.rmsDb | db),
-            (.before.lowBandRmsDb | db), (.after.lowBandRmsDb | db),
-            (.latencySamples | tostring), (.realTimeFactor | db)] | @tsv' "$@" |
+    local heads='%-22s %-22s %15s %15s %15s %8s %8s\n'
+    local LC_ALL=C
+    printf "$heads" "" "" "peak dB" "RMS dB" "< 120 Hz dB" "delay" "times"
+    printf "$heads" "loop" "preset" "before   after" "before   after" "before   after" "samples" "real"
+    jq -r '.files[] | [(.input | split("/") | last), .preset, .before.peakDb, .after.peakDb, .before.rmsDb, .after.rmsDb,
+            .before.lowBandRmsDb, .after.lowBandRmsDb, .latencySamples, .realTimeFactor]
+        | map(. // "-inf") | @tsv' "$@" |
         while IFS=$'\t' read -r -a cells; do
-            printf "$line" "${cells[@]}"
+            printf '%-22s %-22s %7.1f %7.1f %7.1f %7.1f %7.1f %7.1f %8d %8.1f\n' "${cells[@]}"
         done
 }
 

@@ -157,6 +157,8 @@ CAudioFileWriter::CAudioFileWriter(const std::filesystem::path& path, const CAud
     if (file_.error() != SF_ERR_NO_ERROR) {
         throw CRenderError(CExitCode::kOutput, path.string() + ": " + file_.strError());
     }
+    // It would hold the time of writing: equal sounds are equal files.
+    file_.command(SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     double quality = kCodingQuality;
     file_.command(SFC_SET_VBR_ENCODING_QUALITY, &quality, sizeof(quality));
     for (int tag = SF_STR_FIRST; tag <= SF_STR_LAST; ++tag) {
