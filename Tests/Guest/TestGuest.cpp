@@ -153,7 +153,7 @@ private:
         case kMode:
             return std::array{"Soft", "Hard", "Pumping"}[static_cast<std::size_t>(std::lround(norm * 2.0f))];
         default:
-            std::snprintf(text.data(), text.size(), "%.2f", 100.0 * bent);
+            std::snprintf(text.data(), text.size(), "%.6f", 100.0 * bent);
         }
         return text.data();
     }

@@ -46,7 +46,7 @@ TEST_F(RenderGuest, FindsThePositionOfADisplayedValueHoweverTheEffectAnswers)
                                    {"0=-24", "-24.0", 0.0f},          {"Gain=0.25n", "-12.0", 0.25f},
                                    {"Delay=1k", "1000", 1.0f},        {"de=123", "123", 0.123f},
                                    {"Mode=pump", "Pumping", 1.0f},    {"Mode=Hard", "Hard", 0.5f},
-                                   {"Bend=25", "25.00", 0.25f}};
+                                   {"Bend=25", "25.000000", 0.25f}, {"Bend=10.1", nullptr, 0.3411f}};
     for (const char* words : {"", "reads", "lies", "extension"}) {
         behave(words);
         CGuestPlugin guest(library(), {});
@@ -54,7 +54,9 @@ TEST_F(RenderGuest, FindsThePositionOfADisplayedValueHoweverTheEffectAnswers)
         for (const CCase& one : cases) {
             setter.set(one.assignment);
             const int index = setter.find(std::string(one.assignment).substr(0, std::string(one.assignment).find('=')));
-            EXPECT_EQ(guest.parameterDisplay(index), one.shown) << one.assignment << " " << words;
+            if (one.shown) {
+                EXPECT_EQ(guest.parameterDisplay(index), one.shown) << one.assignment << " " << words;
+            }
             EXPECT_NEAR(guest.parameter(index), one.norm, 2e-4) << one.assignment << " " << words;
         }
         const std::vector<float> before = valuesOf(guest);

@@ -202,10 +202,13 @@ int CFileRender::readBlock(int frames)
         std::for_each(channel.begin(), channel.begin() + got, [this](double& sample) { sample *= inputGain_; });
         std::fill(channel.begin() + got, channel.begin() + frames, 0.0);
     }
-    before_.add(input_, 0, got);
-    if (isAtEnd_ && wanted_ == 0) {
-        wanted_ = before_.frameCount() + std::llround(settings_.tailSec * reader_.rateHz());
+    read_ += got;
+    if (isAtEnd_) {
+        wanted_ = read_ + std::llround(settings_.tailSec * reader_.rateHz());
     }
+    // With its tail of silence, so that levels before and after are of the same time.
+    const std::int64_t counted = isAtEnd_ ? std::min<std::int64_t>(frames, wanted_ - fed_) : frames;
+    before_.add(input_, 0, static_cast<int>(std::max<std::int64_t>(0, counted)));
     return got;
 }
 

@@ -77,6 +77,7 @@ private:
     CSignalMeters before_;
     CSignalMeters after_;
     bool isAtEnd_ = false;      // of the file
+    std::int64_t read_ = 0;     // samples of the file
     std::int64_t fed_ = 0;      // samples given to the guest
     std::int64_t wanted_ = 0;   // samples of output, once isAtEnd_
     std::int64_t emitted_ = 0;  // samples of output

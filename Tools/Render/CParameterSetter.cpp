@@ -18,9 +18,10 @@ namespace {
 constexpr int kTravelSteps = 512;
 // Down to neighbouring floats.
 constexpr int kHalvings = 30;
-// A value that no position shows exactly is taken for its neighbour within this part of the step between the two
-// samples around it, or of the last digit shown.
+// A value that no position shows exactly is taken for its neighbour within half of the last digit shown, or within
+// what positions of 32 bits can tell apart of the whole travel.
 constexpr double kLastDigitShare = 0.5001;
+constexpr double kFinestShare = 1e-6;
 
 // What one more in the last digit of the text means.
 double lastDigit(const std::string& text)
@@ -179,6 +180,20 @@ float CParameterSetter::normForText(int index, const std::string& value)
     return middleOfRun(index, found->norm, found->text);
 }
 
+double CParameterSetter::spanOf(const std::vector<CShown>& travel, const std::string& label)
+{
+    double least = std::numeric_limits<double>::infinity();
+    double greatest = -least;
+    for (const CShown& shown : travel) {
+        const std::optional<double> number = parseDisplayNumber(shown.text, label);
+        if (number && std::isfinite(*number)) {
+            least = std::min(least, *number);
+            greatest = std::max(greatest, *number);
+        }
+    }
+    return std::max(0.0, greatest - least);
+}
+
 float CParameterSetter::normForNumber(int index, const std::string& value, double wanted, const std::string& label)
 {
     const std::vector<CShown>& travel = travelOf(index);
@@ -210,7 +225,8 @@ float CParameterSetter::normForNumber(int index, const std::string& value, doubl
         }
         before = here;
     }
-    if (!best || !(bestError <= kLastDigitShare * lastDigit(best->text))) {
+    const double finest = kFinestShare * spanOf(travel, label);
+    if (!best || !(bestError <= std::max(finest, kLastDigitShare * lastDigit(best->text)))) {
         const std::string nearest = best ? "; the closest it comes is '" + best->text + "'" : "";
         throw CRenderError(CExitCode::kSetting, guest_.parameterName(index) + " cannot be '" + value +
                                                     "': it goes from '" + travel.front().text + "' to '" +

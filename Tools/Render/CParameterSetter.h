@@ -36,6 +36,7 @@ private:
 
     std::string displayAt(int index, float norm);
     const std::vector<CShown>& travelOf(int index);
+    static double spanOf(const std::vector<CShown>& travel, const std::string& label);
     float normForText(int index, const std::string& value);
     float normForNumber(int index, const std::string& value, double wanted, const std::string& label);
     float middleOfRun(int index, float norm, const std::string& text);
