@@ -59,7 +59,9 @@ public:
         effect_.processDoubleReplacing = [](AEffect* e, double** in, double** out, std::int32_t n) {
             of(e).run(in, out, n);
         };
-        effect_.setParameter = [](AEffect* e, std::int32_t i, float v) { of(e).values()[static_cast<std::size_t>(i)] = v; };
+        effect_.setParameter = [](AEffect* e, std::int32_t i, float v) {
+            of(e).values()[static_cast<std::size_t>(i)] = v;
+        };
         effect_.getParameter = [](AEffect* e, std::int32_t i) { return of(e).values()[static_cast<std::size_t>(i)]; };
         effect_.numPrograms = static_cast<std::int32_t>(programs_.size());
         effect_.numParams = kParameterCount;

@@ -84,7 +84,8 @@ void CFileRender::prepare()
         throw CRenderError(CExitCode::kInput, job_.input.string() + ": the file has " +
                                                   std::to_string(reader_.channelCount()) +
                                                   " channels, and the effect takes " +
-                                                  std::to_string(guest_->inputCount()) + "; --drop-channels uses those");
+                                                  std::to_string(guest_->inputCount()) +
+                                                  "; --drop-channels uses those");
     }
     const int channels = resultChannels(settings_, reader_, *guest_);
     if (channels == 0) {

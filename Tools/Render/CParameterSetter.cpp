@@ -254,8 +254,11 @@ float CParameterSetter::middleOfRun(int index, float norm, const std::string& te
     if (last == travel.end()) {
         return travel.back().norm;
     }
-    const float low = edgeOfRun(index, first == last ? norm : std::min(norm, first->norm), std::prev(first)->norm, text);
-    const float high = edgeOfRun(index, first == last ? norm : std::max(norm, std::prev(last)->norm), last->norm, text);
+    const bool isBetweenSamples = first == last;
+    const float lowest = isBetweenSamples ? norm : std::min(norm, first->norm);
+    const float highest = isBetweenSamples ? norm : std::max(norm, std::prev(last)->norm);
+    const float low = edgeOfRun(index, lowest, std::prev(first)->norm, text);
+    const float high = edgeOfRun(index, highest, last->norm, text);
     return 0.5f * (low + high);
 }
 

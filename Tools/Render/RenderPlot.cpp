@@ -220,7 +220,8 @@ void drawSpectra(CCanvas& canvas, const CRenderResult& result)
     const auto points = [&](const std::vector<double>& levels) {
         std::vector<CPoint> traced;
         for (std::size_t i = 0; i < levels.size() && frequencies[i] < highest; ++i) {
-            traced.push_back({area.left + static_cast<double>(i), area.top + (top - levels[i]) / kShownDb * area.height});
+            traced.push_back({area.left + static_cast<double>(i),
+                              area.top + (top - levels[i]) / kShownDb * area.height});
         }
         return traced;
     };

@@ -215,7 +215,8 @@ void CSignalMeters::add(const CSignal& source, int offset, int frames)
 
 double CSignalMeters::meanSquare(int channel) const
 {
-    return levels_[static_cast<std::size_t>(channel)].energy / static_cast<double>(std::max<std::int64_t>(1, frameCount_));
+    const auto frames = static_cast<double>(std::max<std::int64_t>(1, frameCount_));
+    return levels_[static_cast<std::size_t>(channel)].energy / frames;
 }
 
 } // namespace qel::tools
