@@ -95,7 +95,7 @@ void addFileOptions(CLI::App& app, CCommand& command)
     app.add_option("-j,--jobs", command.workers, "Files rendered at the same time")
         ->capture_default_str()
         ->check(CLI::Range(1, 256));
-    app.add_option("--plot", command.plot, "Picture of before and after (PNG); with several files, a folder");
+    app.add_option("--plot", command.plot, "Picture of before and after (PNG), or a folder for them");
     app.add_option("--json", command.json, "Report to this file; - for standard output");
     app.add_flag("--list-presets", command.listsPresets, "Print the presets");
     app.add_flag("--list-parameters", command.listsParameters, "Print the parameters as they stand");
@@ -167,7 +167,8 @@ std::vector<CRenderJob> makeJobs(const CCommand& command)
         CRenderJob job{name, outputFor(command, name), {}};
         if (!command.plot.empty()) {
             const fs::path own = (job.output.empty() ? job.input : job.output).stem().string() + ".png";
-            job.plot = command.inputs.size() == 1 ? fs::path(command.plot) : command.plot / own;
+            const bool isFolder = command.inputs.size() > 1 || fs::is_directory(command.plot);
+            job.plot = isFolder ? command.plot / own : fs::path(command.plot);
         }
         if (job.output.empty() && command.plot.empty() && command.json.empty()) {
             misused("where should the result of " + name + " go? Give -o, --output-dir or --suffix");
@@ -272,6 +273,8 @@ CExitCode report(const CCommand& command, std::vector<CRenderOutcome> outcomes, 
     for (CRenderOutcome& outcome : outcomes) {
         if (outcome.result) {
             results.push_back(std::move(*outcome.result));
+        }
+        if (outcome.code == CExitCode::kDone) {
             continue;
         }
         code = code == CExitCode::kDone ? outcome.code : code;

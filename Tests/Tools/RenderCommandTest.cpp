@@ -93,6 +93,7 @@ TEST_F(RenderCommand, TellsFailuresByItsExitCode)
     EXPECT_EQ(run({input, "-o", at("o.wav")}, at("none.so")), 3);
     EXPECT_EQ(run({at("none.wav"), "-o", at("o.wav")}), 4);
     EXPECT_EQ(run({input, "-o", at("none/o.wav")}), 5);
+    EXPECT_EQ(run({input, "--json", "-", "--plot", at("none/o.png")}), 5);
     EXPECT_EQ(run({input, "-o", at("o.wav"), "--set", "Gain=99"}), 6);
     behave("nan");
     EXPECT_EQ(run({input, "-o", at("o.wav")}), 7);

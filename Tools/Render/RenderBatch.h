@@ -13,7 +13,7 @@ namespace qel::tools {
 
 struct CRenderOutcome
 {
-    std::optional<CRenderResult> result; // none after a failure
+    std::optional<CRenderResult> result; // also there when only the plot failed
     CExitCode code = CExitCode::kDone;
     std::string error;
 };
