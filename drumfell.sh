@@ -4,7 +4,11 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libpugixml-dev libcli11-dev libgtest-dev
-    libbenchmark-dev)
+    libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev libkissfft-dev nlohmann-json3-dev)
+# Effects of other makers, which the renderer must be able to host.
+test_packages=(dpf-plugins-vst)
+# What reads the reports, and recorded drums.
+demo_packages=(jq sonic-pi-samples)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
 fuzz_packages=(clang libclang-rt-14-dev)
 
@@ -84,16 +88,59 @@ run_tests() {
     ctest --preset "$1" -j "$(nproc)"
 }
 
+# The files of the demo, one a line: a recorded break and a bass drum, or a generated loop where they are not to be had.
+demo_loops() {
+    local folder=/usr/share/sonic-pi/samples
+    if (need "${demo_packages[@]}") >&2 && [ -f "$folder/loop_amen.flac" ]; then
+        printf '%s\n' "$folder/loop_amen.flac" "$folder/drum_bass_hard.flac"
+    else
+        echo "Recorded drums could not be installed; this is a generated loop." >&2
+        build/release/bin/drumfell-drumloop build/demo/generated_loop.wav
+        echo build/demo/generated_loop.wav
+    fi
+}
+
+# Sounds that reach full scale get headroom, as in a mix; what goes over it all the same is kept by floating point.
+demo() {
+    local presets=("Acoustic Drums Punch" "Defined Kicks" "Extra Sub") loops preset folder
+    rm -rf build/demo
+    mkdir -p build/demo
+    mapfile -t loops < <(demo_loops)
+    [ ${#loops[@]} -gt 0 ] || exit 1
+    for preset in "${presets[@]}"; do
+        folder="build/demo/${preset// /_}"
+        mkdir -p "$folder"
+        build/release/bin/drumfell-render "${loops[@]}" --preset "$preset" --input-gain -9 --tail 0.5 \
+            --output-dir "$folder" --type wav --format float --plot "$folder" --json "$folder/report.json" \
+            -j "$(nproc)" --quiet
+    done
+    demo_table build/demo/*/report.json
+    echo
+    echo "Listen and look; each folder also has its report.json:"
+    ls -d build/demo/*/*.wav build/demo/*/*.png | sed 's/^/  /'
+}
+
+demo_table() {
+    local heads='%-22s %-22s %15s %15s %15s %8s %8s\n'
+    local LC_ALL=C
+    printf "$heads" "" "" "peak dB" "RMS dB" "< 120 Hz dB" "delay" "times"
+    printf "$heads" "loop" "preset" "before   after" "before   after" "before   after" "samples" "real"
+    jq -r '.files[] | [(.input | split("/") | last), .preset, .before.peakDb, .after.peakDb, .before.rmsDb, .after.rmsDb,
+            .before.lowBandRmsDb, .after.lowBandRmsDb, .latencySamples, .realTimeFactor]
+        | map(. // "-inf") | @tsv' "$@" |
+        while IFS=$'\t' read -r -a cells; do
+            printf '%-22s %-22s %7.1f %7.1f %7.1f %7.1f %7.1f %7.1f %8d %8.1f\n' "${cells[@]}"
+        done
+}
+
 case "${1:-}" in
 demo)
-    need "${build_packages[@]}"
-    build release
-    build/release/bin/drumfell-inspect build/release/resources/SharedData.xml
-    echo
-    echo "This is the compiled tree in build/release/Drumfell.so. Rendering audio comes with the host boundary."
+    need "${build_packages[@]}" "${demo_packages[@]:0:1}"
+    build release Drumfell drumfell-render drumfell-drumloop
+    demo
     ;;
 test)
-    need "${build_packages[@]}"
+    need "${build_packages[@]}" "${test_packages[@]}"
     build release
     run_tests release
     ;;
@@ -104,7 +151,7 @@ bench)
     build/release/bin/drumfell-bench "$@"
     ;;
 sanitize)
-    need "${build_packages[@]}" "${fuzz_packages[@]}"
+    need "${build_packages[@]}" "${test_packages[@]}" "${fuzz_packages[@]}"
     build asan-ubsan
     run_tests asan-ubsan
     build tsan

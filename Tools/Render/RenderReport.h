@@ -1,0 +1,35 @@
+// What came of it, for people and for programs.
+#pragma once
+
+#include "Render/CFileRender.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace qel::tools {
+
+// Levels are in dB of full scale; low frequencies are those below this.
+inline constexpr double kLowBandHz = 120.0;
+
+// One JSON document: the effect, the settings, and for each file format, levels of every channel and of all
+// together before and after, delay and speed. Silence has the level null.
+std::string jsonReport(CGuestPlugin& guest, const CRenderSettings& settings,
+                       const std::vector<CRenderResult>& results);
+// Some lines for a person.
+std::string textReport(const CRenderResult& result);
+
+// Seconds of audio done in a second.
+double realTimeFactor(const CRenderResult& result);
+// "-7.3", or "-inf".
+std::string decibels(double power, int digits = 1);
+
+struct COverallLevels
+{
+    double peak = 0.0;      // the highest of all channels
+    double power = 0.0;     // mean squares, over all channels
+    double lowPower = 0.0;
+};
+COverallLevels overallLevels(const CSignalMeters& meters);
+
+} // namespace qel::tools
