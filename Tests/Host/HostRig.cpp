@@ -156,7 +156,7 @@ Channels<Sample> drums(std::size_t length, std::size_t channels)
 template Channels<float> drums(std::size_t, std::size_t);
 template Channels<double> drums(std::size_t, std::size_t);
 
-std::vector<double> inChild(const std::function<std::vector<double>()>& session)
+std::vector<double> inChild(const std::function<std::vector<double>()>& work)
 {
     loadEntry();
     int ends[2] = {};
@@ -166,7 +166,7 @@ std::vector<double> inChild(const std::function<std::vector<double>()>& session)
     const bool hasFailedBefore = testing::Test::HasFailure();
     const pid_t child = fork();
     if (child == 0) {
-        const std::vector<double> result = session();
+        const std::vector<double> result = work();
         const char* from = reinterpret_cast<const char*>(result.data());
         for (std::size_t left = result.size() * sizeof(double); left > 0;) {
             const ssize_t written = write(ends[1], from, left);

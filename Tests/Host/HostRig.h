@@ -115,7 +115,7 @@ Channels<Sample> drums(std::size_t length, std::size_t channels = 2);
 
 // What a function gives in a process of its own, so that whatever is counted process-wide stands where it stood for
 // another one. A crash there fails the test.
-std::vector<double> inChild(const std::function<std::vector<double>()>& session);
+std::vector<double> inChild(const std::function<std::vector<double>()>& work);
 
 // All channels one after another.
 template <class Sample>

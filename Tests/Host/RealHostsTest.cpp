@@ -90,7 +90,7 @@ TEST(RealHosts, ArdourListsTheEffectAndKeepsItsState)
         EXPECT_NE(listed.find(expected), std::string::npos) << listed;
     }
     for (const char* expected : {"added 0\nset true\nplayed true\nvalue 0.75\n", "played true\nvalue 0.75\n"}) {
-        const auto [played, rc] = home.run("luasession " DRUMFELL_HOST_TESTS "/ArdourSession.lua");
+        const auto [played, rc] = home.run("luasession " DRUMFELL_HOST_TESTS "/ArdourRoundTrip.lua");
         EXPECT_NE(played.find(expected), std::string::npos) << played << rc;
     }
 }

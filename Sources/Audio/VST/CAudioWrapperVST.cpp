@@ -117,13 +117,13 @@ void CAudioWrapperVST::resume()
 void CAudioWrapperVST::processReplacing(float** inputs, float** outputs, std::int32_t frames)
 {
     processHostBlock(reinterpret_cast<const void* const*>(inputs), reinterpret_cast<void* const*>(outputs), frames,
-                     isDouble_.load(std::memory_order_relaxed));
+                     false);
 }
 
 void CAudioWrapperVST::processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames)
 {
     processHostBlock(reinterpret_cast<const void* const*>(inputs), reinterpret_cast<void* const*>(outputs), frames,
-                     isDouble_.load(std::memory_order_relaxed));
+                     true);
 }
 
 void CAudioWrapperVST::processHostBlock(const void* const* inputs, void* const* outputs, std::int32_t frames,
@@ -249,11 +249,7 @@ bool CAudioWrapperVST::getSpeakerArrangement(VstSpeakerArrangement** input, VstS
 
 bool CAudioWrapperVST::setProcessPrecision(std::int32_t precision)
 {
-    if (precision < 0 || precision >= kPrecisionCount) {
-        return false;
-    }
-    isDouble_.store(precision == 1, std::memory_order_relaxed);
-    return true;
+    return precision >= 0 && precision < kPrecisionCount;
 }
 
 } // namespace qel

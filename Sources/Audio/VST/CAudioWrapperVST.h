@@ -4,7 +4,6 @@
 #include "AudioEffectX.h"
 #include "CAudioWrapper.h"
 
-#include <atomic>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -30,7 +29,8 @@ public:
     void resume() override;
 
     // --- audio thread
-    // The samples are as wide as setProcessPrecision() said last, whichever of the two the host calls.
+    // The samples are as wide as the call says, whatever setProcessPrecision() was told: a host that announces one
+    // width and calls for the other must not have its buffers overrun.
     void processReplacing(float** inputs, float** outputs, std::int32_t frames) override;
     void processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames) override;
     // Always single precision: it was obsolete before there was another.
@@ -109,7 +109,6 @@ private:
     CString hostVendor_;
     CString hostProduct_;
     bool isMultiChannel_ = false;
-    std::atomic<bool> isDouble_{false};
     std::vector<float> accumulated_; // for process(): one slice of each output
 };
 
