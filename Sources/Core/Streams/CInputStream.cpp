@@ -121,7 +121,7 @@ CError CInputStream::readCompressedData(CByteBuffer& outBuffer, std::uint32_t id
         grow(outBuffer, std::min<std::size_t>(size, 2 * filled));
     }
     if (size > 0) {
-        QEL_TRY(zip.checkTrailer(), {});
+        QEL_TRY(zip.checkEnd(), {});
     }
     QEL_TRY(zip.close(), {});
     return {};

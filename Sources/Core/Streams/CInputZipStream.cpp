@@ -118,12 +118,15 @@ CError CInputZipStream::readStreamed(void* buffer, std::size_t& inOutCount)
     return {};
 }
 
-CError CInputZipStream::checkTrailer()
+CError CInputZipStream::checkEnd()
 {
-    // zlib looks at the trailer only on its way to the next byte of output.
+    // zlib looks at the checksum only on its way to the next byte of output.
     std::uint8_t next = 0;
     std::size_t count = 0;
     QEL_TRY(inflateSome(&next, sizeof next, count), {});
+    if (count > 0) {
+        QEL_FAIL({}, "@qelstr_CInputZipStream_checkEnd_MoreData The data are longer than their head tells.");
+    }
     return {};
 }
 

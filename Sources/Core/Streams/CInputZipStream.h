@@ -26,9 +26,9 @@ public:
     // Delivers less than wanted only where the zlib stream ends.
     CError readStreamed(void* buffer, std::size_t& inOutCount) override;
 
-    // To be called when all wanted bytes were read: fails if the stream stops before its checksum or does not
-    // match it. A stream that has more to give passes.
-    CError checkTrailer();
+    // To be called when all wanted bytes were read: fails if the stream has more to give, stops before its
+    // checksum or does not match it.
+    CError checkEnd();
 
 private:
     struct State;
