@@ -84,7 +84,7 @@ private:
     {
     public:
         explicit Listener(CAudioExtParam& owner) : owner_(owner) {}
-        ~Listener() override { attach(nullptr); }
+        ~Listener() override { endLink(); }
         void onParamChange(const CAudioParamNotice& notice) override { owner_.onParamChange(notice); }
 
     private:

@@ -25,7 +25,7 @@ private:
     {
     public:
         explicit Listener(CAudioGlobalParam& owner) : owner_(owner) {}
-        ~Listener() override { detach(); }
+        ~Listener() override { endLink(); }
         void onParamChange(const CAudioParamNotice& notice) override { owner_.onParamChange(notice); }
 
     private:

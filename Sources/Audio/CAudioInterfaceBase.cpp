@@ -224,12 +224,15 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CChangePar
     CAudioParamContext context;
     context.recorder = request.stepName.isEmpty() ? nullptr : &step;
     context.batch = request.writes.size() > 1 ? &params_->newBatch() : nullptr;
-    const CAudioParamContext::Scope scope(context);
-    for (const record::CParamWrite& one : request.writes) {
-        write(one, context);
-    }
-    if (context.batch) {
-        params_->submitBatch(*context.batch);
+    {
+        // Its end lets registries add what follows from the writes to the step.
+        const CAudioParamContext::Scope scope(context);
+        for (const record::CParamWrite& one : request.writes) {
+            write(one, context);
+        }
+        if (context.batch) {
+            params_->submitBatch(*context.batch);
+        }
     }
     addStep(std::move(step));
     return {};
@@ -241,16 +244,18 @@ CError CAudioInterfaceBase::handle(std::int32_t, const record::CResetParams& req
     CAudioParamContext context;
     context.recorder = request.stepName.isEmpty() ? nullptr : &step;
     context.batch = &params_->newBatch();
-    const CAudioParamContext::Scope scope(context);
-    for (const CString& name : request.params) {
-        CAudioParam& param = params_->getParam(name);
-        if (request.toInitial) {
-            param.reset(request.group, request.entry, context);
-        } else {
-            param.clearToDefault(request.group, request.entry, context);
+    {
+        const CAudioParamContext::Scope scope(context);
+        for (const CString& name : request.params) {
+            CAudioParam& param = params_->getParam(name);
+            if (request.toInitial) {
+                param.reset(request.group, request.entry, context);
+            } else {
+                param.clearToDefault(request.group, request.entry, context);
+            }
         }
+        params_->submitBatch(*context.batch);
     }
-    params_->submitBatch(*context.batch);
     addStep(std::move(step));
     return {};
 }

@@ -62,7 +62,7 @@ private:
     {
     public:
         explicit CParamListener(CAudioInterfaceBase& owner) : owner_(owner) {}
-        ~CParamListener() override { attach(nullptr); }
+        ~CParamListener() override { endLink(); }
         void onParamChange(const CAudioParamNotice& notice) override { owner_.onParamChange(*notice.param); }
 
     private:
@@ -73,7 +73,7 @@ private:
     {
     public:
         CRegistryListener(CAudioInterfaceBase& owner, CAudioParamRegistry& registry);
-        ~CRegistryListener() override { detach(); }
+        ~CRegistryListener() override { endLink(); }
         void update(CBridge*, std::uintptr_t) override { owner_.sendRegistryState(kAll, registry_); }
         const CAudioParamRegistry& getRegistry() const { return registry_; }
 

@@ -22,7 +22,7 @@ CAudioParamContext::Scope::~Scope()
 
 void CAudioParamContext::addNotice(CAudioParam& param, const CAudioParamChange& change)
 {
-    CAudioParamNotice notice{&param, change, sender, origin};
+    CAudioParamNotice notice{&param, change, sender, origin, recorder};
     notice.change.values = nullptr;
     notice.change.pool = nullptr;
     notices_.push_back(notice);

@@ -43,6 +43,8 @@ struct CAudioParamNotice
     CAudioParamChange change;
     CBridge* sender;
     CAudioParamOrigin origin;
+    // Of the writer, for what belongs to the same step; null if there is none.
+    CAudioParamRecorder* recorder = nullptr;
 };
 
 // Made by the caller for one or several writes, used by one thread. Notices of what was written gather here
@@ -58,6 +60,7 @@ public:
     CAudioParamContext& operator=(const CAudioParamContext&) = delete;
 
     CAudioParamOrigin origin = CAudioParamOrigin::kUser;
+    // It outlives the outermost scope: listeners may add what follows from a write.
     CAudioParamRecorder* recorder = nullptr;
     // Set: changes for the audio side gather there, for the caller to submit. Null: they go at once.
     CAudioParamBatch* batch = nullptr;

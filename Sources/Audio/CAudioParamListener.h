@@ -8,8 +8,8 @@ namespace qel {
 
 // A bridge on a collector: attach(&collector) begins, detach() ends it. Notices come in the thread that
 // wrote, outside the parameter's lock unless the writer held it, and not for writes whose context names this
-// bridge as their sender. As with any bridge, a derived class detaches first thing in its destructor, holding
-// no lock that onParamChange() takes.
+// bridge as their sender. As with any bridge, a derived class calls endLink() first thing in its destructor,
+// holding no lock that onParamChange() takes.
 class CAudioParamListener : public CBridge
 {
 public:
@@ -29,7 +29,7 @@ public:
     using Method = void (T::*)(const CAudioParamNotice& notice);
 
     COwnedParamListener(T& owner, Method method) : owner_(&owner), method_(method) {}
-    ~COwnedParamListener() override { detach(); }
+    ~COwnedParamListener() override { endLink(); }
 
     void onParamChange(const CAudioParamNotice& notice) override { (owner_->*method_)(notice); }
 

@@ -233,8 +233,11 @@ void CAudioParamRegistry::markAsUser(const CAudioParamNotice& notice)
     static const CString kUserName = "User";
     CAudioParam& nameParam = collector_->getParam(presetNameParam_);
     CAudioParamContext context(notice.origin);
+    context.recorder = notice.recorder;
+    // A step writes the name even if it stands there already: the steps of one movement merge only while they
+    // write the same.
     const auto mark = [&](std::int32_t group) {
-        if (nameParam.hasInfo() && nameParam.getString(group, 0) != kUserName) {
+        if (nameParam.hasInfo() && (notice.recorder || nameParam.getString(group, 0) != kUserName)) {
             nameParam.setString(group, 0, kUserName, context);
         }
     };

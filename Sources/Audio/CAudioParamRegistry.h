@@ -122,6 +122,7 @@ private:
     {
     public:
         explicit CSelectorListener(CAudioParamRegistry& owner) : owner_(owner) {}
+        ~CSelectorListener() override { endLink(); }
         void onParamChange(const CAudioParamNotice& notice) override { owner_.onSelectorChange(notice); }
 
     private:

@@ -182,6 +182,7 @@ private:
     void connectProcesses();
     void disconnectProcesses();
     void resetProcesses();
+    void tellEnvironment();
 
     void updateProcessLevel();
     void updateTempo();

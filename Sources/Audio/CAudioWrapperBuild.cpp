@@ -245,6 +245,7 @@ void CAudioWrapper::readOversamplingLevel()
 CError CAudioWrapper::finishInit()
 {
     interfaceBase_->setHost(this, extParams_);
+    tellEnvironment();
     programBridge_.attach(registry_);
     params_->finalize();
     QEL_TRY(registry_->startProgram(), {});

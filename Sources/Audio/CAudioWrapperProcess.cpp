@@ -51,7 +51,17 @@ void CAudioWrapper::resume(const CAudioHostSetup& setup)
         resetProcesses();
     }
     setInitialDelay(env_->getLatencySamples());
+    tellEnvironment();
     isRunning_ = true;
+}
+
+void CAudioWrapper::tellEnvironment()
+{
+    interfaceBase_->setEnvironment({.sampleRateHz = env_->getSampleRateHz(),
+                                    .hostInputs = setup_.inputCount,
+                                    .hostOutputs = setup_.outputCount,
+                                    .internalChannels = internalChannelCount_,
+                                    .groups = groupCount_});
 }
 
 void CAudioWrapper::setDefaultLayout(int inputCount, int outputCount)

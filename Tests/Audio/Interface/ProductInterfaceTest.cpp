@@ -1,0 +1,72 @@
+// A window on the product: what it is told at the start, and steps of the history that several objects make.
+#include "../Presets/ProductInstance.h"
+#include "CAudioInterfaceClient.h"
+#include "CNotifyServer.h"
+
+namespace qel::test {
+namespace {
+
+class ProductInterface : public ProductTest
+{
+protected:
+    ProductInterface()
+    {
+        bringUp(host_);
+        ui_->setNotifyServer(&server_);
+        EXPECT_OK(ui_->setAttribute(
+            "PluginRootPtrVar", CAudioInterfaceClientConnectorVST::rootVarOf(*host_.getRoot()), true));
+        const CAttrMap toBase{{"base-connector", CAttrValue("plugin.interface-base-connector")}};
+        CAudioInterfaceClientConnectorVST* wire = nullptr;
+        EXPECT_OK(ui_->createChild(wire, "audio:interface-client-connector-vst", "wire", false, nullptr, &toBase));
+        const CAttrMap toWire{{"client-connector", CAttrValue("wire")}};
+        EXPECT_OK(ui_->createChild(client_, "audio:interface-client", "client", false, nullptr, &toWire));
+    }
+    ~ProductInterface() override { CObject::releaseObject(ui_); }
+
+    TestHost host_;
+    CNotifyServer server_;
+    CObject* ui_ = new CObject;
+    CAudioInterfaceClient* client_ = nullptr;
+};
+
+TEST_F(ProductInterface, KnowsTheRateAndTheChannelsFromTheStartAndFollowsThem)
+{
+    EXPECT_EQ(client_->getEnvironment().sampleRateHz, 48000.0);
+    EXPECT_EQ(client_->getEnvironment().hostInputs, 2);
+    host_.suspend();
+    CAudioHostSetup setup;
+    setup.sampleRateHz = 96000.0;
+    setup.inputCount = 8;
+    setup.outputCount = 6;
+    host_.resume(setup);
+    EXPECT_EQ(client_->getEnvironment().sampleRateHz, 96000.0);
+    EXPECT_EQ(client_->getEnvironment().hostInputs, 8);
+    EXPECT_EQ(client_->getEnvironment().hostOutputs, 6);
+    EXPECT_EQ(client_->getEnvironment().groups, 8);
+}
+
+TEST_F(ProductInterface, UndoingAChangeAlsoGivesBackTheNameOfThePreset)
+{
+    CAudioParam& name = paramOf(host_, "modDrumfell.dcfilter-params.name");
+    CAudioParam& freq = paramOf(host_, "modDrumfell.dcfilter-params.freq");
+    CAudioParamContext context;
+    name.setString(0, 0, "Gentle", context);
+    const double before = freq.getValue(0, 0);
+    const auto drag = [&](double value) {
+        EXPECT_OK(client_->send(record::CChangeParams{
+            "DC filter frequency", 1, true, {{freq.getName(), 0, 0, false, {value}, {}}}}));
+    };
+    drag(before + 1.0);
+    drag(before + 2.0);
+    EXPECT_EQ(name.getString(0, 0), "User");
+    ASSERT_EQ(client_->getHistory().steps.size(), 2U) << "one movement is one step";
+    EXPECT_OK(client_->send(record::CMoveHistory{0}));
+    EXPECT_EQ(freq.getValue(0, 0), before);
+    EXPECT_EQ(name.getString(0, 0), "Gentle");
+    EXPECT_OK(client_->send(record::CMoveHistory{1}));
+    EXPECT_EQ(freq.getValue(0, 0), before + 2.0);
+    EXPECT_EQ(name.getString(0, 0), "User");
+}
+
+} // namespace
+} // namespace qel::test
