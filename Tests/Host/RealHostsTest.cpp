@@ -1,4 +1,6 @@
 // The scanners of hosts that may be installed here.
+#include "TemporaryFolder.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -46,19 +48,12 @@ class ArdourHome
 public:
     ArdourHome()
     {
-        folder_ = (std::filesystem::temp_directory_path() / "drumfell-ardour-XXXXXX").string();
-        if (!mkdtemp(folder_.data())) {
-            throw std::runtime_error("no folder");
-        }
         std::filesystem::create_directory(folder_ + "/vst");
         std::filesystem::copy_file(DRUMFELL_LIBRARY, library());
         // The host trusts what it knows of a library only if that is younger.
         std::filesystem::last_write_time(library(), std::filesystem::file_time_type::clock::now() -
                                                         std::chrono::minutes(1));
     }
-    ~ArdourHome() { std::filesystem::remove_all(folder_); }
-    ArdourHome(const ArdourHome&) = delete;
-    ArdourHome& operator=(const ArdourHome&) = delete;
 
     std::string library() const { return folder_ + "/vst/Drumfell.so"; }
     std::pair<std::string, int> run(const std::string& command) const
@@ -71,7 +66,8 @@ public:
     }
 
 private:
-    std::string folder_;
+    qel::test::TemporaryFolder temporary_;
+    const std::string folder_ = temporary_.root().string();
 };
 
 TEST(RealHosts, ArdourListsTheEffectAndKeepsItsState)

@@ -1,6 +1,7 @@
 #include "CFileSystem.h"
 
 #include "TemporaryFolder.h"
+#include "WholeFile.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -36,7 +37,7 @@ private:
 
 TEST(CFileSystem, CreatesAllMissingFolders)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string deep = folder.path("maker/Audio Plug-Ins/deep");
     EXPECT_EQ(createFolders(deep + "//"), 0);
     EXPECT_TRUE(folderExists(deep));
@@ -54,7 +55,7 @@ TEST(CFileSystem, CreatesAllMissingFolders)
 
 TEST(CFileSystem, RenamesOverAndRemovesFilesOnly)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     writeWhole(folder.path("from"), "new");
     writeWhole(folder.path("to"), "old");
     ASSERT_EQ(renameFile(folder.path("from"), folder.path("to")), 0);

@@ -1,6 +1,8 @@
 #include "CFile.h"
 
+#include "CFileSystem.h"
 #include "TemporaryFolder.h"
+#include "WholeFile.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,7 +17,7 @@ using Access = CFile::Access;
 
 TEST(CFile, RewritesAppendsAndReadsBack)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("größe \xE2\x82\xAC.bin"); // names are UTF-8
     writeWhole(path, "a longer first content");
     writeWhole(path, std::string("one\0", 4));
@@ -28,7 +30,7 @@ TEST(CFile, RewritesAppendsAndReadsBack)
 
 TEST(CFile, MovesAnywhereInAFileBeyondFourGigabytes)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("sparse");
     constexpr std::int64_t kFar = 5'000'000'000;
     CFile file;
@@ -55,7 +57,7 @@ TEST(CFile, MovesAnywhereInAFileBeyondFourGigabytes)
 
 TEST(CFile, RefusesWhatIsNoRegularFileWithoutWaiting)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string fifo = folder.path("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     writeWhole(folder.path("file"), "");
@@ -94,7 +96,7 @@ TEST(CFile, RefusesWhatIsNoRegularFileWithoutWaiting)
 
 TEST(CFile, ReportsTheSystemsErrorOfEachOperation)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     CFile file;
     std::size_t count = 99;
     std::int64_t value = 0;
@@ -115,7 +117,7 @@ TEST(CFile, ReportsTheSystemsErrorOfEachOperation)
 
 TEST(CFile, ReaderNeverSeesHalfAReplacedFile)
 {
-    const TemporaryFolder folder;
+    const test::TemporaryFolder folder;
     const std::string path = folder.path("preset");
     const std::string contents[2] = {std::string(70'000, 'a'), std::string(90'000, 'b')};
     writeWhole(path, contents[0]);

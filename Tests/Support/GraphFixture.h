@@ -2,9 +2,9 @@
 #pragma once
 
 #include "GraphHost/CGraphHost.h"
+#include "TemporaryFolder.h"
 #include "TreeCompiler/CTreeCompiler.h"
 
-#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
@@ -22,13 +22,11 @@ inline void requireOk(CError error)
 // Compiles the text of a <tree>.
 inline tools::CTreeNode compileXml(const std::string& xml)
 {
-    const auto path = std::filesystem::temp_directory_path() /
-                      ("drumfell-" + std::to_string(std::hash<std::string>()(xml)) + ".xml");
+    const TemporaryFolder folder;
+    const std::string path = folder.path("tree.xml");
     std::ofstream(path) << xml;
     tools::CTreeCompiler compiler;
-    const bool isGood = compiler.compile(path);
-    std::filesystem::remove(path);
-    if (!isGood) {
+    if (!compiler.compile(path)) {
         throw std::runtime_error(compiler.diagnostics().front().message);
     }
     return compiler.root();

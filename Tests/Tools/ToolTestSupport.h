@@ -1,6 +1,7 @@
 // What the tool tests share.
 #pragma once
 
+#include "TemporaryFolder.h"
 #include "TreeCompiler/CTreeCompiler.h"
 
 #include <gtest/gtest.h>
@@ -16,15 +17,6 @@ namespace qel::tools {
 class CFolderTest : public ::testing::Test
 {
 protected:
-    CFolderTest()
-    {
-        folder_ = std::filesystem::temp_directory_path() /
-                  ("drumfell-tools-" + std::to_string(std::random_device{}()) + "-" +
-                   ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::filesystem::create_directories(folder_);
-    }
-    ~CFolderTest() override { std::filesystem::remove_all(folder_); }
-
     std::string write(const std::string& name, std::string_view text) const
     {
         const auto path = folder_ / name;
@@ -54,7 +46,11 @@ protected:
         return compiler.root();
     }
 
-    std::filesystem::path folder_;
+private:
+    test::TemporaryFolder temporary_;
+
+protected:
+    const std::filesystem::path& folder_ = temporary_.root();
 };
 
 } // namespace qel::tools

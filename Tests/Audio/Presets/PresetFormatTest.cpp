@@ -1,6 +1,7 @@
 // The forms of presets, banks and lists in memory and in files.
-#include "../../Platform/TemporaryFolder.h"
 #include "PresetInstance.h"
+#include "TemporaryFolder.h"
+#include "WholeFile.h"
 
 namespace qel::test {
 namespace {

@@ -1,10 +1,10 @@
 // The product as it is delivered, in memory: its tree, its presets, its classes.
 #pragma once
 
-#include "../../Platform/TemporaryFolder.h"
 #include "../Wrapper/WrapperRig.h"
 #include "CAudioParamRegistry.h"
 #include "PresetInstance.h"
+#include "TemporaryHome.h"
 
 extern "C" const qel::CResourceRow drumfellResourceDirectory[];
 
@@ -16,17 +16,12 @@ class ProductTest : public ::testing::Test
 protected:
     ProductTest()
     {
-        setenv("XDG_DATA_HOME", folder_.path("data").c_str(), 1);
         CApplicationParts parts;
         parts.creators = kCreatorTable;
         parts.resources = drumfellResourceDirectory;
         requireOk(CApplication::start(parts));
     }
-    ~ProductTest() override
-    {
-        CApplication::finish();
-        setenv("XDG_DATA_HOME", "", 1); // empty counts as unset
-    }
+    ~ProductTest() override { CApplication::finish(); }
 
     static void bringUp(TestHost& host)
     {
@@ -62,7 +57,7 @@ protected:
         return texts;
     }
 
-    TemporaryFolder folder_;
+    TemporaryHome home_;
 };
 
 } // namespace qel::test

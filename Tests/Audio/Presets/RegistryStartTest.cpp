@@ -1,10 +1,7 @@
 // What a registry begins with: the factory bank, the user's default preset, stored lists.
 #include "CApplication.h"
-#include "CFileSystem.h"
 #include "PresetInstance.h"
-
-#include <cstdlib>
-#include <filesystem>
+#include "TemporaryHome.h"
 
 namespace qel::test {
 namespace {
@@ -23,11 +20,6 @@ class RegistryStart : public ::testing::Test
 protected:
     RegistryStart()
     {
-        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = std::filesystem::temp_directory_path() / (std::string("drumfell-start-") + test->name() +
-                                                            "-" + std::to_string(platform::processId()));
-        std::filesystem::remove_all(folder_);
-        setenv("XDG_DATA_HOME", folder_.c_str(), 1);
         CApplicationParts parts;
         parts.creators = kClasses;
         parts.sharedFile = {};
@@ -43,8 +35,6 @@ protected:
     {
         CApplication::get()->releaseRootObject(root_);
         CApplication::finish();
-        setenv("XDG_DATA_HOME", homeBefore_.c_str(), 1); // empty counts as unset
-        std::filesystem::remove_all(folder_);
     }
 
     template <class T>
@@ -75,14 +65,7 @@ protected:
                                                                   nullptr, CAudioPreset::kChunkId));
     }
 
-    static std::string dataHome()
-    {
-        const char* home = std::getenv("XDG_DATA_HOME");
-        return home ? home : "";
-    }
-
-    const std::string homeBefore_ = dataHome();
-    std::filesystem::path folder_;
+    test::TemporaryHome home_;
     CObject* root_ = nullptr;
     CAudioParamCollector* collector_ = nullptr;
     CAudioParam* gain_ = nullptr;

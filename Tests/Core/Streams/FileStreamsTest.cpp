@@ -1,4 +1,5 @@
 #include "StreamTestSupport.h"
+#include "TemporaryFolder.h"
 
 #include "Streams/CFileReader.h"
 #include "Streams/CFileWriter.h"
@@ -13,16 +14,7 @@ namespace {
 class FileStreams : public ::testing::Test
 {
 protected:
-    FileStreams()
-    {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        folder_ = std::filesystem::temp_directory_path() /
-                  ("drumfell-streams-" + std::to_string(std::random_device{}()) + "-" + info->name());
-        std::filesystem::create_directories(folder_);
-    }
-    ~FileStreams() override { std::filesystem::remove_all(folder_); }
-
-    CString path(std::string_view name) const { return CString::fromUtf8((folder_ / name).string()); }
+    CString path(const std::string& name) const { return CString::fromUtf8(folder_.path(name)); }
     void writeFile(const CString& name, std::string_view text, bool append = false)
     {
         CFileWriter writer;
@@ -31,7 +23,7 @@ protected:
         ASSERT_TRUE(succeeded(writer.close()));
     }
 
-    std::filesystem::path folder_;
+    test::TemporaryFolder folder_;
 };
 
 } // namespace
