@@ -32,7 +32,7 @@ std::string indent(int depth)
 
 void printFormat(const CAudioProcessBase& process, std::ostream& out)
 {
-    out << "  " << process.sampleRateHz() << " Hz, latency " << process.format().latencySamples
+    out << process.sampleRateHz() << " Hz, latency " << process.format().latencySamples
         << ", channels";
     for (const auto& channel : process.channels()) {
         out << ' ' << channel.number;
@@ -71,7 +71,7 @@ void CGraphPrinter::printText(std::ostream& out) const
     out << "Processes in schedule order\n";
     for (const Process& entry : processes_) {
         out << indent(entry.depth + 1) << nameOf(*entry.process) << " <"
-            << entry.process->def().getTag().toUtf8() << '>';
+            << entry.process->def().getTag().toUtf8() << ">  ";
         printFormat(*entry.process, out);
         out << '\n';
     }
@@ -85,19 +85,18 @@ void CGraphPrinter::printText(std::ostream& out) const
 void CGraphPrinter::printDot(std::ostream& out) const
 {
     out << "digraph graph_of_processes {\n  rankdir=LR;\n  node [shape=box, fontname=\"sans-serif\"];\n";
+    int place = 0; // in the schedule
     for (const Process& entry : processes_) {
         if (!entry.isCompound) {
-            out << "  \"" << nameOf(*entry.process) << "\" [label=\"" << nameOf(*entry.process) << "\\n"
-                << entry.process->def().getTag().toUtf8() << "\\n"
-                << entry.process->sampleRateHz() << " Hz\"];\n";
+            out << "  \"" << nameOf(*entry.process) << "\" [label=\"" << ++place << ": " << nameOf(*entry.process)
+                << "\\n" << entry.process->def().getTag().toUtf8() << "\\n";
+            printFormat(*entry.process, out);
+            out << "\"];\n";
         }
     }
     for (const Link& link : links_) {
-        out << "  \"" << link.source << "\" -> \"" << link.destination << "\" [label=\"";
-        if (link.destinationPort != 0) {
-            out << '/' << link.destinationPort;
-        }
-        out << "\"" << (link.activeCount > 0 ? "" : ", style=dotted") << "];\n";
+        out << "  \"" << link.source << "\" -> \"" << link.destination << "\" [label=\"" << link.sourcePort
+            << "-" << link.destinationPort << ": " << link.activeCount << '"' << (link.activeCount > 0 ? "" : ", style=dotted") << "];\n";
     }
     out << "}\n";
 }

@@ -1,12 +1,15 @@
 // Streaming through the graph: steps, sums, switching, latency, and the independence of block sizes.
 #include "CTrace.h"
 #include "GraphFixture.h"
+#include "GraphHost/CGraphPrinter.h"
 #include "Kernels/CKernelRecording.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
+#include <sstream>
 
 namespace qel {
 namespace {
@@ -57,13 +60,23 @@ const std::vector<std::vector<int>> kBlockSizes = {{1}, {7}, {64}, {512}, {513},
 
 TEST(GraphStream, ChainsChildrenAutomaticallyInTheirOrder)
 {
-    GraphFixture graph(compound(gain("a", "2") + gain("side", "100", R"(is-outoforder="true")") + gain("b", "0.25"), ""));
-    const Channels input = noise(2, 1000, 1);
-    const Channels output = graph.run(input, {64});
+    // Those that are bypassed are left out of the chain, at its ends too.
+    const std::string states = param("off", "0", kGlobal.c_str()) + R"(<audio:process-bypass-state id="4" param="off"/>)";
+    const char* bypassed = R"(bypass-state-id="4")";
+    GraphFixture graph(compound(states + gain("head", "8", bypassed) + gain("a", "2") +
+                                    gain("side", "100", R"(is-outoforder="true")") + gain("b", "0.25") +
+                                    gain("tail", "4", bypassed),
+                                ""));
+    const Channels input = noise(2, 1024, 1);
+    const Channels output = graph.run(input, {64}, [&](std::size_t position) {
+        if (position == 512) {
+            graph.set("off", 1.0);
+        }
+    });
     for (std::size_t channel = 0; channel < 2; ++channel) {
-        ASSERT_EQ(output[channel].size(), 1000u);
-        for (std::size_t i = 0; i < 1000; ++i) {
-            ASSERT_EQ(output[channel][i], input[channel][i] * 2.0 * 0.25);
+        ASSERT_EQ(output[channel].size(), 1024u);
+        for (std::size_t i = 0; i < 1024; ++i) {
+            ASSERT_EQ(output[channel][i], input[channel][i] * (i < 512 ? 16.0 : 0.5)) << i;
         }
     }
 }
@@ -196,14 +209,65 @@ TEST(GraphStream, GivesTheSameSamplesWithSimultaneousChangesAtTheSameTimes)
 
 TEST(GraphStream, SwitchesLinksWithoutLosingQueuedSamples)
 {
-    // A count of samples in must be the count of samples out, whatever is switched between blocks.
-    GraphFixture graph(kMixedGraph);
-    const Channels input = noise(2, 5000, 7);
-    const Channels output = graph.run(input, {37}, [&](std::size_t position) {
-        graph.set("wet", (position / 37) % 2 ? 1.0 : 0.0);
+    // Of an odd block the decimator takes the larger half, so that the links into the mix hold unequal numbers of
+    // samples whenever the side chain comes and goes.
+    GraphFixture graph(compound(
+        param("on", "0", kGlobal.c_str()) + R"(
+        <audio:process-bypass-state id="0" param="on" is-inverted="true"/>
+        <audio:modDecimator name="down"/><audio:modInterpolator name="up"/>
+        <audio:modMix name="mix"><audio:param-alloc param-name="mix" index="0"/>)" +
+        param("mix", "0.25") + "</audio:modMix>" + gain("side", "3") + link("*", "down") + link("down", "up") +
+        link("up", "mix") + link("*", "mix/1") + link("mix", "*") + link("*", "side", R"(bypass-state-id="0")")));
+    CKernelRecording recording;
+    graph.kernels().setObserver(&recording);
+    const Channels input = noise(2, 4995, 7);
+    std::size_t blocks = 0;
+    const Channels output = graph.run(input, {37}, [&](std::size_t) { graph.set("on", ++blocks % 3 == 0 ? 1.0 : 0.0); });
+    graph.kernels().setObserver(nullptr);
+    const auto sideBlocks = std::count_if(recording.calls().begin(), recording.calls().end(), [](const CKernelCall& call) {
+        return std::string(call.entry->name) == "qel.dcdaw.mulc";
     });
-    EXPECT_EQ(output[0].size(), 5000u);
-    EXPECT_EQ(output[1].size(), 5000u);
+    EXPECT_EQ(sideBlocks, 2 * 4995 / 37 / 3);
+    for (std::size_t c = 0; c < 2; ++c) {
+        ASSERT_EQ(output[c].size(), 4995u);
+        for (std::size_t i = 0; i < 4995; ++i) {
+            const double x = input[c][i];
+            const double halved = i % 2 ? 0.0 : 2.0 * x;
+            ASSERT_EQ(output[c][i], halved + (x - halved) * 0.25) << i;
+        }
+    }
+}
+
+TEST(GraphStream, ShowsWhatIsThere)
+{
+    GraphFixture graph(compound(R"(<audio:modAbs name="b"/>)" + gain("a", "2") + link("*", "a") + link("a", "b") +
+                                link("b", "*")));
+    graph.run(noise(1, 10, 7), {10});
+    tools::CGraphPrinter printer;
+    graph.root().visit(printer);
+    std::ostringstream text;
+    printer.printText(text);
+    EXPECT_EQ(text.str(), R"(Processes in schedule order
+  plugin.main <audio:process-def>  48000 Hz, latency 0, channels 0(group 0)
+    plugin.main.a <audio:modGain>  48000 Hz, latency 0, channels 0(group 0)
+    plugin.main.b <audio:modAbs>  48000 Hz, latency 0, channels 0(group 0)
+Links (source/port -> destination/port, active count)
+  plugin.main.a/0 -> plugin.main.b/0  1
+  plugin.main input/0 -> plugin.main.a/0  1
+  plugin.main.b/0 -> plugin.main output/0  1
+)");
+    std::ostringstream dot;
+    printer.printDot(dot);
+    EXPECT_EQ(dot.str(), R"dot(digraph graph_of_processes {
+  rankdir=LR;
+  node [shape=box, fontname="sans-serif"];
+  "plugin.main.a" [label="1: plugin.main.a\naudio:modGain\n48000 Hz, latency 0, channels 0(group 0)"];
+  "plugin.main.b" [label="2: plugin.main.b\naudio:modAbs\n48000 Hz, latency 0, channels 0(group 0)"];
+  "plugin.main.a" -> "plugin.main.b" [label="0-0: 1"];
+  "plugin.main input" -> "plugin.main.a" [label="0-0: 1"];
+  "plugin.main.b" -> "plugin.main output" [label="0-0: 1"];
+}
+)dot");
 }
 
 TEST(GraphStream, CutsOffWhatHasNoSignal)
