@@ -146,19 +146,6 @@ TEST(ParamData, ContinuesBehindTheHighestIdentifierOfAFile)
     EXPECT_EQ(pool.size(), 3u);
 }
 
-TEST(ParamStorage, CreatesTheGroupsBelowAWrittenOneEmpty)
-{
-    CAudioParamStorage storage = floats(1, {0.25});
-    EXPECT_TRUE(put(storage, 0, 0, {1.0}));
-    EXPECT_TRUE(put(storage, 3, 0, {4.0}));
-    EXPECT_EQ(storage.getGroupCount(), 4);
-    EXPECT_EQ(storage.getCount(1), 0);
-    EXPECT_EQ(storage.getCount(2), 0);
-    EXPECT_EQ(storage.get(3, 0), 4.0);
-    EXPECT_EQ(storage.get(1, 0), 0.25);
-    EXPECT_EQ(storage.get(7, 0), 0.25);
-}
-
 TEST(ParamStorage, FallsBackByEntryForModulesAndByGroupForStates)
 {
     CAudioParamStorage storage = floats(2, {1, 2, 3, 4});
@@ -181,22 +168,6 @@ TEST(ParamStorage, FallsBackByEntryForModulesAndByGroupForStates)
         EXPECT_EQ(storage.getForState(g, e, n), state) << g << ' ' << e << ' ' << n;
     }
     EXPECT_EQ(CAudioParamStorage().get(0, 0), 0.0);
-}
-
-TEST(ParamStorage, FillsHolesGrowsAndCuts)
-{
-    CAudioParamStorage storage = floats(1, {7, 8, 9});
-    EXPECT_TRUE(put(storage, 0, 4, {1}));
-    EXPECT_EQ(values(storage, 0), (std::vector<double>{7, 8, 9, 7, 1}));
-    EXPECT_TRUE(put(storage, 0, 1, {5}));
-    EXPECT_EQ(storage.getCount(0), 5);
-    EXPECT_TRUE(put(storage, 0, 0, {2, 3}, true));
-    EXPECT_EQ(values(storage, 0), (std::vector<double>{2, 3}));
-    EXPECT_TRUE(put(storage, 0, 0, {}, true));
-    EXPECT_EQ(storage.get(0, 1), 8.0);
-    EXPECT_TRUE(put(storage, CAudioParamChange::kWholeParam, 0, {6}));
-    EXPECT_EQ(storage.getGroupCount(), 1);
-    EXPECT_EQ(storage.get(0, 0), 6.0);
 }
 
 TEST(ParamStorage, IgnoresChangesOfAnotherFormatOrOutOfBounds)

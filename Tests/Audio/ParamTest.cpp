@@ -94,6 +94,12 @@ TEST_F(ParamTest, WithoutInfoItIgnoresEverything)
     param.clearToDefault(-1, -1, context_);
     EXPECT_EQ(param.getValue(0, 0), 0.0);
     EXPECT_EQ(&collector_->getParam("unknown"), &param);
+    // A preset that names it is read past it.
+    CAudioParam& source = addParam("source", floatInfo("p", {0.0}));
+    const CByteBuffer bytes = saved(source);
+    CMemoryReader reader(bytes.bytes());
+    EXPECT_OK(param.load(reader, context_, false, -1, true));
+    EXPECT_FALSE(param.hasInfo());
 }
 
 TEST_F(ParamTest, RefusesWritesThatWouldLeaveAHole)
@@ -230,36 +236,6 @@ TEST_F(ParamTest, SavesAndLoadsWholeByGroupAndAsInitialValues)
     EXPECT_EQ(target.getValue(0, 0), 10.0);
 }
 
-TEST_F(ParamTest, TakesPartInWhatItsFlagsSay)
-{
-    const CByteBuffer bytes = [&] {
-        CAudioParam& source = addParam("s", floatInfo("p", {0.0}));
-        source.setValue(0, 0, 0, 5.0, context_);
-        return saved(source);
-    }();
-    const struct
-    {
-        bool storable, persistent, withPersistent, loads;
-    } cases[] = {{true, false, false, true},
-                 {false, true, false, false},
-                 {false, true, true, true},
-                 {false, false, true, false}};
-    int number = 0;
-    for (const auto& item : cases) {
-        CAudioParamInfo info = floatInfo("p", {0.0});
-        info.isStorable = item.storable;
-        info.isPersistent = item.persistent;
-        CAudioParam& param = addParam(std::to_string(number++).c_str(), info);
-        CMemoryReader reader(bytes.bytes());
-        EXPECT_OK(param.load(reader, context_, false, -1, item.withPersistent));
-        EXPECT_EQ(param.getValue(0, 0), item.loads ? 5.0 : 0.0) << number;
-    }
-    CMemoryReader reader(bytes.bytes());
-    CAudioParam& unknown = collector_->getParam("unknown");
-    EXPECT_OK(unknown.load(reader, context_, false, -1, true));
-    EXPECT_FALSE(unknown.hasInfo());
-}
-
 TEST_F(ParamTest, ASavedParameterBringsTheDefinitionItNames)
 {
     releaseError(registerCreator({"audio:param", &newObject<CAudioParamDef>, &CObject::buildClassInfo}));
@@ -286,20 +262,6 @@ TEST_F(ParamTest, ASavedParameterBringsTheDefinitionItNames)
     target.clearToDefault(-1, -1, context_);
     EXPECT_EQ(target.getValue(0, 0), 4.0);
     EXPECT_EQ(saved(target).size(), bytes.size());
-}
-
-TEST_F(ParamTest, RefusesARecordOfAnotherShapeAndKeepsItsValue)
-{
-    CAudioParamInfo pair = floatInfo("p", {1, 2});
-    pair.esize = 2;
-    pair.minValues = {0, 0};
-    pair.maxValues = {9, 9};
-    const CByteBuffer bytes = saved(addParam("pair", pair));
-    CAudioParam& single = addParam("single", floatInfo("p", {3.0}));
-    CMemoryReader reader(bytes.bytes());
-    EXPECT_FAILS(single.load(reader, context_, false, -1, false),
-                 "Unsupported storage format (esize=2, dtype=0; should be: esize=1, dtype=0).");
-    EXPECT_EQ(single.getValue(0, 0), 3.0);
 }
 
 TEST_F(ParamTest, TellsListenersOutsideTheLockOnceItIsLeft)
@@ -335,18 +297,6 @@ TEST_F(ParamTest, TellsListenersOutsideTheLockOnceItIsLeft)
     context_.sender = &listener;
     a.setValue(0, 0, 0, 5.0, context_);
     EXPECT_EQ(listener.log.size(), 2u);
-}
-
-TEST_F(ParamTest, ShowsARecorderTheValuesBeforeAndAfter)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {1.0}));
-    CLogRecorder recorder;
-    context_.recorder = &recorder;
-    param.setValue(0, 0, 0, 2.0, context_);
-    param.clearToDefault(-1, -1, context_);
-    const double value = 5.0;
-    param.change({.group = 3, .start = 1, .count = 1, .values = &value}, context_); // ignored
-    EXPECT_EQ(recorder.log, (std::vector<double>{1, 2, 2, 1}));
 }
 
 TEST_F(ParamTest, AnInvertFilterKeepsTheOppositeInEveryGroup)

@@ -44,43 +44,6 @@ TEST_F(ProcessDefTest, ReadsEachFlagIntoItsOwnPlace)
     }
 }
 
-TEST_F(ProcessDefTest, TakesTheDefaultForFlagsThatAreNeitherTrueNorFalse)
-{
-    TreeNode node = process("p");
-    for (const Flag& flag : kFlags) {
-        node.attr(flag.name, "yes");
-    }
-    ASSERT_OK(root_.load(TreeNode().child(node)));
-    const auto& def = get<CAudioProcessDef>("p");
-    for (const Flag& flag : kFlags) {
-        EXPECT_EQ((def.*flag.get)(), flag.fallback) << flag.name;
-    }
-}
-
-TEST_F(ProcessDefTest, ReadsNamesAndNumbers)
-{
-    ASSERT_OK(root_.load(TreeNode()
-                             .child(process("plain"))
-                             .child(process("full")
-                                        .attr("multiband-freq-param", "^freqs")
-                                        .attr("multiband-count-param", "^bands")
-                                        .attr("stack-param", "stack")
-                                        .attr("stack-index-shift", "0x10")
-                                        .attr("bypass-state-id", "11"))));
-    const auto& plain = get<CAudioProcessDef>("plain");
-    EXPECT_TRUE(plain.multibandFreqParam().isEmpty() && plain.multibandCountParam().isEmpty());
-    EXPECT_TRUE(plain.stackParam().isEmpty());
-    EXPECT_EQ(plain.stackIndexShift(), 0);
-    EXPECT_EQ(plain.bypassStateId(), CAudioProcessDefBase::kNoState);
-
-    const auto& full = get<CAudioProcessDef>("full");
-    EXPECT_EQ(full.multibandFreqParam(), "^freqs");
-    EXPECT_EQ(full.multibandCountParam(), "^bands");
-    EXPECT_EQ(full.stackParam(), "stack");
-    EXPECT_EQ(full.stackIndexShift(), 16);
-    EXPECT_EQ(full.bypassStateId(), 11);
-}
-
 TEST_F(ProcessDefTest, RefusesANegativeStackIndexShiftInPrototypesToo)
 {
     const TreeNode bad = process("mod1").attr("is-prototype", "true").attr("stack-index-shift", "-3");

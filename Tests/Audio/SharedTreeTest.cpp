@@ -250,28 +250,5 @@ TEST_F(SharedTreeTest, MakesAnInstanceWithAllParametersInRealUnits)
     }
 }
 
-// With all effects off, both bands add up to the input but for the phase.
-TEST_F(SharedTreeTest, PassesTheSignalWhileNoEffectIsOn)
-{
-    constexpr double kRateHz = 48000.0;
-    constexpr std::size_t kLength = 24000;
-    for (const double freqHz : {50.0, 100.0, 1000.0}) {
-        tools::CGraphHost host(tree_, {});
-        test::Channels input(2, std::vector<double>(kLength));
-        for (std::size_t i = 0; i < kLength; ++i) {
-            const double phase = 2.0 * std::numbers::pi * freqHz * static_cast<double>(i) / kRateHz;
-            input[0][i] = input[1][i] = std::sin(phase);
-        }
-        const test::Channels output = host.run(input, {512});
-        ASSERT_EQ(output.at(0).size(), kLength);
-        double power = 0.0;
-        for (std::size_t i = kLength / 2; i < kLength; ++i) {
-            power += output[0][i] * output[0][i];
-        }
-        // The 3 Hz high-pass of the first order takes 0.2 % at 50 Hz.
-        EXPECT_NEAR(power / (kLength / 2), 0.5, 0.005) << freqHz << " Hz";
-    }
-}
-
 } // namespace
 } // namespace qel

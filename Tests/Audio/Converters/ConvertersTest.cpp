@@ -302,18 +302,5 @@ TEST_F(ConvertersTest, BadAttributesFailWithTheirMessage)
         loadConverter(TreeNode("audio:cvt-gain", "limits").attr("decimals", "10").attr("zero-point", "1")));
 }
 
-TEST_F(ConvertersTest, GainDeclaresThePointsOfItsControl)
-{
-    ASSERT_OK(loadConverter(TreeNode("audio:cvt-gain", "plain")));
-    ASSERT_OK(loadConverter(
-        TreeNode("audio:cvt-gain", "marked").attr("zero-point", "0.75").attr("off-point", "0.125")));
-    const auto& plain = dynamic_cast<CAudioParamConverterGain&>(*root_->findObject("plain"));
-    const auto& marked = dynamic_cast<CAudioParamConverterGain&>(*root_->findObject("marked"));
-    EXPECT_EQ(plain.getZeroPoint(), 0.5);
-    EXPECT_EQ(plain.getOffPointPercent(), -100);
-    EXPECT_EQ(marked.getZeroPoint(), 0.75);
-    EXPECT_EQ(marked.getOffPointPercent(), 13);
-}
-
 } // namespace
 } // namespace qel

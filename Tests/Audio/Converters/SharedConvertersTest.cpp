@@ -78,20 +78,6 @@ TEST_F(SharedConvertersTest, AreAllOfAKnownClassAndFoundByName)
     EXPECT_OK(info.parseConverterNames());
 }
 
-TEST_F(SharedConvertersTest, GoFromPositionToValueAndBack)
-{
-    for (const CAudioParamConverter* converter : all()) {
-        const CAudioParamInfo info = infoOf(*converter);
-        const bool isWhole = converter->getTag() == "audio:cvt-enum";
-        for (int step = 0; step <= 100; ++step) {
-            const double value = converter->normToValue(info, 0, step / 100.0);
-            const double again = converter->normToValue(info, 0, converter->valueToNorm(info, 0, value));
-            EXPECT_NEAR(again, value, isWhole ? 0.0 : 1e-13 * std::abs(value))
-                << nameOf(*converter).toUtf8() << " at " << step;
-        }
-    }
-}
-
 // Whoever opens a text field and confirms it unchanged must not change what is shown.
 TEST_F(SharedConvertersTest, ShowTheSameAfterTheirTextWasTypedIn)
 {

@@ -203,20 +203,6 @@ TEST_F(EffectLines, MonoMixesTheLowBandAlone)
     }
 }
 
-TEST_F(EffectLines, SettingsOfAnEffectThatIsOffChangeNoBit)
-{
-    const Signals off = output({});
-    EXPECT_EQ(output({{".punch-gain", linear(12)},
-                      {".sat-drive", linear(50)},
-                      {".sat-mode", 1},
-                      {".sat-gain", linear(24)},
-                      {".sat-lpf", 20},
-                      {".sat-hpf", 5000},
-                      {".sub-gain", linear(24)},
-                      {".comp-drive", linear(50)}}),
-              off);
-}
-
 // A beat is louder against its tail, or softer, and a gain of 0 dB is nearly none.
 TEST_F(EffectSwitches, PuncherActsOnTheEnvelopeOfABeat)
 {

@@ -4,8 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <complex>
-#include <numbers>
 #include <string>
 
 namespace qel {
@@ -19,7 +17,6 @@ using test::Signal;
 
 using Real = long double;
 using Polynomial = std::vector<Real>; // in z^-1
-using Spectrum = std::complex<Real>;
 
 struct Rational
 {
@@ -64,29 +61,6 @@ std::vector<Real> reference(const Case& filter, const Signal& in)
         for (std::size_t n = 0; n < in.size(); ++n) {
             sum[n] += signal[n];
         }
-    }
-    return sum;
-}
-
-Spectrum evaluate(const Polynomial& polynomial, Spectrum zInverse)
-{
-    Spectrum value = 0;
-    for (std::size_t k = polynomial.size(); k-- > 0;) {
-        value = value * zInverse + polynomial[k];
-    }
-    return value;
-}
-
-Spectrum response(const Case& filter, double radians)
-{
-    const Spectrum zInverse = std::polar<Real>(1, -static_cast<Real>(radians));
-    Spectrum sum = 0;
-    for (const Cascade& path : filter.paths) {
-        Spectrum product = 1;
-        for (const Rational& section : path) {
-            product *= evaluate(section.numerator, zInverse) / evaluate(section.denominator, zInverse);
-        }
-        sum += product;
     }
     return sum;
 }
@@ -238,26 +212,6 @@ TEST(FilterKernels, FollowTheDifferenceEquationOfTheirTransferFunction)
     }
 }
 
-TEST(FilterKernels, HaveTheFrequencyResponseOfTheirTransferFunction)
-{
-    constexpr std::size_t kLength = 8000;
-    Signal impulse(kLength);
-    impulse[0] = 1;
-    for (const Case& filter : allCases()) {
-        const Signal out = FilterRig(filter).process(impulse);
-        for (const double radians : {0.0, 0.01, 0.3, 1.0, 1.6, 2.5, std::numbers::pi}) {
-            Spectrum measured = 0;
-            for (std::size_t n = 0; n < kLength; ++n) {
-                const Real angle = -static_cast<Real>(radians) * static_cast<Real>(n);
-                measured += static_cast<Real>(out[n]) * Spectrum(std::cos(angle), std::sin(angle));
-            }
-            const Spectrum expected = response(filter, radians);
-            EXPECT_LE(std::abs(measured - expected), 1e-11L * (1 + std::abs(expected)))
-                << filter.name << " at " << radians;
-        }
-    }
-}
-
 TEST(FilterKernels, GiveTheSameBitsHoweverABlockIsSplit)
 {
     for (const Case& filter : allCases()) {
@@ -296,25 +250,6 @@ TEST(FilterKernels, InitForgetsWhatWasHeard)
         const Signal fresh = rig.process(in);
         rig.init(filter.coefficients);
         EXPECT_TRUE(isSameBits(rig.process(in), fresh)) << filter.name;
-    }
-}
-
-TEST(FilterKernels, UpdateWithTheSameCoefficientsIsInaudible)
-{
-    for (const Case& filter : allCases()) {
-        if (filter.coefficients.size() == 1) {
-            continue; // first-order chains clear their memory
-        }
-        const Signal in = noiseSignal(301, 25);
-        FilterRig undisturbed(filter);
-        undisturbed.process(in);
-        const Signal expected = undisturbed.process(in);
-        for (const bool isInPlace : {false, true}) {
-            FilterRig rig(filter);
-            rig.process(in);
-            rig.update(filter.coefficients, isInPlace);
-            EXPECT_TRUE(isSameBits(rig.process(in), expected)) << filter.name;
-        }
     }
 }
 
@@ -362,7 +297,7 @@ TEST(FilterKernels, UpdateBringsNewCoefficientsIntoARunningAllPassChain)
 
 TEST(FilterKernels, UpdateBringsNewCoefficientsIntoARunningHalfBand)
 {
-    for (const std::size_t order : {2U, 6U, 16U}) {
+    for (std::size_t order = 2; order <= 16; order += 2) {
         const Case filter = halfBand(halfBandCoefficients(order));
         Signal after = filter.coefficients;
         for (double& coefficient : after) {
@@ -403,55 +338,6 @@ TEST(FilterKernels, UpdateOfAFirstOrderChainClearsItAndReadsItsSecondOperand)
     const CBufferRef state = rig.bytes(40);
     rig.run("fltlphp1u", 0, 0, {state, rig.buffer({0.25}), rig.buffer({0.75})});
     EXPECT_EQ(rig.read(state, 5), (Signal{0.25, 0, 0, 0, 0}));
-}
-
-// The state of order 2 is the index, path B's last output, two coefficients and two rings of four pairs.
-TEST(FilterKernels, AHalfBandStateKeepsItsPlaceInTheRingsBetweenBlocks)
-{
-    KernelRig rig;
-    const CBufferRef state = rig.bytes(160);
-    const CBufferRef out = rig.buffer(Signal(5));
-    const auto index = [&] {
-        std::int64_t value;
-        std::memcpy(&value, rig.context().address(state), sizeof value);
-        return value;
-    };
-    rig.run("flthbf2i", 0, 0, {state, rig.buffer({0.25, 0.5})});
-    EXPECT_EQ(index(), 3);
-    double input = 1;
-    for (const std::int64_t expected : {2, 1, 0, 3, 2, 1, 0}) {
-        rig.run("flthbf2", 1, 0, {out, state, rig.buffer({++input})});
-        EXPECT_EQ(index(), expected);
-        const std::size_t newest = static_cast<std::size_t>((expected + 1) & 3);
-        EXPECT_EQ(rig.read(state, 20)[4 + 2 * newest], input);
-    }
-    rig.run("flthbf2", 5, 0, {out, state, rig.buffer(Signal(5))});
-    EXPECT_EQ(index(), 3);
-}
-
-// Order 2 for a transition band of a quarter of the rate: the published pair of coefficients reaches 62 dB.
-TEST(FilterKernels, ADesignedHalfBandPassesTheLowerAndStopsTheUpperHalf)
-{
-    const Case filter = halfBand({0.138024994073021350, 0.584683257487323190});
-    Signal impulse(4000);
-    impulse[0] = 1;
-    const Signal out = FilterRig(filter).processWithGain(impulse, 0.5);
-    for (int step = 0; step <= 100; ++step) {
-        const double fraction = step / 100.0;
-        for (const bool isStopBand : {false, true}) {
-            const double radians = (isStopBand ? 0.75 + 0.25 * fraction : 0.25 * fraction) * std::numbers::pi;
-            std::complex<double> sum = 0;
-            for (std::size_t n = 0; n < out.size(); ++n) {
-                sum += out[n] * std::polar(1.0, -radians * static_cast<double>(n));
-            }
-            const double decibels = 20 * std::log10(std::abs(sum) + 1e-12);
-            if (isStopBand) {
-                EXPECT_LE(decibels, -61.9) << radians;
-            } else {
-                EXPECT_NEAR(decibels, 0, 1e-5) << radians;
-            }
-        }
-    }
 }
 
 } // namespace

@@ -207,23 +207,6 @@ TEST(SpectralKernels, ConvolutionStepsStayInsideTheSpectrum)
                     {out, rig.buffer(held), rig.buffer(held)});
             EXPECT_TRUE(isSameBits(rig.read(out, 16), held)) << name << " from bin " << first;
         }
-        // Bins 3 and 4 of an 8-point spectrum, then bin 4 alone, which is real and lies in the second place.
-        for (const double first : {3.0, 4.0}) {
-            KernelRig rig;
-            const CBufferRef out = rig.buffer(Signal(16, 0.0));
-            const CBufferRef accumulator = rig.buffer(Signal(16, 1.0));
-            const CBufferRef in = rig.buffer(Signal(16, 1.0));
-            rig.run(name, CKernelCall::spectralCount(1000, 3), first, {out, accumulator, in});
-            const bool isBin3 = first == 3.0;
-            const bool isAcquire = std::string(name) == "convacquire";
-            const double re = isBin3 && isAcquire ? 1 : 0; // (1 + i)^2 = 2i
-            const double im = isBin3 ? (isAcquire ? 1 : 2) : 0;
-            EXPECT_EQ(rig.read(out, 16), (Signal{0, 1, 0, 0, 0, 0, re, im, 0, 0, 0, 0, 0, 0, 0, 0})) << name;
-            if (isAcquire) {
-                const double left = isBin3 ? 0 : 1;
-                EXPECT_EQ(rig.read(accumulator, 9), (Signal{1, 0, 1, 1, 1, 1, left, left, 1}));
-            }
-        }
     }
 }
 

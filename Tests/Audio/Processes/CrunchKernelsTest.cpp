@@ -278,27 +278,17 @@ TEST(CrunchKernels, ReleaseGivesTheDropAndAttackTheTime)
     EXPECT_NEAR(gain.back(), target.front(), 0.01 * target.front());
 }
 
-TEST(CrunchKernels, SplitEqualsWholeAndClearReturnsToRest)
+TEST(CrunchKernels, ClearReturnsToRest)
 {
-    const Signal levels = test::beats(5000, 4);
+    const Signal in = gainSteps(5000);
     for (const bool isInverse : {false, true}) {
-        ReleaseRig whole(0.05, 10.0, isInverse);
-        ReleaseRig split(0.05, 10.0, isInverse);
-        const Signal out = whole.process("crunchrls", levels);
-        EXPECT_TRUE(test::isSameBits(out, split.processSplit("crunchrls", levels)));
-        whole.run("crunchrlsc");
-        EXPECT_TRUE(test::isSameBits(out, whole.process("crunchrls", levels)));
-    }
-    const Signal gains = gainSteps(5000);
-    for (const EType type : {EType::kFixed, EType::kVariable}) {
-        for (const bool isInverse : {false, true}) {
-            AttackRig whole(0.02, type, isInverse);
-            AttackRig split(0.02, type, isInverse);
-            const Signal out = whole.process("crunchatk", gains);
-            EXPECT_TRUE(test::isSameBits(out, split.processSplit("crunchatk", gains)));
-            whole.run("crunchatkc");
-            EXPECT_TRUE(test::isSameBits(out, whole.process("crunchatk", gains)));
-        }
+        ReleaseRig release(0.05, 10.0, isInverse);
+        AttackRig attack(0.02, EType::kVariable, isInverse);
+        const auto pass = [&] { return attack.process("crunchatk", release.process("crunchrls", in)); };
+        const Signal out = pass();
+        release.run("crunchrlsc");
+        attack.run("crunchatkc");
+        EXPECT_TRUE(test::isSameBits(out, pass()));
     }
 }
 

@@ -114,14 +114,6 @@ TEST(Leveler, CallsNoMoreKernelsThanItNeeds)
     EXPECT_EQ(calls({false, 0.0, 0.5}, 2), 3u);
 }
 
-TEST(Leveler, OneChannelIsItsOwnLevel)
-{
-    const Channels in = levels(1);
-    for (const double mix : {0.0, 0.25, 1.0}) {
-        EXPECT_TRUE(test::isSameBits(LevelerRig().process({false, mix, 1.0}, in)[0], in[0])) << mix;
-    }
-}
-
 TEST(Leveler, LinksTheChannelsOfOneGroupAndNotOfAnother)
 {
     test::ModuleGraph<CModLevelerDef> graph({{"mode", 0.0}, {"mix", 0.0}, {"linking", 1.0}},

@@ -117,21 +117,6 @@ TEST(ResamplerFilters, RemoveTheImagesOnTheWayUpAndWhatWouldFoldOnTheWayDown)
     }
 }
 
-TEST(ResamplerFilters, GiveTheSameSamplesAtEveryBlockSize)
-{
-    const Channels input = noise(2, 3000, 1);
-    Channels reference;
-    for (const std::vector<int>& sizes : {std::vector{1000}, {1}, {7}, {513}, {3, 511, 64, 1, 333}}) {
-        FilteredGraph graph(kUp + kDown);
-        graph.set("mode", 4.0);
-        const Channels output = graph.run(input, sizes);
-        if (reference.empty()) {
-            reference = output;
-        }
-        EXPECT_EQ(output, reference) << "blocks of " << sizes[0];
-    }
-}
-
 TEST(ResamplerFilters, ToggleUnderAudioWithoutLosingASampleOrTouchingTheHeap)
 {
     FilteredGraph graph(kUp + kDown);

@@ -10,9 +10,8 @@
 #include "GraphFixture.h"
 #include "Processes/CNoiseSource.h"
 #include "Streams/CMemoryWriteBuffer.h"
+#include "TemporaryHome.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -94,11 +93,7 @@ class TestApplication
 {
 public:
     explicit TestApplication(const std::string& xml)
-        : folder_(std::filesystem::temp_directory_path() /
-                  ("drumfell-wrapper-" + std::to_string(std::rand())))
     {
-        std::filesystem::create_directories(folder_);
-        setenv("XDG_DATA_HOME", folder_.c_str(), 1);
         CMemoryWriteBuffer chunk;
         CError error = chunk.writeCompressedData(CByteBuffer(tools::encodeTree(compileXml(xml))),
                                                  tools::kCompiledTreeId);
@@ -121,16 +116,12 @@ public:
         }
         CNoiseSource::restartSeeds();
     }
-    ~TestApplication()
-    {
-        CApplication::finish();
-        std::filesystem::remove_all(folder_);
-    }
+    ~TestApplication() { CApplication::finish(); }
     TestApplication(const TestApplication&) = delete;
     TestApplication& operator=(const TestApplication&) = delete;
 
 private:
-    std::filesystem::path folder_;
+    TemporaryHome home_;
     std::vector<std::uint8_t> record_;
     CResourceRow rows_[2] = {};
 };
@@ -196,12 +187,14 @@ public:
     int processLevel = 2;
     std::optional<double> tempo;
     int ioChanges = 0;
+    std::vector<std::int32_t> delays;
     std::vector<CString> labels;
 
 protected:
     int hostProcessLevel() override { return processLevel; }
     std::optional<double> hostTempo() override { return tempo; }
     void ioChanged() override { ++ioChanges; }
+    void setInitialDelay(std::int32_t samples) override { delays.push_back(samples); }
     std::vector<CString> hostChannelLabels() override { return labels; }
 };
 

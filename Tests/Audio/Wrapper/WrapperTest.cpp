@@ -166,6 +166,41 @@ TEST(Wrapper, RestoresItsStateToTheLastByte)
     }
 }
 
+TEST(Wrapper, StartsAfreshAfterAPauseAndTakesANewRateAndLayout)
+{
+    const TestApplication application(test::wrapperTree());
+    TestHost host;
+    bringUp(host);
+    const auto steady = [](std::size_t channels) {
+        return std::vector<std::vector<double>>(channels, std::vector<double>(100, 1.0));
+    };
+    // Of a constant 1 at a gain of g come 0.25 (1 - g) + g, and g besides.
+    EXPECT_NEAR(host.run(steady(2), {100})[1][99], 2.0, 1e-9);
+    host.set("modGain.gain", 2.0);
+    EXPECT_LT(host.run(steady(2), {100})[1][99], 2.2); // a fade of 720 samples is under way
+    host.suspend();
+    host.start();
+    EXPECT_NEAR(host.run(steady(2), {100})[1][0], 3.75, 1e-9);
+
+    host.suspend();
+    CAudioHostSetup setup;
+    setup.sampleRateHz = 32000.0;
+    setup.inputCount = 4;
+    setup.outputCount = 3;
+    host.resume(setup);
+    EXPECT_EQ(host.delays, (std::vector<std::int32_t>{0, 0, 0}));
+    const double startSec = host.getParams().getEnv().getPositionSec();
+    auto wide = steady(4);
+    std::fill(wide[3].begin(), wide[3].end(), 5.0);
+    const auto output = host.run(wide, {100});
+    EXPECT_NEAR(host.getParams().getEnv().getPositionSec() - startSec, 100 / 32000.0, 1e-12);
+    EXPECT_NEAR(output[2][0], (3 * 1.75 + 8.75) / 4 + 2.0, 1e-9); // the fourth channel is part of the mean
+    EXPECT_EQ(output[3][0], 0.0);                                  // and not written
+    // What the links hold may go when they are made anew, but the stream goes on.
+    host.updateProcessConfig();
+    EXPECT_NEAR(host.run(wide, {100})[2][50], output[2][50], 1e-9);
+}
+
 TEST(Wrapper, FollowsTheHostsTempoAndProcessLevel)
 {
     const TestApplication application(test::wrapperTree());
@@ -228,6 +263,14 @@ TEST(Wrapper, AllocatesAndWaitsForNothingOnceWarmWhileOthersWrite)
             }
         });
     }
+    // States come and go as a whole besides.
+    CByteBuffer chunk;
+    test::requireOk(host.saveChunk(chunk, true, false));
+    writers.emplace_back([&host, &isDone, &chunk] {
+        while (!isDone) {
+            test::requireOk(host.loadChunk(chunk.bytes(), true, false));
+        }
+    });
     long counted = 0;
     for (int i = 0; i < 3000; ++i) {
         block.count = 1 + (i * 37) % 512;
