@@ -1,6 +1,6 @@
 // Streaming through the graph: steps, sums, switching, latency, and the independence of block sizes.
+#include "../Processes/ProcessTestTree.h"
 #include "CTrace.h"
-#include "GraphFixture.h"
 #include "GraphHost/CGraphPrinter.h"
 #include "Kernels/CKernelRecording.h"
 
@@ -16,19 +16,7 @@ namespace {
 
 using test::Channels;
 using test::GraphFixture;
-
-Channels noise(std::size_t channels, std::size_t count, unsigned seed)
-{
-    std::mt19937 random(seed);
-    std::uniform_real_distribution<double> level(-1.0, 1.0);
-    Channels result(channels, std::vector<double>(count));
-    for (auto& channel : result) {
-        for (double& sample : channel) {
-            sample = level(random);
-        }
-    }
-    return result;
-}
+using test::noise;
 
 std::string param(const char* name, const char* defaultValue, const char* extra = "")
 {
