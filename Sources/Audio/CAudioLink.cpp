@@ -159,13 +159,13 @@ bool CAudioInputPort::consume(int count)
     return isDry;
 }
 
-void CAudioInputPort::forwardTo(CAudioOutputPort& to)
+void CAudioInputPort::forwardTo(CAudioOutputPort& to, bool isWeighted)
 {
     to.setChannels(channels());
     for (int count = available(); count != 0 && count != kNoStream; count = available()) {
         forEachChannel(channels(), [&](int channel) {
             const CAudioStreamFormat* channelFormat = format(channel);
-            to.emit(channel, gather(channel, count, false), count, channelFormat);
+            to.emit(channel, gather(channel, count, isWeighted), count, channelFormat);
         });
         consume(count);
         to.setChannels(channels());

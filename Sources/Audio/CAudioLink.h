@@ -129,8 +129,8 @@ public:
     CBufferRef borrow(int channel, int count, bool isWeighted, CBufferRef& outSum) const;
     // True if a channel has run dry.
     bool consume(int count);
-    // Hands all that is there on to an output port, channels and formats as they come.
-    void forwardTo(CAudioOutputPort& to);
+    // Hands all that is there on to an output port, channels and formats as they come; several links as in gather().
+    void forwardTo(CAudioOutputPort& to, bool isWeighted = false);
 
 private:
     CAudioGraph& graph_;

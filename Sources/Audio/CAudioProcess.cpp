@@ -219,7 +219,7 @@ void CAudioProcess::step(int count)
         }
     }
     for (std::size_t port = 0; port < ownSinks_.size(); ++port) {
-        ownSinks_[port]->forwardTo(output(static_cast<int>(port)));
+        ownSinks_[port]->forwardTo(output(static_cast<int>(port)), isWeighted);
     }
 }
 

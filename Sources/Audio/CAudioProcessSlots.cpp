@@ -8,6 +8,7 @@
 #include "CAudioProcessDefBase.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace qel {
@@ -84,17 +85,6 @@ void CAudioProcessSlots::follow(Slot& slot, CAudioParam& param, int group)
     param.bind(slot.binding);
 }
 
-std::vector<int> CAudioProcessSlots::numbers() const
-{
-    std::vector<int> all;
-    for (const auto& slot : slots_) {
-        if (slot->number < kFirstStateSlot) {
-            all.push_back(slot->number);
-        }
-    }
-    return all;
-}
-
 // --- audio thread
 
 bool CAudioProcessSlots::applyUntil(double limitSec)
@@ -123,7 +113,14 @@ double CAudioProcessSlots::value(int slotNumber, int group, int entry) const
     if (!slot) {
         return 0.0;
     }
-    return slot->values.get(isGroup0_ ? 0 : group, isElement0_ ? 0 : entry + entryShift_);
+    const int wanted = isElement0_ ? 0 : entry + entryShift_;
+    const double value = slot->values.get(isGroup0_ ? 0 : group, wanted);
+    if (!std::isnan(value)) {
+        return value;
+    }
+    // A damaged file can hold that, and a filter made from it would never sound again.
+    const std::span<const double> fill = slot->values.getFill();
+    return fill.empty() ? 0.0 : fill[std::min(static_cast<std::size_t>(wanted), fill.size() - 1)];
 }
 
 double CAudioProcessSlots::valueOrLast(int slotNumber, int group, int entry) const

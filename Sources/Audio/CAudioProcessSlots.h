@@ -39,8 +39,6 @@ public:
     // A slot behind the definition's own, tied to the parameter of this full name: its number, or -1 if the
     // instance has no such parameter.
     int addStateSlot(const CString& paramName, CAudioParamCollector& params);
-    // Slot numbers that the definition gives; what the module does not know of can be told from them.
-    std::vector<int> numbers() const;
 
     // --- audio thread
 
@@ -51,7 +49,8 @@ public:
     bool applyUntil(double limitSec);
 
     bool has(int slot) const { return find(slot) != nullptr; }
-    // Value of an entry of a group, the default where nothing is stored; 0 for a slot that has no parameter.
+    // Value of an entry of a group, the default where nothing is stored or what is stored is no number; 0 for a slot that
+    // has no parameter.
     double value(int slot, int group, int entry = 0) const;
     // The same, but behind the end of the default's list the last default counts, not the first.
     double valueOrLast(int slot, int group, int entry) const;

@@ -4,6 +4,8 @@
 #include "CAudioFade.h"
 #include "CAudioProcessTerminalBase.h"
 
+#include <utility>
+
 namespace qel {
 
 // One instance a channel, a group or the whole stream, as the definition says. With smooth updates a change
@@ -57,6 +59,10 @@ public:
         for (Unit& unit : units_) {
             if (unit.next) {
                 finishFade(unit);
+            }
+            if (std::exchange(unit.isStale, false)) {
+                unit.settings = readSettings(unit.place);
+                unit.running->configure(unit.settings, unit.place);
             }
             if (unit.running) {
                 unit.running->reset();

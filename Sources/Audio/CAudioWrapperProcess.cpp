@@ -40,6 +40,7 @@ void CAudioWrapper::resume(const CAudioHostSetup& setup)
     const bool isNewLayout = setup.inputCount != setup_.inputCount || setup.outputCount != setup_.outputCount;
     setup_ = setup;
     setup_.inputCount = std::clamp(setup.inputCount, 0, kMaxChannels);
+    setup_.outputCount = std::clamp(setup.outputCount, 0, kMaxChannels);
     setup_.sidechainCount = hasSidechain_ ? std::clamp(setup.sidechainCount, 0, setup_.inputCount) : 0;
     env_->setSampleRateHz(setup.sampleRateHz);
     updateProcessLevel();

@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 
 namespace qel {
 
@@ -56,16 +55,13 @@ CModMeterModule::Settings CModMeterModule::readSettings(const CAudioProcessSlots
 }
 
 CModMeterModule::CModMeterModule(CKernelContext& kernels, const CModMeterDef& def)
-    : kernels_(kernels), isDiff_(def.isDiff()), isCompression_(def.isCompression())
-{
-    state_ = kernels_.allocate(sizeof(CMeterState));
-    readOut_ = kernels_.allocate(3 * sizeof(double));
-    new (kernels_.address(state_)) CMeterState;
-}
+    : kernels_(kernels), isDiff_(def.isDiff()), isCompression_(def.isCompression()), state_(kernels),
+      readOut_(kernels.allocate(3 * sizeof(double)))
+{}
 
 CModMeterModule::~CModMeterModule()
 {
-    for (const CBufferRef buffer : {state_, history_, readOut_}) {
+    for (const CBufferRef buffer : {history_, readOut_}) {
         if (!buffer.isNone()) {
             kernels_.release(buffer);
         }
@@ -98,9 +94,13 @@ void CModMeterModule::configure(const Settings& settings, const CAudioModulePlac
     place_ = place;
     target_ = target;
     const double framesPerSec = std::max(target.framesPerSec, 1.0);
-    CMeterState& s = state();
+    frameLength_ = std::max(static_cast<std::int32_t>(std::lround(place.sampleRateHz / framesPerSec)), 1);
+    if (!state_.get()) {
+        return;
+    }
+    CMeterState& s = *state_.get();
     s.start = isCompression_ ? 1.0 : 0.0;
-    s.frameLength = std::max(static_cast<std::int32_t>(std::lround(place.sampleRateHz / framesPerSec)), 1);
+    s.frameLength = frameLength_;
     s.historyLength = std::max(static_cast<std::int32_t>(std::lround(settings.peakSec * framesPerSec)), 1);
     s.rmsCutoffHz = 1.0 / std::max(settings.rmsSec, kShortestSec);
     s.biasCutoffHz = 1.0 / std::max(settings.biasSec, kShortestSec);
@@ -111,8 +111,8 @@ void CModMeterModule::configure(const Settings& settings, const CAudioModulePlac
 
 void CModMeterModule::reset()
 {
-    kernels_.submit(initKernel_, 0, place_.sampleRateHz, {state_, history_});
-    samplesLeft_ = state().frameLength;
+    kernels_.submit(initKernel_, 0, place_.sampleRateHz, {state_.ref(), history_});
+    samplesLeft_ = frameLength_;
 }
 
 void CModMeterModule::process(CAudioModuleStep& step)
@@ -122,15 +122,15 @@ void CModMeterModule::process(CAudioModuleStep& step)
         const auto samples = static_cast<std::uint32_t>(count);
         const CBufferRef in = step.input(0).advancedBy(done);
         if (isDiff_) {
-            kernels_.submit(runKernel_, samples, 0.0, {state_, history_, in, step.input(1).advancedBy(done)});
+            kernels_.submit(runKernel_, samples, 0.0, {state_.ref(), history_, in, step.input(1).advancedBy(done)});
         } else {
-            kernels_.submit(runKernel_, samples, 0.0, {state_, history_, in});
+            kernels_.submit(runKernel_, samples, 0.0, {state_.ref(), history_, in});
         }
         done += count;
         samplesLeft_ -= count;
         if (samplesLeft_ == 0) {
             emit();
-            samplesLeft_ = state().frameLength;
+            samplesLeft_ = frameLength_;
         }
     }
 }
@@ -140,8 +140,11 @@ void CModMeterModule::emit()
     if (!target_.collector) {
         return;
     }
-    kernels_.submit(readKernel_, 0, settings_.gain, {readOut_, state_});
+    kernels_.submit(readKernel_, 0, settings_.gain, {readOut_, state_.ref()});
     const double* values = kernels_.samples(readOut_);
+    if (!values) {
+        return;
+    }
     CAudioVizDataMeter data;
     data.id = target_.source;
     data.group = place_.group;

@@ -3,6 +3,7 @@
 
 #include "CAudioProcessDefBase.h"
 #include "CAudioProcessTerminalBase.h"
+#include "Processes/CKernelState.h"
 #include "Processes/MeterKernels.h"
 
 namespace qel {
@@ -70,7 +71,6 @@ private:
     // first.
     static constexpr std::int32_t kHistoryStep = 200;
 
-    CMeterState& state() { return *static_cast<CMeterState*>(kernels_.address(state_)); }
     void makeRoom(std::int32_t history);
     void emit();
 
@@ -84,9 +84,10 @@ private:
     Settings settings_;
     CAudioModulePlace place_;
     Target target_;
+    int frameLength_ = 1;
     int samplesLeft_ = 0; // of the frame that runs
 
-    CBufferRef state_;
+    CKernelState<CMeterState> state_;
     CBufferRef history_;
     CBufferRef readOut_;
     std::int32_t room_ = 0;

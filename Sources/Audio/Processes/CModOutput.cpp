@@ -39,12 +39,13 @@ void CModOutput::step(int count)
         const CBufferRef samples = input(0).gather(channel.number, count, false);
         const std::size_t offset = outputs_.offset + static_cast<std::size_t>(written_);
         void* const target = outputs_.channel(channel.number);
-        if (!target) {
+        const double* from = graph().kernels.samples(samples); // null if the pool is exhausted
+        if (!target || !from) {
             // The stream moves on all the same.
         } else if (outputs_.isDouble) {
-            narrow<double>(graph().kernels.samples(samples), target, offset, wanted);
+            narrow<double>(from, target, offset, wanted);
         } else {
-            narrow<float>(graph().kernels.samples(samples), target, offset, wanted);
+            narrow<float>(from, target, offset, wanted);
         }
         graph().kernels.release(samples);
     }

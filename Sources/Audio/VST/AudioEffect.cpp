@@ -2,12 +2,14 @@
 #include "AudioEffect.h"
 
 #include <atomic>
-#include <cmath>
 #include <limits>
 
 using namespace vst24;
 
 namespace {
+
+constexpr float kLowestRateHz = 1.0f;
+constexpr float kHighestRateHz = 1e7f;
 
 AudioEffect* effectOf(AEffect* effect)
 {
@@ -87,10 +89,11 @@ AudioEffect::AudioEffect(AudioMasterCallback audioMaster, std::int32_t numProgra
 
 AudioEffect::~AudioEffect() = default;
 
-// A rate that is no rate would stop all clocks; the host is taken at its earlier word.
+// A rate that is no rate would stop all clocks, and one beyond anything audible overflow the lengths made from it; the
+// host is taken at its earlier word.
 void AudioEffect::setSampleRate(float rateHz)
 {
-    if (std::isfinite(rateHz) && rateHz > 0.0f) {
+    if (rateHz >= kLowestRateHz && rateHz <= kHighestRateHz) {
         sampleRateHz_ = rateHz;
     }
 }

@@ -151,16 +151,18 @@ void CAudioWrapperVST::accumulatePiece(float** inputs, float** outputs, std::int
 {
     const void* in[kMaxChannels] = {};
     void* out[kMaxChannels] = {};
-    for (std::int32_t i = 0; inputs && i < getAeffect()->numInputs; ++i) {
+    const std::int32_t inputCount = std::min(getAeffect()->numInputs, kMaxChannels);
+    const std::int32_t outputCount = std::min(getAeffect()->numOutputs, kMaxChannels);
+    for (std::int32_t i = 0; inputs && i < inputCount; ++i) {
         in[i] = inputs[i] ? inputs[i] + start : nullptr;
     }
     // An output that the arrangement has not is not written.
     std::fill(accumulated_.begin(), accumulated_.end(), 0.0f);
-    for (std::int32_t i = 0; i < getAeffect()->numOutputs; ++i) {
+    for (std::int32_t i = 0; i < outputCount; ++i) {
         out[i] = accumulated_.data() + std::ptrdiff_t{i} * kMaxSlice;
     }
     processHostBlock(in, out, count, false);
-    for (std::int32_t i = 0; outputs && i < getAeffect()->numOutputs; ++i) {
+    for (std::int32_t i = 0; outputs && i < outputCount; ++i) {
         const float* from = accumulated_.data() + std::ptrdiff_t{i} * kMaxSlice;
         if (float* to = outputs[i] ? outputs[i] + start : nullptr) {
             std::transform(from, from + count, to, to, std::plus<float>());

@@ -212,5 +212,17 @@ TEST_F(EffectStream, GetsOverSamplesThatAreNoneOrFarTooLoud)
     }
 }
 
+// As a damaged preset can bring them.
+TEST_F(EffectStream, TakesValuesThatAreNoNumbersForTheDefault)
+{
+    const Signal input = music(48000.0, 9600, 1);
+    Settings settings;
+    for (const char* name : {".xover-freq", ".lf-gain", ".dcfilter-params.type", ".dcfilter-params.freq", ".drymix"}) {
+        settings[name] = std::numeric_limits<double>::quiet_NaN();
+    }
+    const Signals expected = EffectHost(Settings()).run<double>({input, input}, {512});
+    EXPECT_EQ(EffectHost(settings).run<double>({input, input}, {512}), expected);
+}
+
 } // namespace
 } // namespace qel

@@ -178,9 +178,11 @@ TEST(Wrapper, StartsAfreshAfterAPauseAndTakesANewRateAndLayout)
     EXPECT_NEAR(host.run(steady(2), {100})[1][99], 2.0, 1e-9);
     host.set("modGain.gain", 2.0);
     EXPECT_LT(host.run(steady(2), {100})[1][99], 2.2); // a fade of 720 samples is under way
+    host.set("modGain.gain", 3.0);                     // and this change waits for its end
+    host.run(steady(2), {100});
     host.suspend();
     host.start();
-    EXPECT_NEAR(host.run(steady(2), {100})[1][0], 3.75, 1e-9);
+    EXPECT_NEAR(host.run(steady(2), {100})[1][0], 5.5, 1e-9);
 
     host.suspend();
     CAudioHostSetup setup;
@@ -194,7 +196,7 @@ TEST(Wrapper, StartsAfreshAfterAPauseAndTakesANewRateAndLayout)
     std::fill(wide[3].begin(), wide[3].end(), 5.0);
     const auto output = host.run(wide, {100});
     EXPECT_NEAR(host.getParams().getEnv().getPositionSec() - startSec, 100 / 32000.0, 1e-12);
-    EXPECT_NEAR(output[2][0], (3 * 1.75 + 8.75) / 4 + 2.0, 1e-9); // the fourth channel is part of the mean
+    EXPECT_NEAR(output[2][0], (3 * 2.5 + 12.5) / 4 + 3.0, 1e-9); // the fourth channel is part of the mean
     EXPECT_EQ(output[3][0], 0.0);                                  // and not written
     // What the links hold may go when they are made anew, but the stream goes on.
     host.updateProcessConfig();
