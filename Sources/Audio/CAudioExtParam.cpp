@@ -13,7 +13,6 @@ namespace qel {
 
 namespace {
 
-constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
 // Hosts carry their numbers in single precision. What comes back from one within this is what went there.
 constexpr double kHostPrecision = 1e-6;
 
@@ -26,8 +25,6 @@ void CAudioExtParam::buildClassInfo(CClassInfo& info)
     info.bind<&CAudioExtParam::elementIndex_>("element-index", 0);
     info.bind<&CAudioExtParam::group_>("group", 0);
 }
-
-CAudioExtParam::CAudioExtParam() : posted_(kNone) {}
 
 CError CAudioExtParam::init()
 {
@@ -83,57 +80,91 @@ double CAudioExtParam::Projection::normOf(double value) const
     return converter->valueToNorm(info, element, value);
 }
 
-void CAudioExtParam::postNormalized(double norm)
+double CAudioExtParam::getNormalized() const
 {
     const Projection* now = projection();
-    if (!now || std::isnan(norm)) {
+    if (now && isWaiting()) {
+        const double norm = now->normOf(now->valueOf(lastPosted_.load(std::memory_order_acquire)));
+        if (!std::isnan(norm)) {
+            return norm;
+        }
+    }
+    return norm_.load(std::memory_order_acquire);
+}
+
+void CAudioExtParam::postNormalized(double norm)
+{
+    if (!projection() || std::isnan(norm)) {
         return;
     }
-    const double value = now->valueOf(norm);
-    const double seen = now->normOf(value);
-    lastPostedValue_.store(value, std::memory_order_release);
-    waitsForPosted_.store(true, std::memory_order_release);
-    if (!std::isnan(seen)) {
-        norm_.store(seen, std::memory_order_release);
-    }
-    posted_.store(norm, std::memory_order_release);
+    lastPosted_.store(norm, std::memory_order_release);
+    postCount_.fetch_add(1, std::memory_order_acq_rel);
+    isPosted_.store(true, std::memory_order_release);
 }
 
 void CAudioExtParam::applyPosted(double timeSec)
 {
     const Projection* now = projection();
-    // The short way to the slots takes single numbers of group 0 only.
-    if (!now || group_ != 0 || now->info.esize != 1 || std::isnan(posted_.load(std::memory_order_relaxed))) {
+    if (!now || !goesByAudio(*now) || !isPosted_.exchange(false, std::memory_order_acq_rel)) {
         return;
     }
-    const double norm = posted_.exchange(kNone, std::memory_order_acq_rel);
-    if (!std::isnan(norm) && !param_->getCollector().changeFromAudio(*param_, now->valueOf(norm), timeSec)) {
-        double none = kNone;
-        // By bits: a NaN equals nothing, itself included. A newer value that came meanwhile stays.
-        posted_.compare_exchange_strong(none, norm, std::memory_order_acq_rel);
+    const double value = now->valueOf(lastPosted_.load(std::memory_order_acquire));
+    if (!param_->getCollector().changeFromAudio(*param_, value, timeSec)) {
+        isPosted_.store(true, std::memory_order_release);
     }
 }
 
 void CAudioExtParam::takePosted()
 {
-    const double norm = posted_.exchange(kNone, std::memory_order_acq_rel);
-    if (!std::isnan(norm)) {
-        setNormalized(norm);
+    if (isPosted_.exchange(false, std::memory_order_acq_rel)) {
+        write(lastPosted_.load(std::memory_order_acquire), 0.0, false);
+    }
+}
+
+void CAudioExtParam::showPosted()
+{
+    const Projection* now = projection();
+    if (!now || !goesByAudio(*now)) {
+        takePosted();
+        return;
+    }
+    // The write drops what the audio thread has published so far. If that was a newer one, it goes behind.
+    double shown = std::numeric_limits<double>::quiet_NaN();
+    while (isPosted_.load(std::memory_order_acquire) && shown != lastPosted_.load(std::memory_order_acquire)) {
+        shown = lastPosted_.load(std::memory_order_acquire);
+        write(shown, 0.0, true);
+    }
+    settleIfOvertaken();
+}
+
+// Another's write can arrive on the audio side right behind the host's value, which then never comes back.
+void CAudioExtParam::settleIfOvertaken()
+{
+    const CLock lock(param_->getLock());
+    if (isWaiting() && !isPosted_.load(std::memory_order_acquire) && !param_->isChangedByAudio() && refresh(false)) {
+        tellHost();
     }
 }
 
 void CAudioExtParam::setNormalized(double norm, double timeSec)
 {
+    if (!std::isnan(norm)) {
+        isPosted_.store(false, std::memory_order_release);
+        write(norm, timeSec, false);
+    }
+}
+
+void CAudioExtParam::write(double norm, double timeSec, bool isKnownToAudio)
+{
     const Projection* now = projection();
-    if (!now || std::isnan(norm)) {
+    if (!now) {
         return;
     }
     CAudioParamContext context(CAudioParamOrigin::kHost);
     context.sender = &listener_;
+    context.isKnownToAudio = isKnownToAudio;
     const CAudioParamContext::Scope scope(context);
     const CLock lock(param_->getLock());
-    posted_.store(kNone, std::memory_order_release);
-    waitsForPosted_.store(false, std::memory_order_release);
     param_->setValue(group_, 0, elementIndex_, now->valueOf(norm), context, timeSec);
     refresh(false);
 }
@@ -156,22 +187,25 @@ bool CAudioExtParam::refresh(bool isFromAudio)
     refreshProjection();
     const Projection* now = projection();
     const double value = now ? param_->getValue(group_, 0, elementIndex_) : 0.0;
+    const std::uint32_t posts = postCount_.load(std::memory_order_acquire);
+    const double known = getNormalized();
     bool isHostsOwn = false;
-    if (waitsForPosted_.load(std::memory_order_acquire)) {
-        isHostsOwn = isFromAudio && value == lastPostedValue_.load(std::memory_order_acquire);
+    if (now && isWaiting()) {
+        isHostsOwn = isFromAudio && value == now->valueOf(lastPosted_.load(std::memory_order_acquire));
         if (isFromAudio && !isHostsOwn) {
             return false;
-        }
-        // With nothing left in the post box, another's write has overtaken what was on its way.
-        if (isHostsOwn || std::isnan(posted_.load(std::memory_order_acquire))) {
-            waitsForPosted_.store(false, std::memory_order_release);
         }
     }
     const double norm = now ? now->normOf(value) : 0.0;
     if (std::isnan(norm)) {
         return false;
     }
-    return norm_.exchange(norm, std::memory_order_acq_rel) != norm && !isHostsOwn;
+    norm_.store(norm, std::memory_order_release);
+    // With nothing left in the post box, another's write has overtaken what was on its way.
+    if (isHostsOwn || !isPosted_.load(std::memory_order_acquire)) {
+        settledCount_.store(posts, std::memory_order_release);
+    }
+    return norm != known && !isHostsOwn;
 }
 
 void CAudioExtParam::refreshProjection()
@@ -227,9 +261,8 @@ CString CAudioExtParam::getDisplay(CAudioParamConverter::TextMode mode) const
         return {};
     }
     // A value on its way from the audio side is not in the parameter yet.
-    const double value = waitsForPosted_.load(std::memory_order_acquire)
-                             ? lastPostedValue_.load(std::memory_order_acquire)
-                             : param_->getValue(group_, 0, elementIndex_);
+    const double value = isWaiting() ? now->valueOf(lastPosted_.load(std::memory_order_acquire))
+                                     : param_->getValue(group_, 0, elementIndex_);
     return textOf(*now, value, mode);
 }
 

@@ -7,6 +7,7 @@
 #include "Converters/CAudioParamConverter.h"
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -28,8 +29,6 @@ public:
 
     static void buildClassInfo(CClassInfo& info);
 
-    CAudioExtParam();
-
     CError init() override;
     void release() override;
 
@@ -43,7 +42,7 @@ public:
 
     // --- any thread: waits for nobody
 
-    double getNormalized() const { return norm_.load(std::memory_order_acquire); }
+    double getNormalized() const;
     // Leaves a value of the host for the next applyPosted() or takePosted(); a later one replaces it. It can
     // be read back at once. What is no number is ignored.
     void postNormalized(double norm);
@@ -52,8 +51,11 @@ public:
 
     // A value of the host, written at once. `timeSec` counts from the start of the next processing call.
     void setNormalized(double norm, double timeSec = 0.0);
-    // Writes what the audio thread has not taken so far.
+    // Writes what the audio thread has not taken so far, in its place: for what comes next and shall override it.
     void takePosted();
+    // The same for whoever reads the parameter: the audio thread still takes the value itself, so that its order among
+    // the host's values stays.
+    void showPosted();
     CString getDisplay(CAudioParamConverter::TextMode mode = CAudioParamConverter::TextMode::kNormal) const;
     CString getDisplayOf(double norm,
                          CAudioParamConverter::TextMode mode = CAudioParamConverter::TextMode::kNormal) const;
@@ -93,9 +95,18 @@ private:
 
     CError attrExtName();
     void onParamChange(const CAudioParamNotice& notice);
-    // Takes the parameter's value over; true if the number changed and the host does not know it.
-    // `isFromAudio`: see waitsForPosted_.
+    // Takes the parameter's value over; true if the number changed and the host does not know it. What the audio side
+    // sends while a value of the host is under way is older, unless it is that value.
     bool refresh(bool isFromAudio);
+    void write(double norm, double timeSec, bool isKnownToAudio);
+    // True while a value of the host is on its way to the parameter.
+    bool isWaiting() const
+    {
+        return postCount_.load(std::memory_order_acquire) != settledCount_.load(std::memory_order_acquire);
+    }
+    // Single numbers of group 0 have a short way to the slots, through the audio thread.
+    bool goesByAudio(const Projection& projection) const { return group_ == 0 && projection.info.esize == 1; }
+    void settleIfOvertaken();
     void refreshProjection();
     void tellHost();
     // The projection, or null as long as the parameter has no declaration to project with.
@@ -111,12 +122,13 @@ private:
     std::atomic<CAudioExtParamHostBridge*> bridge_{nullptr};
     std::int32_t index_ = -1;
 
-    std::atomic<double> norm_{0.0};
-    std::atomic<double> posted_; // NaN: none
-    // A value of the host is on its way through the audio side. Until it has come back, values that come from
-    // there are older ones of the same movement.
-    std::atomic<bool> waitsForPosted_{false};
-    std::atomic<double> lastPostedValue_{0.0};
+    std::atomic<double> norm_{0.0}; // of the parameter
+    // The host's latest number, which counts in place of the parameter's until it has come there. It alone says what was
+    // posted, so that threads that post at once cannot leave it in contradiction to itself.
+    std::atomic<double> lastPosted_{0.0};
+    std::atomic<bool> isPosted_{false}; // not taken by the audio side so far
+    std::atomic<std::uint32_t> postCount_{0};
+    std::atomic<std::uint32_t> settledCount_{0}; // of postCount_, when the parameter last had the latest
 
     std::atomic<const Projection*> projection_{nullptr};
     std::vector<std::unique_ptr<const Projection>> projections_; // under the parameter's lock

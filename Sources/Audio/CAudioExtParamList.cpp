@@ -54,4 +54,11 @@ void CAudioExtParamList::takePosted()
     }
 }
 
+void CAudioExtParamList::showPosted()
+{
+    for (CAudioExtParam* param : params_) {
+        param->showPosted();
+    }
+}
+
 } // namespace qel

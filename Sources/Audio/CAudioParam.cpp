@@ -146,7 +146,6 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
     if (collector_.isReleased() || !current_.accepts(change) || !isInReach(change)) {
         return false;
     }
-    isChangedByAudio_.store(false, std::memory_order_relaxed); // this write is the later one
     if (context.recorder) {
         context.recorder->onBeforeChange(*this, current_, headOf(change));
     }
@@ -162,6 +161,8 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
     written.time = std::isfinite(change.time) ? std::max(change.time, 0.0) : 0.0;
     if (!context.isKnownToAudio) {
         collector_.postChange(*this, written, context.batch);
+    } else {
+        isChangedByAudio_.store(false, std::memory_order_relaxed); // what follows from another goes before its own
     }
     announce(change, context);
     return true;
@@ -293,7 +294,6 @@ void CAudioParam::replaceAll(const CAudioParamStorage& values, CAudioParamContex
     }
     CAudioParamChange whole = headOf(recordOf(0, 0, 0));
     whole.group = CAudioParamChange::kWholeParam;
-    isChangedByAudio_.store(false, std::memory_order_relaxed);
     if (context.recorder) {
         context.recorder->onBeforeChange(*this, current_, whole);
     }
@@ -485,6 +485,11 @@ void CAudioParam::deliverTo(CAudioParamBinding& binding, CAudioParamEvent& event
 
 bool CAudioParam::receive(CAudioParamEvent& event, std::uint32_t generation)
 {
+    if (event.getChange().touches(0, 0) && !event.isAudioOwned()) {
+        // The later of the two. First the flag, then the count that keeps control threads from looking at it.
+        isChangedByAudio_.store(false, std::memory_order_relaxed);
+        event.arrive();
+    }
     event.retain();
     event.next = nullptr;
     (lastPending_ ? lastPending_->next : firstPending_) = &event;
@@ -524,12 +529,15 @@ void CAudioParam::publishFromAudio(double value)
     isChangedByAudio_.store(true, std::memory_order_release);
 }
 
-void CAudioParam::takeFromAudio()
+bool CAudioParam::takeFromAudio()
 {
     CAudioParamContext context(CAudioParamOrigin::kAudio);
     context.isKnownToAudio = true; // what filters derive included
     const CAudioParamContext::Scope scope(context);
     const CLock lock(lock_);
+    if (overrides_.load(std::memory_order_acquire) > 0) {
+        return !isChangedByAudio_.load(std::memory_order_relaxed);
+    }
     if (isChangedByAudio_.exchange(false, std::memory_order_acquire)) {
         const double value = valueFromAudio_.load(std::memory_order_relaxed);
         const CAudioParamChange change{.count = 1, .values = &value};
@@ -537,6 +545,7 @@ void CAudioParam::takeFromAudio()
             announce(change, context);
         }
     }
+    return true;
 }
 
 } // namespace qel

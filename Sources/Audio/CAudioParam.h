@@ -119,8 +119,13 @@ public:
     bool filterFromAudio(double value, double timeSec);
     // Audio thread: the value that changeFromAudio() has set, for control threads to fetch.
     void publishFromAudio(double value);
-    // Takes it over into `current` and tells the listeners.
-    void takeFromAudio();
+    // Takes it over into `current` and tells the listeners. False if a write that will overwrite it there is still on
+    // its way: then it waits for that to arrive, or to be dropped.
+    bool takeFromAudio();
+    bool isChangedByAudio() const { return isChangedByAudio_.load(std::memory_order_acquire); }
+    // Counts the events on their way to the audio side that set the first entry of group 0.
+    void addOverride() { overrides_.fetch_add(1, std::memory_order_relaxed); }
+    void endOverride() { overrides_.fetch_sub(1, std::memory_order_release); }
 
     CAudioParam* nextChanged = nullptr; // the collector's list
 
@@ -164,6 +169,7 @@ private:
     std::atomic<std::int32_t> bindingCount_{0};
     std::atomic<double> valueFromAudio_{0.0};
     std::atomic<bool> isChangedByAudio_{false};
+    std::atomic<std::int32_t> overrides_{0};
 };
 
 } // namespace qel

@@ -200,8 +200,12 @@ void CAudioParamCollector::dropBatch(CAudioParamBatch& batch)
 void CAudioParamCollector::takeChangesFromAudio()
 {
     if (hasChangesFromAudio_.exchange(false, std::memory_order_acquire)) {
+        bool isLeft = false;
         for (CAudioParam* param : allParams()) {
-            param->takeFromAudio();
+            isLeft |= !param->takeFromAudio();
+        }
+        if (isLeft) {
+            hasChangesFromAudio_.store(true, std::memory_order_release);
         }
     }
 }
@@ -212,6 +216,7 @@ void CAudioParamCollector::postChange(CAudioParam& param, const CAudioParamChang
     const CLock lock(env_->getLock());
     CAudioParamEvent& event = pool_.takeEvent(param.getBindingCount());
     event.set(param, change);
+    event.depart();
     postEvent(event, batch);
 }
 

@@ -1,6 +1,7 @@
 // A change to a parameter on its way to the audio thread and into the slots.
 #include "CAudioParamEvent.h"
 
+#include "CAudioParam.h"
 #include "CAudioParamEventPool.h"
 
 #include <cmath>
@@ -29,6 +30,21 @@ void CAudioParamEvent::set(CAudioParam& param, const CAudioParamChange& change)
     }
     change_.values = values_.data();
     change_.pool = &pool_;
+}
+
+void CAudioParamEvent::depart()
+{
+    if (change_.touches(0, 0)) {
+        isCounted_ = true;
+        param_->addOverride();
+    }
+}
+
+void CAudioParamEvent::arrive()
+{
+    if (std::exchange(isCounted_, false)) {
+        param_->endOverride();
+    }
 }
 
 void CAudioParamEvent::setReplacement(CAudioParam& param, std::unique_ptr<CAudioParamStorage> storage)

@@ -44,6 +44,11 @@ public:
     // --- control threads, while the event is in no batch or in one that was not taken
 
     void set(CAudioParam& param, const CAudioParamChange& change);
+    // Counts it at its parameter until it arrives or is dropped, if it will overwrite what the audio thread may have set
+    // itself.
+    void depart();
+    // Ends that. Whoever still has the event may call it: the audio thread on its arrival, or the pool.
+    void arrive();
     // Makes it the event that gives the audio side's own storage its format: `storage` takes its place there.
     // Slots take no notice of it.
     void setReplacement(CAudioParam& param, std::unique_ptr<CAudioParamStorage> storage);
@@ -57,6 +62,7 @@ public:
     bool applyTo(CAudioParamStorage& storage) const { return !replacement_ && storage.write(change_); }
     // The same for the audio side's own storage of the parameter.
     void applyToAudio(CAudioParamStorage& storage);
+    bool isAudioOwned() const { return isAudioOwned_; }
     bool isReplacement() const { return replacement_ != nullptr; }
     void shiftTime(double seconds) { change_.time += seconds; }
     void retain() { ++references_; }
@@ -76,6 +82,7 @@ private:
     std::unique_ptr<CAudioParamStorage> replacement_;
     CAudioParamEventNode* nodes_ = nullptr;
     std::int32_t references_ = 0;
+    bool isCounted_ = false;    // between depart() and arrive()
     bool isAudioOwned_ = false; // goes back to the audio side's own reserve
 };
 

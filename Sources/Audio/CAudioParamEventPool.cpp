@@ -41,6 +41,7 @@ CAudioParamBatch& CAudioParamEventPool::takeBatch()
 
 void CAudioParamEventPool::recycle(CAudioParamEvent& event)
 {
+    event.arrive();
     while (CAudioParamEventNode* node = event.nodes_) {
         event.nodes_ = node->next;
         nodes_.giveBack(*node);

@@ -65,7 +65,7 @@ public:
     // An event with `nodes` queue nodes.
     CAudioParamEvent& takeEvent(std::int32_t nodes);
     CAudioParamBatch& takeBatch();
-    // Gives back what never reached the audio thread; a batch with all its events.
+    // Gives back what never reached the audio thread, or has come back; a batch with all its events.
     void recycle(CAudioParamEvent& event);
     void recycle(CAudioParamBatch& batch);
     // Takes back what the audio thread is done with.

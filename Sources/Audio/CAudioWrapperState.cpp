@@ -49,7 +49,7 @@ CError CAudioWrapper::saveChunk(CByteBuffer& outBuffer, bool isPreset, bool with
 CError CAudioWrapper::acquireState(CByteBuffer& outBody, bool isPreset)
 {
     params_->takeChangesFromAudio();
-    extParams_->takePosted();
+    extParams_->showPosted();
     CMemoryWriteBuffer body;
     QEL_TRY(isPreset ? registry_->acquirePreset(false, CAudioParamRegistry::kCurrentProgram,
                                                 CAudioParamRegistry::kAllGroups, body, true)
@@ -107,12 +107,15 @@ CError CAudioWrapper::loadChunk(std::span<const std::uint8_t> data, bool isPrese
         CMemoryReader chunk(data);
         QEL_TRY(chunk.readCompressedData(body, isPreset ? kPresetId : kBankId), {});
     }
-    // A chunk can be whole and hold an entry that does not fit, which shows when others are in place already.
+    // A chunk can be whole and hold an entry that does not fit, which shows when others are in place already. Programs
+    // and their histories the registry keeps itself.
     const CHostActivation activation(*this);
+    params_->takeChangesFromAudio();
+    extParams_->takePosted();
     CByteBuffer before;
-    QEL_TRY(acquireState(before, isPreset), {});
+    QEL_TRY(acquireState(before, true), {});
     if (CError error = activateState(body, isPreset)) {
-        releaseError(activateState(before, isPreset));
+        releaseError(activateState(before, true));
         QEL_TRY(std::move(error), {});
     }
     return {};

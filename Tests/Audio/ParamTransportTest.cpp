@@ -263,24 +263,39 @@ TEST_F(ParamTransportTest, WhatTheAudioThreadSetsReachesSlotsAtOnceAndControlThr
     EXPECT_EQ(param.getValue(0, 0), 140.0);
     collector_->takeChangesFromAudio();
     EXPECT_EQ(param.getValue(0, 0), 97.0);
-    // A later write of a control thread is not undone.
-    EXPECT_TRUE(collector_->changeFromAudio(param, 98.0, 0.0));
-    set(param, 99.0);
-    collector_->takeChangesFromAudio();
-    EXPECT_EQ(param.getValue(0, 0), 99.0);
+    // A write of a control thread that arrives later is not undone, though it may wait in a batch.
+    CAudioParamContext bulk;
+    for (const bool isDropped : {false, true}) {
+        bulk.batch = &collector_->newBatch();
+        EXPECT_TRUE(param.setValue(0, 0, 0, 99.0, bulk));
+        EXPECT_TRUE(collector_->changeFromAudio(param, 98.0, 0.0));
+        collector_->takeChangesFromAudio();
+        EXPECT_EQ(param.getValue(0, 0), 99.0);
+        if (isDropped) {
+            collector_->dropBatch(*bulk.batch);
+        } else {
+            collector_->submitBatch(*bulk.batch);
+        }
+        callAudio();
+        collector_->takeChangesFromAudio();
+        slot.drain();
+        EXPECT_EQ(param.getValue(0, 0), isDropped ? 98.0 : 99.0);
+        EXPECT_EQ(slot.storage.get(0, 0), param.getValue(0, 0));
+        callAudio();
+    }
     // The reserve comes back with each call; a call that exhausts it is told so.
     std::size_t taken = 0;
     while (collector_->changeFromAudio(param, 1.0, 0.0)) {
         ++taken;
     }
-    EXPECT_EQ(taken, CAudioParamEventPool::kAudioEvents - 2); // two stand in the audio side's list
+    EXPECT_EQ(taken, CAudioParamEventPool::kAudioEvents);
     slot.drain();
     callAudio();
     slot.drain();
     EXPECT_TRUE(collector_->changeFromAudio(param, 2.0, 0.0));
 }
 
-// Any sequence of writes, whatever batches and calls it falls into, leaves slot, audio side and control side
+// Any sequence of writes of both sides, whatever batches and calls it falls into, leaves slot, audio side and control side
 // with the same values.
 TEST_F(ParamTransportTest, RandomWritesEndEqualOnBothSides)
 {
@@ -298,7 +313,7 @@ TEST_F(ParamTransportTest, RandomWritesEndEqualOnBothSides)
     for (int step = 0; step < 20000; ++step) {
         CAudioParamContext& context = bulk.batch ? bulk : context_;
         const std::int32_t group = below(4);
-        switch (below(12)) {
+        switch (below(15)) {
         case 0:
             number.clearToDefault(below(3) == 0 ? -1 : group, below(2) == 0 ? -1 : below(4), context);
             break;
@@ -332,6 +347,13 @@ TEST_F(ParamTransportTest, RandomWritesEndEqualOnBothSides)
                           context);
             break;
         }
+        case 8:
+        case 9:
+            collector_->changeFromAudio(number, step, 0.0); // may find no room
+            break;
+        case 10:
+            collector_->takeChangesFromAudio();
+            break;
         default:
             number.setValue(group, below(5), 0, step, context, below(3) * 0.001);
         }
@@ -342,6 +364,7 @@ TEST_F(ParamTransportTest, RandomWritesEndEqualOnBothSides)
             collector_->submitBatch(*std::exchange(bulk.batch, nullptr));
         }
         callAudio();
+        collector_->takeChangesFromAudio();
         callAudio();
         for (Slot* slot : {&numberSlot, &textSlot, &group2}) {
             slot->drain();

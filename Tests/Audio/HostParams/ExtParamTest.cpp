@@ -146,6 +146,7 @@ TEST_F(ExtParamTest, KeepsANewerPostedValueWhenAnOlderOneComesBackFromTheAudioSi
 {
     declare("p.a", "real", "0", "10", "5");
     CAudioExtParam& ext = add("A", "p.a");
+    callAudio();
     ext.postNormalized(0.3);
     list_->applyPosted(0.0);
     ext.postNormalized(0.6);
@@ -171,6 +172,7 @@ TEST_F(ExtParamTest, LosesNoPostedValueWhenAllEventsAreUnderWay)
 {
     declare("p.a", "real", "0", "10", "5");
     CAudioExtParam& ext = add("A", "p.a");
+    callAudio();
     for (int i = 0; i <= 40; ++i) {
         ext.postNormalized(i / 40.0);
         list_->applyPosted(0.0);
@@ -180,10 +182,29 @@ TEST_F(ExtParamTest, LosesNoPostedValueWhenAllEventsAreUnderWay)
     list_->applyPosted(0.0);
     collector_->takeChangesFromAudio();
     EXPECT_EQ(ext.getParam().getValue(0, 0), 10.0);
-    // Without any processing call a control thread takes it.
+    // Without any processing call a control thread shows it, or takes it.
+    test::Slot slot(ext.getParam());
+    ext.postNormalized(0.4);
+    list_->showPosted();
+    EXPECT_EQ(ext.getParam().getValue(0, 0), 4.0);
     ext.postNormalized(0.5);
     list_->takePosted();
     EXPECT_EQ(ext.getParam().getValue(0, 0), 5.0);
+    callAudio();
+    list_->applyPosted(0.0);
+    slot.drain();
+    EXPECT_EQ(slot.storage.get(0, 0), 5.0);
+    // What is shown still goes its own way, in its turn.
+    ext.postNormalized(0.6);
+    list_->showPosted();
+    ext.postNormalized(0.7);
+    callAudio();
+    list_->applyPosted(0.0);
+    slot.drain();
+    collector_->takeChangesFromAudio();
+    EXPECT_EQ(slot.storage.get(0, 0), 7.0);
+    EXPECT_EQ(ext.getParam().getValue(0, 0), 7.0);
+    EXPECT_EQ(ext.getDisplay(), "7.00");
 }
 
 // Host automation from two threads, the user's hand and a running audio thread: whoever was last, parameter
@@ -193,7 +214,7 @@ TEST_F(ExtParamTest, AgreesWithItsParameterAfterWritesFromManyThreads)
     CAudioParam& param = declare("p.a", "real", "0", "1", "0.5");
     CAudioExtParam& ext = add("A", "p.a");
     test::Slot slot(param);
-    std::atomic<int> running{3};
+    std::atomic<int> running{4};
     const auto write = [&](auto&& set) {
         return std::thread([&running, set] {
             for (int i = 0; i < 3000; ++i) {
@@ -203,6 +224,7 @@ TEST_F(ExtParamTest, AgreesWithItsParameterAfterWritesFromManyThreads)
         });
     };
     std::thread writers[] = {
+        write([&](double norm) { ext.postNormalized(norm / 2); }),
         write([&](double norm) { ext.setNormalized(norm); }),
         write([&](double norm) { ext.postNormalized(1.0 - norm); }),
         write([&](double value) {
@@ -221,6 +243,7 @@ TEST_F(ExtParamTest, AgreesWithItsParameterAfterWritesFromManyThreads)
     });
     while (running > 0) {
         collector_->takeChangesFromAudio();
+        list_->showPosted();
         const double norm = ext.getNormalized();
         ASSERT_TRUE(norm >= 0.0 && norm <= 1.0);
         (void)ext.getDisplay();
@@ -229,9 +252,14 @@ TEST_F(ExtParamTest, AgreesWithItsParameterAfterWritesFromManyThreads)
         writer.join();
     }
     audio.join();
-    list_->takePosted();
+    callAudio();
+    list_->applyPosted(0.0);
+    slot.drain();
     collector_->takeChangesFromAudio();
+    list_->showPosted();
     EXPECT_EQ(ext.getNormalized(), param.getValue(0, 0));
+    EXPECT_EQ(slot.storage.get(0, 0), param.getValue(0, 0));
+    EXPECT_EQ(ext.getDisplay(), ext.getDisplayOf(ext.getNormalized()));
 }
 
 std::vector<std::uint8_t> ccTable(const std::vector<std::pair<std::uint8_t, std::string>>& entries)
