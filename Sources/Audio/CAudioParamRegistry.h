@@ -8,6 +8,7 @@
 #include "CAudioPresetBank.h"
 #include "CBridge.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -161,6 +162,11 @@ private:
     CAudioPreset& currentProgram() { return sessionBank_.get(program_); }
     CError snapshotProgram();
     CError applyWithName(const CAudioPreset& preset, CAudioParamContext& context, bool withPersistent);
+    void moveToProgram(std::int32_t index);
+    // Calls function(key, param) for what hosts save and presets do not.
+    void forEachHostOnly(const std::function<void(const CString&, const CAudioParam&)>& function);
+    CError addHostOnly(CAudioPresetBank& bank);
+    // On failure everything but the values is as it was.
     CError takeSessionBank(CAudioPresetBank& bank, CAudioParamContext& context, bool fromHost);
     CError exchangeAlternate(CAudioParamContext& context);
     void renameCurrent(const CString& title, CAudioParamContext& context);

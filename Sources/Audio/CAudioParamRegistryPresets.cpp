@@ -182,9 +182,34 @@ CError CAudioParamRegistry::acquireBank(bool fromROM, COutputStream& stream, boo
     }
     QEL_TRY(snapshotProgram(), getFullName());
     CAudioPresetBank bank = sessionBank_;
-    QEL_TRY(snapshot(bank.get(program_), true, withPersistent, kAllGroups), getFullName());
+    if (withPersistent) {
+        QEL_TRY(addHostOnly(bank), getFullName());
+    }
     QEL_TRY(bank.save(stream), getFullName());
     return {};
+}
+
+// Into every program, since whoever loads the bank may be on another one.
+CError CAudioParamRegistry::addHostOnly(CAudioPresetBank& bank)
+{
+    CError error;
+    forEachHostOnly([&](const CString& key, const CAudioParam& param) {
+        for (std::int32_t i = 0; i < bank.getCount() && !error; ++i) {
+            error = storeParam(bank.get(i), key, param, true, kAllGroups);
+        }
+    });
+    return error;
+}
+
+void CAudioParamRegistry::forEachHostOnly(const std::function<void(const CString&, const CAudioParam&)>& function)
+{
+    const CLock lock(mapLock_);
+    synchronise();
+    for (const auto& [key, param] : params_) {
+        if (isStorable(*param, true) && !isStorable(*param, false)) {
+            function(key, *param);
+        }
+    }
 }
 
 CError CAudioParamRegistry::activatePreset(CInputStream& stream, bool fromHost, std::int32_t group)
@@ -234,6 +259,7 @@ CError CAudioParamRegistry::activate(const CAudioPreset& preset, bool fromHost, 
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamRegistry_activatePreset_IncompatiblePreset Incompatible preset.");
     }
+    collector_->takeChangesFromAudio(); // or a step would hold values of before
     CAudioParamUndoStep step(stepName, this);
     CAudioParamContext context(CAudioParamOrigin::kActivation);
     {

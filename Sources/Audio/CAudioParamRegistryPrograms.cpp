@@ -121,14 +121,26 @@ CError CAudioParamRegistry::setProgram(std::int32_t index, CBridge* sender)
         }
         const auto undoLock = lockUndo();
         QEL_TRY(snapshotProgram(), getFullName());
-        HistoryPtr& oldHistory = histories_[static_cast<std::size_t>(program_)];
-        oldHistory = swapHistory(std::move(histories_[static_cast<std::size_t>(index)]));
-        program_ = index;
+        const std::int32_t before = program_;
+        moveToProgram(index);
         error = applyWithName(currentProgram(), context, false);
+        if (error) {
+            // A bank of the host can hold what cannot be read. The old program was stored just now, so it can.
+            moveToProgram(before);
+            releaseError(applyWithName(currentProgram(), context, false));
+        }
     }
     updateBridges(sender);
     QEL_TRY(std::move(error), getFullName());
     return {};
+}
+
+// With the undo store's lock. The values stay as they are.
+void CAudioParamRegistry::moveToProgram(std::int32_t index)
+{
+    HistoryPtr present = swapHistory(std::move(histories_[static_cast<std::size_t>(index)]));
+    histories_[static_cast<std::size_t>(program_)] = std::move(present);
+    program_ = index;
 }
 
 void CAudioParamRegistry::setProgramName(std::int32_t index, const CString& name, bool fromUser,
@@ -158,21 +170,36 @@ void CAudioParamRegistry::setProgramName(std::int32_t index, const CString& name
 CError CAudioParamRegistry::takeSessionBank(CAudioPresetBank& bank, CAudioParamContext& context,
                                             bool fromHost)
 {
+    const std::int32_t programBefore = program_;
+    std::vector<HistoryPtr> historiesBefore = std::exchange(histories_, {});
+    HistoryPtr presentBefore = swapHistory(nullptr);
     sessionBank_.takePresetsFrom(bank);
     if (sessionBank_.isEmpty()) {
         sessionBank_.add(CAudioPreset(CAudioPreset::makeName(id_, kDefaultTitle)));
     }
-    histories_.clear();
     histories_.resize(static_cast<std::size_t>(sessionBank_.getCount()));
-    swapHistory(nullptr);
     if (!sessionBank_.hasIndex(program_)) {
         program_ = 0;
     }
-    return applyWithName(currentProgram(), context, fromHost);
+    CError error = applyWithName(currentProgram(), context, fromHost);
+    if (error) {
+        sessionBank_.takePresetsFrom(bank);
+        histories_ = std::move(historiesBefore);
+        swapHistory(std::move(presentBefore));
+        program_ = programBefore;
+        return error;
+    }
+    forEachHostOnly([this](const CString& key, const CAudioParam&) {
+        for (std::int32_t i = 0; i < sessionBank_.getCount(); ++i) {
+            sessionBank_.get(i).removeEntry(key);
+        }
+    });
+    return {};
 }
 
 void CAudioParamRegistry::masterReset()
 {
+    collector_->takeChangesFromAudio();
     CAudioParamUndoStep step("Master reset", this);
     CAudioParamContext context(CAudioParamOrigin::kActivation);
     {

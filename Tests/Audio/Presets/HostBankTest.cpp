@@ -1,0 +1,105 @@
+// Banks that hosts bring: what belongs to the project, and entries that cannot be read.
+#include "ProductInstance.h"
+
+namespace qel::test {
+namespace {
+
+constexpr const char* kInstanceName = "instance-name";
+
+class HostBank : public ProductTest
+{
+protected:
+    static Bytes chunkOf(TestHost& host)
+    {
+        CByteBuffer chunk;
+        requireOk(host.saveChunk(chunk, false, false));
+        return {chunk.bytes().begin(), chunk.bytes().end()};
+    }
+    static CAudioPresetBank bankOf(TestHost& host)
+    {
+        const Bytes chunk = chunkOf(host);
+        CByteBuffer body;
+        CMemoryReader reader(chunk);
+        requireOk(reader.readCompressedData(body, CAudioPresetBank::kChunkId));
+        CMemoryReader bodyReader(body.bytes());
+        CAudioPresetBank bank;
+        requireOk(bank.load(bodyReader));
+        return bank;
+    }
+    static CError load(TestHost& host, const CAudioPresetBank& bank)
+    {
+        CMemoryWriteBuffer body;
+        requireOk(bank.save(body));
+        CByteBuffer bytes;
+        body.copyTo(bytes);
+        CMemoryWriteBuffer chunk;
+        requireOk(chunk.writeCompressedData(bytes, CAudioPresetBank::kChunkId));
+        chunk.copyTo(bytes);
+        return host.loadChunk(bytes.bytes(), false, false);
+    }
+    // The last of its keys, so that the others are in place before it fails.
+    static void damage(CAudioPreset& preset)
+    {
+        const auto& [key, block] = *preset.getEntries().rbegin();
+        preset.setEntry(key, CByteBuffer(block.bytes().first(block.size() - 3)));
+    }
+};
+
+TEST_F(HostBank, ThatCannotBeReadLeavesProgramsValuesAndHistoriesAlone)
+{
+    TestHost host;
+    bringUp(host);
+    requireOk(host.activateProgram(5));
+    host.set("modDrumfell.xover-freq", 123.0);
+    CAudioPresetBank bank = bankOf(host);
+    CAudioPresetBank small;
+    small.add(bank.get(0));
+    damage(small.get(0));
+    const Bytes before = chunkOf(host);
+    EXPECT_TRUE(load(host, small));
+    EXPECT_EQ(host.getRegistry().getProgram(), 5);
+    EXPECT_EQ(chunkOf(host), before);
+
+    // One that is not read before its program is chosen.
+    damage(bank.get(7));
+    EXPECT_OK(load(host, bank));
+    const Bytes loaded = chunkOf(host);
+    EXPECT_TRUE(host.activateProgram(7));
+    EXPECT_EQ(host.getRegistry().getProgram(), 5);
+    EXPECT_EQ(host.get("modDrumfell.xover-freq"), 123.0);
+    EXPECT_EQ(chunkOf(host), loaded);
+    EXPECT_OK(host.activateProgram(8));
+}
+
+TEST_F(HostBank, BringsTheNameOfTheInstanceWhicheverProgramIsOn)
+{
+    TestHost host;
+    bringUp(host);
+    requireOk(host.activateProgram(5));
+    CAudioParamContext context;
+    paramOf(host, kInstanceName).setString(0, 0, "Kick", context);
+    const CAudioPresetBank bank = bankOf(host);
+    const Bytes chunk = chunkOf(host);
+
+    TestHost fresh;
+    bringUp(fresh);
+    EXPECT_OK(load(fresh, bank));
+    EXPECT_EQ(paramOf(fresh, kInstanceName).getString(0, 0), "Kick");
+    EXPECT_OK(fresh.activateProgram(5));
+    EXPECT_EQ(paramOf(fresh, kInstanceName).getString(0, 0), "Kick");
+    EXPECT_EQ(chunkOf(fresh), chunk);
+
+    // Presets do not tell it.
+    CMemoryWriteBuffer stream;
+    requireOk(fresh.getRegistry().acquirePreset(false, 3, CAudioParamRegistry::kAllGroups, stream, false));
+    CByteBuffer body;
+    stream.copyTo(body);
+    CMemoryReader reader(body.bytes());
+    CAudioPreset preset;
+    requireOk(preset.load(reader));
+    EXPECT_EQ(preset.findEntry(kInstanceName), nullptr);
+    EXPECT_NE(preset.findEntry("modDrumfell.xover-freq"), nullptr);
+}
+
+} // namespace
+} // namespace qel::test
