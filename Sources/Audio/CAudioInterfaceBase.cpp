@@ -221,6 +221,7 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CChangePar
     const auto key =
         (static_cast<std::uintptr_t>(client + 1) << 24) + static_cast<std::uintptr_t>(request.source);
     CAudioParamUndoStep step(request.stepName, reinterpret_cast<const void*>(key), request.mergeable);
+    params_->takeChangesFromAudio(); // or the step would hold values of before
     CAudioParamContext context;
     context.recorder = request.stepName.isEmpty() ? nullptr : &step;
     context.batch = request.writes.size() > 1 ? &params_->newBatch() : nullptr;
@@ -240,6 +241,7 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CChangePar
 
 CError CAudioInterfaceBase::handle(std::int32_t, const record::CResetParams& request)
 {
+    params_->takeChangesFromAudio();
     CAudioParamUndoStep step(request.stepName);
     CAudioParamContext context;
     context.recorder = request.stepName.isEmpty() ? nullptr : &step;
@@ -362,6 +364,7 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CAcquireDa
 
 CError CAudioInterfaceBase::handle(std::int32_t, const record::CMoveHistory& request)
 {
+    params_->takeChangesFromAudio();
     moveTo(request.position);
     return {};
 }
@@ -392,8 +395,13 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CListenViz
     return {};
 }
 
+// This is the clock of a window, so it also brings there what the host's automation has done.
 CError CAudioInterfaceBase::handle(std::int32_t, const record::CGetViz&)
 {
+    params_->takeChangesFromAudio();
+    if (extParams_) {
+        extParams_->showPosted();
+    }
     const CLock lock(lock_);
     vizData_.clear();
     viz_->take(vizData_);

@@ -113,15 +113,21 @@ CError CAudioInterfaceClient::processRecord(const CByteBuffer& bytes)
 template <class Call>
 void CAudioInterfaceClient::forRegistryListeners(Call&& call)
 {
+    // One that is told may take itself or another out.
     for (CAudioInterfaceRegistryListener* listener : std::vector(registryListeners_)) {
-        call(*listener);
+        if (std::find(registryListeners_.begin(), registryListeners_.end(), listener) != registryListeners_.end()) {
+            call(*listener);
+        }
     }
 }
 
 void CAudioInterfaceClient::tellParamListeners(const CString& param)
 {
     for (CAudioInterfaceParamListener* listener : std::vector(params_[param].listeners)) {
-        listener->onParamUpdate(param);
+        const auto& present = params_[param].listeners;
+        if (std::find(present.begin(), present.end(), listener) != present.end()) {
+            listener->onParamUpdate(param);
+        }
     }
 }
 
@@ -129,6 +135,7 @@ CError CAudioInterfaceClient::handle(const record::CHistoryState& state)
 {
     history_ = state;
     forRegistryListeners([&](CAudioInterfaceRegistryListener& listener) { listener.onHistoryState(state); });
+    QEL_TRY(notify("undo-history-changed", {}, false), getFullName());
     return {};
 }
 

@@ -76,6 +76,8 @@ CError CAudioInterfaceClientConnector::sendToBase(const CByteBuffer& record)
 CError CAudioInterfaceClientConnector::onProcessBaseData(const CAttrMap&)
 {
     if (!client_) {
+        const CLock lock(lock_);
+        queue_.clear(); // so that the next record raises an event again
         QEL_FAIL(getFullName(), "@qelstr_CAudioInterfaceClientConnector_onProcessBaseData_NoClientObject "
                                 "No client object defined.");
     }
