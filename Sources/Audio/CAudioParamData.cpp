@@ -1,10 +1,19 @@
 // The pool behind the identifiers in a string parameter.
 #include "CAudioParamData.h"
 
+#include "CAudioParamStorage.h"
+
 #include <algorithm>
 #include <memory>
 
 namespace qel {
+
+namespace {
+
+// As many as a parameter has entries at the most.
+constexpr std::uint32_t kMaxItems = CAudioParamStorage::kMaxGroups * CAudioParamStorage::kMaxEntries;
+
+} // namespace
 
 CAudioParamData::CAudioParamData(const CAudioParamData& other)
 {
@@ -93,7 +102,9 @@ CError CAudioParamData::load(CInputStream& stream)
     CAudioParamData loaded;
     std::uint32_t count = 0;
     QEL_TRY(stream.readU32(count), {});
-    // An entry takes 12 bytes or more, so a false count ends at the end of the stream.
+    if (count > kMaxItems) {
+        QEL_FAIL({}, "@qelstr_CAudioParamData_load_TooMany Too many data items (%1).", count);
+    }
     for (std::uint32_t i = 0; i < count; ++i) {
         std::uint32_t id = 0;
         QEL_TRY(stream.readU32(id), {});
@@ -104,9 +115,10 @@ CError CAudioParamData::load(CInputStream& stream)
         }
         auto item = std::make_unique<CAudioParamDataItemString>();
         QEL_TRY(item->load(stream), {});
-        loaded.put(id, item.release());
+        loaded.entries_.push({id, item.release()});
         loaded.lastId_ = std::max(loaded.lastId_, id);
     }
+    loaded.sort();
     *this = std::move(loaded);
     return {};
 }
@@ -145,6 +157,22 @@ void CAudioParamData::put(std::uint32_t id, CAudioParamDataItem* item)
     }
     entries_.push({id, item});
     std::rotate(entries_.begin() + index, entries_.end() - 1, entries_.end());
+}
+
+// Of several entries with one identifier the last counts.
+void CAudioParamData::sort()
+{
+    std::stable_sort(entries_.begin(), entries_.end(),
+                     [](const Entry& a, const Entry& b) { return a.id < b.id; });
+    std::size_t kept = 0;
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (i + 1 < entries_.size() && entries_[i + 1].id == entries_[i].id) {
+            entries_[i].item->release(retired_);
+        } else {
+            entries_[kept++] = entries_[i];
+        }
+    }
+    entries_.resize(kept);
 }
 
 std::uint32_t CAudioParamData::takeId()

@@ -42,8 +42,8 @@ public:
     // list must outlive the pool. Does not travel with copies.
     void setRetireList(CAudioParamItemRetireList* list) { retired_ = list; }
 
-    // Wire form: u32 entry count; for each entry u32 identifier, u32 item type, the item. On failure the pool
-    // stays as it was.
+    // Wire form: u32 entry count; for each entry u32 identifier, u32 item type, the item; more of them than a
+    // parameter can have entries are refused. On failure the pool stays as it was.
     CError load(CInputStream& stream);
     CError save(COutputStream& stream) const;
 
@@ -64,6 +64,7 @@ private:
     const Entry* find(std::uint32_t id) const;
     // Puts an item whose reference the caller gives away under `id`, which may be taken already.
     void put(std::uint32_t id, CAudioParamDataItem* item);
+    void sort();
     std::uint32_t takeId();
 
     CInlineArray<Entry, 8> entries_; // by rising identifier
