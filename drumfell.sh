@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # One door to the project: installs what is missing from Debian's packages, builds, and runs.
 set -euo pipefail
+caller_dir=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libpugixml-dev libcli11-dev libgtest-dev
@@ -64,7 +65,9 @@ install_product() {
     "") ;;
     --prefix)
         [ -n "${2:-}" ] && [ $# -eq 2 ] || { usage >&2; exit 2; }
-        library_dir=$2/lib/vst tool_dir=$2/bin
+        local prefix
+        prefix=$(cd "$caller_dir" && realpath -m "$2")
+        library_dir=$prefix/lib/vst tool_dir=$prefix/bin
         ;;
     *)
         usage >&2
@@ -82,6 +85,7 @@ install_product() {
         install -D -m 755 "build/release/bin/$tool" "$tool_dir/$tool"
         echo "$tool_dir/$tool"
     done
+    [[ ":$PATH:" == *":$tool_dir:"* ]] || echo "$tool_dir is not in PATH yet."
 }
 
 run_tests() {

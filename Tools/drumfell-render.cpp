@@ -163,6 +163,12 @@ std::vector<CRenderJob> makeJobs(const CCommand& command)
     }
     std::vector<CRenderJob> jobs;
     std::set<fs::path> results;
+    for (const std::string& other : {command.json, command.stateToSave}) {
+        std::error_code ignored;
+        if (!other.empty() && other != "-" && !results.insert(fs::weakly_canonical(other, ignored)).second) {
+            misused(other + ": two results would have this name");
+        }
+    }
     for (const std::string& name : command.inputs) {
         CRenderJob job{name, outputFor(command, name), {}};
         if (!command.plot.empty()) {
@@ -174,15 +180,20 @@ std::vector<CRenderJob> makeJobs(const CCommand& command)
             misused("where should the result of " + name + " go? Give -o, --output-dir or --suffix");
         }
         std::error_code ignored;
-        if (fs::equivalent(job.input, job.output, ignored)) {
-            misused(name + ": the result would replace the file");
-        }
         for (const fs::path& result : {job.output, job.plot}) {
             if (!result.empty() && !results.insert(fs::weakly_canonical(result, ignored)).second) {
                 misused(result.string() + ": two results would have this name");
             }
         }
         jobs.push_back(job);
+    }
+    for (const std::string& input : command.inputs) {
+        for (const fs::path& result : results) {
+            std::error_code ignored;
+            if (fs::equivalent(input, result, ignored)) {
+                misused(input + ": a result would replace the file");
+            }
+        }
     }
     return jobs;
 }
@@ -265,18 +276,22 @@ void writeReport(const std::string& path, const std::string& report)
 }
 
 // The first failure decides the exit code.
-CExitCode report(const CCommand& command, std::vector<CRenderOutcome> outcomes, CGuestPlugin& guest)
+CExitCode report(const CCommand& command, const std::vector<CRenderJob>& jobs, std::vector<CRenderOutcome> outcomes,
+                 CGuestPlugin& guest)
 {
     CExitCode code = CExitCode::kDone;
     std::vector<CRenderResult> results;
     std::set<std::string> told; // one fault of the settings comes from every file
-    for (CRenderOutcome& outcome : outcomes) {
+    std::vector<CRenderFailure> failures;
+    for (std::size_t i = 0; i < outcomes.size(); ++i) {
+        CRenderOutcome& outcome = outcomes[i];
         if (outcome.result) {
             results.push_back(std::move(*outcome.result));
         }
         if (outcome.code == CExitCode::kDone) {
             continue;
         }
+        failures.push_back({jobs[i].input, outcome.code, outcome.error});
         code = code == CExitCode::kDone ? outcome.code : code;
         if (told.insert(outcome.error).second) {
             std::cerr << "drumfell-render: " << outcome.error << '\n';
@@ -288,7 +303,7 @@ CExitCode report(const CCommand& command, std::vector<CRenderOutcome> outcomes, 
         }
     }
     if (!command.json.empty()) {
-        writeReport(command.json, jsonReport(guest, command.settings, results));
+        writeReport(command.json, jsonReport(guest, command.settings, results, failures));
     }
     return code;
 }
@@ -322,7 +337,8 @@ CExitCode run(CCommand& command)
         return CExitCode::kDone;
     }
     makeFolders(command);
-    return report(command, renderAll(library, command.settings, jobs, command.workers, guest.name()), guest);
+    return report(command, jobs,
+                  renderAll(library, command.settings, jobs, command.workers, guest.name(), !command.isQuiet), guest);
 }
 
 } // namespace

@@ -2,9 +2,11 @@
 #include "RenderTestSupport.h"
 
 #include <chrono>
+#include <csignal>
 #include <thread>
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -90,14 +92,42 @@ TEST_F(RenderCommand, TellsFailuresByItsExitCode)
     EXPECT_EQ(run({input}), 2);
     EXPECT_EQ(run({input, "-o", input}), 2);
     EXPECT_EQ(run({input, input, "--output-dir", at("out")}), 2);
+    EXPECT_EQ(run({input, "-o", at("o.wav"), "--json", at("o.wav")}), 2);
+    const std::string other = writeAudio("in-b.wav", noise(2, 3000), kWav16).string();
+    EXPECT_EQ(run({input, other, "--suffix", "-b"}), 2) << "the result of one is another";
+    std::filesystem::remove(other);
     EXPECT_EQ(run({input, "-o", at("o.wav"), "--block", "0"}), 2);
     EXPECT_EQ(run({input, "-o", at("o.wav")}, at("none.so")), 3);
-    EXPECT_EQ(run({at("none.wav"), "-o", at("o.wav")}), 4);
+    EXPECT_EQ(run({at("none.wav"), "-o", at("o.wav"), "--json", at("report.json")}), 4);
+    std::ifstream file(at("report.json"));
+    EXPECT_EQ(nlohmann::json::parse(file)["failed"][0]["exitCode"], 4);
+    std::filesystem::remove(at("report.json"));
     EXPECT_EQ(run({input, "-o", at("none/o.wav")}), 5);
     EXPECT_EQ(run({input, "--json", "-", "--plot", at("none/o.png")}), 5);
     EXPECT_EQ(run({input, "-o", at("o.wav"), "--set", "Gain=99"}), 6);
     behave("nan");
     EXPECT_EQ(run({input, "-o", at("o.wav")}), 7);
+    EXPECT_EQ(fileNames(), std::set<std::string>{"in.wav"});
+}
+
+// Coders write what they hold back when their file is closed.
+TEST_F(RenderCommand, NoticesWhenTheDiskIsFullAtTheVeryEnd)
+{
+    const std::string input = writeAudio("in.wav", noise(2, 30000), kWav16).string();
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    for (const char* type : {"wav", "flac", "ogg"}) {
+        const std::string output = at(std::string("o.") + type);
+        ASSERT_EQ(run({input, "-o", output}), 0) << type;
+        rlimit small = before;
+        small.rlim_cur = std::filesystem::file_size(output) - 100;
+        std::filesystem::remove(output);
+        setrlimit(RLIMIT_FSIZE, &small);
+        EXPECT_EQ(run({input, "-o", output}), 5) << type;
+        setrlimit(RLIMIT_FSIZE, &before);
+    }
+    std::signal(SIGXFSZ, SIG_DFL);
     EXPECT_EQ(fileNames(), std::set<std::string>{"in.wav"});
 }
 

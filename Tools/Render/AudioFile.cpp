@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 
 namespace qel::tools {
 
@@ -149,11 +151,14 @@ int CAudioFileReader::read(CSignal& target, int offset, int frames)
 
 CAudioFileWriter::CAudioFileWriter(const std::filesystem::path& path, const CAudioFileReader& like, int channelCount,
                                    CSampleFormat format, std::int64_t expectedFrames)
-    : pending_(path)
+    : pending_(path), onDisk_(pending_.path())
 {
+    if (!onDisk_.isOpen()) {
+        throw CRenderError(CExitCode::kOutput, path.string() + ": " + std::strerror(errno));
+    }
     const int chosen = formatFor(path, like, channelCount, format, expectedFrames);
     bits_ = bitsOf(chosen & SF_FORMAT_SUBMASK);
-    file_ = SndfileHandle(pending_.path().c_str(), SFM_WRITE, chosen, channelCount, like.rateHz());
+    file_ = SndfileHandle(CWatchedFile::access(), &onDisk_, SFM_WRITE, chosen, channelCount, like.rateHz());
     if (file_.error() != SF_ERR_NO_ERROR) {
         throw CRenderError(CExitCode::kOutput, path.string() + ": " + file_.strError());
     }
@@ -226,9 +231,13 @@ void CAudioFileWriter::finish()
 {
     file_.writeSync();
     const int error = file_.error();
-    const std::string reason = file_.strError();
-    file_ = SndfileHandle(); // closes, which writes what the header tells
-    if (error != SF_ERR_NO_ERROR) {
+    std::string reason = file_.strError();
+    file_ = SndfileHandle(); // closes, which writes what the header tells and what coders hold back
+    const bool isWhole = onDisk_.close();
+    if (error == SF_ERR_NO_ERROR && !isWhole) {
+        reason = "not all of it could be written";
+    }
+    if (error != SF_ERR_NO_ERROR || !isWhole) {
         throw CRenderError(CExitCode::kOutput, pending_.target().string() + ": " + reason);
     }
     pending_.commit();

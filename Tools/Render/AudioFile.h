@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Render/CPendingFile.h"
+#include "Render/CWatchedFile.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -70,6 +71,7 @@ private:
     void require(sf_count_t written, int frames);
 
     CPendingFile pending_;
+    CWatchedFile onDisk_;
     SndfileHandle file_;
     int bits_ = 0; // 0: floating point or coded
     std::int64_t clippedCount_ = 0;

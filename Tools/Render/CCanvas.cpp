@@ -59,8 +59,30 @@ void CCanvas::polygon(const std::vector<CPoint>& points, CColour colour)
     cairo_fill(cairo_.get());
 }
 
-void CCanvas::text(CPoint at, const std::string& words, double size, CColour colour, CAlign align, bool isBold)
+namespace {
+
+// Names of files need not be UTF-8, and cairo draws nothing more once it was given what is none.
+std::string asUtf8(const std::string& text)
 {
+    std::string result;
+    for (std::size_t i = 0; i < text.size();) {
+        const auto first = static_cast<unsigned char>(text[i]);
+        const std::size_t length = first < 0x80 ? 1 : first >= 0xC2 && first < 0xE0 ? 2 : first >= 0xE0 && first < 0xF0 ? 3 : 0;
+        bool isGood = length > 0 && i + length <= text.size();
+        for (std::size_t k = 1; isGood && k < length; ++k) {
+            isGood = (static_cast<unsigned char>(text[i + k]) & 0xC0) == 0x80;
+        }
+        result += isGood ? text.substr(i, length) : "\xEF\xBF\xBD";
+        i += isGood ? length : 1;
+    }
+    return result;
+}
+
+} // namespace
+
+void CCanvas::text(CPoint at, const std::string& raw, double size, CColour colour, CAlign align, bool isBold)
+{
+    const std::string words = asUtf8(raw);
     setColour(colour);
     cairo_select_font_face(cairo_.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL,
                            isBold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
@@ -87,7 +109,8 @@ void CCanvas::unclip()
 
 bool CCanvas::writePng(const std::filesystem::path& path) const
 {
-    return cairo_surface_write_to_png(surface_.get(), path.c_str()) == CAIRO_STATUS_SUCCESS;
+    return cairo_status(cairo_.get()) == CAIRO_STATUS_SUCCESS &&
+           cairo_surface_write_to_png(surface_.get(), path.c_str()) == CAIRO_STATUS_SUCCESS;
 }
 
 } // namespace qel::tools

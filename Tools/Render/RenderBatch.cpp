@@ -26,6 +26,7 @@ constexpr int kBarMargin = 24;  // for what stands beside it
 class CProgressBar
 {
 public:
+    explicit CProgressBar(bool isWanted) : isShown_(isWanted && isatty(STDERR_FILENO) == 1) {}
     ~CProgressBar()
     {
         if (isDrawn_) {
@@ -34,7 +35,7 @@ public:
     }
     void draw(double share, std::size_t doneCount, std::size_t count)
     {
-        if (!isTerminal_) {
+        if (!isShown_) {
             return;
         }
         winsize size{};
@@ -49,7 +50,7 @@ public:
     }
 
 private:
-    bool isTerminal_ = isatty(STDERR_FILENO) == 1;
+    const bool isShown_;
     bool isDrawn_ = false;
 };
 
@@ -86,7 +87,8 @@ std::int64_t totalFrames(const std::vector<CRenderJob>& jobs)
 } // namespace
 
 std::vector<CRenderOutcome> renderAll(const std::shared_ptr<CGuestLibrary>& library, const CRenderSettings& settings,
-                                      const std::vector<CRenderJob>& jobs, int workers, const std::string& effectName)
+                                      const std::vector<CRenderJob>& jobs, int workers, const std::string& effectName,
+                                      bool showsProgress)
 {
     std::vector<CRenderOutcome> outcomes(jobs.size());
     std::atomic<std::size_t> next = 0;
@@ -107,7 +109,7 @@ std::vector<CRenderOutcome> renderAll(const std::shared_ptr<CGuestLibrary>& libr
     for (int i = 0; i < std::min(workers, static_cast<int>(jobs.size())); ++i) {
         threads.emplace_back(work);
     }
-    CProgressBar bar;
+    CProgressBar bar(showsProgress);
     std::unique_lock hold(lock);
     while (!changed.wait_for(hold, kBarInterval, [&] { return doneCount == jobs.size(); })) {
         bar.draw(static_cast<double>(progress) / total, doneCount, jobs.size());

@@ -109,7 +109,7 @@ std::string decibels(double power, int digits)
 }
 
 std::string jsonReport(CGuestPlugin& guest, const CRenderSettings& settings,
-                       const std::vector<CRenderResult>& results)
+                       const std::vector<CRenderResult>& results, const std::vector<CRenderFailure>& failures)
 {
     Json json = {{"effect",
                   {{"library", guest.library().path().string()},
@@ -122,9 +122,15 @@ std::string jsonReport(CGuestPlugin& guest, const CRenderSettings& settings,
                    {"parameters", guest.parameterCount()},
                    {"presets", guest.programCount()}}},
                  {"settings", settingsJson(settings)},
-                 {"files", Json::array()}};
+                 {"files", Json::array()},
+                 {"failed", Json::array()}};
     for (const CRenderResult& result : results) {
         json["files"].push_back(resultJson(result));
+    }
+    for (const CRenderFailure& failure : failures) {
+        json["failed"].push_back({{"input", failure.input.string()},
+                                  {"exitCode", static_cast<int>(failure.code)},
+                                  {"error", failure.error}});
     }
     // Names of files and presets need not be UTF-8.
     return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Render/CFileRender.h"
+#include "Render/RenderError.h"
 
 #include <filesystem>
 #include <string>
@@ -12,10 +13,18 @@ namespace qel::tools {
 // Levels are in dB of full scale; low frequencies are those below this.
 inline constexpr double kLowBandHz = 120.0;
 
+// A file of which nothing came.
+struct CRenderFailure
+{
+    std::filesystem::path input;
+    CExitCode code = CExitCode::kDone;
+    std::string error;
+};
+
 // One JSON document: the effect, the settings, and for each file format, levels of every channel and of all
-// together before and after, delay and speed. Silence has the level null.
+// together before and after, delay and speed; then the files that failed. Silence has the level null.
 std::string jsonReport(CGuestPlugin& guest, const CRenderSettings& settings,
-                       const std::vector<CRenderResult>& results);
+                       const std::vector<CRenderResult>& results, const std::vector<CRenderFailure>& failures);
 // Some lines for a person.
 std::string textReport(const CRenderResult& result);
 
