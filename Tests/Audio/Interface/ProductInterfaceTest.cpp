@@ -1,5 +1,7 @@
 // A window on the product: what it is told at the start, and steps of the history that several objects make.
 #include "../Presets/ProductInstance.h"
+#include "CAudioExtParam.h"
+#include "CAudioExtParamList.h"
 #include "CAudioInterfaceClient.h"
 #include "CNotifyServer.h"
 
@@ -66,6 +68,31 @@ TEST_F(ProductInterface, UndoingAChangeAlsoGivesBackTheNameOfThePreset)
     EXPECT_OK(client_->send(record::CMoveHistory{1}));
     EXPECT_EQ(freq.getValue(0, 0), before + 2.0);
     EXPECT_EQ(name.getString(0, 0), "User");
+}
+
+TEST_F(ProductInterface, FollowsTheAutomationOfTheHostAndUndoesNoneOfIt)
+{
+    CAudioParam& gain = paramOf(host_, "modOutGain.gain");
+    const CAudioInterfaceParam& shown = client_->watchParam(gain.getName());
+    CAudioExtParam& knob = *host_.getExtParams().get(host_.getExtParams().find(gain, 0, 0));
+    const std::vector<std::vector<double>> silence(2, std::vector<double>(64));
+    host_.run(silence, {64});
+    for (const double norm : {0.25, 0.4}) {
+        knob.postNormalized(norm);
+        if (norm == 0.25) {
+            host_.run(silence, {64}); // the other one waits for a host that does not process
+        }
+        EXPECT_OK(client_->send(record::CGetViz{}));
+        EXPECT_NEAR(shown.info.converters.at(0)->valueToNorm(shown.info, 0, shown.values.get(0, 0)), norm, 1e-9);
+    }
+    const double automated = gain.getValue(0, 0);
+    host_.run(silence, {64});
+    knob.postNormalized(0.7);
+    host_.run(silence, {64});
+    EXPECT_OK(client_->send(record::CChangeParams{
+        "Gain change", 1, true, {{gain.getName(), 0, 0, false, {1.0}, {}}}}));
+    EXPECT_OK(client_->send(record::CMoveHistory{0}));
+    EXPECT_GT(gain.getValue(0, 0), automated) << "the automation between the two";
 }
 
 } // namespace
