@@ -9,7 +9,7 @@ namespace qel {
 
 // --- output port
 
-void CAudioOutputPort::emit(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format)
+void CAudioOutputPort::emitToAll(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format)
 {
     if (links_.isEmpty()) {
         graph_.kernels.release(buffer);
@@ -43,30 +43,6 @@ void CAudioLink::disconnect()
     source_.disconnect(*this);
     isConnected_ = false;
     clear();
-}
-
-void CAudioLink::dropHead(int channel)
-{
-    Queue& queue = queues_[static_cast<std::size_t>(channel)];
-    CAudioChunk* chunk = queue.head;
-    queue.head = chunk->next;
-    if (!queue.head) {
-        queued_ &= ~(CChannelMask{1} << channel);
-    }
-    graph_.kernels.release(chunk->buffer);
-    graph_.chunks.giveBack(chunk);
-}
-
-bool CAudioLink::consume(int channel, int count)
-{
-    CAudioChunk* chunk = queues_[static_cast<std::size_t>(channel)].head;
-    if (chunk->count == count) {
-        dropHead(channel);
-        return (queued_ >> channel & 1) == 0;
-    }
-    chunk->buffer = chunk->buffer.advancedBy(count);
-    chunk->count -= count;
-    return false;
 }
 
 void CAudioLink::clear()
@@ -121,12 +97,8 @@ CBufferRef CAudioInputPort::gather(int channel, int count, bool isWeighted) cons
     return samples;
 }
 
-CBufferRef CAudioInputPort::borrow(int channel, int count, bool isWeighted, CBufferRef& outSum) const
+CBufferRef CAudioInputPort::borrowSum(int channel, int count, bool isWeighted, CBufferRef& outSum) const
 {
-    if (links_.size() == 1) {
-        const CAudioChunk* head = links_[0]->head(channel);
-        return head ? head->buffer : CBufferRef();
-    }
     CAudioSum sum(graph_.kernels, count);
     CBufferRef only;
     int sources = 0;

@@ -3,6 +3,7 @@
 
 #include "CAudioGraph.h"
 #include "CInlineArray.h"
+#include "Kernels/CKernelContext.h"
 
 #include <array>
 #include <bit>
@@ -38,7 +39,7 @@ public:
     CChannelMask channels() const { return channels_; }
 
     // Hands on `count` samples of one channel to every link. Takes over one reference on the buffer.
-    void emit(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format);
+    inline void emit(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format);
 
     void connect(CAudioLink& link) { links_.push(&link); }
     void disconnect(CAudioLink& link) { links_.eraseFirst(&link); }
@@ -46,6 +47,8 @@ public:
     void disconnectAll();
 
 private:
+    void emitToAll(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format);
+
     CAudioGraph& graph_;
     CInlineArray<CAudioLink*, 4> links_;
     CChannelMask channels_ = 0;
@@ -84,7 +87,17 @@ public:
     }
     // Drops `count` samples, which the head chunk must hold.
     // True if nothing is left.
-    bool consume(int channel, int count);
+    bool consume(int channel, int count)
+    {
+        CAudioChunk* chunk = queues_[static_cast<std::size_t>(channel)].head;
+        if (chunk->count == count) {
+            dropHead(channel);
+            return (queued_ >> channel & 1) == 0;
+        }
+        chunk->buffer = chunk->buffer.advancedBy(count);
+        chunk->count -= count;
+        return false;
+    }
     void clear();
 
 private:
@@ -93,7 +106,17 @@ private:
         CAudioChunk* head = nullptr;
         CAudioChunk* tail = nullptr;
     };
-    void dropHead(int channel);
+    void dropHead(int channel)
+    {
+        Queue& queue = queues_[static_cast<std::size_t>(channel)];
+        CAudioChunk* chunk = queue.head;
+        queue.head = chunk->next;
+        if (!queue.head) {
+            queued_ &= ~(CChannelMask{1} << channel);
+        }
+        graph_.kernels.release(chunk->buffer);
+        graph_.chunks.giveBack(chunk);
+    }
 
     CAudioGraph& graph_;
     CAudioOutputPort& source_;
@@ -126,15 +149,34 @@ public:
     // lends what it has queued until it is consumed, and a sum is handed over in `outSum`, for the caller to
     // release.
     CBufferRef gather(int channel, int count, bool isWeighted) const;
-    CBufferRef borrow(int channel, int count, bool isWeighted, CBufferRef& outSum) const;
+    CBufferRef borrow(int channel, int count, bool isWeighted, CBufferRef& outSum) const
+    {
+        if (links_.size() != 1) {
+            return borrowSum(channel, count, isWeighted, outSum);
+        }
+        const CAudioChunk* head = links_[0]->head(channel);
+        return head ? head->buffer : CBufferRef();
+    }
     // True if a channel has run dry.
     bool consume(int count);
     // Hands all that is there on to an output port, channels and formats as they come; several links as in gather().
     void forwardTo(CAudioOutputPort& to, bool isWeighted = false);
 
 private:
+    CBufferRef borrowSum(int channel, int count, bool isWeighted, CBufferRef& outSum) const;
+
     CAudioGraph& graph_;
     CInlineArray<CAudioLink*, 4> links_;
 };
+
+// Nearly every port has one link.
+void CAudioOutputPort::emit(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format)
+{
+    if (links_.size() == 1) {
+        links_[0]->push(channel, buffer, count, format);
+    } else {
+        emitToAll(channel, buffer, count, format);
+    }
+}
 
 } // namespace qel

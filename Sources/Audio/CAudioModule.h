@@ -36,7 +36,10 @@ public:
     CAudioModuleStep(CKernelContext& context, int samples, std::size_t channels)
         : kernels(context), count(samples), channelCount(channels)
     {
-        outputs.resize(channels);
+        // One by one: for the one channel of most, a call of memset would cost more than all the rest.
+        for (std::size_t i = 0; i < channels; ++i) {
+            outputs.push({});
+        }
     }
     // The same step for a second instance.
     CAudioModuleStep(const CAudioModuleStep& other)

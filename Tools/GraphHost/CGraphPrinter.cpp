@@ -107,7 +107,7 @@ void printCalls(const CKernelRecording& recording, std::ostream& out)
     for (const CKernelCall& call : recording.calls()) {
         out << "  " << call.entry->name << "  " << call.count << "  " << call.scalar << ' ';
         for (int i = 0; i < call.entry->operandCount; ++i) {
-            const CBufferRef operand = call.operands[i];
+            const CBufferRef operand = call.operand(static_cast<std::size_t>(i));
             out << ' ' << operand.slot();
             if (operand.byteOffset() != 0) {
                 out << '+' << operand.byteOffset() / static_cast<int>(sizeof(double));

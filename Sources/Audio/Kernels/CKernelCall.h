@@ -28,7 +28,7 @@ struct CKernelDef
 struct CKernelEntry;
 
 // One call of a kernel. Filled by CKernelContext::submit and valid only until the kernel returns. Operand 0
-// is normally the output; operands may name the same memory where the kernel says so. Entries of `operands`
+// is normally the output; operands may name the same memory where the kernel says so. Entries of `operandBits`
 // and `data` from the kernel's operand count on are not set.
 struct CKernelCall
 {
@@ -39,9 +39,10 @@ struct CKernelCall
     const CKernelEntry* entry;
     // A gain, constant or position, as the kernel defines.
     double scalar;
-    CBufferRef operands[kMaxKernelOperands];
+    std::uint32_t operandBits[kMaxKernelOperands]; // plain numbers: nothing is spent on those that are not set
     void* data[kMaxKernelOperands];
 
+    CBufferRef operand(std::size_t index) const { return {operandBits[index]}; }
     double* samples(std::size_t operand) const { return static_cast<double*>(data[operand]); }
     // The operand as a kernel's own record.
     template <class State>

@@ -77,7 +77,7 @@ void CKernelContext::submit(int kernelId, std::uint32_t count, double scalar,
             ++refusedCalls_;
             return;
         }
-        call.operands[index] = ref;
+        call.operandBits[index] = ref.bits;
         call.data[index] = address;
         ++index;
     }

@@ -7,7 +7,7 @@ void CKernelRecording::resolve(const CKernelContext& context)
 {
     for (CKernelCall& call : calls_) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(call.entry->operandCount); ++i) {
-            call.data[i] = context.address(call.operands[i]);
+            call.data[i] = context.address(call.operand(i));
         }
     }
 }

@@ -160,7 +160,7 @@ TEST(CKernelContext, TellsItsObserverOfEachCallBeforeItRuns)
         {
             log += std::string(call.entry->name) + " " + std::to_string(call.count) + " " +
                    std::to_string(*call.samples(0)) + "\n";
-            last = call.operands[0];
+            last = call.operand(0);
         }
         std::string log;
         CBufferRef last;
