@@ -1,5 +1,5 @@
-// What the graph costs around its kernels: one block through a 40-process graph against the replay of the kernel calls
-// that the same block makes.
+// What the graph costs around its kernels: one block through a 40-process graph against the replay of the
+// kernel calls that the same block makes.
 #include "GraphFixture.h"
 #include "Kernels/CKernelContext.h"
 #include "Kernels/CKernelRecording.h"
@@ -28,7 +28,8 @@ std::string fortyProcesses()
             return "<audio:modGain name=\"" + name + R"("><audio:param-alloc param-name="gain" index="0"/>
               <audio:param name="gain" converter="real" min-values="0" max-values="2" def-values="0.9"/></audio:modGain>)";
         };
-        content += gain("g" + n) + gain("h" + n) + "<audio:modAbs name=\"a" + n + "\"/><audio:modMix name=\"m" + n +
+        content += gain("g" + n) + gain("h" + n) + "<audio:modAbs name=\"a" + n +
+                   "\"/><audio:modMix name=\"m" + n +
                    R"("><audio:param-alloc param-name="mix" index="0"/>
               <audio:param name="mix" converter="real" min-values="0" max-values="1" def-values="0.5"/></audio:modMix>)";
         const auto link = [&](const std::string& from, const std::string& to) {
@@ -42,12 +43,14 @@ std::string fortyProcesses()
         previous = "m" + n;
     }
     links += "<audio:process-link src=\"" + previous + "\" dst=\"*\"/>";
-    return R"(<audio:process-def name="main" is-auto-links="false">)" + content + links + "</audio:process-def>";
+    return R"(<audio:process-def name="main" is-auto-links="false">)" + content + links +
+           "</audio:process-def>";
 }
 
 using Clock = std::chrono::steady_clock;
 
-// The middle one of the times, in microseconds: what other programs of the machine take now and then does not count.
+// The middle one of the times, in microseconds: what other programs of the machine take now and then does not
+// count.
 double median(std::vector<Clock::duration>& times)
 {
     const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);

@@ -1,15 +1,15 @@
 // Start and end of the loaded library, and its two entries.
 #include "CApplication.h"
 #include "CAudioWrapperVST.h"
-#include "CreatorTable.h"
 #include "CTrace.h"
+#include "CreatorTable.h"
 
 extern "C" const qel::CResourceRow drumfellResourceDirectory[];
 
 namespace {
 
-// Lives from the loading of the library to its unloading. An application that cannot start leaves a library whose entry
-// reports the lack.
+// Lives from the loading of the library to its unloading. An application that cannot start leaves a library
+// whose entry reports the lack.
 class CLibrary
 {
 public:

@@ -56,11 +56,13 @@ void addSoundOptions(CLI::App& app, CCommand& command)
     app.add_option("--load", command.stateFiles, "State file to load first: .fxp, .fxb, .cpf or .cbf")
         ->allow_extra_args(false);
     app.add_option("--preset", settings.preset, "Preset by name, its beginning, or number");
-    app.add_option("--set", settings.assignments,
-                   "NAME=VALUE, parameter by name or number; in the units shown (+12, 1.2k, Pumping) or, with an n "
-                   "behind, as a position from 0 to 1 (0.5n)")
+    app.add_option(
+           "--set", settings.assignments,
+           "NAME=VALUE, parameter by name or number; in the units shown (+12, 1.2k, Pumping) or, with an n "
+           "behind, as a position from 0 to 1 (0.5n)")
         ->allow_extra_args(false);
-    app.add_option("--automate", command.automationFile, "File of lines TIME PARAMETER VALUE, times in seconds");
+    app.add_option("--automate", command.automationFile,
+                   "File of lines TIME PARAMETER VALUE, times in seconds");
     app.add_option("--save", command.stateToSave, "Save the state so reached: .fxp, .fxb, .cpf or .cbf");
     app.add_option("--block", command.block, "Samples in a block, or 'random' for lengths from 1 to 1024")
         ->capture_default_str();
@@ -73,7 +75,8 @@ void addSoundOptions(CLI::App& app, CCommand& command)
         ->check(CLI::Range(-200.0, 200.0));
     app.add_option("--tail", settings.tailSec, "Seconds to render beyond the end of the file")
         ->check(CLI::Range(0.0, 3600.0));
-    app.add_option("--preroll", settings.prerollSec, "Seconds of silence that the effect gets before it begins anew")
+    app.add_option("--preroll", settings.prerollSec,
+                   "Seconds of silence that the effect gets before it begins anew")
         ->capture_default_str()
         ->check(CLI::Range(0.0, 60.0));
 }
@@ -81,14 +84,19 @@ void addSoundOptions(CLI::App& app, CCommand& command)
 void addFileOptions(CLI::App& app, CCommand& command)
 {
     app.add_option("FILES", command.inputs, "Audio files: WAV, FLAC, OGG and others");
-    CLI::Option* output = app.add_option("-o,--output", command.output, "Result of one file; its ending is its type");
+    CLI::Option* output =
+        app.add_option("-o,--output", command.output, "Result of one file; its ending is its type");
     app.add_option("--output-dir", command.outputFolder, "Folder for the results")->excludes(output);
-    app.add_option("--suffix", command.suffix, "Put behind the names of results, before the ending")->excludes(output);
-    app.add_option("--type", command.type, "Ending of results in place of that of the file")->excludes(output);
-    app.add_option("--format", command.format, "Samples of the result: 'same' as in the file, 16, 24, 32 or float")
+    app.add_option("--suffix", command.suffix, "Put behind the names of results, before the ending")
+        ->excludes(output);
+    app.add_option("--type", command.type, "Ending of results in place of that of the file")
+        ->excludes(output);
+    app.add_option("--format", command.format,
+                   "Samples of the result: 'same' as in the file, 16, 24, 32 or float")
         ->capture_default_str();
     app.add_option("--rate", command.rateHz, "Refuse files of another rate")->check(CLI::Range(1, 1000000));
-    app.add_option("--channels", command.channels, "Channels of the result; as many as the file has if not given")
+    app.add_option("--channels", command.channels,
+                   "Channels of the result; as many as the file has if not given")
         ->check(CLI::Range(1, 1024));
     app.add_flag("--drop-channels", command.settings.dropsChannels,
                  "Take files with more channels than the effect, without the channels beyond");
@@ -152,7 +160,8 @@ fs::path outputFor(const CCommand& command, const fs::path& input)
     if (!ending.starts_with('.')) {
         ending.insert(0, ".");
     }
-    const fs::path folder = command.outputFolder.empty() ? input.parent_path() : fs::path(command.outputFolder);
+    const fs::path folder =
+        command.outputFolder.empty() ? input.parent_path() : fs::path(command.outputFolder);
     return folder / (input.stem().string() + command.suffix + ending);
 }
 
@@ -276,8 +285,8 @@ void writeReport(const std::string& path, const std::string& report)
 }
 
 // The first failure decides the exit code.
-CExitCode report(const CCommand& command, const std::vector<CRenderJob>& jobs, std::vector<CRenderOutcome> outcomes,
-                 CGuestPlugin& guest)
+CExitCode report(const CCommand& command, const std::vector<CRenderJob>& jobs,
+                 std::vector<CRenderOutcome> outcomes, CGuestPlugin& guest)
 {
     CExitCode code = CExitCode::kDone;
     std::vector<CRenderResult> results;
@@ -317,8 +326,8 @@ CExitCode run(CCommand& command)
         misused("there is nothing to do; --help tells what could be");
     }
     CPendingFile::catchSignals();
-    const auto library =
-        std::make_shared<CGuestLibrary>(command.library.empty() ? findOwnLibrary() : fs::path(command.library));
+    const auto library = std::make_shared<CGuestLibrary>(command.library.empty() ? findOwnLibrary()
+                                                                                 : fs::path(command.library));
     constexpr double kAnyRateHz = 48000.0;
     CGuestPlugin guest(library, guestSetup(command.settings, kAnyRateHz));
     if (isAsked) {
@@ -338,16 +347,19 @@ CExitCode run(CCommand& command)
     }
     makeFolders(command);
     return report(command, jobs,
-                  renderAll(library, command.settings, jobs, command.workers, guest.name(), !command.isQuiet), guest);
+                  renderAll(library, command.settings, jobs, command.workers, guest.name(), !command.isQuiet),
+                  guest);
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Sends audio files through a VST 2.4 effect, faster than real time and with its delay taken out");
-    app.footer("Exit codes: 0 done, 2 command line, 3 library, 4 input, 5 output, 6 parameter, preset or state,\n"
-               "7 the effect put out NaN or infinity, 130 interrupted.");
+    CLI::App app(
+        "Sends audio files through a VST 2.4 effect, faster than real time and with its delay taken out");
+    app.footer(
+        "Exit codes: 0 done, 2 command line, 3 library, 4 input, 5 output, 6 parameter, preset or state,\n"
+        "7 the effect put out NaN or infinity, 130 interrupted.");
     CCommand command;
     addFileOptions(app, command);
     addSoundOptions(app, command);

@@ -3,7 +3,8 @@
 
 namespace qel {
 
-CError CAudioBypassState::bind(CAudioProcessSlots& slots, const CString& processName, CAudioParamCollector& params)
+CError CAudioBypassState::bind(CAudioProcessSlots& slots, const CString& processName,
+                               CAudioParamCollector& params)
 {
     QEL_TRY(bindOne(slots, processName, params, def_->param(), slot_), processName);
     if (!def_->andParam().isEmpty()) {

@@ -130,7 +130,8 @@ void CAudioExtParam::showPosted()
     }
     // The write drops what the audio thread has published so far. If that was a newer one, it goes behind.
     double shown = std::numeric_limits<double>::quiet_NaN();
-    while (isPosted_.load(std::memory_order_acquire) && shown != lastPosted_.load(std::memory_order_acquire)) {
+    while (isPosted_.load(std::memory_order_acquire) &&
+           shown != lastPosted_.load(std::memory_order_acquire)) {
         shown = lastPosted_.load(std::memory_order_acquire);
         write(shown, 0.0, true);
     }
@@ -141,7 +142,8 @@ void CAudioExtParam::showPosted()
 void CAudioExtParam::settleIfOvertaken()
 {
     const CLock lock(param_->getLock());
-    if (isWaiting() && !isPosted_.load(std::memory_order_acquire) && !param_->isChangedByAudio() && refresh(false)) {
+    if (isWaiting() && !isPosted_.load(std::memory_order_acquire) && !param_->isChangedByAudio() &&
+        refresh(false)) {
         tellHost();
     }
 }

@@ -51,10 +51,11 @@ public:
 
     // A value of the host, written at once. `timeSec` counts from the start of the next processing call.
     void setNormalized(double norm, double timeSec = 0.0);
-    // Writes what the audio thread has not taken so far, in its place: for what comes next and shall override it.
+    // Writes what the audio thread has not taken so far, in its place: for what comes next and shall override
+    // it.
     void takePosted();
-    // The same for whoever reads the parameter: the audio thread still takes the value itself, so that its order among
-    // the host's values stays.
+    // The same for whoever reads the parameter: the audio thread still takes the value itself, so that its
+    // order among the host's values stays.
     void showPosted();
     CString getDisplay(CAudioParamConverter::TextMode mode = CAudioParamConverter::TextMode::kNormal) const;
     CString getDisplayOf(double norm,
@@ -95,8 +96,8 @@ private:
 
     CError attrExtName();
     void onParamChange(const CAudioParamNotice& notice);
-    // Takes the parameter's value over; true if the number changed and the host does not know it. What the audio side
-    // sends while a value of the host is under way is older, unless it is that value.
+    // Takes the parameter's value over; true if the number changed and the host does not know it. What the
+    // audio side sends while a value of the host is under way is older, unless it is that value.
     bool refresh(bool isFromAudio);
     void write(double norm, double timeSec, bool isKnownToAudio);
     // True while a value of the host is on its way to the parameter.
@@ -123,8 +124,8 @@ private:
     std::int32_t index_ = -1;
 
     std::atomic<double> norm_{0.0}; // of the parameter
-    // The host's latest number, which counts in place of the parameter's until it has come there. It alone says what was
-    // posted, so that threads that post at once cannot leave it in contradiction to itself.
+    // The host's latest number, which counts in place of the parameter's until it has come there. It alone
+    // says what was posted, so that threads that post at once cannot leave it in contradiction to itself.
     std::atomic<double> lastPosted_{0.0};
     std::atomic<bool> isPosted_{false}; // not taken by the audio side so far
     std::atomic<std::uint32_t> postCount_{0};

@@ -35,8 +35,8 @@ public:
     // --- control threads
     // Takes over what no processing call has taken: before a state or a program is loaded over it.
     void takePosted();
-    // Shows it in the parameters, without taking it from the next processing call: before a state is saved, and by the
-    // UI's timer.
+    // Shows it in the parameters, without taking it from the next processing call: before a state is saved,
+    // and by the UI's timer.
     void showPosted();
 
 private:

@@ -15,8 +15,8 @@ struct CAudioHostSetup
     int outputCount = 0;
 };
 
-// One block: channel pointers to float or double samples. An input that is null is silence, an output that is null is
-// not written, and either array may be null as a whole; input and output may be the same memory.
+// One block: channel pointers to float or double samples. An input that is null is silence, an output that is
+// null is not written, and either array may be null as a whole; input and output may be the same memory.
 struct CAudioHostBlock
 {
     const void* const* inputs = nullptr;

@@ -115,7 +115,8 @@ void CAudioInterfaceClient::forRegistryListeners(Call&& call)
 {
     // One that is told may take itself or another out.
     for (CAudioInterfaceRegistryListener* listener : std::vector(registryListeners_)) {
-        if (std::find(registryListeners_.begin(), registryListeners_.end(), listener) != registryListeners_.end()) {
+        if (std::find(registryListeners_.begin(), registryListeners_.end(), listener) !=
+            registryListeners_.end()) {
             call(*listener);
         }
     }

@@ -159,7 +159,8 @@ public:
     }
     // True if a channel has run dry.
     bool consume(int count);
-    // Hands all that is there on to an output port, channels and formats as they come; several links as in gather().
+    // Hands all that is there on to an output port, channels and formats as they come; several links as in
+    // gather().
     void forwardTo(CAudioOutputPort& to, bool isWeighted = false);
 
 private:

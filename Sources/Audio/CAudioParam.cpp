@@ -162,7 +162,8 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
     if (!context.isKnownToAudio) {
         collector_.postChange(*this, written, context.batch);
     } else {
-        isChangedByAudio_.store(false, std::memory_order_relaxed); // what follows from another goes before its own
+        // What follows from another goes before its own.
+        isChangedByAudio_.store(false, std::memory_order_relaxed);
     }
     announce(change, context);
     return true;

@@ -114,13 +114,13 @@ public:
     bool receive(CAudioParamEvent& event, std::uint32_t generation);
     // Audio thread: brings `audio` up to date.
     void applyPendingToAudio();
-    // Audio thread: tells the filters of a number that changeFromAudio() is about to set. False if one of them cannot
-    // follow now, or another thread is at the list.
+    // Audio thread: tells the filters of a number that changeFromAudio() is about to set. False if one of
+    // them cannot follow now, or another thread is at the list.
     bool filterFromAudio(double value, double timeSec);
     // Audio thread: the value that changeFromAudio() has set, for control threads to fetch.
     void publishFromAudio(double value);
-    // Takes it over into `current` and tells the listeners. False if a write that will overwrite it there is still on
-    // its way: then it waits for that to arrive, or to be dropped.
+    // Takes it over into `current` and tells the listeners. False if a write that will overwrite it there is
+    // still on its way: then it waits for that to arrive, or to be dropped.
     bool takeFromAudio();
     bool isChangedByAudio() const { return isChangedByAudio_.load(std::memory_order_acquire); }
     // Counts the events on their way to the audio side that set the first entry of group 0.

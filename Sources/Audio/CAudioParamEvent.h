@@ -44,8 +44,8 @@ public:
     // --- control threads, while the event is in no batch or in one that was not taken
 
     void set(CAudioParam& param, const CAudioParamChange& change);
-    // Counts it at its parameter until it arrives or is dropped, if it will overwrite what the audio thread may have set
-    // itself.
+    // Counts it at its parameter until it arrives or is dropped, if it will overwrite what the audio thread
+    // may have set itself.
     void depart();
     // Ends that. Whoever still has the event may call it: the audio thread on its arrival, or the pool.
     void arrive();

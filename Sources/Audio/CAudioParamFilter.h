@@ -33,9 +33,9 @@ public:
     // A source has changed; it holds the new values. The change itself carries none.
     virtual void onParamChange(CAudioParam& source, const CAudioParamChange& change,
                                CAudioParamContext& context) = 0;
-    // Audio thread: group 0, entry 0 of a source has become `value` there; sends what follows from it to the slots
-    // of the destinations, which control threads derive by themselves. False if it must be tried again in the next
-    // processing call.
+    // Audio thread: group 0, entry 0 of a source has become `value` there; sends what follows from it to the
+    // slots of the destinations, which control threads derive by themselves. False if it must be tried again
+    // in the next processing call.
     virtual bool onChangeFromAudio(CAudioParam& source, double value, double timeSec) = 0;
     // Leaves the sources. Harmless when repeated.
     virtual void release();

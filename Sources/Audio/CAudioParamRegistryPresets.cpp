@@ -201,7 +201,8 @@ CError CAudioParamRegistry::addHostOnly(CAudioPresetBank& bank)
     return error;
 }
 
-void CAudioParamRegistry::forEachHostOnly(const std::function<void(const CString&, const CAudioParam&)>& function)
+void CAudioParamRegistry::forEachHostOnly(
+    const std::function<void(const CString&, const CAudioParam&)>& function)
 {
     const CLock lock(mapLock_);
     synchronise();

@@ -125,7 +125,8 @@ CError CAudioParamRegistry::setProgram(std::int32_t index, CBridge* sender)
         moveToProgram(index);
         error = applyWithName(currentProgram(), context, false);
         if (error) {
-            // A bank of the host can hold what cannot be read. The old program was stored just now, so it can.
+            // A bank of the host can hold what cannot be read. The old program was stored just now, so it
+            // can.
             moveToProgram(before);
             releaseError(applyWithName(currentProgram(), context, false));
         }

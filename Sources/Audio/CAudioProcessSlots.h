@@ -49,8 +49,8 @@ public:
     bool applyUntil(double limitSec);
 
     bool has(int slot) const { return find(slot) != nullptr; }
-    // Value of an entry of a group, the default where nothing is stored or what is stored is no number; 0 for a slot that
-    // has no parameter.
+    // Value of an entry of a group, the default where nothing is stored or what is stored is no number; 0 for
+    // a slot that has no parameter.
     double value(int slot, int group, int entry = 0) const;
     // The same, but behind the end of the default's list the last default counts, not the first.
     double valueOrLast(int slot, int group, int entry) const;

@@ -117,8 +117,8 @@ protected:
     virtual std::vector<CString> hostChannelLabels() { return {}; }
     // The program has changed by itself: the host's lists are out of date.
     virtual void programChanged() { updateDisplay(); }
-    // A MIDI message of the host; `status` is 8 to 15, the time counts from the start of the next block. Audio
-    // thread.
+    // A MIDI message of the host; `status` is 8 to 15, the time counts from the start of the next block.
+    // Audio thread.
     virtual void onMidi(int status, int channel, int data1, int data2, double timeSec)
     {
         (void)status, (void)channel, (void)data1, (void)data2, (void)timeSec;

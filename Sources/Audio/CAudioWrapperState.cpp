@@ -45,7 +45,8 @@ CError CAudioWrapper::saveChunk(CByteBuffer& outBuffer, bool isPreset, bool with
     return {};
 }
 
-// Values that no processing call has taken yet belong to the state: a host may set parameters of a stopped effect.
+// Values that no processing call has taken yet belong to the state: a host may set parameters of a stopped
+// effect.
 CError CAudioWrapper::acquireState(CByteBuffer& outBody, bool isPreset)
 {
     params_->takeChangesFromAudio();
@@ -107,8 +108,8 @@ CError CAudioWrapper::loadChunk(std::span<const std::uint8_t> data, bool isPrese
         CMemoryReader chunk(data);
         QEL_TRY(chunk.readCompressedData(body, isPreset ? kPresetId : kBankId), {});
     }
-    // A chunk can be whole and hold an entry that does not fit, which shows when others are in place already. Programs
-    // and their histories the registry keeps itself.
+    // A chunk can be whole and hold an entry that does not fit, which shows when others are in place already.
+    // Programs and their histories the registry keeps itself.
     const CHostActivation activation(*this);
     params_->takeChangesFromAudio();
     extParams_->takePosted();

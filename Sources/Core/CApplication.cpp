@@ -81,8 +81,8 @@ CApplication* CApplication::get()
 
 CApplication::CApplication() : uiScale_(readUIScale(localData_)), modulePath_(CSystem::modulePath())
 {
-    // Statics end in the reverse order of their beginning, and the settings of a library that ends with the process
-    // still unlink their bridges. So the registry of links has to begin now.
+    // Statics end in the reverse order of their beginning, and the settings of a library that ends with the
+    // process still unlink their bridges. So the registry of links has to begin now.
     const CBridgeBase firstUser;
 }
 

@@ -11,10 +11,7 @@ class CHostTraits
 public:
     // The host calls Steinberg its maker: its windows want other handling.
     static bool isSteinberg() { return isSteinberg_.load(std::memory_order_relaxed); }
-    static void setSteinberg(bool isSteinberg)
-    {
-        isSteinberg_.store(isSteinberg, std::memory_order_relaxed);
-    }
+    static void setSteinberg(bool isSteinberg) { isSteinberg_.store(isSteinberg, std::memory_order_relaxed); }
 
 private:
     static inline std::atomic<bool> isSteinberg_{false};

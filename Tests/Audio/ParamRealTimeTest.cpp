@@ -98,7 +98,8 @@ TEST_F(ParamRealTimeTest, AChangeOfTheAudioThreadsOwnIsAsCheap)
     }
 }
 
-// A host that automates a switch from the audio thread need not wait for a control thread to see its opposite.
+// A host that automates a switch from the audio thread need not wait for a control thread to see its
+// opposite.
 TEST_F(ParamRealTimeTest, AFilterFollowsTheAudioThreadAtOnce)
 {
     CAudioParam& enable = addParam("p.enable", floatInfo("enable", {0.0}));

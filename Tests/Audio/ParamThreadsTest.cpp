@@ -10,7 +10,7 @@ namespace qel::test {
 
 namespace {
 
-constexpr int kWrites = 4000; // by each of two threads
+constexpr int kWrites = 4000;             // by each of two threads
 constexpr std::int32_t kBatchGroups = 33; // as many values as a preset has, from group 1 on
 
 class CCountingListener : public CAudioParamListener
@@ -97,7 +97,8 @@ TEST_F(ParamThreadsTest, ValuesArriveInOrderAndTheLastOneStays)
     }
     EXPECT_EQ(a.getAudio().get(0, 0), kWrites);
     EXPECT_EQ(slotText.storage.getString(0, 0), text.getString(0, 0));
-    EXPECT_EQ(listener.notices.load(), 2 * (2 * kWrites + kWrites / 16 + (kBatchGroups - 1) * (kWrites / 64)));
+    EXPECT_EQ(listener.notices.load(),
+              2 * (2 * kWrites + kWrites / 16 + (kBatchGroups - 1) * (kWrites / 64)));
 }
 
 TEST_F(ParamThreadsTest, AFilteredParameterNeverEndsOnTheStateOfAnEarlierWriter)

@@ -295,8 +295,8 @@ TEST_F(ParamTransportTest, WhatTheAudioThreadSetsReachesSlotsAtOnceAndControlThr
     EXPECT_TRUE(collector_->changeFromAudio(param, 2.0, 0.0));
 }
 
-// Any sequence of writes of both sides, whatever batches and calls it falls into, leaves slot, audio side and control side
-// with the same values.
+// Any sequence of writes of both sides, whatever batches and calls it falls into, leaves slot, audio side and
+// control side with the same values.
 TEST_F(ParamTransportTest, RandomWritesEndEqualOnBothSides)
 {
     const std::uint32_t seed = 77;

@@ -89,7 +89,8 @@ public:
         std::array<float*, 8> channels;
         channels.fill(samples.data());
         effect_->processReplacing(effect_, channels.data(), channels.data(), kBlock);
-        require(std::all_of(samples.begin(), samples.end(), [](float sample) { return std::isfinite(sample); }));
+        require(
+            std::all_of(samples.begin(), samples.end(), [](float sample) { return std::isfinite(sample); }));
     }
 
 private:

@@ -1,9 +1,11 @@
-// A VST 2.4 effect for tests of hosts: a gain behind a delay that it reports, with parameters of every kind of scale.
+// A VST 2.4 effect for tests of hosts: a gain behind a delay that it reports, with parameters of every kind
+// of scale.
 //
-// DRUMFELL_TEST_GUEST lists how it behaves, in words: "plain" (no chunks), "reads" (sets parameters from texts),
-// "lies" (says so and does not), "extension" (tells the display of any value), "nan" (from sample 1000 on), "slow" (a
-// millisecond a block), "single" (no double precision), "null" (makes no effect), "magic" (makes something else).
-// Where a host breaks the rules of the interface, it puts out NaN, which no test takes for sound.
+// DRUMFELL_TEST_GUEST lists how it behaves, in words: "plain" (no chunks), "reads" (sets parameters from
+// texts), "lies" (says so and does not), "extension" (tells the display of any value), "nan" (from sample
+// 1000 on), "slow" (a millisecond a block), "single" (no double precision), "null" (makes no effect), "magic"
+// (makes something else). Where a host breaks the rules of the interface, it puts out NaN, which no test
+// takes for sound.
 #include "Vst24.h"
 
 #include <algorithm>
@@ -55,14 +57,18 @@ public:
     {
         effect_.magic = behaves("magic") ? 1 : vst24::kMagic;
         effect_.dispatcher = &dispatched;
-        effect_.processReplacing = [](AEffect* e, float** in, float** out, std::int32_t n) { of(e).run(in, out, n); };
+        effect_.processReplacing = [](AEffect* e, float** in, float** out, std::int32_t n) {
+            of(e).run(in, out, n);
+        };
         effect_.processDoubleReplacing = [](AEffect* e, double** in, double** out, std::int32_t n) {
             of(e).run(in, out, n);
         };
         effect_.setParameter = [](AEffect* e, std::int32_t i, float v) {
             of(e).values()[static_cast<std::size_t>(i)] = v;
         };
-        effect_.getParameter = [](AEffect* e, std::int32_t i) { return of(e).values()[static_cast<std::size_t>(i)]; };
+        effect_.getParameter = [](AEffect* e, std::int32_t i) {
+            return of(e).values()[static_cast<std::size_t>(i)];
+        };
         effect_.numPrograms = static_cast<std::int32_t>(programs_.size());
         effect_.numParams = kParameterCount;
         effect_.numInputs = effect_.numOutputs = kChannels;
@@ -80,8 +86,8 @@ private:
     Values& values() { return programs_[current_].values; }
     int delayOf(float norm) const { return static_cast<int>(std::lround(norm * kLongestDelay)); }
 
-    static std::intptr_t dispatched(AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value,
-                                    void* ptr, float opt)
+    static std::intptr_t dispatched(AEffect* effect, std::int32_t opcode, std::int32_t index,
+                                    std::intptr_t value, void* ptr, float opt)
     {
         TestGuest& self = of(effect);
         if (opcode == vst24::kClose) {
@@ -120,7 +126,8 @@ private:
         case vst24::kCanDo:
             return behaves("extension") && std::strcmp(text, "hasCockosExtensions") == 0 ? 0xBEEF0000 : 0;
         case vst24::kVendorSpecific:
-            return behaves("extension") && index == 7 ? (say(display(static_cast<int>(value), opt)), 0xBEEF) : 0;
+            return behaves("extension") && index == 7 ? (say(display(static_cast<int>(value), opt)), 0xBEEF)
+                                                      : 0;
         case vst24::kSetBlockSize:
             longestBlock_ = static_cast<int>(value);
             return 0;
@@ -132,7 +139,8 @@ private:
             start();
             return 0;
         case vst24::kGetChunk:
-            *reinterpret_cast<void**>(text) = index == 1 ? static_cast<void*>(&programs_[current_]) : programs_.data();
+            *reinterpret_cast<void**>(text) =
+                index == 1 ? static_cast<void*>(&programs_[current_]) : programs_.data();
             return index == 1 ? sizeof(Program) : sizeof(programs_);
         case vst24::kSetChunk:
             return setChunk(index == 1, static_cast<std::size_t>(value), text);

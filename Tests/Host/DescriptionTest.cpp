@@ -28,9 +28,8 @@ TEST(Description, TellsWhatItIsThroughBothEntries)
     EXPECT_EQ(host.text(kGetVendorString, 64), "Brintal");
     EXPECT_EQ(host.text(kGetProductString, 64), "Drumfell 1.1");
 
-    const auto noHost = [](AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*, float) -> std::intptr_t {
-        return 0;
-    };
+    const auto noHost = [](AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*,
+                           float) -> std::intptr_t { return 0; };
     for (const char* name : {"VSTPluginMain", "main"}) {
         EXPECT_EQ(loadEntry(name)(nullptr), nullptr);
         EXPECT_EQ(loadEntry(name)(noHost), nullptr) << "a host without a version";
@@ -40,8 +39,12 @@ TEST(Description, TellsWhatItIsThroughBothEntries)
 TEST(Description, OffersAsManyChannelsAsTheHostCanTake)
 {
     const std::pair<HostTraits, int> cases[] = {
-        {{2400, "Maker", "Host"}, 8}, {{2300, "", ""}, 8},           {{2299, "", "Host"}, 2},
-        {{2, "", ""}, 2},             {{2400, "", "Sony ACID Pro"}, 2}, {{2400, "", "Sony ACID Pro 7"}, 8},
+        {{2400, "Maker", "Host"}, 8},
+        {{2300, "", ""}, 8},
+        {{2299, "", "Host"}, 2},
+        {{2, "", ""}, 2},
+        {{2400, "", "Sony ACID Pro"}, 2},
+        {{2400, "", "Sony ACID Pro 7"}, 8},
         {{2400, "Steinberg", "WaveLab 6"}, 8},
     };
     for (const auto& [traits, channels] : cases) {
@@ -64,7 +67,8 @@ TEST(Description, ClaimsNothingElse)
         EXPECT_EQ(canDo(other), 0) << other;
     }
     EXPECT_EQ(canDo(std::string(5000, 'x')), 0);
-    for (const int opcode : {+kSetBypass, +kGetTailSize, +kShellGetNextPlugin, +kEditOpen, +kEditIdle, 20, 9999, -1}) {
+    for (const int opcode :
+         {+kSetBypass, +kGetTailSize, +kShellGetNextPlugin, +kEditOpen, +kEditIdle, 20, 9999, -1}) {
         EXPECT_EQ(host.call(opcode, 1, 1), 0) << opcode;
     }
 }
@@ -146,7 +150,8 @@ TEST(Description, ProgramsKeepNamesAndValues)
     host.call(kSetProgramName, 0, 0, name);
     const std::string kept = host.text(kGetProgramName, 24);
     EXPECT_EQ(kept, std::string(name).substr(0, 23));
-    EXPECT_EQ(host.text(kGetProgramNameIndexed, 24, static_cast<std::int32_t>(host.call(kGetProgram)), -1), kept);
+    EXPECT_EQ(host.text(kGetProgramNameIndexed, 24, static_cast<std::int32_t>(host.call(kGetProgram)), -1),
+              kept);
     host.automations = 0;
     const std::vector<float> first = host.getAll();
     for (std::int32_t program = host->numPrograms - 1; program >= 0; --program) {

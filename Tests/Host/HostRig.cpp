@@ -60,7 +60,8 @@ void Host::close()
     }
 }
 
-std::intptr_t Host::callback(AEffect* effect, std::int32_t opcode, std::int32_t, std::intptr_t, void* ptr, float)
+std::intptr_t Host::callback(AEffect* effect, std::int32_t opcode, std::int32_t, std::intptr_t, void* ptr,
+                             float)
 {
     Host* host = effect && effect->hostWords[0] ? reinterpret_cast<Host*>(effect->hostWords[0]) : beginning;
     if (!host) {
@@ -101,7 +102,8 @@ std::string Host::text(std::int32_t opcode, std::size_t limit, std::int32_t inde
     call(opcode, index, value, memory.data());
     const auto end = std::find(memory.begin(), memory.end(), '\0');
     EXPECT_LT(end - memory.begin(), static_cast<std::ptrdiff_t>(limit)) << "opcode " << opcode;
-    EXPECT_EQ(std::string(memory.begin() + static_cast<std::ptrdiff_t>(limit), memory.end()), std::string(256, '#'));
+    EXPECT_EQ(std::string(memory.begin() + static_cast<std::ptrdiff_t>(limit), memory.end()),
+              std::string(256, '#'));
     return {memory.begin(), end};
 }
 
@@ -145,7 +147,8 @@ Channels<Sample> drums(std::size_t length, std::size_t channels)
     std::minstd_rand noise(1);
     for (std::size_t i = 0; i < length; ++i) {
         const double t = static_cast<double>(i % 12000) / 48000.0;
-        const double tone = std::exp(-12.0 * t) * std::sin(2.0 * std::numbers::pi * (60.0 * t + 6.0 * std::sqrt(t)));
+        const double tone =
+            std::exp(-12.0 * t) * std::sin(2.0 * std::numbers::pi * (60.0 * t + 6.0 * std::sqrt(t)));
         for (std::size_t channel = 0; channel < channels; ++channel) {
             const double hiss = static_cast<double>(noise()) / noise.max() - 0.5;
             signal[channel][i] = static_cast<Sample>(static_cast<float>(0.7 * tone + 0.05 * hiss));

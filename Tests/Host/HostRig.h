@@ -41,8 +41,8 @@ public:
 
     AEffect* operator->() { return effect_; }
     AEffect* effect() { return effect_; }
-    std::intptr_t call(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0, void* ptr = nullptr,
-                       float opt = 0.0f)
+    std::intptr_t call(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0,
+                       void* ptr = nullptr, float opt = 0.0f)
     {
         return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
     }
@@ -59,7 +59,10 @@ public:
     std::vector<float> getAll();
 
     void setPrecision(int precision) { call(vst24::kSetProcessPrecision, 0, precision); }
-    void processBlock(float** in, float** out, int count) { effect_->processReplacing(effect_, in, out, count); }
+    void processBlock(float** in, float** out, int count)
+    {
+        effect_->processReplacing(effect_, in, out, count);
+    }
     void processBlock(double** in, double** out, int count)
     {
         effect_->processDoubleReplacing(effect_, in, out, count);
@@ -80,8 +83,8 @@ public:
     std::atomic<int> ioChanges{0};
 
 private:
-    static std::intptr_t callback(AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value,
-                                  void* ptr, float opt);
+    static std::intptr_t callback(AEffect* effect, std::int32_t opcode, std::int32_t index,
+                                  std::intptr_t value, void* ptr, float opt);
 
     HostTraits traits_;
     AEffect* effect_ = nullptr;
@@ -113,8 +116,8 @@ Channels<Sample> Host::run(const Channels<Sample>& input, const std::vector<int>
 template <class Sample>
 Channels<Sample> drums(std::size_t length, std::size_t channels = 2);
 
-// What a function gives in a process of its own, so that whatever is counted process-wide stands where it stood for
-// another one. A crash there fails the test.
+// What a function gives in a process of its own, so that whatever is counted process-wide stands where it
+// stood for another one. A crash there fails the test.
 std::vector<double> inChild(const std::function<std::vector<double>()>& work);
 
 // All channels one after another.

@@ -35,7 +35,8 @@ TEST(RealHosts, QtractorListsTheEffect)
     if (!std::filesystem::exists(scanner)) {
         GTEST_SKIP() << "not installed";
     }
-    const auto [output, status] = outputOf("echo VST:" DRUMFELL_LIBRARY " | env -u DISPLAY timeout 60 " + scanner);
+    const auto [output, status] =
+        outputOf("echo VST:" DRUMFELL_LIBRARY " | env -u DISPLAY timeout 60 " + scanner);
     EXPECT_EQ(status, 0);
     EXPECT_EQ(output, "VST|Drumfell|2:2|1:0|24:0|EXT,RT|" DRUMFELL_LIBRARY "|0|0x3771747a\n");
 }
@@ -60,9 +61,10 @@ public:
     {
         const std::string ardour(kArdour);
         return outputOf("env -u DISPLAY HOME=" + folder_ + " LXVST_PATH=" + folder_ +
-                        "/vst DRUMFELL_SESSION=" + folder_ + "/session LD_LIBRARY_PATH=" + ardour + " ARDOUR_DLL_PATH=" + ardour +
-                        " ARDOUR_DATA_PATH=/usr/share/ardour7 ARDOUR_CONFIG_PATH=/etc/ardour7 timeout 60 " + ardour +
-                        "/" + command);
+                        "/vst DRUMFELL_SESSION=" + folder_ + "/session LD_LIBRARY_PATH=" + ardour +
+                        " ARDOUR_DLL_PATH=" + ardour +
+                        " ARDOUR_DATA_PATH=/usr/share/ardour7 ARDOUR_CONFIG_PATH=/etc/ardour7 timeout 60 " +
+                        ardour + "/" + command);
     }
 
 private:
@@ -85,7 +87,8 @@ TEST(RealHosts, ArdourListsTheEffectAndKeepsItsState)
                                  "n_inputs=\"8\" n_outputs=\"8\""}) {
         EXPECT_NE(listed.find(expected), std::string::npos) << listed;
     }
-    for (const char* expected : {"added 0\nset true\nplayed true\nvalue 0.75\n", "played true\nvalue 0.75\n"}) {
+    for (const char* expected :
+         {"added 0\nset true\nplayed true\nvalue 0.75\n", "played true\nvalue 0.75\n"}) {
         const auto [played, rc] = home.run("luasession " DRUMFELL_HOST_TESTS "/ArdourRoundTrip.lua");
         EXPECT_NE(played.find(expected), std::string::npos) << played << rc;
     }

@@ -35,7 +35,9 @@ TEST(RudeHost, ScansInABareProcess)
 
 TEST(RudeHost, EndsInAnyState)
 {
-    { Host never; }
+    {
+        Host never;
+    }
     for (int round = 0; round < 20; ++round) {
         Host one;
         Host two;
@@ -186,7 +188,8 @@ TEST(RudeHost, AccumulatingAddsToWhatIsThere)
         host.start(44100.0f);
         Channels<float> input = drums<float>(20000);
         Channels<float> output(2, std::vector<float>(20000, 0.25f));
-        std::vector<float*> in{input[0].data(), input[1].data(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
+        std::vector<float*> in{input[0].data(), input[1].data(), nullptr, nullptr,
+                               nullptr,         nullptr,         nullptr, nullptr};
         std::vector<float*> out{output[0].data(), output[1].data(), nullptr, nullptr,
                                 nullptr,          nullptr,          nullptr, nullptr};
         host->process(host.effect(), in.data(), out.data(), 20000);
@@ -270,7 +273,8 @@ TEST(RudeHost, TheAudioThreadWaitsForNobodyOnceWarm)
     std::vector<float*> channels(8);
     channels[0] = signal[0].data();
     channels[1] = signal[1].data();
-    // The first round meets every module's first change, the second every change from where the first one ended.
+    // The first round meets every module's first change, the second every change from where the first one
+    // ended.
     for (const bool isWarm : {false, false, true}) {
         for (unsigned seed = 1; seed < 40; ++seed) {
             const AllocationGuard::Counts counts = [&] {

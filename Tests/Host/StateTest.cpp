@@ -75,7 +75,8 @@ TEST_P(State, IsLeftAloneByWhatIsNoState)
     Bytes copy = other;
     EXPECT_EQ(host.call(kSetChunk, isPreset, -1, copy.data()), 0);
     for (std::size_t size = 17; size < other.size(); ++size) {
-        EXPECT_TRUE(isRefused(Bytes(other.begin(), other.begin() + static_cast<std::ptrdiff_t>(size)))) << size;
+        EXPECT_TRUE(isRefused(Bytes(other.begin(), other.begin() + static_cast<std::ptrdiff_t>(size))))
+            << size;
     }
     int unnoticed = 0;
     for (std::size_t at = 16; at < other.size(); ++at) {

@@ -8,7 +8,8 @@
 
 namespace qel::test {
 
-// Made empty by the constructor, under a name that no other process has, and removed with its content by the destructor.
+// Made empty by the constructor, under a name that no other process has, and removed with its content by the
+// destructor.
 class TemporaryFolder
 {
 public:

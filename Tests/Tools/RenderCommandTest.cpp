@@ -61,8 +61,9 @@ protected:
 
 TEST_F(RenderCommand, RendersManyFilesAtOnceAndReportsThem)
 {
-    std::vector<std::string> arguments{"--output-dir", at("out"), "--plot", at("plots"), "--json", at("report.json"),
-                                       "-j", "3", "--preset", "Loud", "--type", "flac"};
+    std::vector<std::string> arguments{"--output-dir",    at("out"), "--plot", at("plots"), "--json",
+                                       at("report.json"), "-j",      "3",      "--preset",  "Loud",
+                                       "--type",          "flac"};
     for (int i = 0; i < 5; ++i) {
         arguments.push_back(writeAudio(std::to_string(i) + ".wav", noise(2, 20000), kWav16));
     }
@@ -135,7 +136,8 @@ TEST_F(RenderCommand, CleansUpWhenInterrupted)
 {
     const std::string input = writeAudio("in.wav", noise(1, 500000), kWav16).string();
     behave("slow");
-    const pid_t child = start({"--plugin", DRUMFELL_GUEST, "--block", "8", "--preroll", "0", input, "-o", at("o.wav")});
+    const pid_t child =
+        start({"--plugin", DRUMFELL_GUEST, "--block", "8", "--preroll", "0", input, "-o", at("o.wav")});
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (fileNames().size() < 2 && std::chrono::steady_clock::now() < limit) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -158,10 +160,12 @@ TEST_F(RenderCommand, HostsEffectsOfOtherMakers)
     const std::string input = writeAudio("in.wav", signal, kWav16).string();
     // At rest the equaliser passes what comes; its master then halves it.
     ASSERT_EQ(run({input, "-o", at("flat.wav"), "--format", "float"}, equaliser), 0);
-    ASSERT_EQ(run({input, "-o", at("down.wav"), "--format", "float", "--set", "Master=-6", "--save", at("eq.fxp")},
-                  equaliser),
+    ASSERT_EQ(
+        run({input, "-o", at("down.wav"), "--format", "float", "--set", "Master=-6", "--save", at("eq.fxp")},
+            equaliser),
+        0);
+    ASSERT_EQ(run({input, "-o", at("loaded.wav"), "--format", "float", "--load", at("eq.fxp")}, equaliser),
               0);
-    ASSERT_EQ(run({input, "-o", at("loaded.wav"), "--format", "float", "--load", at("eq.fxp")}, equaliser), 0);
     const CSignal flat = readAudio(at("flat.wav"));
     const CSignal down = readAudio(at("down.wav"));
     const CSignal loaded = readAudio(at("loaded.wav"));
@@ -207,11 +211,14 @@ protected:
 
 TEST_F(RenderProduct, SoundsTheSameInBlocksOfAnyLengthWhileParametersMove)
 {
-    const std::string lines = write("lines.txt", "0.05 Oversmp 2x\n0.08 SatDrv 30\n0.1 Bypass On\n0.15 Oversmp 8x\n"
-                                                 "0.2 Bypass Off\n0.25 XOverFr 300\n0.3 PncEnab Off\n"
-                                                 "0.3503 Oversmp 4x\n0.4 DCType 0.7n\n0.45 Oversmp 1x\n");
-    for (const std::vector<std::string>& more :
-         {std::vector<std::string>{}, {"--double"}, {"--automate", lines}, {"--automate", lines, "--double"}}) {
+    const std::string lines =
+        write("lines.txt", "0.05 Oversmp 2x\n0.08 SatDrv 30\n0.1 Bypass On\n0.15 Oversmp 8x\n"
+                           "0.2 Bypass Off\n0.25 XOverFr 300\n0.3 PncEnab Off\n"
+                           "0.3503 Oversmp 4x\n0.4 DCType 0.7n\n0.45 Oversmp 1x\n");
+    for (const std::vector<std::string>& more : {std::vector<std::string>{},
+                                                 {"--double"},
+                                                 {"--automate", lines},
+                                                 {"--automate", lines, "--double"}}) {
         std::vector<std::string> arguments{"--preset", "Full Saturation", "--block", "64"};
         arguments.insert(arguments.end(), more.begin(), more.end());
         const std::string expected = rendered(arguments);
@@ -230,7 +237,8 @@ TEST_F(RenderProduct, StaysInTimeWhenOversamplingChanges)
         sine[0][i] = 0.5 * std::sin(2.0 * 3.14159265358979 * 200.0 / 48000.0 * static_cast<double>(i));
     }
     input_ = writeAudio("sine.wav", sine, kWavFloat);
-    const std::string lines = write("lines.txt", "0.1 Oversmp 2x\n0.2 Oversmp 8x\n0.3003 Oversmp 4x\n0.4 Oversmp 1x\n");
+    const std::string lines =
+        write("lines.txt", "0.1 Oversmp 2x\n0.2 Oversmp 8x\n0.3003 Oversmp 4x\n0.4 Oversmp 1x\n");
     rendered({});
     const CSignal still = readAudio(at("o.wav"));
     rendered({"--automate", lines, "--json", at("report.json")});
@@ -255,7 +263,8 @@ TEST_F(RenderProduct, SoundsTheSameFromAStateInEveryKindOfFile)
         EXPECT_TRUE(rendered(saving) == expected) << kind;
         std::vector<std::string> loading{"--load", at("a." + kind), "--save", at("b." + kind)};
         if (kind == "cbf") {
-            loading.insert(loading.end(), {"--preset", "3"}); // a bank of our own does not tell which one was on
+            loading.insert(loading.end(),
+                           {"--preset", "3"}); // a bank of our own does not tell which one was on
         }
         EXPECT_TRUE(rendered(loading) == expected) << kind;
         EXPECT_TRUE(bytesOf("a." + kind) == bytesOf("b." + kind)) << kind;

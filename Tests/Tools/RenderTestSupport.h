@@ -21,14 +21,18 @@ protected:
     ~CRenderTest() override { unsetenv("DRUMFELL_TEST_GUEST"); }
 
     static void behave(const std::string& words) { setenv("DRUMFELL_TEST_GUEST", words.c_str(), 1); }
-    static std::shared_ptr<CGuestLibrary> library() { return std::make_shared<CGuestLibrary>(DRUMFELL_GUEST); }
+    static std::shared_ptr<CGuestLibrary> library()
+    {
+        return std::make_shared<CGuestLibrary>(DRUMFELL_GUEST);
+    }
 
     // Noise at half of full scale that every sample format of at least 16 bits holds exactly.
     static CSignal noise(int channels, int frames)
     {
         std::mt19937 random(7);
         std::uniform_int_distribution<int> steps(-16384, 16383);
-        CSignal signal(static_cast<std::size_t>(channels), std::vector<double>(static_cast<std::size_t>(frames)));
+        CSignal signal(static_cast<std::size_t>(channels),
+                       std::vector<double>(static_cast<std::size_t>(frames)));
         for (std::vector<double>& channel : signal) {
             for (double& sample : channel) {
                 sample = steps(random) / 32768.0;
@@ -36,7 +40,8 @@ protected:
         }
         return signal;
     }
-    std::filesystem::path writeAudio(const std::string& name, const CSignal& signal, int format, int rateHz = 48000)
+    std::filesystem::path writeAudio(const std::string& name, const CSignal& signal, int format,
+                                     int rateHz = 48000)
     {
         const std::filesystem::path path = folder_ / name;
         SndfileHandle file(path.c_str(), SFM_WRITE, format, static_cast<int>(signal.size()), rateHz);

@@ -32,8 +32,7 @@ std::string indent(int depth)
 
 void printFormat(const CAudioProcessBase& process, std::ostream& out)
 {
-    out << process.sampleRateHz() << " Hz, latency " << process.format().latencySamples
-        << ", channels";
+    out << process.sampleRateHz() << " Hz, latency " << process.format().latencySamples << ", channels";
     for (const auto& channel : process.channels()) {
         out << ' ' << channel.number;
         if (channel.format) {
@@ -88,15 +87,17 @@ void CGraphPrinter::printDot(std::ostream& out) const
     int place = 0; // in the schedule
     for (const Process& entry : processes_) {
         if (!entry.isCompound) {
-            out << "  \"" << nameOf(*entry.process) << "\" [label=\"" << ++place << ": " << nameOf(*entry.process)
-                << "\\n" << entry.process->def().getTag().toUtf8() << "\\n";
+            out << "  \"" << nameOf(*entry.process) << "\" [label=\"" << ++place << ": "
+                << nameOf(*entry.process) << "\\n"
+                << entry.process->def().getTag().toUtf8() << "\\n";
             printFormat(*entry.process, out);
             out << "\"];\n";
         }
     }
     for (const Link& link : links_) {
         out << "  \"" << link.source << "\" -> \"" << link.destination << "\" [label=\"" << link.sourcePort
-            << "-" << link.destinationPort << ": " << link.activeCount << '"' << (link.activeCount > 0 ? "" : ", style=dotted") << "];\n";
+            << "-" << link.destinationPort << ": " << link.activeCount << '"'
+            << (link.activeCount > 0 ? "" : ", style=dotted") << "];\n";
     }
     out << "}\n";
 }

@@ -76,17 +76,20 @@ std::vector<int> subtypesFor(CSampleFormat format, int inputSubtype)
 
 std::string lowered(std::string text)
 {
-    std::ranges::transform(text, text.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
 }
 
-int formatFor(const std::filesystem::path& path, const CAudioFileReader& like, int channelCount, CSampleFormat format,
-              std::int64_t frames)
+int formatFor(const std::filesystem::path& path, const CAudioFileReader& like, int channelCount,
+              CSampleFormat format, std::int64_t frames)
 {
-    const auto type = std::ranges::find(kFileTypes, lowered(path.extension().string()), &CFileType::extension);
+    const auto type =
+        std::ranges::find(kFileTypes, lowered(path.extension().string()), &CFileType::extension);
     if (type == kFileTypes.end()) {
         throw CRenderError(CExitCode::kOutput,
-                           path.string() + ": the name must end in the file type, such as .wav, .flac or .ogg");
+                           path.string() +
+                               ": the name must end in the file type, such as .wav, .flac or .ogg");
     }
     std::vector<int> formats;
     if (type->format & SF_FORMAT_SUBMASK) {
@@ -105,9 +108,10 @@ int formatFor(const std::filesystem::path& path, const CAudioFileReader& like, i
             return candidate;
         }
     }
-    throw CRenderError(CExitCode::kOutput,
-                       path.string() + ": a " + type->extension + " file cannot hold this sample format, " +
-                           std::to_string(channelCount) + " channels or " + std::to_string(like.rateHz()) + " Hz");
+    throw CRenderError(CExitCode::kOutput, path.string() + ": a " + type->extension +
+                                               " file cannot hold this sample format, " +
+                                               std::to_string(channelCount) + " channels or " +
+                                               std::to_string(like.rateHz()) + " Hz");
 }
 
 std::string subtypeName(int subtype)
@@ -120,7 +124,8 @@ std::string subtypeName(int subtype)
 
 } // namespace
 
-CAudioFileReader::CAudioFileReader(const std::filesystem::path& path) : name_(path.string()), file_(path.c_str())
+CAudioFileReader::CAudioFileReader(const std::filesystem::path& path)
+    : name_(path.string()), file_(path.c_str())
 {
     if (file_.error() != SF_ERR_NO_ERROR) {
         throw CRenderError(CExitCode::kInput, name_ + ": " + file_.strError());
@@ -149,8 +154,8 @@ int CAudioFileReader::read(CSignal& target, int offset, int frames)
     return static_cast<int>(got);
 }
 
-CAudioFileWriter::CAudioFileWriter(const std::filesystem::path& path, const CAudioFileReader& like, int channelCount,
-                                   CSampleFormat format, std::int64_t expectedFrames)
+CAudioFileWriter::CAudioFileWriter(const std::filesystem::path& path, const CAudioFileReader& like,
+                                   int channelCount, CSampleFormat format, std::int64_t expectedFrames)
     : pending_(path), onDisk_(pending_.path())
 {
     if (!onDisk_.isOpen()) {
@@ -187,7 +192,8 @@ void CAudioFileWriter::write(const CSignal& source, int offset, int frames)
     }
 }
 
-// The library reads an integer file as n / 2^(bits-1) but would write with another factor, so the steps are made here.
+// The library reads an integer file as n / 2^(bits-1) but would write with another factor, so the steps are
+// made here.
 void CAudioFileWriter::writeIntegers(const CSignal& source, int offset, int frames)
 {
     const std::size_t channels = source.size();
@@ -200,8 +206,8 @@ void CAudioFileWriter::writeIntegers(const CSignal& source, int offset, int fram
             const double step = std::nearbyint(in[i] * fullScale);
             const double limited = std::clamp(step, -fullScale, fullScale - 1.0);
             clippedCount_ += limited != step;
-            integers_[i * channels + channel] = static_cast<int>(static_cast<unsigned>(static_cast<int>(limited))
-                                                                 << shift);
+            integers_[i * channels + channel] =
+                static_cast<int>(static_cast<unsigned>(static_cast<int>(limited)) << shift);
         }
     }
     require(file_.writef(integers_.data(), frames), frames);

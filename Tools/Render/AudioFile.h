@@ -31,8 +31,8 @@ public:
     std::string formatName() const;
     const char* tag(int which) const { return file_.getString(which); }
 
-    // Fills every channel of `target` with up to `frames` samples from `offset` on; fewer at the end of the file.
-    // `target` must be that long.
+    // Fills every channel of `target` with up to `frames` samples from `offset` on; fewer at the end of the
+    // file. `target` must be that long.
     int read(CSignal& target, int offset, int frames);
 
 private:
@@ -50,9 +50,10 @@ enum class CSampleFormat
     kFloat,
 };
 
-// Writes a file of the type that its name ends in, under a pending name until finish(). Integer formats are rounded
-// to the nearest step, without dither, and limited to full scale; the limited samples are counted. What was read
-// from an integer file and is written in the same depth comes out bit for bit. Throws CRenderError (kOutput).
+// Writes a file of the type that its name ends in, under a pending name until finish(). Integer formats are
+// rounded to the nearest step, without dither, and limited to full scale; the limited samples are counted.
+// What was read from an integer file and is written in the same depth comes out bit for bit. Throws
+// CRenderError (kOutput).
 class CAudioFileWriter
 {
 public:

@@ -8,8 +8,9 @@
 
 namespace qel::tools {
 
-// A line of an automation file: `TIME PARAMETER VALUE`, the time in seconds of the file, the parameter by name or
-// index (in quotes if it has blanks), the value as for --set. '#' begins a comment; empty lines are skipped.
+// A line of an automation file: `TIME PARAMETER VALUE`, the time in seconds of the file, the parameter by
+// name or index (in quotes if it has blanks), the value as for --set. '#' begins a comment; empty lines are
+// skipped.
 struct CAutomationLine
 {
     int number = 0; // in the file, from 1

@@ -8,15 +8,15 @@
 
 namespace qel::tools {
 
-// Converts to the guest's sample type and spreads a file's channels over the guest's: what it has more is fed with
-// silence and dropped behind it.
+// Converts to the guest's sample type and spreads a file's channels over the guest's: what it has more is fed
+// with silence and dropped behind it.
 class CBlockRunner
 {
 public:
     explicit CBlockRunner(CGuestPlugin& guest) : guest_(guest) {}
 
-    // The first `frames` samples of `input` through the guest into `output`; channels of `output` that the guest does
-    // not have become silent.
+    // The first `frames` samples of `input` through the guest into `output`; channels of `output` that the
+    // guest does not have become silent.
     void run(const CSignal& input, CSignal& output, int frames, std::int64_t position);
 
     // Spent in the guest.
@@ -32,7 +32,8 @@ private:
         std::vector<Sample*> outputPointers;
     };
     template <class Sample>
-    void runAs(CBuffers<Sample>& buffers, const CSignal& input, CSignal& output, int frames, std::int64_t position);
+    void runAs(CBuffers<Sample>& buffers, const CSignal& input, CSignal& output, int frames,
+               std::int64_t position);
 
     CGuestPlugin& guest_;
     CBuffers<float> single_;

@@ -67,7 +67,10 @@ std::string asUtf8(const std::string& text)
     std::string result;
     for (std::size_t i = 0; i < text.size();) {
         const auto first = static_cast<unsigned char>(text[i]);
-        const std::size_t length = first < 0x80 ? 1 : first >= 0xC2 && first < 0xE0 ? 2 : first >= 0xE0 && first < 0xF0 ? 3 : 0;
+        const std::size_t length = first < 0x80                    ? 1
+                                   : first >= 0xC2 && first < 0xE0 ? 2
+                                   : first >= 0xE0 && first < 0xF0 ? 3
+                                                                   : 0;
         bool isGood = length > 0 && i + length <= text.size();
         for (std::size_t k = 1; isGood && k < length; ++k) {
             isGood = (static_cast<unsigned char>(text[i + k]) & 0xC0) == 0x80;

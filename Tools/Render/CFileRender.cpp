@@ -38,14 +38,10 @@ int resultChannels(const CRenderSettings& settings, const CAudioFileReader& read
 
 CFileRender::CFileRender(std::shared_ptr<CGuestLibrary> library, const CRenderSettings& settings,
                          const CRenderJob& job)
-    : settings_(settings),
-      job_(job),
-      reader_(job.input),
-      random_(settings.seed),
+    : settings_(settings), job_(job), reader_(job.input), random_(settings.seed),
       inputGain_(std::pow(10.0, settings.inputGainDb / 20.0)),
       input_(silence(static_cast<std::size_t>(reader_.channelCount()), settings.blockSize)),
-      before_(reader_.channelCount(), reader_.rateHz()),
-      after_(1, reader_.rateHz())
+      before_(reader_.channelCount(), reader_.rateHz()), after_(1, reader_.rateHz())
 {
     checkFile();
     openGuest(std::move(library));
@@ -81,15 +77,15 @@ void CFileRender::openGuest(std::shared_ptr<CGuestLibrary> library)
 void CFileRender::prepare()
 {
     if (reader_.channelCount() > guest_->inputCount() && !settings_.dropsChannels) {
-        throw CRenderError(CExitCode::kInput, job_.input.string() + ": the file has " +
-                                                  std::to_string(reader_.channelCount()) +
-                                                  " channels, and the effect takes " +
-                                                  std::to_string(guest_->inputCount()) +
-                                                  "; --drop-channels uses those");
+        throw CRenderError(CExitCode::kInput,
+                           job_.input.string() + ": the file has " + std::to_string(reader_.channelCount()) +
+                               " channels, and the effect takes " + std::to_string(guest_->inputCount()) +
+                               "; --drop-channels uses those");
     }
     const int channels = resultChannels(settings_, reader_, *guest_);
     if (channels == 0) {
-        throw CRenderError(CExitCode::kLibrary, guest_->library().path().string() + ": the effect has no outputs");
+        throw CRenderError(CExitCode::kLibrary,
+                           guest_->library().path().string() + ": the effect has no outputs");
     }
     configureGuest(*guest_, settings_);
     resolveAutomation();
@@ -111,11 +107,11 @@ void CFileRender::resolveAutomation()
     for (const CAutomationLine& line : settings_.automation) {
         try {
             const int index = setter.find(line.parameter);
-            automation_.push_back({std::llround(line.timeSec * reader_.rateHz()), index,
-                                   setter.normFor(index, line.value)});
+            automation_.push_back(
+                {std::llround(line.timeSec * reader_.rateHz()), index, setter.normFor(index, line.value)});
         } catch (const CRenderError& error) {
-            throw CRenderError(error.code(), "line " + std::to_string(line.number) + " of the automation: " +
-                                                 error.what());
+            throw CRenderError(error.code(),
+                               "line " + std::to_string(line.number) + " of the automation: " + error.what());
         }
     }
 }
@@ -200,7 +196,8 @@ int CFileRender::readBlock(int frames)
         isAtEnd_ = more == 0;
     }
     for (std::vector<double>& channel : input_) {
-        std::for_each(channel.begin(), channel.begin() + got, [this](double& sample) { sample *= inputGain_; });
+        std::for_each(channel.begin(), channel.begin() + got,
+                      [this](double& sample) { sample *= inputGain_; });
         std::fill(channel.begin() + got, channel.begin() + frames, 0.0);
     }
     read_ += got;
@@ -255,8 +252,8 @@ void CFileRender::requireFinite(int offset, int frames) const
                 continue;
             }
             std::ostringstream text;
-            text << job_.input.string() << ": the effect puts out what is no number, first in channel " << channel + 1
-                 << " at " << std::fixed << std::setprecision(4)
+            text << job_.input.string() << ": the effect puts out what is no number, first in channel "
+                 << channel + 1 << " at " << std::fixed << std::setprecision(4)
                  << static_cast<double>(emitted_ + i - offset) / reader_.rateHz() << " s";
             throw CRenderError(CExitCode::kNotFinite, text.str());
         }

@@ -30,20 +30,23 @@ struct CRenderResult
     std::int64_t clippedCount = 0; // samples limited by an integer format
 };
 
-// Streams the file, so its length does not matter. Output sample n belongs to input sample n: what the effect delays
-// is cut at the front and fed out at the end. When the delay changes in mid-run, the output is cut or filled up with
-// silence where the changed block begins, so that both sides of the change stay in time.
+// Streams the file, so its length does not matter. Output sample n belongs to input sample n: what the effect
+// delays is cut at the front and fed out at the end. When the delay changes in mid-run, the output is cut or
+// filled up with silence where the changed block begins, so that both sides of the change stay in time.
 class CFileRender
 {
 public:
-    // Opens the file and sets the guest up. Renders of several threads take turns in this and in being destroyed, since
-    // many effects share state between their instances; they run() at the same time. Throws CRenderError.
-    CFileRender(std::shared_ptr<CGuestLibrary> library, const CRenderSettings& settings, const CRenderJob& job);
+    // Opens the file and sets the guest up. Renders of several threads take turns in this and in being
+    // destroyed, since many effects share state between their instances; they run() at the same time. Throws
+    // CRenderError.
+    CFileRender(std::shared_ptr<CGuestLibrary> library, const CRenderSettings& settings,
+                const CRenderJob& job);
     ~CFileRender();
     CFileRender(const CFileRender&) = delete;
     CFileRender& operator=(const CFileRender&) = delete;
 
-    // Adds the samples it has done to `progress` as it goes. Throws CRenderError; nothing is left of the output then.
+    // Adds the samples it has done to `progress` as it goes. Throws CRenderError; nothing is left of the
+    // output then.
     CRenderResult run(std::atomic<std::int64_t>& progress);
 
 private:
@@ -76,13 +79,13 @@ private:
     CSignal output_;
     CSignalMeters before_;
     CSignalMeters after_;
-    bool isAtEnd_ = false;      // of the file
-    std::int64_t read_ = 0;     // samples of the file
-    std::int64_t fed_ = 0;      // samples given to the guest
-    std::int64_t wanted_ = 0;   // samples of output, once isAtEnd_
-    std::int64_t emitted_ = 0;  // samples of output
-    std::int64_t toSkip_ = 0;   // samples of the guest's output still to cut
-    int latency_ = 0;           // samples
+    bool isAtEnd_ = false;     // of the file
+    std::int64_t read_ = 0;    // samples of the file
+    std::int64_t fed_ = 0;     // samples given to the guest
+    std::int64_t wanted_ = 0;  // samples of output, once isAtEnd_
+    std::int64_t emitted_ = 0; // samples of output
+    std::int64_t toSkip_ = 0;  // samples of the guest's output still to cut
+    int latency_ = 0;          // samples
     int latencyChanges_ = 0;
 };
 

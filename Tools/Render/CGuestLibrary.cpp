@@ -61,7 +61,8 @@ fs::path findOwnLibrary()
         }
         tried += "\n  " + place.string();
     }
-    throw CRenderError(CExitCode::kLibrary, std::string(kFileName) + " was not found; name a library with --plugin." +
+    throw CRenderError(CExitCode::kLibrary, std::string(kFileName) +
+                                                " was not found; name a library with --plugin." +
                                                 " Looked for:" + tried);
 }
 

@@ -26,8 +26,8 @@ private:
     VstPluginEntry entry_ = nullptr;
 };
 
-// Drumfell as it stands beside this program: that of the same build, of the same installation, or the user's own.
-// Throws when there is none.
+// Drumfell as it stands beside this program: that of the same build, of the same installation, or the user's
+// own. Throws when there is none.
 std::filesystem::path findOwnLibrary();
 
 } // namespace qel::tools

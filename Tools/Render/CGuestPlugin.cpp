@@ -34,24 +34,23 @@ thread_local CGuestPlugin* beingMade = nullptr;
 std::string cleaned(const char* bytes, std::size_t size)
 {
     std::string text(bytes, std::find(bytes, bytes + size, '\0'));
-    std::ranges::replace_if(text, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < 0x20 || c == 0x7F; }, ' ');
     const std::size_t first = text.find_first_not_of(' ');
     return first == text.npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
 
 bool hostCan(std::string_view what)
 {
-    constexpr std::array<std::string_view, 4> kAbilities{"sendVstTimeInfo", "startStopProcess", "acceptIOChanges",
-                                                         "offline"};
+    constexpr std::array<std::string_view, 4> kAbilities{"sendVstTimeInfo", "startStopProcess",
+                                                         "acceptIOChanges", "offline"};
     return std::ranges::find(kAbilities, what) != kAbilities.end();
 }
 
 } // namespace
 
 CGuestPlugin::CGuestPlugin(std::shared_ptr<CGuestLibrary> library, const Setup& setup)
-    : library_(std::move(library)),
-      setup_(setup),
-      folder_(library_->path().parent_path().string())
+    : library_(std::move(library)), setup_(setup), folder_(library_->path().parent_path().string())
 {
     setPosition(0);
     beingMade = this;
@@ -211,7 +210,8 @@ std::vector<std::uint8_t> CGuestPlugin::chunk(bool isPreset)
 bool CGuestPlugin::setChunk(std::span<const std::uint8_t> bytes, bool isPreset)
 {
     std::vector<std::uint8_t> copy(bytes.begin(), bytes.end());
-    return dispatch(vst24::kSetChunk, isPreset ? 1 : 0, static_cast<std::intptr_t>(copy.size()), copy.data()) != 0;
+    return dispatch(vst24::kSetChunk, isPreset ? 1 : 0, static_cast<std::intptr_t>(copy.size()),
+                    copy.data()) != 0;
 }
 
 // --- processing
@@ -261,8 +261,8 @@ void CGuestPlugin::process(double** inputs, double** outputs, int frames, std::i
 
 // --- what the effect asks
 
-std::intptr_t CGuestPlugin::answer(AEffect* effect, std::int32_t opcode, std::int32_t, std::intptr_t, void* ptr,
-                                   float)
+std::intptr_t CGuestPlugin::answer(AEffect* effect, std::int32_t opcode, std::int32_t, std::intptr_t,
+                                   void* ptr, float)
 {
     if (opcode == vst24::kMasterVersion) {
         return vst24::kVersion;

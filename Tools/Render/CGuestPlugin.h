@@ -12,9 +12,9 @@
 
 namespace qel::tools {
 
-// Call order: construct (opens the effect and tells it rate, block size and precision), set programs, parameters and
-// state, resume(), process() as often as wanted, suspend(). Tells the effect that it runs offline. Texts of the effect
-// are cut where its buffer ends and cleaned of what no terminal should get.
+// Call order: construct (opens the effect and tells it rate, block size and precision), set programs,
+// parameters and state, resume(), process() as often as wanted, suspend(). Tells the effect that it runs
+// offline. Texts of the effect are cut where its buffer ends and cleaned of what no terminal should get.
 //
 // One thread at a time.
 class CGuestPlugin

@@ -18,8 +18,8 @@ namespace {
 constexpr int kTravelSteps = 512;
 // Down to neighbouring floats.
 constexpr int kHalvings = 30;
-// A value that no position shows exactly is taken for its neighbour within half of the last digit shown, or within
-// what positions of 32 bits can tell apart of the whole travel.
+// A value that no position shows exactly is taken for its neighbour within half of the last digit shown, or
+// within what positions of 32 bits can tell apart of the whole travel.
 constexpr double kLastDigitShare = 0.5001;
 constexpr double kFinestShare = 1e-6;
 
@@ -31,7 +31,8 @@ double lastDigit(const std::string& text)
         return 1.0;
     }
     std::size_t digits = 0;
-    while (point + 1 + digits < text.size() && std::isdigit(static_cast<unsigned char>(text[point + 1 + digits]))) {
+    while (point + 1 + digits < text.size() &&
+           std::isdigit(static_cast<unsigned char>(text[point + 1 + digits]))) {
         ++digits;
     }
     const bool isThousands = text.find_first_of("kK") != text.npos;
@@ -116,7 +117,8 @@ float CParameterSetter::normFor(int index, const std::string& value)
 }
 
 // Some effects say yes and do something else: they are believed when they then show what was asked for.
-bool CParameterSetter::readByGuest(int index, const std::string& value, const std::string& label, float& outNorm)
+bool CParameterSetter::readByGuest(int index, const std::string& value, const std::string& label,
+                                   float& outNorm)
 {
     if (!guest_.setParameterText(index, value)) {
         return false;
@@ -166,7 +168,8 @@ float CParameterSetter::normForText(int index, const std::string& value)
         if (startsIgnoringCase(shown.text, value) && shown.text != beginning) {
             if (!beginning.empty()) {
                 throw CRenderError(CExitCode::kSetting, "'" + value + "' may mean '" + beginning + "' or '" +
-                                                            shown.text + "' of " + guest_.parameterName(index));
+                                                            shown.text + "' of " +
+                                                            guest_.parameterName(index));
             }
             beginning = shown.text;
             found = &shown;
@@ -194,7 +197,8 @@ double CParameterSetter::spanOf(const std::vector<CShown>& travel, const std::st
     return std::max(0.0, greatest - least);
 }
 
-float CParameterSetter::normForNumber(int index, const std::string& value, double wanted, const std::string& label)
+float CParameterSetter::normForNumber(int index, const std::string& value, double wanted,
+                                      const std::string& label)
 {
     const std::vector<CShown>& travel = travelOf(index);
     std::optional<CShown> best;
@@ -235,8 +239,8 @@ float CParameterSetter::normForNumber(int index, const std::string& value, doubl
     return middleOfRun(index, best->norm, best->text);
 }
 
-// Of all neighbouring positions with this text the middle is the closest to what it says; but a run that reaches an
-// end of the travel means that end.
+// Of all neighbouring positions with this text the middle is the closest to what it says; but a run that
+// reaches an end of the travel means that end.
 float CParameterSetter::middleOfRun(int index, float norm, const std::string& text)
 {
     const std::vector<CShown>& travel = travelOf(index);

@@ -9,9 +9,9 @@
 
 namespace qel::tools {
 
-// An effect knows its units, a host only positions from 0 to 1. So the position for a text is found by asking the
-// effect: it may read the text itself; else the whole travel is sampled, and between the two samples that enclose
-// the value the search goes on by halves. This also serves lists of names and scales that turn back.
+// An effect knows its units, a host only positions from 0 to 1. So the position for a text is found by asking
+// the effect: it may read the text itself; else the whole travel is sampled, and between the two samples that
+// enclose the value the search goes on by halves. This also serves lists of names and scales that turn back.
 //
 // Leaves every parameter where it was. Throws CRenderError (kSetting).
 class CParameterSetter

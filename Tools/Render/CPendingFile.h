@@ -6,8 +6,8 @@
 
 namespace qel::tools {
 
-// Write to path(), which lies beside the target; commit() gives it the target's name. Destroyed without that, it is
-// removed. Throws CRenderError (kOutput).
+// Write to path(), which lies beside the target; commit() gives it the target's name. Destroyed without that,
+// it is removed. Throws CRenderError (kOutput).
 class CPendingFile
 {
 public:
@@ -20,8 +20,8 @@ public:
     const std::filesystem::path& path() const { return path_; }
     void commit();
 
-    // From here on SIGINT, SIGTERM and SIGHUP ask for an orderly end; a second one ends the program at once, with
-    // the pending files removed, in case an effect never comes back.
+    // From here on SIGINT, SIGTERM and SIGHUP ask for an orderly end; a second one ends the program at once,
+    // with the pending files removed, in case an effect never comes back.
     static void catchSignals();
     static bool isInterrupted() { return interrupted.load(std::memory_order_relaxed); }
 

@@ -35,7 +35,8 @@ sf_count_t CWatchedFile::seek(sf_count_t offset, int whence, void* self)
 
 sf_count_t CWatchedFile::read(void* target, sf_count_t count, void* self)
 {
-    return static_cast<sf_count_t>(std::fread(target, 1, static_cast<std::size_t>(count), of(self).file_.get()));
+    return static_cast<sf_count_t>(
+        std::fread(target, 1, static_cast<std::size_t>(count), of(self).file_.get()));
 }
 
 sf_count_t CWatchedFile::write(const void* source, sf_count_t count, void* self)

@@ -9,13 +9,15 @@
 
 namespace qel::tools {
 
-// The library's coders write what they hold back when they close the file, and tell nobody if that fails. So they write
-// through this, which knows. One thread; outlives the library's handle.
+// The library's coders write what they hold back when they close the file, and tell nobody if that fails. So
+// they write through this, which knows. One thread; outlives the library's handle.
 class CWatchedFile
 {
 public:
     // Creates the file or empties it. isOpen() is false if that failed; errno says why.
-    explicit CWatchedFile(const std::filesystem::path& path) : file_(std::fopen(path.c_str(), "w+b"), &std::fclose) {}
+    explicit CWatchedFile(const std::filesystem::path& path)
+        : file_(std::fopen(path.c_str(), "w+b"), &std::fclose)
+    {}
 
     bool isOpen() const { return file_ != nullptr; }
     // For SndfileHandle, with this object as its user data.

@@ -44,7 +44,8 @@ std::optional<double> takeNumber(std::string_view& text)
 std::string trimmed(std::string_view text)
 {
     const std::size_t first = text.find_first_not_of(" \t\r\n");
-    return first == text.npos ? "" : std::string(text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1));
+    return first == text.npos ? ""
+                              : std::string(text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1));
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b)
@@ -54,8 +55,8 @@ bool equalsIgnoringCase(std::string_view a, std::string_view b)
 
 bool startsIgnoringCase(std::string_view text, std::string_view prefix)
 {
-    return text.size() >= prefix.size() &&
-           std::equal(prefix.begin(), prefix.end(), text.begin(), [](char a, char b) { return lower(a) == lower(b); });
+    return text.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), text.begin(),
+                                                      [](char a, char b) { return lower(a) == lower(b); });
 }
 
 std::optional<double> parseDisplayNumber(std::string_view text, std::string_view label)
@@ -68,7 +69,9 @@ std::optional<double> parseDisplayNumber(std::string_view text, std::string_view
     }
     const std::string unit = trimmed(rest);
     const std::string wanted = trimmed(label);
-    const auto isUnit = [&](std::string_view part) { return part.empty() || equalsIgnoringCase(part, wanted); };
+    const auto isUnit = [&](std::string_view part) {
+        return part.empty() || equalsIgnoringCase(part, wanted);
+    };
     if (isUnit(unit)) {
         return value;
     }

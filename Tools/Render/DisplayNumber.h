@@ -7,8 +7,8 @@
 
 namespace qel::tools {
 
-// "+12.0", "-7 dB", "1.2k", "1.2 kHz", "-inf" as numbers: "label" is the unit that may follow, in any case, with or
-// without a k for thousands. Nothing for any other text.
+// "+12.0", "-7 dB", "1.2k", "1.2 kHz", "-inf" as numbers: "label" is the unit that may follow, in any case,
+// with or without a k for thousands. Nothing for any other text.
 std::optional<double> parseDisplayNumber(std::string_view text, std::string_view label = {});
 // "0.5n": a position from 0 to 1.
 std::optional<float> parseNorm(std::string_view text);

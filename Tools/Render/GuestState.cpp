@@ -180,8 +180,8 @@ CBytes stateFor(CGuestPlugin& guest, const std::string& extension)
             throw CRenderError(CExitCode::kSetting, "only Drumfell has files of this type; use .fxp or .fxb");
         }
         CBytes chunk = takeChunk(guest, extension == ".cpf");
-        chunk.erase(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(
-                                                       std::min(chunk.size(), kChunkHeaderBytes)));
+        chunk.erase(chunk.begin(),
+                    chunk.begin() + static_cast<std::ptrdiff_t>(std::min(chunk.size(), kChunkHeaderBytes)));
         return chunk;
     }
     CHostState state{guest.uniqueId(), guest.version(), {}};

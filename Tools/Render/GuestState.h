@@ -7,9 +7,10 @@
 
 namespace qel::tools {
 
-// Loads what the file holds by its contents: a host's preset or bank (.fxp, .fxb), or a Drumfell preset or bank
-// (.cpf, .cbf), which are its chunks without their header. The effect's id must fit. Throws CRenderError: kInput for
-// a bad file, kSetting for one that is not for this effect or that it refuses.
+// Loads what the file holds by its contents: a host's preset or bank (.fxp, .fxb), or a Drumfell preset or
+// bank
+// (.cpf, .cbf), which are its chunks without their header. The effect's id must fit. Throws CRenderError:
+// kInput for a bad file, kSetting for one that is not for this effect or that it refuses.
 void loadState(CGuestPlugin& guest, const std::filesystem::path& path);
 
 // Saves by what the name ends in. An effect without chunks is saved as plain parameters. Throws CRenderError:

@@ -12,11 +12,11 @@ namespace qel::tools {
 namespace {
 
 // All numbers are big endian.
-constexpr std::uint32_t kFileId = 0x43636E4B;       // "CcnK"
-constexpr std::uint32_t kPlainPreset = 0x4678436B;  // "FxCk"
-constexpr std::uint32_t kChunkPreset = 0x46504368;  // "FPCh"
-constexpr std::uint32_t kPlainBank = 0x4678426B;    // "FxBk"
-constexpr std::uint32_t kChunkBank = 0x46424368;    // "FBCh"
+constexpr std::uint32_t kFileId = 0x43636E4B;      // "CcnK"
+constexpr std::uint32_t kPlainPreset = 0x4678436B; // "FxCk"
+constexpr std::uint32_t kChunkPreset = 0x46504368; // "FPCh"
+constexpr std::uint32_t kPlainBank = 0x4678426B;   // "FxBk"
+constexpr std::uint32_t kChunkBank = 0x46424368;   // "FBCh"
 constexpr std::uint32_t kPresetVersion = 1;
 constexpr std::uint32_t kBankVersion = 2; // since then with the current program
 constexpr std::size_t kNameBytes = 28;
@@ -83,7 +83,8 @@ CHead takeHead(CBigEndianReader& reader, bool isWholeFile)
                std::to_string(reader.left()) + " do");
     }
     CHead head{};
-    for (std::uint32_t* field : {&head.kind, &head.version, &head.uniqueId, &head.effectVersion, &head.count}) {
+    for (std::uint32_t* field :
+         {&head.kind, &head.version, &head.uniqueId, &head.effectVersion, &head.count}) {
         *field = reader.word();
     }
     return head;
@@ -110,7 +111,8 @@ CHostProgram takeProgram(CBigEndianReader& reader, const CHead& head)
         return program;
     }
     if (head.count > reader.left() / 4) {
-        refuse("the file says that it holds " + std::to_string(head.count) + " parameters, and ends before them");
+        refuse("the file says that it holds " + std::to_string(head.count) +
+               " parameters, and ends before them");
     }
     std::vector<float> values(head.count);
     for (float& value : values) {
@@ -137,7 +139,8 @@ CHostBank takeBank(CBigEndianReader& reader, const CHead& head)
     for (std::uint32_t i = 0; i < head.count; ++i) {
         const CHead programHead = takeHead(reader, false);
         if (programHead.kind != kPlainPreset || programHead.uniqueId != head.uniqueId) {
-            refuse("program " + std::to_string(i) + " of the bank is not of plain parameters or of another effect");
+            refuse("program " + std::to_string(i) +
+                   " of the bank is not of plain parameters or of another effect");
         }
         programs.push_back(takeProgram(reader, programHead));
     }
@@ -167,13 +170,15 @@ void finishLength(CBytes& out, std::size_t start)
     std::ranges::copy(length, out.begin() + static_cast<std::ptrdiff_t>(start) + 4);
 }
 
-void putProgram(CBytes& out, const CHostState& state, const CHostProgram& program, std::uint32_t parameterCount)
+void putProgram(CBytes& out, const CHostState& state, const CHostProgram& program,
+                std::uint32_t parameterCount)
 {
     const std::size_t start = out.size();
     const auto* values = std::get_if<std::vector<float>>(&program.content);
     const auto count = values ? static_cast<std::uint32_t>(values->size()) : parameterCount;
-    putHead(out, {values ? kPlainPreset : kChunkPreset, kPresetVersion, static_cast<std::uint32_t>(state.uniqueId),
-                  static_cast<std::uint32_t>(state.version), count});
+    putHead(out,
+            {values ? kPlainPreset : kChunkPreset, kPresetVersion, static_cast<std::uint32_t>(state.uniqueId),
+             static_cast<std::uint32_t>(state.version), count});
     std::string name = program.name.substr(0, kNameBytes - 1);
     name.resize(kNameBytes);
     out.insert(out.end(), name.begin(), name.end());
@@ -192,8 +197,9 @@ void putBank(CBytes& out, const CHostState& state, const CHostBank& bank)
     const auto* programs = std::get_if<std::vector<CHostProgram>>(&bank.content);
     const auto count = programs ? static_cast<std::uint32_t>(programs->size())
                                 : static_cast<std::uint32_t>(bank.programCount);
-    putHead(out, {programs ? kPlainBank : kChunkBank, kBankVersion, static_cast<std::uint32_t>(state.uniqueId),
-                  static_cast<std::uint32_t>(state.version), count});
+    putHead(out,
+            {programs ? kPlainBank : kChunkBank, kBankVersion, static_cast<std::uint32_t>(state.uniqueId),
+             static_cast<std::uint32_t>(state.version), count});
     putWord(out, static_cast<std::uint32_t>(bank.currentProgram));
     out.resize(out.size() + kBankReserved - 4);
     if (programs) {

@@ -14,7 +14,8 @@ using CBytes = std::vector<std::uint8_t>;
 struct CHostProgram
 {
     std::string name; // at most 27 bytes
-    std::variant<CBytes, std::vector<float>> content; // the effect's own chunk, or the value of each parameter
+    std::variant<CBytes, std::vector<float>>
+        content; // the effect's own chunk, or the value of each parameter
 
     bool operator==(const CHostProgram&) const = default;
 };

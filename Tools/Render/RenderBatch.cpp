@@ -39,13 +39,15 @@ public:
             return;
         }
         winsize size{};
-        const int columns = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
+        const int columns =
+            ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
         const int width = std::clamp(columns - kBarMargin, 5, kLongestBar);
         const double limited = std::clamp(share, 0.0, 1.0);
         const auto full = static_cast<std::size_t>(limited * width);
-        const std::string bar = std::string(full, '#') + std::string(static_cast<std::size_t>(width) - full, '.');
-        std::fprintf(stderr, "\r\033[K%s %3d %%  %zu of %zu", bar.c_str(), static_cast<int>(100.0 * limited), doneCount,
-                     count);
+        const std::string bar =
+            std::string(full, '#') + std::string(static_cast<std::size_t>(width) - full, '.');
+        std::fprintf(stderr, "\r\033[K%s %3d %%  %zu of %zu", bar.c_str(), static_cast<int>(100.0 * limited),
+                     doneCount, count);
         isDrawn_ = true;
     }
 
@@ -55,7 +57,8 @@ private:
 };
 
 CRenderOutcome renderOne(const std::shared_ptr<CGuestLibrary>& library, const CRenderSettings& settings,
-                         const CRenderJob& job, const std::string& effectName, std::atomic<std::int64_t>& progress)
+                         const CRenderJob& job, const std::string& effectName,
+                         std::atomic<std::int64_t>& progress)
 {
     CRenderOutcome outcome;
     try {
@@ -86,9 +89,9 @@ std::int64_t totalFrames(const std::vector<CRenderJob>& jobs)
 
 } // namespace
 
-std::vector<CRenderOutcome> renderAll(const std::shared_ptr<CGuestLibrary>& library, const CRenderSettings& settings,
-                                      const std::vector<CRenderJob>& jobs, int workers, const std::string& effectName,
-                                      bool showsProgress)
+std::vector<CRenderOutcome> renderAll(const std::shared_ptr<CGuestLibrary>& library,
+                                      const CRenderSettings& settings, const std::vector<CRenderJob>& jobs,
+                                      int workers, const std::string& effectName, bool showsProgress)
 {
     std::vector<CRenderOutcome> outcomes(jobs.size());
     std::atomic<std::size_t> next = 0;

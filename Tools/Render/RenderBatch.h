@@ -18,12 +18,11 @@ struct CRenderOutcome
     std::string error;
 };
 
-// Renders every job, `workers` at a time, each with an instance of its own, and draws the plots; one that fails does
-// not stop the others, an interruption does. While it runs, a bar is drawn on standard error if that is a terminal and
-// `showsProgress`.
-// Outcomes are in the order of the jobs.
-std::vector<CRenderOutcome> renderAll(const std::shared_ptr<CGuestLibrary>& library, const CRenderSettings& settings,
-                                      const std::vector<CRenderJob>& jobs, int workers, const std::string& effectName,
-                                      bool showsProgress);
+// Renders every job, `workers` at a time, each with an instance of its own, and draws the plots; one that
+// fails does not stop the others, an interruption does. While it runs, a bar is drawn on standard error if
+// that is a terminal and `showsProgress`. Outcomes are in the order of the jobs.
+std::vector<CRenderOutcome> renderAll(const std::shared_ptr<CGuestLibrary>& library,
+                                      const CRenderSettings& settings, const std::vector<CRenderJob>& jobs,
+                                      int workers, const std::string& effectName, bool showsProgress);
 
 } // namespace qel::tools

@@ -74,10 +74,13 @@ struct CTimeScale
 };
 
 // Pieces that fall on one column of pixels are drawn as one.
-void drawWave(CCanvas& canvas, const CArea& area, const CSignalMeters& meters, const CTimeScale& scale, CColour colour)
+void drawWave(CCanvas& canvas, const CArea& area, const CSignalMeters& meters, const CTimeScale& scale,
+              CColour colour)
 {
     const double middle = area.top + 0.5 * area.height;
-    const auto yOf = [&](double amplitude) { return middle - amplitude / scale.fullScale * 0.5 * area.height; };
+    const auto yOf = [&](double amplitude) {
+        return middle - amplitude / scale.fullScale * 0.5 * area.height;
+    };
     const auto& pieces = meters.overview().pieces();
     const double piecesInSecond = meters.rateHz() / static_cast<double>(meters.overview().pieceLength());
     const auto columns = static_cast<int>(area.width);
@@ -111,8 +114,8 @@ void drawTimeGrid(CCanvas& canvas, const CArea& area, const CTimeScale& scale, b
         const double x = area.left + i * step / scale.seconds * area.width;
         canvas.line({x, area.top}, {x, area.bottom()}, kGrid);
         if (isLabelled) {
-            canvas.text({x, area.bottom() + 22}, number(i * step, digits) + (i == 0 ? " s" : ""), kSmall, kFaint,
-                        CAlign::kCentre);
+            canvas.text({x, area.bottom() + 22}, number(i * step, digits) + (i == 0 ? " s" : ""), kSmall,
+                        kFaint, CAlign::kCentre);
         }
     }
 }
@@ -175,7 +178,8 @@ std::vector<double> bandLevels(const CSpectrum& spectrum, const std::vector<doub
 
 double frequencyX(double hz)
 {
-    return kSpectrumArea.left + std::log(hz / kLowestHz) / std::log(kHighestHz / kLowestHz) * kSpectrumArea.width;
+    return kSpectrumArea.left +
+           std::log(hz / kLowestHz) / std::log(kHighestHz / kLowestHz) * kSpectrumArea.width;
 }
 
 void drawFrequencyGrid(CCanvas& canvas)
@@ -188,7 +192,8 @@ void drawFrequencyGrid(CCanvas& canvas)
                 continue;
             }
             const bool isMain = i == 1 || i == 2 || i == 5;
-            canvas.line({frequencyX(hz), area.top}, {frequencyX(hz), area.bottom()}, faded(kGrid, isMain ? 1.0 : 0.5));
+            canvas.line({frequencyX(hz), area.top}, {frequencyX(hz), area.bottom()},
+                        faded(kGrid, isMain ? 1.0 : 0.5));
             if (isMain) {
                 const std::string label = hz < 1000.0 ? number(hz, 0) : number(hz / 1000.0, 0) + "k";
                 canvas.text({frequencyX(hz), area.bottom() + 22}, label, kSmall, kFaint, CAlign::kCentre);
@@ -206,12 +211,14 @@ void drawSpectra(CCanvas& canvas, const CRenderResult& result)
     std::vector<double> frequencies;
     const double highest = std::min(kHighestHz, 0.5 * result.rateHz);
     for (double x = 0.0; x <= area.width; x += 1.0) {
-        frequencies.push_back(std::min(highest, kLowestHz * std::pow(kHighestHz / kLowestHz, x / area.width)));
+        frequencies.push_back(
+            std::min(highest, kLowestHz * std::pow(kHighestHz / kLowestHz, x / area.width)));
     }
     const std::vector<double> before = bandLevels(result.before.spectrum(), frequencies);
     const std::vector<double> after = bandLevels(result.after.spectrum(), frequencies);
-    const double top = std::clamp(
-        6.0 * std::ceil((std::max(std::ranges::max(before), std::ranges::max(after)) + 1.0) / 6.0), -120.0, 60.0);
+    const double top =
+        std::clamp(6.0 * std::ceil((std::max(std::ranges::max(before), std::ranges::max(after)) + 1.0) / 6.0),
+                   -120.0, 60.0);
     for (double db = top; db >= top - kShownDb; db -= 12.0) {
         const double y = area.top + (top - db) / kShownDb * area.height;
         canvas.line({area.left, y}, {area.right(), y}, kGrid);
@@ -220,8 +227,8 @@ void drawSpectra(CCanvas& canvas, const CRenderResult& result)
     const auto points = [&](const std::vector<double>& levels) {
         std::vector<CPoint> traced;
         for (std::size_t i = 0; i < levels.size() && frequencies[i] < highest; ++i) {
-            traced.push_back({area.left + static_cast<double>(i),
-                              area.top + (top - levels[i]) / kShownDb * area.height});
+            traced.push_back(
+                {area.left + static_cast<double>(i), area.top + (top - levels[i]) / kShownDb * area.height});
         }
         return traced;
     };
@@ -247,9 +254,10 @@ void writePlot(const CRenderResult& result, const std::string& effectName, const
 {
     CCanvas canvas(kWidth, kHeight, kPaper);
     canvas.text({96, 52}, result.job.input.filename().string(), kLarge, kInk, CAlign::kLeft, true);
-    canvas.text({96, 80}, effectName + (result.presetName.empty() ? "" : ", " + result.presetName), kNormal, kFaint);
-    const double seconds = static_cast<double>(std::max(result.before.frameCount(), result.after.frameCount())) /
-                           result.rateHz;
+    canvas.text({96, 80}, effectName + (result.presetName.empty() ? "" : ", " + result.presetName), kNormal,
+                kFaint);
+    const double seconds =
+        static_cast<double>(std::max(result.before.frameCount(), result.after.frameCount())) / result.rateHz;
     const CTimeScale scale{std::max(seconds, 1.0 / result.rateHz), amplitudeRange(result)};
     drawWavePanel(canvas, kBeforeArea, result.before, scale, kBefore, "Before", false);
     drawWavePanel(canvas, kAfterArea, result.after, scale, kAfter, "After", true);

@@ -58,12 +58,9 @@ Json resultJson(const CRenderResult& result)
 
 Json settingsJson(const CRenderSettings& settings)
 {
-    Json json = {{"blockSize", settings.blockSize},
-                 {"randomBlocks", settings.hasRandomBlocks},
-                 {"doublePrecision", settings.isDouble},
-                 {"inputGainDb", settings.inputGainDb},
-                 {"tailSeconds", settings.tailSec},
-                 {"lowBandHz", kLowBandHz},
+    Json json = {{"blockSize", settings.blockSize},      {"randomBlocks", settings.hasRandomBlocks},
+                 {"doublePrecision", settings.isDouble}, {"inputGainDb", settings.inputGainDb},
+                 {"tailSeconds", settings.tailSec},      {"lowBandHz", kLowBandHz},
                  {"set", settings.assignments}};
     if (settings.hasRandomBlocks) {
         json["seed"] = settings.seed;
@@ -104,7 +101,8 @@ std::string decibels(double power, int digits)
     const double steps = std::pow(10.0, digits);
     std::ostringstream text;
     // Adding zero takes the sign off a negative one.
-    text << std::fixed << std::setprecision(digits) << std::round(10.0 * std::log10(power) * steps) / steps + 0.0;
+    text << std::fixed << std::setprecision(digits)
+         << std::round(10.0 * std::log10(power) * steps) / steps + 0.0;
     return text.str();
 }
 
@@ -148,7 +146,8 @@ std::string textReport(const CRenderResult& result)
     text << "\n  " << change("peak", before.peak * before.peak, after.peak * after.peak) << ", "
          << change("RMS", before.power, after.power) << ", "
          << change("below 120 Hz", before.lowPower, after.lowPower) << "\n  delay " << result.latencySamples
-         << " samples, " << std::fixed << std::setprecision(1) << realTimeFactor(result) << " times real time\n";
+         << " samples, " << std::fixed << std::setprecision(1) << realTimeFactor(result)
+         << " times real time\n";
     if (result.clippedCount > 0) {
         text << "  " << result.clippedCount
              << " samples were over full scale and are limited; --format float keeps them\n";

@@ -24,7 +24,8 @@ struct CRenderFailure
 // One JSON document: the effect, the settings, and for each file format, levels of every channel and of all
 // together before and after, delay and speed; then the files that failed. Silence has the level null.
 std::string jsonReport(CGuestPlugin& guest, const CRenderSettings& settings,
-                       const std::vector<CRenderResult>& results, const std::vector<CRenderFailure>& failures);
+                       const std::vector<CRenderResult>& results,
+                       const std::vector<CRenderFailure>& failures);
 // Some lines for a person.
 std::string textReport(const CRenderResult& result);
 
@@ -35,8 +36,8 @@ std::string decibels(double power, int digits = 1);
 
 struct COverallLevels
 {
-    double peak = 0.0;      // the highest of all channels
-    double power = 0.0;     // mean squares, over all channels
+    double peak = 0.0;  // the highest of all channels
+    double power = 0.0; // mean squares, over all channels
     double lowPower = 0.0;
 };
 COverallLevels overallLevels(const CSignalMeters& meters);

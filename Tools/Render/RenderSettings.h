@@ -1,8 +1,8 @@
 // What the user wants done.
 #pragma once
 
-#include "Render/Automation.h"
 #include "Render/AudioFile.h"
+#include "Render/Automation.h"
 #include "Render/CGuestPlugin.h"
 
 #include <filesystem>
@@ -20,14 +20,15 @@ struct CRenderSettings
     std::vector<std::string> assignments;
     std::vector<CAutomationLine> automation;
 
-    int blockSize = 512;        // samples; with random blocks, the longest
+    int blockSize = 512; // samples; with random blocks, the longest
     bool hasRandomBlocks = false;
     unsigned seed = 1;
     bool isDouble = false;
     double tempoBpm = 120.0;
     double inputGainDb = 0.0; // before the effect; levels "before" are those behind it
     double tailSec = 0.0;
-    // Silence before the file, after which the effect is reset: its settings have then arrived, and its delay is known.
+    // Silence before the file, after which the effect is reset: its settings have then arrived, and its delay
+    // is known.
     double prerollSec = 0.25;
     std::optional<int> rateHz;   // the files must have it
     std::optional<int> channels; // of the results; else those of the file

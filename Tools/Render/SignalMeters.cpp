@@ -26,16 +26,10 @@ std::size_t windowLength(double rateHz)
 struct CSpectrum::CState
 {
     CState(std::size_t channels, double rate)
-        : rateHz(rate),
-          length(windowLength(rate)),
-          transform(length / 2, false),
-          window(length),
+        : rateHz(rate), length(windowLength(rate)), transform(length / 2, false), window(length),
           // A signal begins in the last quarter of the first window, so that its first sample counts in full.
-          history(channels, std::vector<double>(length)),
-          sums(channels, std::vector<double>(length / 2 + 1)),
-          filled(length - length / kHopsInWindow),
-          shaped(length),
-          bins(length / 2 + 1)
+          history(channels, std::vector<double>(length)), sums(channels, std::vector<double>(length / 2 + 1)),
+          filled(length - length / kHopsInWindow), shaped(length), bins(length / 2 + 1)
     {
         for (std::size_t i = 0; i < length; ++i) {
             window[i] = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * static_cast<double>(i) /
@@ -121,8 +115,9 @@ std::vector<double> CSpectrum::powers(int channel) const
 {
     const CState& s = *state_;
     std::vector<double> powers = s.sums[static_cast<std::size_t>(channel)];
-    const double scale = 1.0 / (static_cast<double>(s.length) * kWindowPower * static_cast<double>(kHopsInWindow) *
-                                static_cast<double>(std::max<std::int64_t>(1, s.frames)));
+    const double scale =
+        1.0 / (static_cast<double>(s.length) * kWindowPower * static_cast<double>(kHopsInWindow) *
+               static_cast<double>(std::max<std::int64_t>(1, s.frames)));
     for (double& power : powers) {
         power *= scale;
     }
@@ -193,9 +188,7 @@ void CWaveOverview::halve()
 }
 
 CSignalMeters::CSignalMeters(int channelCount, double rateHz)
-    : rateHz_(rateHz),
-      levels_(static_cast<std::size_t>(channelCount)),
-      spectrum_(channelCount, rateHz)
+    : rateHz_(rateHz), levels_(static_cast<std::size_t>(channelCount)), spectrum_(channelCount, rateHz)
 {}
 
 void CSignalMeters::add(const CSignal& source, int offset, int frames)

@@ -15,8 +15,8 @@ struct CChannelLevels
     double energy = 0.0; // sum of squares
 };
 
-// The mean power spectrum of one or more channels: Hann windows that overlap by three quarters, so that every sample
-// weighs the same and the powers of all bins add up to the mean square of the signal.
+// The mean power spectrum of one or more channels: Hann windows that overlap by three quarters, so that every
+// sample weighs the same and the powers of all bins add up to the mean square of the signal.
 class CSpectrum
 {
 public:
@@ -42,7 +42,8 @@ private:
     std::unique_ptr<CState> state_;
 };
 
-// Least and greatest sample, and mean square, of some thousand pieces of a signal of any length, over all channels.
+// Least and greatest sample, and mean square, of some thousand pieces of a signal of any length, over all
+// channels.
 class CWaveOverview
 {
 public:

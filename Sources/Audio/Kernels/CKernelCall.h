@@ -28,8 +28,8 @@ struct CKernelDef
 struct CKernelEntry;
 
 // One call of a kernel. Filled by CKernelContext::submit and valid only until the kernel returns. Operand 0
-// is normally the output; operands may name the same memory where the kernel says so. Entries of `operandBits`
-// and `data` from the kernel's operand count on are not set.
+// is normally the output; operands may name the same memory where the kernel says so. Entries of
+// `operandBits` and `data` from the kernel's operand count on are not set.
 struct CKernelCall
 {
     std::int32_t kernelId;
@@ -39,7 +39,8 @@ struct CKernelCall
     const CKernelEntry* entry;
     // A gain, constant or position, as the kernel defines.
     double scalar;
-    std::uint32_t operandBits[kMaxKernelOperands]; // plain numbers: nothing is spent on those that are not set
+    std::uint32_t
+        operandBits[kMaxKernelOperands]; // plain numbers: nothing is spent on those that are not set
     void* data[kMaxKernelOperands];
 
     CBufferRef operand(std::size_t index) const { return {operandBits[index]}; }

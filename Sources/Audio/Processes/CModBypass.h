@@ -6,8 +6,8 @@
 
 namespace qel {
 
-// One channel: port 1 while `enable` (slot 0) is on, else port 0, by reference. Slot 1, `group-solo`, is declared and
-// follows its parameter, and changes nothing of the sound.
+// One channel: port 1 while `enable` (slot 0) is on, else port 0, by reference. Slot 1, `group-solo`, is
+// declared and follows its parameter, and changes nothing of the sound.
 class CModBypassModule : public CAudioModule
 {
 public:

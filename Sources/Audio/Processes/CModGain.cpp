@@ -8,11 +8,16 @@ namespace qel {
 
 namespace {
 
-enum : int { kGainSlot, kMuteSlot };
+enum : int
+{
+    kGainSlot,
+    kMuteSlot
+};
 
 } // namespace
 
-CModGainModule::Settings CModGainModule::readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place)
+CModGainModule::Settings CModGainModule::readSettings(const CAudioProcessSlots& slots,
+                                                      const CAudioModulePlace& place)
 {
     const bool isMuted = slots.value(kMuteSlot, place.group) >= 0.5;
     return {isMuted, isMuted ? 0.0 : slots.value(kGainSlot, place.group)};

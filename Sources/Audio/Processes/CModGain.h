@@ -7,8 +7,9 @@
 
 namespace qel {
 
-// One channel of gain. Slots: 0 `gain` (linear), 1 `mute`. Unity passes the input by reference; a muted channel emits
-// noise of +-1e-11 rather than silence, which keeps every recursive stage behind it clear of denormals.
+// One channel of gain. Slots: 0 `gain` (linear), 1 `mute`. Unity passes the input by reference; a muted
+// channel emits noise of +-1e-11 rather than silence, which keeps every recursive stage behind it clear of
+// denormals.
 class CModGainModule : public CAudioModule
 {
 public:

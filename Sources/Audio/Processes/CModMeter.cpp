@@ -122,7 +122,8 @@ void CModMeterModule::process(CAudioModuleStep& step)
         const auto samples = static_cast<std::uint32_t>(count);
         const CBufferRef in = step.input(0).advancedBy(done);
         if (isDiff_) {
-            kernels_.submit(runKernel_, samples, 0.0, {state_.ref(), history_, in, step.input(1).advancedBy(done)});
+            kernels_.submit(runKernel_, samples, 0.0,
+                            {state_.ref(), history_, in, step.input(1).advancedBy(done)});
         } else {
             kernels_.submit(runKernel_, samples, 0.0, {state_.ref(), history_, in});
         }

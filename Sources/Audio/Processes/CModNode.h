@@ -6,8 +6,8 @@
 
 namespace qel {
 
-// Sums what its sources deliver and hands it on by reference; it computes nothing of its own, so with one source it
-// costs no kernel.
+// Sums what its sources deliver and hands it on by reference; it computes nothing of its own, so with one
+// source it costs no kernel.
 class CModNode : public CAudioProcessBase
 {
 public:

@@ -19,9 +19,9 @@ struct CAudioHostOutputs
     void* channel(int number) const { return channels ? channels[number] : nullptr; }
 };
 
-// Writes each host channel from the stream of the same number, unless its pointer is null; a channel without a stream,
-// and what a stream does not deliver, becomes silence. Unlike other processes it is not driven by its inputs alone:
-// write() asks for one slice.
+// Writes each host channel from the stream of the same number, unless its pointer is null; a channel without
+// a stream, and what a stream does not deliver, becomes silence. Unlike other processes it is not driven by
+// its inputs alone: write() asks for one slice.
 class CModOutput : public CAudioProcessBase
 {
 public:

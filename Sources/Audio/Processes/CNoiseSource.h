@@ -5,9 +5,9 @@
 
 namespace qel {
 
-// Noise of +-1e-11 from a 32-bit congruential generator whose seed lives in a pool buffer. Seeds come from a process-wide
-// counter, so that no two channels carry the same noise. The seed is taken at the first use and given back by stop().
-// Audio thread.
+// Noise of +-1e-11 from a 32-bit congruential generator whose seed lives in a pool buffer. Seeds come from a
+// process-wide counter, so that no two channels carry the same noise. The seed is taken at the first use and
+// given back by stop(). Audio thread.
 class CNoiseSource
 {
 public:

@@ -6,15 +6,16 @@
 class AudioEffect;
 
 // A key as a host passes it on.
-struct VstKeyCode {
+struct VstKeyCode
+{
     std::int32_t character = 0;
     std::uint8_t virtualKey = 0;
     std::uint8_t modifiers = 0;
 };
 
-// Owned by the effect it is set on (AudioEffect::setEditor()), which then tells the host that there is one. All calls
-// come in the host's UI thread. idle() may come before open() returns, seldom, or not for seconds; the parent window
-// may be gone before close().
+// Owned by the effect it is set on (AudioEffect::setEditor()), which then tells the host that there is one.
+// All calls come in the host's UI thread. idle() may come before open() returns, seldom, or not for seconds;
+// the parent window may be gone before close().
 class AEffEditor
 {
 public:

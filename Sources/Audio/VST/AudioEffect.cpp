@@ -16,8 +16,8 @@ AudioEffect* effectOf(AEffect* effect)
     return effect ? static_cast<AudioEffect*>(effect->object) : nullptr;
 }
 
-std::intptr_t dispatchCall(AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
-                           float opt)
+std::intptr_t dispatchCall(AEffect* effect, std::int32_t opcode, std::int32_t index, std::intptr_t value,
+                           void* ptr, float opt)
 {
     AudioEffect* self = effectOf(effect);
     if (!self) {
@@ -89,8 +89,8 @@ AudioEffect::AudioEffect(AudioMasterCallback audioMaster, std::int32_t numProgra
 
 AudioEffect::~AudioEffect() = default;
 
-// A rate that is no rate would stop all clocks, and one beyond anything audible overflow the lengths made from it; the
-// host is taken at its earlier word.
+// A rate that is no rate would stop all clocks, and one beyond anything audible overflow the lengths made
+// from it; the host is taken at its earlier word.
 void AudioEffect::setSampleRate(float rateHz)
 {
     if (rateHz >= kLowestRateHz && rateHz <= kHighestRateHz) {
@@ -122,7 +122,8 @@ std::int32_t AudioEffect::toIndex(std::intptr_t value)
     return fits ? static_cast<std::int32_t>(value) : -1;
 }
 
-std::intptr_t AudioEffect::dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt)
+std::intptr_t AudioEffect::dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
+                                    float opt)
 {
     char* const text = static_cast<char*>(ptr);
     switch (opcode) {
@@ -217,7 +218,8 @@ void AudioEffect::setFlag(std::int32_t flag, bool isSet)
     effect_.flags = isSet ? effect_.flags | flag : effect_.flags & ~flag;
 }
 
-std::intptr_t AudioEffect::callHost(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt)
+std::intptr_t AudioEffect::callHost(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
+                                    float opt)
 {
     return audioMaster_ ? audioMaster_(&effect_, opcode, index, value, ptr, opt) : 0;
 }

@@ -6,12 +6,12 @@
 
 #include <memory>
 
-// Holds the record that a host works with and turns its calls into virtual ones. The host owns the effect: it lives
-// until the host sends `close`.
+// Holds the record that a host works with and turns its calls into virtual ones. The host owns the effect: it
+// lives until the host sends `close`.
 //
-// Hosts are outside: a call with a null pointer for an answer or a text, or a number that does not fit, ends here and
-// answers 0. What indices and values mean is for the overriding class to check. Calls come in any order, some of them
-// in several threads at once.
+// Hosts are outside: a call with a null pointer for an answer or a text, or a number that does not fit, ends
+// here and answers 0. What indices and values mean is for the overriding class to check. Calls come in any
+// order, some of them in several threads at once.
 class AudioEffect
 {
 public:
@@ -53,7 +53,8 @@ public:
     // True if the state is now that of the chunk.
     virtual bool setChunk(const void* data, std::intptr_t size, bool isPreset);
 
-    virtual std::intptr_t dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt);
+    virtual std::intptr_t dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
+                                   float opt);
 
 protected:
     float getSampleRate() const { return sampleRateHz_; }
@@ -75,8 +76,8 @@ protected:
 
     // --- calls to the host; 0 without one
     bool hasHost() const { return audioMaster_ != nullptr; }
-    std::intptr_t callHost(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0, void* ptr = nullptr,
-                           float opt = 0.0f);
+    std::intptr_t callHost(std::int32_t opcode, std::int32_t index = 0, std::intptr_t value = 0,
+                           void* ptr = nullptr, float opt = 0.0f);
     void setParameterAutomated(std::int32_t index, float value);
     std::int32_t getMasterVersion();
 

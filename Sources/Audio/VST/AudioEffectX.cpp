@@ -18,7 +18,8 @@ bool AudioEffectX::getSpeakerArrangement(VstSpeakerArrangement** input, VstSpeak
     return false;
 }
 
-std::intptr_t AudioEffectX::dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt)
+std::intptr_t AudioEffectX::dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
+                                     float opt)
 {
     bool isHandled = true;
     std::intptr_t answer = dispatchParameters(opcode, index, value, ptr, isHandled);
@@ -31,8 +32,8 @@ std::intptr_t AudioEffectX::dispatch(std::int32_t opcode, std::int32_t index, st
     return isHandled ? answer : AudioEffect::dispatch(opcode, index, value, ptr, opt);
 }
 
-std::intptr_t AudioEffectX::dispatchParameters(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
-                                               bool& isHandled)
+std::intptr_t AudioEffectX::dispatchParameters(std::int32_t opcode, std::int32_t index, std::intptr_t value,
+                                               void* ptr, bool& isHandled)
 {
     char* const text = static_cast<char*>(ptr);
     switch (opcode) {
@@ -60,8 +61,8 @@ std::intptr_t AudioEffectX::dispatchParameters(std::int32_t opcode, std::int32_t
     }
 }
 
-std::intptr_t AudioEffectX::dispatchChannels(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
-                                             bool& isHandled)
+std::intptr_t AudioEffectX::dispatchChannels(std::int32_t opcode, std::int32_t index, std::intptr_t value,
+                                             void* ptr, bool& isHandled)
 {
     void* const second = reinterpret_cast<void*>(value);
     switch (opcode) {
@@ -93,8 +94,8 @@ std::intptr_t AudioEffectX::dispatchChannels(std::int32_t opcode, std::int32_t i
     }
 }
 
-std::intptr_t AudioEffectX::dispatchNames(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
-                                          float opt, bool& isHandled)
+std::intptr_t AudioEffectX::dispatchNames(std::int32_t opcode, std::int32_t index, std::intptr_t value,
+                                          void* ptr, float opt, bool& isHandled)
 {
     char* const text = static_cast<char*>(ptr);
     switch (opcode) {
@@ -128,7 +129,8 @@ std::intptr_t AudioEffectX::dispatchNames(std::int32_t opcode, std::int32_t inde
     }
 }
 
-std::intptr_t AudioEffectX::dispatchKeys(std::int32_t opcode, std::int32_t index, std::intptr_t value, float opt)
+std::intptr_t AudioEffectX::dispatchKeys(std::int32_t opcode, std::int32_t index, std::intptr_t value,
+                                         float opt)
 {
     AEffEditor* editor = getEditor();
     if (!editor) {

@@ -3,8 +3,8 @@
 
 #include "AudioEffect.h"
 
-// The rules of AudioEffect hold. Unless stated otherwise calls come in the host's control thread, and a default answers
-// that there is no such thing.
+// The rules of AudioEffect hold. Unless stated otherwise calls come in the host's control thread, and a
+// default answers that there is no such thing.
 class AudioEffectX : public AudioEffect
 {
 public:
@@ -28,7 +28,10 @@ public:
     // --- channels and samples
     virtual bool getInputProperties(std::int32_t, VstPinProperties*) { return false; }
     virtual bool getOutputProperties(std::int32_t, VstPinProperties*) { return false; }
-    virtual bool setSpeakerArrangement(const VstSpeakerArrangement*, const VstSpeakerArrangement*) { return false; }
+    virtual bool setSpeakerArrangement(const VstSpeakerArrangement*, const VstSpeakerArrangement*)
+    {
+        return false;
+    }
     // On success the records stay the effect's own.
     virtual bool getSpeakerArrangement(VstSpeakerArrangement** input, VstSpeakerArrangement** output);
     virtual bool setProcessPrecision(std::int32_t) { return false; }
@@ -76,8 +79,8 @@ private:
                                      bool& isHandled);
     std::intptr_t dispatchChannels(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
                                    bool& isHandled);
-    std::intptr_t dispatchNames(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr, float opt,
-                                bool& isHandled);
+    std::intptr_t dispatchNames(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
+                                float opt, bool& isHandled);
     std::intptr_t dispatchKeys(std::int32_t opcode, std::int32_t index, std::intptr_t value, float opt);
     void getHostText(std::int32_t opcode, HostText& text);
 };

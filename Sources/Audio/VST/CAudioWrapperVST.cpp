@@ -116,14 +116,14 @@ void CAudioWrapperVST::resume()
 
 void CAudioWrapperVST::processReplacing(float** inputs, float** outputs, std::int32_t frames)
 {
-    processHostBlock(reinterpret_cast<const void* const*>(inputs), reinterpret_cast<void* const*>(outputs), frames,
-                     false);
+    processHostBlock(reinterpret_cast<const void* const*>(inputs), reinterpret_cast<void* const*>(outputs),
+                     frames, false);
 }
 
 void CAudioWrapperVST::processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames)
 {
-    processHostBlock(reinterpret_cast<const void* const*>(inputs), reinterpret_cast<void* const*>(outputs), frames,
-                     true);
+    processHostBlock(reinterpret_cast<const void* const*>(inputs), reinterpret_cast<void* const*>(outputs),
+                     frames, true);
 }
 
 void CAudioWrapperVST::processHostBlock(const void* const* inputs, void* const* outputs, std::int32_t frames,
@@ -147,7 +147,8 @@ void CAudioWrapperVST::process(float** inputs, float** outputs, std::int32_t fra
     }
 }
 
-void CAudioWrapperVST::accumulatePiece(float** inputs, float** outputs, std::int32_t start, std::int32_t count)
+void CAudioWrapperVST::accumulatePiece(float** inputs, float** outputs, std::int32_t start,
+                                       std::int32_t count)
 {
     const void* in[kMaxChannels] = {};
     void* out[kMaxChannels] = {};
@@ -214,7 +215,8 @@ CAudioWrapperVST::ArrangementPtr CAudioWrapperVST::copyOf(const VstSpeakerArrang
     return copy;
 }
 
-bool CAudioWrapperVST::setSpeakerArrangement(const VstSpeakerArrangement* input, const VstSpeakerArrangement* output)
+bool CAudioWrapperVST::setSpeakerArrangement(const VstSpeakerArrangement* input,
+                                             const VstSpeakerArrangement* output)
 {
     ArrangementPtr newInput = copyOf(*input, getAeffect()->numInputs);
     ArrangementPtr newOutput = copyOf(*output, getAeffect()->numOutputs);

@@ -10,12 +10,12 @@
 
 namespace qel {
 
-// Turns the calls of a VST host into work of the wrapper, and the wrapper's requests into calls to the host. Made by
-// createEffect(), owned by the host, which ends it with `close`.
+// Turns the calls of a VST host into work of the wrapper, and the wrapper's requests into calls to the host.
+// Made by createEffect(), owned by the host, which ends it with `close`.
 //
-// setParameter() and getParameter() come in any thread, processing and events in the audio thread, all else in the
-// host's control thread. What a host sends is outside data: indices are checked, texts are read and written within the
-// interface's limits. After a failed init() the object can only be destroyed.
+// setParameter() and getParameter() come in any thread, processing and events in the audio thread, all else
+// in the host's control thread. What a host sends is outside data: indices are checked, texts are read and
+// written within the interface's limits. After a failed init() the object can only be destroyed.
 class CAudioWrapperVST : public AudioEffectX, public CAudioWrapper
 {
 public:
@@ -29,8 +29,8 @@ public:
     void resume() override;
 
     // --- audio thread
-    // The samples are as wide as the call says, whatever setProcessPrecision() was told: a host that announces one
-    // width and calls for the other must not have its buffers overrun.
+    // The samples are as wide as the call says, whatever setProcessPrecision() was told: a host that
+    // announces one width and calls for the other must not have its buffers overrun.
     void processReplacing(float** inputs, float** outputs, std::int32_t frames) override;
     void processDoubleReplacing(double** inputs, double** outputs, std::int32_t frames) override;
     // Always single precision: it was obsolete before there was another.
@@ -56,7 +56,8 @@ public:
     bool setChunk(const void* data, std::intptr_t size, bool isPreset) override;
 
     // --- channels and samples
-    bool setSpeakerArrangement(const VstSpeakerArrangement* input, const VstSpeakerArrangement* output) override;
+    bool setSpeakerArrangement(const VstSpeakerArrangement* input,
+                               const VstSpeakerArrangement* output) override;
     bool getSpeakerArrangement(VstSpeakerArrangement** input, VstSpeakerArrangement** output) override;
     bool setProcessPrecision(std::int32_t precision) override;
     bool getInputProperties(std::int32_t index, VstPinProperties* properties) override;
@@ -85,13 +86,14 @@ protected:
     std::vector<CString> hostChannelLabels() override;
 
 private:
-    // A copy of what the host requested: no more speakers than there are channels, and room for as many as the record
-    // declares.
+    // A copy of what the host requested: no more speakers than there are channels, and room for as many as
+    // the record declares.
     using ArrangementPtr = std::unique_ptr<VstSpeakerArrangement>;
 
     void readHost();
     void describeEffect();
-    void processHostBlock(const void* const* inputs, void* const* outputs, std::int32_t frames, bool isDouble);
+    void processHostBlock(const void* const* inputs, void* const* outputs, std::int32_t frames,
+                          bool isDouble);
     void accumulatePiece(float** inputs, float** outputs, std::int32_t start, std::int32_t count);
     std::unique_lock<CCriticalSection> enterHostSection();
     CObject* project() const;
@@ -112,8 +114,8 @@ private:
     std::vector<float> accumulated_; // for process(): one slice of each output
 };
 
-// The whole of the library's entry: null if there is no host to talk to or the instance cannot be built, which the user
-// is then told.
+// The whole of the library's entry: null if there is no host to talk to or the instance cannot be built,
+// which the user is then told.
 AEffect* createEffect(AudioMasterCallback audioMaster);
 
 } // namespace qel

@@ -20,20 +20,20 @@ using vst24::kParameterTextBytes;
 using vst24::kProgramNameBytes;
 using vst24::kVendorTextBytes;
 
-constexpr std::size_t kMaxQuestionBytes = 64;  // of a canDo(); no host asks longer ones
-constexpr std::size_t kMaxTypedBytes = 256;    // of a parameter's text
+constexpr std::size_t kMaxQuestionBytes = 64; // of a canDo(); no host asks longer ones
+constexpr std::size_t kMaxTypedBytes = 256;   // of a parameter's text
 
 constexpr std::intptr_t kCockosExtensions = 0xBEEF0000;
 constexpr std::int32_t kCockosDisplay = 7; // vendorSpecific(): the text of any value
 constexpr std::intptr_t kCockosDone = 0xBEEF;
-constexpr std::int32_t kWheelIndex = 0x73744341; // "stCA"
+constexpr std::int32_t kWheelIndex = 0x73744341;  // "stCA"
 constexpr std::intptr_t kWheelValue = 0x57686565; // "Whee"
 
 // Their places are the interface's numbers.
 constexpr const char* kCategories[] = {
-    "kPlugCategUnknown",      "kPlugCategEffect",      "kPlugCategSynth",  "kPlugCategAnalysis",
-    "kPlugCategMastering",    "kPlugCategSpacializer", "kPlugCategRoomFx", "kPlugSurroundFx",
-    "kPlugCategRestoration",  "kPlugCategOfflineProcess", "kPlugCategShell", "kPlugCategGenerator",
+    "kPlugCategUnknown",     "kPlugCategEffect",         "kPlugCategSynth",  "kPlugCategAnalysis",
+    "kPlugCategMastering",   "kPlugCategSpacializer",    "kPlugCategRoomFx", "kPlugSurroundFx",
+    "kPlugCategRestoration", "kPlugCategOfflineProcess", "kPlugCategShell",  "kPlugCategGenerator",
 };
 
 } // namespace
@@ -219,12 +219,13 @@ std::intptr_t CAudioWrapperVST::canDo(const char* text)
 std::int32_t CAudioWrapperVST::getPlugCategory()
 {
     const CString name = project()->getAttrString("plugin-category-vst");
-    const auto found =
-        std::find_if(std::begin(kCategories), std::end(kCategories), [&](const char* each) { return name == each; });
+    const auto found = std::find_if(std::begin(kCategories), std::end(kCategories),
+                                    [&](const char* each) { return name == each; });
     return found == std::end(kCategories) ? 0 : static_cast<std::int32_t>(found - std::begin(kCategories));
 }
 
-void CAudioWrapperVST::fillPin(VstPinProperties& pin, std::int32_t index, std::int32_t count, const CString& label)
+void CAudioWrapperVST::fillPin(VstPinProperties& pin, std::int32_t index, std::int32_t count,
+                               const CString& label)
 {
     pin = {};
     vst24::writeText(pin.label, sizeof(pin.label), label);
@@ -239,7 +240,8 @@ bool CAudioWrapperVST::getInputProperties(std::int32_t index, VstPinProperties* 
     if (index < 0 || index >= count) {
         return false;
     }
-    const CString name = getParams().getParam("plugin.modMain.io-params.in-channel-names").getString(0, index);
+    const CString name =
+        getParams().getParam("plugin.modMain.io-params.in-channel-names").getString(0, index);
     fillPin(*properties, index, count, name.isEmpty() ? CString("In ") + CString::number(index + 1) : name);
     return true;
 }

@@ -1,8 +1,10 @@
-// The VST 2.4 binary interface: the records, opcodes and flags that cross the border between a host and a plug-in.
+// The VST 2.4 binary interface: the records, opcodes and flags that cross the border between a host and a
+// plug-in.
 //
-// Everything is little endian with natural alignment and the C calling convention. The layouts are checked below at
-// compile time: a host reads these records by offset, so a field may never move. Text fields are NUL-terminated; hosts
-// allocate them shorter than the record of an answer suggests, so writers keep to the limits of `VstTextLimit`.
+// Everything is little endian with natural alignment and the C calling convention. The layouts are checked
+// below at compile time: a host reads these records by offset, so a field may never move. Text fields are
+// NUL-terminated; hosts allocate them shorter than the record of an answer suggests, so writers keep to the
+// limits of `VstTextLimit`.
 #pragma once
 
 #include <cstddef>
@@ -15,13 +17,15 @@ using AudioMasterCallback = std::intptr_t (*)(AEffect* effect, std::int32_t opco
 using AEffectDispatcher = std::intptr_t (*)(AEffect* effect, std::int32_t opcode, std::int32_t index,
                                             std::intptr_t value, void* ptr, float opt);
 using AEffectProcess = void (*)(AEffect* effect, float** inputs, float** outputs, std::int32_t frames);
-using AEffectProcessDouble = void (*)(AEffect* effect, double** inputs, double** outputs, std::int32_t frames);
+using AEffectProcessDouble = void (*)(AEffect* effect, double** inputs, double** outputs,
+                                      std::int32_t frames);
 using AEffectSetParameter = void (*)(AEffect* effect, std::int32_t index, float value);
 using AEffectGetParameter = float (*)(AEffect* effect, std::int32_t index);
 using VstPluginEntry = AEffect* (*)(AudioMasterCallback audioMaster);
 
 // What a plug-in hands to its host. The plug-in owns it; it lives until the opcode `close` returns.
-struct AEffect {
+struct AEffect
+{
     std::int32_t magic;
     AEffectDispatcher dispatcher;
     AEffectProcess process; // accumulates into the outputs; obsolete, yet some hosts call it
@@ -46,14 +50,16 @@ struct AEffect {
 };
 
 // Pixels.
-struct ERect {
+struct ERect
+{
     std::int16_t top;
     std::int16_t left;
     std::int16_t bottom;
     std::int16_t right;
 };
 
-struct VstTimeInfo {
+struct VstTimeInfo
+{
     double samplePos;
     double sampleRate; // Hz
     double nanoSeconds;
@@ -70,7 +76,8 @@ struct VstTimeInfo {
     std::int32_t flags;
 };
 
-struct VstSpeakerProperties {
+struct VstSpeakerProperties
+{
     float azimuth;
     float elevation;
     float radius;
@@ -81,13 +88,15 @@ struct VstSpeakerProperties {
 };
 
 // A host sends `numChannels` speakers, which may be more or fewer than the eight declared here.
-struct VstSpeakerArrangement {
+struct VstSpeakerArrangement
+{
     std::int32_t type;
     std::int32_t numChannels;
     VstSpeakerProperties speakers[8];
 };
 
-struct VstEvent {
+struct VstEvent
+{
     std::int32_t type;
     std::int32_t byteSize;
     std::int32_t deltaFrames; // samples from the start of the next block
@@ -95,7 +104,8 @@ struct VstEvent {
     char data[16];
 };
 
-struct VstMidiEvent {
+struct VstMidiEvent
+{
     std::int32_t type;
     std::int32_t byteSize;
     std::int32_t deltaFrames; // samples from the start of the next block
@@ -107,13 +117,15 @@ struct VstMidiEvent {
 };
 
 // A host sends `numEvents` pointers, which may be more than the two declared here.
-struct VstEvents {
+struct VstEvents
+{
     std::int32_t numEvents;
     std::intptr_t reserved;
     VstEvent* events[2];
 };
 
-struct VstPinProperties {
+struct VstPinProperties
+{
     char label[64];
     std::int32_t flags; // VstPinFlag
     std::int32_t arrangementType;
@@ -121,7 +133,8 @@ struct VstPinProperties {
     char future[48];
 };
 
-struct VstParameterProperties {
+struct VstParameterProperties
+{
     float stepFloat;
     float smallStepFloat;
     float largeStepFloat;
@@ -148,7 +161,8 @@ inline constexpr std::int32_t kVersion = 2400;
 inline constexpr std::int32_t kTempoValid = 1 << 10;
 inline constexpr std::int32_t kMidiEventType = 1;
 
-enum AEffectFlag : std::int32_t {
+enum AEffectFlag : std::int32_t
+{
     kHasEditor = 1 << 0,
     kCanReplace = 1 << 4,
     kProgramChunks = 1 << 5,
@@ -157,21 +171,24 @@ enum AEffectFlag : std::int32_t {
     kCanDoubleReplace = 1 << 12,
 };
 
-enum VstPinFlag : std::int32_t {
+enum VstPinFlag : std::int32_t
+{
     kPinActive = 1 << 0,
     kPinStereo = 1 << 1,
     kPinSpeaker = 1 << 2,
 };
 
 // Bytes that every host really allocates for a text, the NUL included.
-enum VstTextLimit : std::size_t {
+enum VstTextLimit : std::size_t
+{
     kParameterTextBytes = 8,
     kProgramNameBytes = 24,
     kEffectNameBytes = 32,
     kVendorTextBytes = 64,
 };
 
-enum ProcessLevel : std::int32_t {
+enum ProcessLevel : std::int32_t
+{
     kLevelUnknown = 0,
     kLevelUser = 1,
     kLevelRealtime = 2,
@@ -180,7 +197,8 @@ enum ProcessLevel : std::int32_t {
 };
 
 // Host to plug-in. Numbers that are missing here are obsolete and answer 0.
-enum EffectOpcode : std::int32_t {
+enum EffectOpcode : std::int32_t
+{
     kOpen = 0,
     kClose = 1,
     kSetProgram = 2,
@@ -239,7 +257,8 @@ enum EffectOpcode : std::int32_t {
 };
 
 // Plug-in to host.
-enum MasterOpcode : std::int32_t {
+enum MasterOpcode : std::int32_t
+{
     kMasterAutomate = 0,
     kMasterVersion = 1,
     kMasterCurrentId = 2,

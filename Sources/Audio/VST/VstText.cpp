@@ -30,7 +30,8 @@ qel::CString readText(const void* text, std::size_t bytes)
     }
     const char* from = static_cast<const char*>(text);
     const void* end = std::memchr(from, 0, bytes);
-    return qel::CString::fromUtf8({from, end ? static_cast<std::size_t>(static_cast<const char*>(end) - from) : bytes});
+    return qel::CString::fromUtf8(
+        {from, end ? static_cast<std::size_t>(static_cast<const char*>(end) - from) : bytes});
 }
 
 } // namespace vst24

@@ -7,8 +7,8 @@
 
 namespace vst24 {
 
-// Writes `text` as UTF-8 into `out`, which has room for `bytes` with the NUL; what does not fit is cut off between two
-// characters. A null `out` is let be.
+// Writes `text` as UTF-8 into `out`, which has room for `bytes` with the NUL; what does not fit is cut off
+// between two characters. A null `out` is let be.
 void writeText(char* out, std::size_t bytes, const qel::CString& text);
 
 // The text of a host, read up to its NUL and no further than `bytes`. Null is empty.

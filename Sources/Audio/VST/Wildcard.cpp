@@ -3,8 +3,8 @@
 
 namespace qel {
 
-// On a mismatch the last star takes one character more. Earlier stars need no second try: what the later one can match
-// it can match from there too.
+// On a mismatch the last star takes one character more. Earlier stars need no second try: what the later one
+// can match it can match from there too.
 bool matchesWildcard(std::string_view pattern, std::string_view text)
 {
     constexpr std::size_t kNone = std::string_view::npos;

@@ -54,8 +54,8 @@ public:
 
     // Reads a compressed chunk: ID, size, check of the size, zlib stream. A chunk is the last thing in its
     // stream, since the decompressor reads ahead. The size is believed only as far as the compressed data
-    // bear it out, and the zlib stream must end there with a checksum that matches: else one altered byte could
-    // pass, making the data longer. What stands behind the zlib stream is not looked at.
+    // bear it out, and the zlib stream must end there with a checksum that matches: else one altered byte
+    // could pass, making the data longer. What stands behind the zlib stream is not looked at.
     CError readCompressedData(CByteBuffer& outBuffer, std::uint32_t id);
 
 private:

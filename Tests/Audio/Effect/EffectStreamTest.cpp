@@ -217,7 +217,8 @@ TEST_F(EffectStream, TakesValuesThatAreNoNumbersForTheDefault)
 {
     const Signal input = music(48000.0, 9600, 1);
     Settings settings;
-    for (const char* name : {".xover-freq", ".lf-gain", ".dcfilter-params.type", ".dcfilter-params.freq", ".drymix"}) {
+    for (const char* name :
+         {".xover-freq", ".lf-gain", ".dcfilter-params.type", ".dcfilter-params.freq", ".drymix"}) {
         settings[name] = std::numeric_limits<double>::quiet_NaN();
     }
     const Signals expected = EffectHost(Settings()).run<double>({input, input}, {512});

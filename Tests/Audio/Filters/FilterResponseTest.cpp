@@ -73,8 +73,8 @@ TEST_F(FilterResponse, FirstOrderChainsHaveTheirCornerAndTheSlopeThatTheirPlaceI
             for (const double freqHz : {20.0, 100.0, 300.0}) {
                 EXPECT_NEAR(20.0 * std::log10(gain(freqHz, freqHz)), -3.0103, 0.04) << isLow << ' ' << order;
             }
-            const double octave = isLow ? gain(100.0, 4000.0) / gain(100.0, 8000.0)
-                                        : gain(100.0, 2.0) / gain(100.0, 1.0);
+            const double octave =
+                isLow ? gain(100.0, 4000.0) / gain(100.0, 8000.0) : gain(100.0, 2.0) / gain(100.0, 1.0);
             EXPECT_NEAR(octave / std::pow(2.0, order), 1.0, 0.02) << isLow << ' ' << order;
             EXPECT_NEAR(gain(100.0, isLow ? 1e-3 : 20000.0), 1.0, 2e-3) << isLow << ' ' << order;
         }

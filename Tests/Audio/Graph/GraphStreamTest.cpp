@@ -20,8 +20,9 @@ using test::noise;
 
 std::string param(const char* name, const char* defaultValue, const char* extra = "")
 {
-    return std::string("<audio:param name=\"") + name + R"(" converter="real" min-values="-100" max-values="100" )" +
-           "def-values=\"" + defaultValue + "\" " + extra + "/>";
+    return std::string("<audio:param name=\"") + name +
+           R"(" converter="real" min-values="-100" max-values="100" )" + "def-values=\"" + defaultValue +
+           "\" " + extra + "/>";
 }
 
 const std::string kGlobal = R"(is-global="true")";
@@ -41,15 +42,18 @@ std::string link(const char* from, const char* to, const char* attributes = "")
 
 std::string compound(const std::string& content, const char* attributes = R"(is-auto-links="false")")
 {
-    return std::string("<audio:process-def name=\"main\" ") + attributes + ">" + content + "</audio:process-def>";
+    return std::string("<audio:process-def name=\"main\" ") + attributes + ">" + content +
+           "</audio:process-def>";
 }
 
-const std::vector<std::vector<int>> kBlockSizes = {{1}, {7}, {64}, {512}, {513}, {4096}, {3, 511, 64, 1, 1000}};
+const std::vector<std::vector<int>> kBlockSizes = {
+    {1}, {7}, {64}, {512}, {513}, {4096}, {3, 511, 64, 1, 1000}};
 
 TEST(GraphStream, ChainsChildrenAutomaticallyInTheirOrder)
 {
     // Those that are bypassed are left out of the chain, at its ends too.
-    const std::string states = param("off", "0", kGlobal.c_str()) + R"(<audio:process-bypass-state id="4" param="off"/>)";
+    const std::string states =
+        param("off", "0", kGlobal.c_str()) + R"(<audio:process-bypass-state id="4" param="off"/>)";
     const char* bypassed = R"(bypass-state-id="4")";
     GraphFixture graph(compound(states + gain("head", "8", bypassed) + gain("a", "2") +
                                     gain("side", "100", R"(is-outoforder="true")") + gain("b", "0.25") +
@@ -76,7 +80,8 @@ TEST(GraphStream, SumsSourcesInDeclaredOrderWithTheFewestKernels)
     const char* gains[] = {"0.1", "3.7", "-2.3", "1e0", "7.77"};
     for (int i = 0; i < 5; ++i) {
         const std::string name = "g" + std::to_string(i);
-        content += gain(name.c_str(), i == 3 ? "0.9" : gains[i]) + link("*", name.c_str()) + link(name.c_str(), "sum");
+        content += gain(name.c_str(), i == 3 ? "0.9" : gains[i]) + link("*", name.c_str()) +
+                   link(name.c_str(), "sum");
     }
     content += link("sum", "*");
     GraphFixture graph(compound(content));
@@ -90,8 +95,9 @@ TEST(GraphStream, SumsSourcesInDeclaredOrderWithTheFewestKernels)
     for (const CKernelCall& call : recording.calls()) {
         calls.emplace_back(call.entry->name);
     }
-    EXPECT_EQ(calls, (std::vector<std::string>{"qel.dcdaw.mulc", "qel.dcdaw.mulc", "qel.dcdaw.mulc", "qel.dcdaw.mulc",
-                                               "qel.dcdaw.mulc", "qel.dcdaw.add4", "qel.dcdaw.add2"}));
+    EXPECT_EQ(calls, (std::vector<std::string>{"qel.dcdaw.mulc", "qel.dcdaw.mulc", "qel.dcdaw.mulc",
+                                               "qel.dcdaw.mulc", "qel.dcdaw.mulc", "qel.dcdaw.add4",
+                                               "qel.dcdaw.add2"}));
     for (std::size_t i = 0; i < 100; ++i) {
         const double x = input[0][i];
         ASSERT_EQ(output[0][i], (x * 0.1 + x * 3.7 + x * -2.3 + x * 0.9) + x * 7.77);
@@ -104,7 +110,8 @@ TEST(GraphStream, AveragesWeightedInputsWithASinglePrecisionReciprocal)
         std::string content = R"(<audio:modNode name="mean" is-weighted-input="true"/>)" + link("mean", "*");
         for (int i = 0; i < sources; ++i) {
             const std::string name = "n" + std::to_string(i);
-            content += "<audio:modNode name=\"" + name + "\"/>" + link("*", name.c_str()) + link(name.c_str(), "mean");
+            content += "<audio:modNode name=\"" + name + "\"/>" + link("*", name.c_str()) +
+                       link(name.c_str(), "mean");
         }
         GraphFixture graph(compound(content));
         const Channels input = noise(1, 50, 3);
@@ -129,18 +136,19 @@ TEST(GraphStream, PassesByReferenceWhereNothingIsComputed)
 }
 
 // Everything that a fade, a switch and a sum can do wrong at a block border.
-const std::string kMixedGraph = compound(
-    gain("in", "0.7", R"(is-smooth-update="true")") + R"(
+const std::string kMixedGraph =
+    compound(gain("in", "0.7", R"(is-smooth-update="true")") + R"(
     <audio:param name="wet" is-global="true" converter="real" min-values="0" max-values="1" def-values="1"/>
     <audio:process-bypass-state id="3" param="wet" is-inverted="true"/>
     <audio:modMix name="mix" is-smooth-update="true" xfade-length="0.003">
       <audio:param-alloc param-name="mix" index="0"/>)" +
-    param("mix", "0.25", kGlobal.c_str()) + R"(</audio:modMix>
+             param("mix", "0.25", kGlobal.c_str()) + R"(</audio:modMix>
     <audio:modAbs name="abs"/><audio:modMono name="mono"/><audio:modMult name="ring"/><audio:modSignalMix name="blend"/>
     <audio:modNode name="node"/>)" +
-    link("*", "in") + link("in", "mix") + link("*", "abs") + link("abs", "mix/1") + link("mix", "mono") +
-    link("mono", "ring") + link("in", "ring/1") + link("ring", "blend") + link("mix", "blend/1") +
-    link("abs", "blend/2") + link("blend", "node", R"(bypass-state-id="3")") + link("mix", "node") + link("node", "*"));
+             link("*", "in") + link("in", "mix") + link("*", "abs") + link("abs", "mix/1") +
+             link("mix", "mono") + link("mono", "ring") + link("in", "ring/1") + link("ring", "blend") +
+             link("mix", "blend/1") + link("abs", "blend/2") +
+             link("blend", "node", R"(bypass-state-id="3")") + link("mix", "node") + link("node", "*"));
 
 TEST(GraphStream, GivesTheSameSamplesAtEveryBlockSize)
 {
@@ -197,24 +205,27 @@ TEST(GraphStream, GivesTheSameSamplesWithSimultaneousChangesAtTheSameTimes)
 
 TEST(GraphStream, SwitchesLinksWithoutLosingQueuedSamples)
 {
-    // Of an odd block the decimator takes the larger half, so that the links into the mix hold unequal numbers of
-    // samples whenever the side chain comes and goes.
-    GraphFixture graph(compound(
-        param("on", "0", kGlobal.c_str()) + R"(
+    // Of an odd block the decimator takes the larger half, so that the links into the mix hold unequal
+    // numbers of samples whenever the side chain comes and goes.
+    GraphFixture graph(compound(param("on", "0", kGlobal.c_str()) + R"(
         <audio:process-bypass-state id="0" param="on" is-inverted="true"/>
         <audio:modDecimator name="down"/><audio:modInterpolator name="up"/>
         <audio:modMix name="mix"><audio:param-alloc param-name="mix" index="0"/>)" +
-        param("mix", "0.25") + "</audio:modMix>" + gain("side", "3") + link("*", "down") + link("down", "up") +
-        link("up", "mix") + link("*", "mix/1") + link("mix", "*") + link("*", "side", R"(bypass-state-id="0")")));
+                                param("mix", "0.25") + "</audio:modMix>" + gain("side", "3") +
+                                link("*", "down") + link("down", "up") + link("up", "mix") +
+                                link("*", "mix/1") + link("mix", "*") +
+                                link("*", "side", R"(bypass-state-id="0")")));
     CKernelRecording recording;
     graph.kernels().setObserver(&recording);
     const Channels input = noise(2, 4995, 7);
     std::size_t blocks = 0;
-    const Channels output = graph.run(input, {37}, [&](std::size_t) { graph.set("on", ++blocks % 3 == 0 ? 1.0 : 0.0); });
+    const Channels output =
+        graph.run(input, {37}, [&](std::size_t) { graph.set("on", ++blocks % 3 == 0 ? 1.0 : 0.0); });
     graph.kernels().setObserver(nullptr);
-    const auto sideBlocks = std::count_if(recording.calls().begin(), recording.calls().end(), [](const CKernelCall& call) {
-        return std::string(call.entry->name) == "qel.dcdaw.mulc";
-    });
+    const auto sideBlocks =
+        std::count_if(recording.calls().begin(), recording.calls().end(), [](const CKernelCall& call) {
+            return std::string(call.entry->name) == "qel.dcdaw.mulc";
+        });
     EXPECT_EQ(sideBlocks, 2 * 4995 / 37 / 3);
     for (std::size_t c = 0; c < 2; ++c) {
         ASSERT_EQ(output[c].size(), 4995u);
@@ -228,8 +239,8 @@ TEST(GraphStream, SwitchesLinksWithoutLosingQueuedSamples)
 
 TEST(GraphStream, ShowsWhatIsThere)
 {
-    GraphFixture graph(compound(R"(<audio:modAbs name="b"/>)" + gain("a", "2") + link("*", "a") + link("a", "b") +
-                                link("b", "*")));
+    GraphFixture graph(compound(R"(<audio:modAbs name="b"/>)" + gain("a", "2") + link("*", "a") +
+                                link("a", "b") + link("b", "*")));
     graph.run(noise(1, 10, 7), {10});
     tools::CGraphPrinter printer;
     graph.root().visit(printer);
@@ -260,13 +271,15 @@ Links (source/port -> destination/port, active count)
 
 TEST(GraphStream, CutsOffWhatHasNoSignal)
 {
-    // The chain behind `a` hangs in the air while its link is cut, and so does what it would feed besides the input.
+    // The chain behind `a` hangs in the air while its link is cut, and so does what it would feed besides the
+    // input.
     const std::string content = R"(
       <audio:param name="on" is-global="true" converter="real" min-values="0" max-values="1" def-values="0"/>
       <audio:process-bypass-state id="0" param="on" is-inverted="true"/>)" +
-        gain("a", "2") + gain("b", "3") + gain("c", "5") + R"(<audio:modNode name="out"/>)" +
-        link("*", "a", R"(bypass-state-id="0")") + link("a", "b") + link("b", "c") + link("c", "*/0") +
-        link("*", "out") + link("out", "*");
+                                gain("a", "2") + gain("b", "3") + gain("c", "5") +
+                                R"(<audio:modNode name="out"/>)" + link("*", "a", R"(bypass-state-id="0")") +
+                                link("a", "b") + link("b", "c") + link("c", "*/0") + link("*", "out") +
+                                link("out", "*");
     GraphFixture graph(compound(content));
     const Channels input = noise(1, 300, 8);
     const Channels output = graph.run(input, {100}, [&](std::size_t position) {
@@ -286,9 +299,9 @@ TEST(GraphStream, RunsOnAroundACycle)
     std::vector<std::string> lines;
     const CTraceHook old = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
     {
-        GraphFixture graph(compound(gain("good", "2") + R"(<audio:modMix name="x"/><audio:modMix name="y"/>)" +
-                                    link("*", "x") + link("y", "x/1") + link("*", "y") + link("x", "y/1") +
-                                    link("*", "good") + link("good", "*")));
+        GraphFixture graph(compound(
+            gain("good", "2") + R"(<audio:modMix name="x"/><audio:modMix name="y"/>)" + link("*", "x") +
+            link("y", "x/1") + link("*", "y") + link("x", "y/1") + link("*", "good") + link("good", "*")));
         const Channels input = noise(1, 64, 9);
         EXPECT_EQ(graph.run(input, {64})[0][5], input[0][5] * 2.0);
     }
@@ -335,7 +348,8 @@ TEST(GraphStream, GivesEveryBufferBack)
     GraphFixture graph(kMixedGraph);
     const Channels input = noise(2, 2000, 13);
     for (int round = 0; round < 3; ++round) {
-        graph.run(input, {64, 100}, [&](std::size_t position) { graph.set("in.gain", 0.001 * double(position)); });
+        graph.run(input, {64, 100},
+                  [&](std::size_t position) { graph.set("in.gain", 0.001 * double(position)); });
         graph.run(input, {512});
         if (round == 0) {
             inUse = graph.kernels().pool().slotsInUse();
@@ -356,8 +370,8 @@ TEST(GraphStream, ReportsFaultyTrees)
         }
         return "built";
     };
-    EXPECT_NE(message(compound(R"(<audio:process-def name="mb" is-multiband="true"/>)")).find(
-                  "Audio process def of invalid class supplied."),
+    EXPECT_NE(message(compound(R"(<audio:process-def name="mb" is-multiband="true"/>)"))
+                  .find("Audio process def of invalid class supplied."),
               std::string::npos);
     EXPECT_NE(message(compound(R"(<audio:process-bypass-state id="0" param="nobody"/>)"))
                   .find("Invalid parameter name specified."),

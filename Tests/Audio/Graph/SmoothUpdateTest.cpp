@@ -35,12 +35,11 @@ TEST(SmoothUpdate, FadesOverExactlyTheFadeLengthWhateverTheBlocks)
     for (const int block : {1, 7, 64, 500, 512, 2000}) {
         GraphFixture graph(smoothGain(0.01));
         const Channels input(1, std::vector<double>(4000, 1.0));
-        const Channels output =
-            graph.run(input, {2000, block}, [&](std::size_t position) {
-                if (position == 2000) {
-                    graph.set("g.gain", 3.0);
-                }
-            });
+        const Channels output = graph.run(input, {2000, block}, [&](std::size_t position) {
+            if (position == 2000) {
+                graph.set("g.gain", 3.0);
+            }
+        });
         for (std::size_t i = 0; i < 4000; ++i) {
             const double weight = i < 2000 ? 0.0 : i < 2000 + kFade ? fadeWeight(i - 2000, kFade) : 1.0;
             ASSERT_NEAR(output[0][i], 1.0 + 2.0 * weight, 1e-9) << i << " in blocks of " << block;
@@ -135,7 +134,8 @@ TEST(SimpleModules, BypassChoosesItsInput)
 TEST(SimpleModules, MonoIsTheMeanOfAnyNumberOfChannels)
 {
     for (std::size_t channels = 1; channels <= 9; ++channels) {
-        GraphFixture graph(R"(<audio:process-def name="main"><audio:modMono name="mono"/></audio:process-def>)");
+        GraphFixture graph(
+            R"(<audio:process-def name="main"><audio:modMono name="mono"/></audio:process-def>)");
         Channels input(channels, std::vector<double>(32));
         double sum = 0.0;
         for (std::size_t c = 0; c < channels; ++c) {

@@ -15,11 +15,12 @@ protected:
     {
         bringUp(host_);
         ui_->setNotifyServer(&server_);
-        EXPECT_OK(ui_->setAttribute(
-            "PluginRootPtrVar", CAudioInterfaceClientConnectorVST::rootVarOf(*host_.getRoot()), true));
+        EXPECT_OK(ui_->setAttribute("PluginRootPtrVar",
+                                    CAudioInterfaceClientConnectorVST::rootVarOf(*host_.getRoot()), true));
         const CAttrMap toBase{{"base-connector", CAttrValue("plugin.interface-base-connector")}};
         CAudioInterfaceClientConnectorVST* wire = nullptr;
-        EXPECT_OK(ui_->createChild(wire, "audio:interface-client-connector-vst", "wire", false, nullptr, &toBase));
+        EXPECT_OK(
+            ui_->createChild(wire, "audio:interface-client-connector-vst", "wire", false, nullptr, &toBase));
         const CAttrMap toWire{{"client-connector", CAttrValue("wire")}};
         EXPECT_OK(ui_->createChild(client_, "audio:interface-client", "client", false, nullptr, &toWire));
     }
@@ -83,14 +84,15 @@ TEST_F(ProductInterface, FollowsTheAutomationOfTheHostAndUndoesNoneOfIt)
             host_.run(silence, {64}); // the other one waits for a host that does not process
         }
         EXPECT_OK(client_->send(record::CGetViz{}));
-        EXPECT_NEAR(shown.info.converters.at(0)->valueToNorm(shown.info, 0, shown.values.get(0, 0)), norm, 1e-9);
+        EXPECT_NEAR(shown.info.converters.at(0)->valueToNorm(shown.info, 0, shown.values.get(0, 0)), norm,
+                    1e-9);
     }
     const double automated = gain.getValue(0, 0);
     host_.run(silence, {64});
     knob.postNormalized(0.7);
     host_.run(silence, {64});
-    EXPECT_OK(client_->send(record::CChangeParams{
-        "Gain change", 1, true, {{gain.getName(), 0, 0, false, {1.0}, {}}}}));
+    EXPECT_OK(client_->send(
+        record::CChangeParams{"Gain change", 1, true, {{gain.getName(), 0, 0, false, {1.0}, {}}}}));
     EXPECT_OK(client_->send(record::CMoveHistory{0}));
     EXPECT_GT(gain.getValue(0, 0), automated) << "the automation between the two";
 }

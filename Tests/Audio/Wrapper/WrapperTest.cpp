@@ -197,7 +197,7 @@ TEST(Wrapper, StartsAfreshAfterAPauseAndTakesANewRateAndLayout)
     const auto output = host.run(wide, {100});
     EXPECT_NEAR(host.getParams().getEnv().getPositionSec() - startSec, 100 / 32000.0, 1e-12);
     EXPECT_NEAR(output[2][0], (3 * 2.5 + 12.5) / 4 + 3.0, 1e-9); // the fourth channel is part of the mean
-    EXPECT_EQ(output[3][0], 0.0);                                  // and not written
+    EXPECT_EQ(output[3][0], 0.0);                                // and not written
     // What the links hold may go when they are made anew, but the stream goes on.
     host.updateProcessConfig();
     EXPECT_NEAR(host.run(wide, {100})[2][50], output[2][50], 1e-9);
