@@ -1,8 +1,10 @@
 // Root of all run-time processes of the signal graph.
 #include "CAudioProcessBase.h"
 
+#include "CAudioParamAllocDef.h"
 #include "CAudioProcessDefBase.h"
 #include "CGraphVisitor.h"
+#include "CTrace.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,7 +30,22 @@ CError CAudioProcessBase::bindParams()
 {
     const int boundGroup = def_.isGroup0() ? 0 : group_;
     QEL_TRY(slots_.bind(def_, fullName_, graph_->params, boundGroup), fullName_);
+    if (isTracing()) {
+        traceUnknownSlots();
+    }
     return {};
+}
+
+// They bind to nothing that the process reads.
+void CAudioProcessBase::traceUnknownSlots() const
+{
+    for (std::size_t i = 0; i < def_.getChildCount(); ++i) {
+        const auto* alloc = dynamic_cast<const CAudioParamAllocDef*>(def_.getChild(i));
+        if (alloc && alloc->getIndex() >= slotCount()) {
+            trace("regModuleParam error " + CString::number(alloc->getIndex()) + " " + alloc->getParamName(),
+                  fullName_);
+        }
+    }
 }
 
 CAudioInputPort& CAudioProcessBase::addInput(std::size_t port)

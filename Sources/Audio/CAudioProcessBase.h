@@ -94,6 +94,8 @@ public:
     virtual void visit(CGraphVisitor& visitor) const;
 
 protected:
+    // How many parameter slots the process knows, numbered from 0.
+    virtual int slotCount() const { return 0; }
     // A step of `count` samples; what it gathers is consumed by process() afterwards.
     virtual void step(int count) = 0;
     // The longest step from here on, at most `count`: modules cut where a fade ends.
@@ -109,6 +111,7 @@ protected:
     const CAudioProcessSlots& slots() const { return slots_; }
 
 private:
+    void traceUnknownSlots() const;
     CAudioInputPort& addInput(std::size_t port);
     CAudioOutputPort& addOutput(std::size_t port);
     int available() const;

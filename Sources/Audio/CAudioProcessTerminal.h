@@ -71,6 +71,7 @@ public:
     }
 
 protected:
+    int slotCount() const override { return Module::kSlots; }
     // What the parameters mean to the instance at `place`. Overridden where that takes more than the slots.
     virtual typename Module::Settings readSettings(const CAudioModulePlace& place) const
     {

@@ -1,6 +1,7 @@
 // The shared tree as delivered: that it compiles, that its names hold together, and that an instance can be
 // made of it.
 #include "CAudioParam.h"
+#include "CTrace.h"
 #include "GraphFixture.h"
 
 #include <gtest/gtest.h>
@@ -248,6 +249,17 @@ TEST_F(SharedTreeTest, MakesAnInstanceWithAllParametersInRealUnits)
         ASSERT_TRUE(param.hasInfo()) << c.name;
         EXPECT_NEAR(param.getValue(0, 0), c.value, 1e-12) << c.name;
     }
+}
+
+TEST_F(SharedTreeTest, GivesNoModuleASlotThatItDoesNotKnow)
+{
+    std::string lines;
+    const CTraceHook before = setTraceHook([&](const CString& line) { lines += line.toUtf8() + "\n"; });
+    {
+        tools::CGraphHost host(tree_, {});
+    }
+    setTraceHook(before);
+    EXPECT_EQ(lines.find("regModuleParam error"), lines.npos) << lines;
 }
 
 } // namespace

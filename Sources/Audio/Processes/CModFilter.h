@@ -18,6 +18,7 @@ public:
     static constexpr int kInputPorts = 1;
     static constexpr int kMaxBands = 64;
     static constexpr int kMaxValues = 6;
+    static constexpr int kSlots = 2 + kMaxValues; // band count and generator index come first
 
     // The room inside is enough for every use there is, so that no change allocates.
     struct Band

@@ -20,6 +20,7 @@ public:
     void applyEvents() override;
 
 protected:
+    int slotCount() const override { return 3; }
     void step(int count) override;
 
 private:

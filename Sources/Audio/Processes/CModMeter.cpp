@@ -19,8 +19,10 @@ enum : int
     kRmsTimeSlot,
     kGainSlot,
     kBiasTimeSlot,
-    kUseBiasSlot,
-    kReleaseSlot
+    kUseBiasSlot, // no read-out depends on it,
+    kReleaseSlot,
+    kPeakGainSlot, // nor on this
+    kSlotCount
 };
 
 constexpr double kDefaultRmsSec = 0.15;
@@ -209,6 +211,11 @@ void CModMeter::reset(double positionSec)
             unit.module->reset();
         }
     }
+}
+
+int CModMeter::slotCount() const
+{
+    return kSlotCount;
 }
 
 void CModMeter::step(int count)

@@ -106,6 +106,7 @@ public:
     void reset(double positionSec) override;
 
 protected:
+    int slotCount() const override;
     void step(int count) override;
 
 private:

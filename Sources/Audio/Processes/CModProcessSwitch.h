@@ -56,6 +56,9 @@ public:
     CError init() override;
     void applyEvents() override;
 
+protected:
+    int slotCount() const override { return 1; }
+
 private:
     void select(std::int32_t index);
 

@@ -29,6 +29,7 @@ public:
     int stages() const { return stages_; }
 
 protected:
+    int slotCount() const override { return 2; }
     CModResampler(const CAudioProcessDefBase& def, bool isUpsampler)
         : CModProcessSeq(def), isUpsampler_(isUpsampler)
     {}

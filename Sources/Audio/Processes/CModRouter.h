@@ -35,6 +35,7 @@ public:
     void applyEvents() override;
 
 protected:
+    int slotCount() const override { return 2; }
     void step(int count) override;
 
 private:

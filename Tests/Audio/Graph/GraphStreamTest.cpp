@@ -237,6 +237,20 @@ TEST(GraphStream, SwitchesLinksWithoutLosingQueuedSamples)
     }
 }
 
+TEST(GraphStream, TellsOfSlotsThatAModuleDoesNotKnowAndGoesOn)
+{
+    std::string lines;
+    const CTraceHook before = setTraceHook([&](const CString& line) { lines += line.toUtf8() + "\n"; });
+    GraphFixture graph(compound(R"(<audio:modMix name="m"><audio:param-alloc param-name="mix" index="0"/>
+        <audio:param-alloc param-name="odd" index="1"/>)" +
+                                    param("mix", "1") + param("odd", "5") + "</audio:modMix>",
+                                ""));
+    setTraceHook(before);
+    EXPECT_NE(lines.find("regModuleParam error 1 odd"), lines.npos) << lines;
+    EXPECT_EQ(lines.find("regModuleParam error 0"), lines.npos);
+    EXPECT_EQ(graph.run(noise(1, 10, 7), {10})[0].size(), 10U);
+}
+
 TEST(GraphStream, ShowsWhatIsThere)
 {
     GraphFixture graph(compound(R"(<audio:modAbs name="b"/>)" + gain("a", "2") + link("*", "a") +
