@@ -55,7 +55,7 @@ class TestGuest
 public:
     explicit TestGuest(AudioMasterCallback host) : host_(host)
     {
-        effect_.magic = behaves("magic") ? 1 : vst24::kMagic;
+        effect_.magic = vst24::kMagic;
         effect_.dispatcher = &dispatched;
         effect_.processReplacing = [](AEffect* e, float** in, float** out, std::int32_t n) {
             of(e).run(in, out, n);
@@ -261,6 +261,10 @@ extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(AudioMa
 {
     if (behaves("null") || host(nullptr, vst24::kMasterVersion, 0, 0, nullptr, 0.0f) == 0) {
         return nullptr;
+    }
+    if (behaves("magic")) {
+        static AEffect nothing{};
+        return &nothing; // which no host can close
     }
     return (new TestGuest(host))->effect();
 }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <dlfcn.h>
@@ -192,7 +193,7 @@ std::vector<double> inChild(const std::function<std::vector<double>()>& work)
     waitpid(child, &status, 0);
     EXPECT_EQ(status, 0);
     std::vector<double> result(bytes.size() / sizeof(double));
-    std::memcpy(result.data(), bytes.data(), result.size() * sizeof(double));
+    std::copy_n(bytes.data(), result.size() * sizeof(double), reinterpret_cast<char*>(result.data()));
     return result;
 }
 
