@@ -26,11 +26,11 @@ struct Clock
     }
 };
 
-// One application for all benchmarks.
-void needApplication()
+// One at a time, and gone when the benchmark is over: others build trees without an application.
+struct Product
 {
-    static const TestApplication application(deliveredTree());
-}
+    TestApplication application{deliveredTree()};
+};
 
 enum ELoad : int
 {
@@ -42,7 +42,6 @@ enum ELoad : int
 // Arguments: load, block size, oversampling (1 to 4 for 1x to 8x).
 std::unique_ptr<EffectHost> prepare(const benchmark::State& state)
 {
-    needApplication();
     const auto load = static_cast<ELoad>(state.range(0));
     auto host = std::make_unique<EffectHost>();
     host->set("denorm-enable", 1.0);
@@ -68,6 +67,7 @@ double nanoseconds(Clock::duration time)
 // Blocks and replays of one block's kernels take turns, so that both see the same machine.
 void wholeEffect(benchmark::State& state)
 {
+    const Product product;
     const std::unique_ptr<EffectHost> host = prepare(state);
     const auto count = static_cast<std::size_t>(state.range(1));
     const std::size_t channels = state.range(0) == kEightGroups ? 8 : 2;
@@ -118,7 +118,7 @@ BENCHMARK(wholeEffect)
 
 void makeInstance(benchmark::State& state)
 {
-    needApplication();
+    const Product product;
     for (auto _ : state) {
         EffectHost host;
         host.open(48000.0);
@@ -131,7 +131,7 @@ BENCHMARK(makeInstance)->Unit(benchmark::kMillisecond);
 // Heap of instances that have played, with everything on; the shared tree stands before.
 void instanceMemory(benchmark::State& state)
 {
-    needApplication();
+    const Product product;
     const auto used = [] {
         const auto info = mallinfo2();
         return static_cast<double>(info.uordblks + info.hblkhd);
