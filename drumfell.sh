@@ -76,13 +76,13 @@ install_product() {
     esac
     need "${build_packages[@]}"
     build release
-    # A new file under the old name: a host that has the old one loaded keeps it whole.
-    install -D -m 644 build/release/Drumfell.so "$library_dir/Drumfell.so.new"
+    # Without what only debuggers read. A new file under the old name: a host that has the old one loaded keeps it whole.
+    install -D -s -m 644 build/release/Drumfell.so "$library_dir/Drumfell.so.new"
     mv "$library_dir/Drumfell.so.new" "$library_dir/Drumfell.so"
     echo "$library_dir/Drumfell.so"
     for tool in drumfell-render drumfell-inspect; do
         [ -x "build/release/bin/$tool" ] || continue
-        install -D -m 755 "build/release/bin/$tool" "$tool_dir/$tool"
+        install -D -s -m 755 "build/release/bin/$tool" "$tool_dir/$tool"
         echo "$tool_dir/$tool"
     done
     [[ ":$PATH:" == *":$tool_dir:"* ]] || echo "$tool_dir is not in PATH yet."
