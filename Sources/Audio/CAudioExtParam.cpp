@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace qel {
 
@@ -105,11 +104,12 @@ void CAudioExtParam::postNormalized(double norm)
 void CAudioExtParam::applyPosted(double timeSec)
 {
     const Projection* now = projection();
-    if (!now || !goesByAudio(*now) || !isPosted_.exchange(false, std::memory_order_acq_rel)) {
+    if (!now || !goesByAudio(*now) || !isPosted_.exchange(false)) {
         return;
     }
+    // Behind what control threads have sent so far, or that would overwrite it at the next block.
     const double value = now->valueOf(lastPosted_.load(std::memory_order_acquire));
-    if (!param_->getCollector().changeFromAudio(*param_, value, timeSec)) {
+    if (param_->isOverridden() || !param_->getCollector().changeFromAudio(*param_, value, timeSec)) {
         isPosted_.store(true, std::memory_order_release);
     }
 }
@@ -117,7 +117,7 @@ void CAudioExtParam::applyPosted(double timeSec)
 void CAudioExtParam::takePosted()
 {
     if (isPosted_.exchange(false, std::memory_order_acq_rel)) {
-        write(lastPosted_.load(std::memory_order_acquire), 0.0, false);
+        write(EWrite::kSend, lastPosted_.load(std::memory_order_acquire), 0.0);
     }
 }
 
@@ -128,35 +128,30 @@ void CAudioExtParam::showPosted()
         takePosted();
         return;
     }
-    // The write drops what the audio thread has published so far. If that was a newer one, it goes behind.
-    double shown = std::numeric_limits<double>::quiet_NaN();
-    while (isPosted_.load(std::memory_order_acquire) &&
-           shown != lastPosted_.load(std::memory_order_acquire)) {
-        shown = lastPosted_.load(std::memory_order_acquire);
-        write(shown, 0.0, true);
+    write(EWrite::kShow, 0.0, 0.0);
+    if (settleIfOvertaken()) {
+        tellHost();
     }
-    settleIfOvertaken();
 }
 
 // Another's write can arrive on the audio side right behind the host's value, which then never comes back.
-void CAudioExtParam::settleIfOvertaken()
+bool CAudioExtParam::settleIfOvertaken()
 {
     const CLock lock(param_->getLock());
-    if (isWaiting() && !isPosted_.load(std::memory_order_acquire) && !param_->isChangedByAudio() &&
-        refresh(false)) {
-        tellHost();
-    }
+    const bool isOvertaken =
+        isWaiting() && !isPosted_.load(std::memory_order_acquire) && !param_->isChangedByAudio();
+    return isOvertaken && refresh(false);
 }
 
 void CAudioExtParam::setNormalized(double norm, double timeSec)
 {
     if (!std::isnan(norm)) {
         isPosted_.store(false, std::memory_order_release);
-        write(norm, timeSec, false);
+        write(EWrite::kSend, norm, timeSec);
     }
 }
 
-void CAudioExtParam::write(double norm, double timeSec, bool isKnownToAudio)
+void CAudioExtParam::write(EWrite way, double norm, double timeSec)
 {
     const Projection* now = projection();
     if (!now) {
@@ -164,9 +159,17 @@ void CAudioExtParam::write(double norm, double timeSec, bool isKnownToAudio)
     }
     CAudioParamContext context(CAudioParamOrigin::kHost);
     context.sender = &listener_;
-    context.isKnownToAudio = isKnownToAudio;
+    context.isKnownToAudio = way == EWrite::kShow;
     const CAudioParamContext::Scope scope(context);
     const CLock lock(param_->getLock());
+    if (way == EWrite::kShow) {
+        // What the audio thread has taken by now comes back from there. It takes first and then looks for
+        // events on their way, so what is still here goes behind all that was written so far.
+        if (!isPosted_) {
+            return;
+        }
+        norm = lastPosted_.load(std::memory_order_acquire);
+    }
     param_->setValue(group_, 0, elementIndex_, now->valueOf(norm), context, timeSec);
     refresh(false);
 }

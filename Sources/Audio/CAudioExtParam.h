@@ -99,7 +99,12 @@ private:
     // Takes the parameter's value over; true if the number changed and the host does not know it. What the
     // audio side sends while a value of the host is under way is older, unless it is that value.
     bool refresh(bool isFromAudio);
-    void write(double norm, double timeSec, bool isKnownToAudio);
+    enum class EWrite
+    {
+        kSend, // to the audio side as well
+        kShow  // what is posted, and stays so
+    };
+    void write(EWrite way, double norm, double timeSec);
     // True while a value of the host is on its way to the parameter.
     bool isWaiting() const
     {
@@ -107,7 +112,8 @@ private:
     }
     // Single numbers of group 0 have a short way to the slots, through the audio thread.
     bool goesByAudio(const Projection& projection) const { return group_ == 0 && projection.info.esize == 1; }
-    void settleIfOvertaken();
+    // True if the host does not know the number.
+    bool settleIfOvertaken();
     void refreshProjection();
     void tellHost();
     // The projection, or null as long as the parameter has no declaration to project with.

@@ -161,7 +161,7 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
     written.time = std::isfinite(change.time) ? std::max(change.time, 0.0) : 0.0;
     if (!context.isKnownToAudio) {
         collector_.postChange(*this, written, context.batch);
-    } else {
+    } else if (context.origin == CAudioParamOrigin::kAudio) {
         // What follows from another goes before its own.
         isChangedByAudio_.store(false, std::memory_order_relaxed);
     }
@@ -536,7 +536,7 @@ bool CAudioParam::takeFromAudio()
     context.isKnownToAudio = true; // what filters derive included
     const CAudioParamContext::Scope scope(context);
     const CLock lock(lock_);
-    if (overrides_.load(std::memory_order_acquire) > 0) {
+    if (isOverridden()) {
         return !isChangedByAudio_.load(std::memory_order_relaxed);
     }
     if (isChangedByAudio_.exchange(false, std::memory_order_acquire)) {

@@ -124,8 +124,9 @@ public:
     bool takeFromAudio();
     bool isChangedByAudio() const { return isChangedByAudio_.load(std::memory_order_acquire); }
     // Counts the events on their way to the audio side that set the first entry of group 0.
-    void addOverride() { overrides_.fetch_add(1, std::memory_order_relaxed); }
+    void addOverride() { overrides_.fetch_add(1); }
     void endOverride() { overrides_.fetch_sub(1, std::memory_order_release); }
+    bool isOverridden() const { return overrides_.load() > 0; }
 
     CAudioParam* nextChanged = nullptr; // the collector's list
 
