@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace qel {
 
@@ -134,13 +135,15 @@ void CAudioExtParam::showPosted()
     }
 }
 
-// Another's write can arrive on the audio side right behind the host's value, which then never comes back.
+// Another's write can arrive on the audio side right behind the host's value, which then never comes back. A
+// value that was there at the last call already has had its time.
 bool CAudioExtParam::settleIfOvertaken()
 {
     const CLock lock(param_->getLock());
-    const bool isOvertaken =
-        isWaiting() && !isPosted_.load(std::memory_order_acquire) && !param_->isChangedByAudio();
-    return isOvertaken && refresh(false);
+    const std::uint32_t posts = postCount_.load(std::memory_order_acquire);
+    const bool isOld = std::exchange(shownPostCount_, posts) == posts;
+    const bool isOvertaken = isOld && isWaiting() && !isPosted_.load(std::memory_order_acquire);
+    return isOvertaken && !param_->isChangedByAudio() && refresh(false);
 }
 
 void CAudioExtParam::setNormalized(double norm, double timeSec)

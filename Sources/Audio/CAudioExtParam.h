@@ -135,6 +135,7 @@ private:
     std::atomic<double> lastPosted_{0.0};
     std::atomic<bool> isPosted_{false}; // not taken by the audio side so far
     std::atomic<std::uint32_t> postCount_{0};
+    std::uint32_t shownPostCount_ = 0;           // at the last showPosted(), under the parameter's lock
     std::atomic<std::uint32_t> settledCount_{0}; // of postCount_, when the parameter last had the latest
 
     std::atomic<const Projection*> projection_{nullptr};

@@ -257,6 +257,7 @@ TEST_F(ExtParamTest, AgreesWithItsParameterAfterWritesFromManyThreads)
     slot.drain();
     collector_->takeChangesFromAudio();
     list_->showPosted();
+    list_->showPosted();
     EXPECT_EQ(ext.getNormalized(), param.getValue(0, 0));
     EXPECT_EQ(slot.storage.get(0, 0), param.getValue(0, 0));
     EXPECT_EQ(ext.getDisplay(), ext.getDisplayOf(ext.getNormalized()));
