@@ -111,6 +111,15 @@ TEST_F(RenderCommand, TellsFailuresByItsExitCode)
     EXPECT_EQ(fileNames(), std::set<std::string>{"in.wav"});
 }
 
+TEST_F(RenderCommand, DrawsThePictureOfAFileWhoseNameIsNoText)
+{
+    const std::string plain = writeAudio("in.wav", noise(1, 20000), kWav16).string();
+    const std::string odd = writeAudio("in\xFF\xE2\x82.wav", noise(1, 20000), kWav16).string();
+    ASSERT_EQ(run({plain, "--plot", at("a.png")}), 0);
+    ASSERT_EQ(run({odd, "--plot", at("b.png")}), 0);
+    EXPECT_GT(std::filesystem::file_size(at("b.png")), std::filesystem::file_size(at("a.png")) * 9 / 10);
+}
+
 // Coders write what they hold back when their file is closed.
 TEST_F(RenderCommand, NoticesWhenTheDiskIsFullAtTheVeryEnd)
 {
