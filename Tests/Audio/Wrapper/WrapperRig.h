@@ -130,10 +130,7 @@ private:
 class TestHost : public CAudioWrapper
 {
 public:
-    void setParameterAutomated(std::int32_t index, double norm) override
-    {
-        automated.emplace_back(index, norm);
-    }
+    void setParameterAutomated(std::int32_t, double) override {}
 
     // Stereo in and out at 48 kHz.
     void start(int channels = 2)
@@ -183,7 +180,6 @@ public:
         return output;
     }
 
-    std::vector<std::pair<std::int32_t, double>> automated;
     int processLevel = 2;
     std::optional<double> tempo;
     int ioChanges = 0;
