@@ -106,11 +106,16 @@ TEST_F(VizCollectorTest, KeepsOrderBetweenAnAudioThreadAndReaders)
         }
     }
     audio.join();
+    // A reader that was held up may have missed some; what comes afterwards arrives.
     viz_->take(got);
     viz_->beginBlock();
     viz_->take(got);
-    ASSERT_FALSE(got.empty());
-    EXPECT_EQ(got.back().timeSec, kCount - 1);
+    viz_->push(meterData(kCount));
+    viz_->beginBlock();
+    got.clear();
+    viz_->take(got);
+    ASSERT_EQ(got.size(), 1U);
+    EXPECT_EQ(got[0].timeSec, kCount);
 }
 
 TEST_F(VizCollectorTest, RefusesToStandWithoutItsObjects)
