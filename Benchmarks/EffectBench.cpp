@@ -26,12 +26,6 @@ struct Clock
     }
 };
 
-// One at a time, and gone when the benchmark is over: others build trees without an application.
-struct Product
-{
-    TestApplication application{deliveredTree()};
-};
-
 enum ELoad : int
 {
     kDefaults,
@@ -64,10 +58,12 @@ double nanoseconds(Clock::duration time)
     return static_cast<double>(time.count());
 }
 
+// The application ends with the benchmark: others build trees without one.
+//
 // Blocks and replays of one block's kernels take turns, so that both see the same machine.
 void wholeEffect(benchmark::State& state)
 {
-    const Product product;
+    const TestApplication application(deliveredTree());
     const std::unique_ptr<EffectHost> host = prepare(state);
     const auto count = static_cast<std::size_t>(state.range(1));
     const std::size_t channels = state.range(0) == kEightGroups ? 8 : 2;
@@ -118,7 +114,7 @@ BENCHMARK(wholeEffect)
 
 void makeInstance(benchmark::State& state)
 {
-    const Product product;
+    const TestApplication application(deliveredTree());
     for (auto _ : state) {
         EffectHost host;
         host.open(48000.0);
@@ -131,7 +127,7 @@ BENCHMARK(makeInstance)->Unit(benchmark::kMillisecond);
 // Heap of instances that have played, with everything on; the shared tree stands before.
 void instanceMemory(benchmark::State& state)
 {
-    const Product product;
+    const TestApplication application(deliveredTree());
     const auto used = [] {
         const auto info = mallinfo2();
         return static_cast<double>(info.uordblks + info.hblkhd);

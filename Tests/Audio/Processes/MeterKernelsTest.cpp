@@ -171,24 +171,6 @@ TEST(MeterKernels, GiveTheSameBitsHoweverTheInputIsCut)
     }
 }
 
-TEST(MeterKernels, ConvergeToTheAmplitudeOfASteadyInput)
-{
-    Meter meter({}, "meter", "metersub");
-    meter.feed(Signal(48000, -1.0));
-    EXPECT_NEAR(meter.read()[1], 1.0, 1e-12);
-    EXPECT_NEAR(meter.read()[2], 1.0, 1e-12);
-    Signal sine(48000);
-    for (std::size_t i = 0; i < sine.size(); ++i) {
-        sine[i] = std::sin(2.0 * std::numbers::pi * 1000.0 * static_cast<double>(i) / kRate);
-    }
-    Meter rms({.rmsSec = 0.3, .releaseSec = 0.0}, "meter", "metersub");
-    for (int second = 0; second < 5; ++second) {
-        rms.feed(sine);
-    }
-    EXPECT_NEAR(rms.read()[1], std::sqrt(0.5), 1e-3);
-    EXPECT_NEAR(rms.read()[2], 1.0, 1e-9) << "the peak is that of the samples";
-}
-
 TEST(MeterKernels, HoldAPeakForExactlyTheHistoryAndLetItFallInOneStep)
 {
     const MeterSetup setup{.history = 10, .frame = 100, .releaseSec = 0.0};

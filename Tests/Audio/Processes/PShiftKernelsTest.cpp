@@ -164,14 +164,6 @@ TEST(PShiftKernels, SplitEqualsWholeAndClearStartsAnew)
     }
 }
 
-TEST(PShiftKernels, IsSilentUntilAHeadMeetsWrittenSamples)
-{
-    PShiftRig rig(2000);
-    const Signal out = rig.process(Signal(2000, 1.0));
-    EXPECT_EQ(out.front(), 0.0);
-    EXPECT_NEAR(out[1500], 1.0, 1e-9);
-}
-
 TEST(PShiftKernels, ASampleThatIsNoNumberLeavesWithItsGrain)
 {
     constexpr int kGrain = 100;

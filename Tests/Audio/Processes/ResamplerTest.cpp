@@ -163,20 +163,6 @@ TEST(Decimator, KeepsItsGridOverChunksOfAnyLength)
     }
 }
 
-TEST(Decimator, GivesTwoSamplesAndThenOneForThreeAndThree)
-{
-    GraphFixture graph(
-        R"(<audio:process-def name="main"><audio:modDecimator name="a"/></audio:process-def>)");
-    const Channels input = noise(1, 6, 7);
-    Channels output(kMaxChannels);
-    graph.runBlock(input, 0, 3);
-    graph.collect(output);
-    EXPECT_EQ(output[0].size(), 2u);
-    graph.runBlock(input, 3, 3);
-    graph.collect(output);
-    EXPECT_EQ(output[0], (std::vector{input[0][0], input[0][2], input[0][4]}));
-}
-
 // Between the resamplers stands what cuts steps into pieces: a crossfade between two equal signals.
 const std::string kBetween =
     R"(<audio:modBypass name="between" is-smooth-update="true" xfade-length="0.004">)" +

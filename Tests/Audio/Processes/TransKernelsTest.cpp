@@ -112,24 +112,6 @@ TEST(TransKernels, EachCurveFollowsItsFormula)
     }
 }
 
-TEST(TransKernels, SplitEqualsWhole)
-{
-    const Signal in = test::beats(6000, 2);
-    for (const char* curve : kCurves) {
-        TransRig whole(0.5, 1.0, 0.02, 0.05);
-        TransRig split(0.5, 1.0, 0.02, 0.05);
-        EXPECT_TRUE(test::isSameBits(whole.process(curve, in), split.processSplit(curve, in))) << curve;
-    }
-    TransRig whole(0.5, 1.0, 0.02, 0.05);
-    TransRig split(0.5, 1.0, 0.02, 0.05);
-    Signal first(in.begin(), in.begin() + 1234);
-    Signal second(in.begin() + 1234, in.end());
-    first = split.processInPlace("transdecay", first);
-    second = split.processInPlace("transdecay", second);
-    first.insert(first.end(), second.begin(), second.end());
-    EXPECT_TRUE(test::isSameBits(whole.processInPlace("transdecay", in), first));
-}
-
 TEST(TransKernels, RestsAtTheFloorInSilenceAndUnderAConstantLevel)
 {
     for (const char* curve : kCurves) {
