@@ -41,29 +41,6 @@ TEST_F(RegistryPresets, HoldWhatIsStorableAndForTheHostWhatIsPersistentToo)
     EXPECT_EQ(instanceName_->getString(0, 0), "Kick");
 }
 
-TEST_F(RegistryPresets, ComeBackWithTheSameBytes)
-{
-    gain_->setValue(2, 0, 0, 7.5, context_);
-    dcName_->setString(1, 0, "A name", context_);
-    const Bytes stored = acquire(*master_);
-    gain_->setValue(0, 0, 0, 1.25, context_);
-    gain_->setValue(5, 0, 0, 1.25, context_);
-    dcName_->setString(1, 0, "Another", context_);
-    EXPECT_NE(acquire(*master_), stored);
-    CMemoryReader reader(stored);
-    ASSERT_OK(master_->activatePreset(reader, false));
-    EXPECT_EQ(acquire(*master_), stored);
-
-    const auto bank = [this] {
-        return bytesOf([this](COutputStream& stream) { return master_->acquireBank(false, stream, true); });
-    };
-    const Bytes storedBank = bank();
-    gain_->setValue(0, 0, 0, 3.0, context_);
-    CMemoryReader bankReader(storedBank);
-    ASSERT_OK(master_->activateBank(bankReader, true));
-    EXPECT_EQ(bank(), storedBank);
-}
-
 TEST_F(RegistryPresets, ReturnWhatTheyDoNotNameToDefaults)
 {
     edit(*gain_, 5.0);

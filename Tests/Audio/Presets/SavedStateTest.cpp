@@ -61,25 +61,6 @@ protected:
     }
 };
 
-TEST_F(SavedState, ComesBackInAFreshInstanceWithTheSameBytes)
-{
-    TestHost host;
-    bringUp(host);
-    furnish(host);
-    for (const bool isPreset : {false, true}) {
-        const CByteBuffer chunk = saved(host, isPreset);
-        TestHost other;
-        bringUp(other);
-        if (!isPreset) {
-            requireOk(other.getRegistry().setProgram(3));
-        }
-        ASSERT_OK(other.loadChunk(chunk.bytes(), isPreset, true));
-        expectFurnished(other);
-        EXPECT_EQ(paramOf(other, "instance-name").getString(0, 0), "Drum bus");
-        EXPECT_EQ(saved(other, isPreset), chunk) << "preset: " << isPreset;
-    }
-}
-
 // Files that version 1.1 has saved of the state above. What users have on their disks must stay readable, so
 // these files stay as they are; a new format gets new ones beside them.
 TEST_F(SavedState, OfEarlierVersionsStaysReadable)

@@ -90,14 +90,5 @@ TEST(CrunchAtkModule, RunsEachTypeAndKeepsTheGainOnAChange)
     }
 }
 
-TEST(CrunchModules, ResetReturnsToRest)
-{
-    const Signal in = test::beats(2000, 3);
-    test::ModuleGraph<CModCrunchRlsDef> graph({{"release", 1.0}, {"drive", 8.0}, {"inverse", 1.0}});
-    const Signal first = graph->run({in}, {256})[0];
-    graph->root().reset(0.0);
-    EXPECT_TRUE(test::isSameBits(graph->run({in}, {256})[0], first));
-}
-
 } // namespace
 } // namespace qel

@@ -1,5 +1,4 @@
 // Rates doubled and halved, and the chains of stages that do it.
-#include "AllocationGuard.h"
 #include "CGraphVisitor.h"
 #include "Kernels/CKernelRecording.h"
 #include "ProcessTestTree.h"
@@ -195,31 +194,6 @@ TEST(Resampler, ChangesBothEndsAtTheSameSample)
                     << i << " at latency " << latencySamples;
             }
         }
-    }
-}
-
-TEST(Resampler, TogglesWithoutTouchingTheHeap)
-{
-    if (!AllocationGuard::kCounts) {
-        GTEST_SKIP() << "nothing is counted in this build";
-    }
-    ResamplerGraph graph(resamplerTree(kUp + kDown));
-    const Channels input = noise(2, 64, 10);
-    std::size_t buffers = 0;
-    for (int block = 0; block < 120; ++block) {
-        const int round = block / 24;
-        if (block % 6 == 0) {
-            graph.set("mode", block / 6 % 4 + 1);
-        }
-        AllocationGuard guard;
-        graph.runBlock(input, 0, 64);
-        const AllocationCounts counts = guard.stop();
-        graph.discard();
-        if (round >= 2) {
-            EXPECT_EQ(counts.total(), 0u) << "block " << block;
-            EXPECT_EQ(graph.kernels().pool().slotsInUse(), buffers);
-        }
-        buffers = graph.kernels().pool().slotsInUse();
     }
 }
 

@@ -47,15 +47,5 @@ TEST(TransModule, RunsTheCurveItIsSetToAndStartsAnewOnAChange)
     }
 }
 
-TEST(TransModule, ResetForgetsTheSignal)
-{
-    const Signal in = test::beats(3000, 2);
-    test::ModuleGraph<CModTransDef> graph(
-        {{"sensefunc", 4.0}, {"sense", 0.0}, {"scale", 2.5}, {"time", 0.025}, {"decay-time", 0.08}});
-    const Signal first = graph->run({in}, {256})[0];
-    graph->root().reset(0.0);
-    EXPECT_TRUE(test::isSameBits(graph->run({in}, {256})[0], first));
-}
-
 } // namespace
 } // namespace qel
