@@ -5,7 +5,8 @@ caller_dir=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
 build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libpugixml-dev libcli11-dev libgtest-dev
-    libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev libkissfft-dev nlohmann-json3-dev)
+    libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev librsvg2-dev libfreetype-dev fonts-inter
+    libkissfft-dev nlohmann-json3-dev)
 # Effects of other makers, which the renderer must be able to host.
 test_packages=(dpf-plugins-vst)
 # What reads the reports, and recorded drums.
