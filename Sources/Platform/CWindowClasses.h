@@ -1,4 +1,4 @@
-// The window classes of the library's hidden windows.
+// The window classes of the library, for hidden windows and for those of the interface.
 #pragma once
 
 #include <string>
@@ -20,5 +20,17 @@ enum class WindowClass
 
 // Called when the library ends: Windows does not do it for a library that is unloaded. Safe after a failure.
 void unregisterWindowClasses();
+
+enum class InterfaceClass
+{
+    kNone,
+    kWindow, // windows of the interface
+    kBridge, // what a main window lies in, in a host's window
+};
+
+// Registers the classes of the windows that CSystemDisplay makes, "UIWindow" and "Bridge", at the first call;
+// further calls succeed at once. Must come before createWindow(). Returns 0 or the system's error number, and
+// in `outFailed` the class that failed. unregisterWindowClasses() takes them back.
+[[nodiscard]] int registerInterfaceClasses(InterfaceClass& outFailed);
 
 } // namespace qel::platform

@@ -12,4 +12,10 @@ int registerWindowClasses(const std::string& /*maker*/, const std::string& /*pro
 
 void unregisterWindowClasses() {}
 
+int registerInterfaceClasses(InterfaceClass& outFailed)
+{
+    outFailed = InterfaceClass::kNone;
+    return 0;
+}
+
 } // namespace qel::platform
