@@ -1,8 +1,8 @@
 // What the graph costs around its kernels: one block through a 40-process graph against the replay of the
 // kernel calls that the same block makes.
+#include "CKernelContext.h"
 #include "GraphFixture.h"
-#include "Kernels/CKernelContext.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 
 #include <benchmark/benchmark.h>
 

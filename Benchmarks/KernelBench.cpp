@@ -1,7 +1,7 @@
 // Time of each kernel, of submission around it, and of the same calls without it.
-#include "Kernels/CKernelContext.h"
-#include "Kernels/CKernelRecording.h"
-#include "Kernels/RealFft.h"
+#include "CKernelContext.h"
+#include "GraphHost/CKernelRecording.h"
+#include "RealFft.h"
 
 #include <benchmark/benchmark.h>
 

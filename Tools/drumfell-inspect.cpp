@@ -1,8 +1,8 @@
 // Inspector: prints any compiled file as readable text, or the live graph that a compiled tree defines.
+#include "CKernelContext.h"
 #include "GraphHost/CGraphHost.h"
 #include "GraphHost/CGraphPrinter.h"
 #include "Inspect/FileKinds.h"
-#include "Kernels/CKernelContext.h"
 #include "Streams/CFileReader.h"
 #include "TreeCompiler/ToolError.h"
 

@@ -33,18 +33,15 @@ target_compile_options(drumfell_warnings INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor>
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Werror>)
 
-# drumfell_layer(NAME [FOLDER folder] [WITHOUT folder] [LINKS layer...]): a static library of all sources below
-# Sources/FOLDER (NAME, where none is given) but for those of the layer in the folder WITHOUT. Its include root is that
-# folder, so a layer sees its own headers and those of the layers it links, and nothing else.
+# drumfell_layer(NAME [FOLDER folder] [LINKS layer...]): a static library of all sources below Sources/FOLDER (NAME,
+# where none is given). Its include root is that folder, so a layer sees its own headers and those of the layers it
+# links, and nothing else.
 function(drumfell_layer name)
-    cmake_parse_arguments(arg "" "FOLDER;WITHOUT" "LINKS" ${ARGN})
+    cmake_parse_arguments(arg "" "FOLDER" "LINKS" ${ARGN})
     if(NOT arg_FOLDER)
         set(arg_FOLDER ${name})
     endif()
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER}/*.cpp)
-    if(arg_WITHOUT)
-        list(FILTER sources EXCLUDE REGEX "/${arg_WITHOUT}/")
-    endif()
     if(WIN32)
         list(FILTER sources EXCLUDE REGEX "/Linux/")
     else()

@@ -1,9 +1,9 @@
 // Declarations of parameters in the tree.
-#include "CAudioParamAllocDef.h"
 #include "CAudioParamDef.h"
 #include "CAudioParamFilterDef.h"
-#include "CAudioParamRemapDef.h"
 #include "Converters/ConverterTree.h"
+#include "Definitions/CAudioParamAllocDef.h"
+#include "Definitions/CAudioParamRemapDef.h"
 
 namespace qel {
 namespace {

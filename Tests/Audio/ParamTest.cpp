@@ -1,8 +1,8 @@
 // One parameter on the control side: writes, defaults, saved form, listeners, recorders, filters, registries.
+#include "CAudioParamConverterReal.h"
 #include "CAudioParamDef.h"
 #include "CAudioParamFilterInvert.h"
 #include "CAudioParamListener.h"
-#include "Converters/CAudioParamConverterReal.h"
 #include "ParamInstance.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"

@@ -1,7 +1,7 @@
 // The kernel context as an object of the instance's tree.
 #include "CCreatorRegistry.h"
 #include "CDCDAWContextObject.h"
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 #include "TestTree.h"
 
 namespace qel {

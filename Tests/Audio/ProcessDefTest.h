@@ -1,10 +1,10 @@
 // Trees of process definitions for tests.
 #pragma once
 
-#include "CAudioProcessBypassStateDef.h"
-#include "CAudioProcessDef.h"
-#include "CAudioProcessLinkDef.h"
 #include "CCreatorRegistry.h"
+#include "Definitions/CAudioProcessBypassStateDef.h"
+#include "Definitions/CAudioProcessDef.h"
+#include "Definitions/CAudioProcessLinkDef.h"
 #include "TestTree.h"
 
 namespace qel::test {

@@ -1,7 +1,7 @@
 // Presets as XML: what is refused, and that nothing is lost on the way to XML and back.
 #include "ToolTestSupport.h"
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 #include "PresetCompiler/CPresetCompiler.h"
 #include "PresetCompiler/PresetDecompiler.h"
 #include "TreeCompiler/ToolError.h"

@@ -2,11 +2,12 @@
 #include "GraphHost/CGraphHost.h"
 
 #include "CAudioParam.h"
-#include "CAudioProcessDefBase.h"
+#include "CAudioVizCollector.h"
 #include "CDCDAWContextObject.h"
+#include "CKernelContext.h"
 #include "CNodeCursor.h"
 #include "CreatorTable.h"
-#include "Kernels/CKernelContext.h"
+#include "Definitions/CAudioProcessDefBase.h"
 
 #include <algorithm>
 #include <cstring>
@@ -61,7 +62,8 @@ CGraphHost::CGraphHost(const CTreeNode& sharedTree, const Options& options) : CG
     CObject::setSharedObject(shared_);
     load(*shared_, sharedTree);
     makeInstance();
-    graph_ = std::make_unique<CAudioGraph>(CAudioGraph{kernels(), params(), {}, {}, 0.0});
+    auto* visual = dynamic_cast<CAudioVizCollector*>(instance_->findObject("plugin.viz-collector"));
+    graph_ = std::make_unique<CAudioGraph>(CAudioGraph{kernels(), params(), {}, {}, visual});
     const auto* def = dynamic_cast<const CAudioProcessDefBase*>(shared_->findObject(options.definition));
     if (!def) {
         throw std::runtime_error("The tree has no process definition '" + options.definition + "'.");

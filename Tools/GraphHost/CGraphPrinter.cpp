@@ -2,7 +2,7 @@
 #include "GraphHost/CGraphPrinter.h"
 
 #include "CAudioProcessBase.h"
-#include "CAudioProcessDefBase.h"
+#include "Definitions/CAudioProcessDefBase.h"
 
 #include <ostream>
 

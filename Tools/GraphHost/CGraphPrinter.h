@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CGraphVisitor.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 
 #include <iosfwd>
 #include <string>

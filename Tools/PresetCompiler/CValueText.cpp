@@ -1,8 +1,8 @@
 // The values of a parameter as one line of text.
 #include "PresetCompiler/CValueText.h"
 
-#include "Converters/CAudioParamConverterEnum.h"
-#include "Converters/CAudioParamConverterGain.h"
+#include "CAudioParamConverterEnum.h"
+#include "CAudioParamConverterGain.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,7 +1,7 @@
 // Bandwidths in octaves.
-#include "Converters/CAudioParamConverterBW.h"
+#include "CAudioParamConverterBW.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // Bandwidths in octaves.
 #pragma once
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 namespace qel {
 

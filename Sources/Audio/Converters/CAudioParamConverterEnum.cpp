@@ -1,7 +1,7 @@
 // States with names.
-#include "Converters/CAudioParamConverterEnum.h"
+#include "CAudioParamConverterEnum.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 #include "NumberSyntax.h"
 
 namespace qel {

@@ -1,7 +1,7 @@
 // States with names.
 #pragma once
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 #include <vector>
 

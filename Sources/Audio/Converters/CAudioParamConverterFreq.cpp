@@ -1,7 +1,7 @@
 // Frequencies in Hz.
-#include "Converters/CAudioParamConverterFreq.h"
+#include "CAudioParamConverterFreq.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 
 namespace qel {
 

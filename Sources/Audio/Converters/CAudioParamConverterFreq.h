@@ -1,7 +1,7 @@
 // Frequencies in Hz.
 #pragma once
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 namespace qel {
 

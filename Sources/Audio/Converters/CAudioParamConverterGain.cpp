@@ -1,7 +1,7 @@
 // Linear gain factors, shown in dB.
-#include "Converters/CAudioParamConverterGain.h"
+#include "CAudioParamConverterGain.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 #include "Math/Elementary.h"
 
 namespace qel {

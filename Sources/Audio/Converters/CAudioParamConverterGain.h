@@ -1,7 +1,7 @@
 // Linear gain factors, shown in dB.
 #pragma once
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 namespace qel {
 

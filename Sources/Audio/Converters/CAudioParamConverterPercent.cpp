@@ -1,7 +1,7 @@
 // Fractions, shown in per cent.
-#include "Converters/CAudioParamConverterPercent.h"
+#include "CAudioParamConverterPercent.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // Fractions, shown in per cent.
 #pragma once
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 namespace qel {
 

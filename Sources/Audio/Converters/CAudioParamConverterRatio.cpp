@@ -1,7 +1,7 @@
 // Compression ratios "a:b".
-#include "Converters/CAudioParamConverterRatio.h"
+#include "CAudioParamConverterRatio.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 
 #include <cmath>
 #include <optional>

@@ -1,7 +1,7 @@
 // Compression ratios "a:b".
 #pragma once
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 namespace qel {
 

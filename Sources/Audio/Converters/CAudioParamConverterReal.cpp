@@ -1,7 +1,7 @@
 // Plain numbers.
-#include "Converters/CAudioParamConverterReal.h"
+#include "CAudioParamConverterReal.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 
 namespace qel {
 

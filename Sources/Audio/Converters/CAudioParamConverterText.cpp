@@ -1,5 +1,5 @@
 // Strings.
-#include "Converters/CAudioParamConverterText.h"
+#include "CAudioParamConverterText.h"
 
 #include "CAudioParamData.h"
 

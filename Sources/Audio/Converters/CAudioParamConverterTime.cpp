@@ -1,7 +1,7 @@
 // Times, shown in display units of `scale` seconds.
-#include "Converters/CAudioParamConverterTime.h"
+#include "CAudioParamConverterTime.h"
 
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // Times, shown in display units of `scale` seconds.
 #pragma once
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Base of the filter generators.
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 namespace qel {
 

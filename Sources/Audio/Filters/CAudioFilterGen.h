@@ -1,8 +1,8 @@
 // Base of the filter generators.
 #pragma once
 
+#include "CFilterSection.h"
 #include "CObject.h"
-#include "Filters/CFilterSection.h"
 
 #include <span>
 

@@ -1,5 +1,5 @@
 // Filter generators by number.
-#include "Filters/CAudioFilterGenArray.h"
+#include "CAudioFilterGenArray.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // Filter generators by number.
 #pragma once
 
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 #include <vector>
 

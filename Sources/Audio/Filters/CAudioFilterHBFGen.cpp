@@ -1,5 +1,5 @@
 // Half-band filters with given coefficients.
-#include "Filters/CAudioFilterHBFGen.h"
+#include "CAudioFilterHBFGen.h"
 
 #include "NumberSyntax.h"
 

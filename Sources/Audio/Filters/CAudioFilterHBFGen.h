@@ -1,7 +1,7 @@
 // Half-band filters with given coefficients.
 #pragma once
 
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // First-order low-pass and high-pass filters, up to four in a row.
-#include "Filters/CAudioFilterLPHP1Gen.h"
+#include "CAudioFilterLPHP1Gen.h"
 
-#include "Kernels/OnePoleGain.h"
+#include "OnePoleGain.h"
 
 namespace qel {
 

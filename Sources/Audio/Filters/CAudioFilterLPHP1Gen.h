@@ -1,7 +1,7 @@
 // First-order low-pass and high-pass filters, up to four in a row.
 #pragma once
 
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Peaking filter with the gain and bandwidth of its analogue model.
-#include "Filters/CAudioFilterMagnusGen.h"
+#include "CAudioFilterMagnusGen.h"
 
 #include "Math/Elementary.h"
 

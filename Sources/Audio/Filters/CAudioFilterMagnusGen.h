@@ -1,7 +1,7 @@
 // Peaking filter with the gain and bandwidth of its analogue model.
 #pragma once
 
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 namespace qel {
 

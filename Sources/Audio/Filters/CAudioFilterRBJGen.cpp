@@ -1,5 +1,5 @@
 // Second-order filters of the Audio EQ Cookbook.
-#include "Filters/CAudioFilterRBJGen.h"
+#include "CAudioFilterRBJGen.h"
 
 #include "Math/Elementary.h"
 

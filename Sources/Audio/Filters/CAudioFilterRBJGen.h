@@ -1,7 +1,7 @@
 // Second-order filters of the Audio EQ Cookbook.
 #pragma once
 
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Filter generators whose tags are known and whose filters do not exist.
-#include "Filters/CAudioFilterReservedGens.h"
+#include "CAudioFilterReservedGens.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // Filter generators whose tags are known and whose filters do not exist.
 #pragma once
 
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Filters made of other filters in a row.
-#include "Filters/CAudioFilterSerialGen.h"
+#include "CAudioFilterSerialGen.h"
 
 #include "NumberSyntax.h"
 

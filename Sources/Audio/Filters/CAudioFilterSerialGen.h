@@ -1,7 +1,7 @@
 // Filters made of other filters in a row.
 #pragma once
 
-#include "Filters/CAudioFilterGen.h"
+#include "CAudioFilterGen.h"
 
 #include <vector>
 

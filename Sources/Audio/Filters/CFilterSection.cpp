@@ -1,5 +1,5 @@
 // One stage of a filter cascade.
-#include "Filters/CFilterSection.h"
+#include "CFilterSection.h"
 
 #include <algorithm>
 #include <limits>

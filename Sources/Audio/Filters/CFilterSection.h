@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CInlineArray.h"
-#include "Kernels/WellKnownKernels.h"
+#include "WellKnownKernels.h"
 
 namespace qel {
 

@@ -1,6 +1,6 @@
 // A chain of six first-order all-pass sections, one half of a Hilbert pair.
-#include "Kernels/KernelFamilies.h"
-#include "Kernels/Unrolled.h"
+#include "KernelFamilies.h"
+#include "Unrolled.h"
 
 #include <algorithm>
 

@@ -1,5 +1,5 @@
 // Second-order sections in Direct Form II.
-#include "Kernels/KernelFamilies.h"
+#include "KernelFamilies.h"
 
 namespace qel {
 

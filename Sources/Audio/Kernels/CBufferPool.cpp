@@ -1,5 +1,5 @@
 // The pool of sample and state buffers of one plug-in instance.
-#include "Kernels/CBufferPool.h"
+#include "CBufferPool.h"
 
 #include <new>
 

@@ -1,7 +1,7 @@
 // The pool of sample and state buffers of one plug-in instance.
 #pragma once
 
-#include "Kernels/CBufferRef.h"
+#include "CBufferRef.h"
 
 #include <array>
 #include <bit>

@@ -1,7 +1,7 @@
 // What a kernel is, and what it is given when it runs.
 #pragma once
 
-#include "Kernels/CBufferRef.h"
+#include "CBufferRef.h"
 
 #include <cstddef>
 #include <cstdint>

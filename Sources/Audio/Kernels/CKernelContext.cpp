@@ -1,5 +1,5 @@
 // The engine of one plug-in instance that runs all signal arithmetic.
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // The engine of one plug-in instance that runs all signal arithmetic.
 #pragma once
 
-#include "Kernels/CBufferPool.h"
-#include "Kernels/CKernelCall.h"
-#include "Kernels/CKernelRegistry.h"
-#include "Kernels/WellKnownKernels.h"
+#include "CBufferPool.h"
+#include "CKernelCall.h"
+#include "CKernelRegistry.h"
+#include "WellKnownKernels.h"
 
 #include <algorithm>
 #include <initializer_list>

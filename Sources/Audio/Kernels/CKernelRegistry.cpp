@@ -1,5 +1,5 @@
 // The kernels known to one context, by name.
-#include "Kernels/CKernelRegistry.h"
+#include "CKernelRegistry.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The kernels known to one context, by name.
 #pragma once
 
-#include "Kernels/CKernelCall.h"
+#include "CKernelCall.h"
 
 #include <array>
 #include <cstddef>

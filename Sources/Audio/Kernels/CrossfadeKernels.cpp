@@ -1,6 +1,6 @@
 // Raised-cosine crossfade, driven by a two-multiply oscillator.
-#include "Kernels/KernelFamilies.h"
-#include "Kernels/KernelMath.h"
+#include "KernelFamilies.h"
+#include "KernelMath.h"
 
 namespace qel {
 

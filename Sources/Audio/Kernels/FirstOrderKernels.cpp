@@ -1,6 +1,6 @@
 // Chains of one to four equal one-pole low-passes or high-passes.
-#include "Kernels/KernelFamilies.h"
-#include "Kernels/Unrolled.h"
+#include "KernelFamilies.h"
+#include "Unrolled.h"
 
 namespace qel {
 

@@ -1,6 +1,6 @@
 // Two-path polyphase all-pass half-band filters of order 2 to 16.
-#include "Kernels/KernelFamilies.h"
-#include "Kernels/Unrolled.h"
+#include "KernelFamilies.h"
+#include "Unrolled.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // The tables of the kernels that every context has.
 #pragma once
 
-#include "Kernels/CKernelCall.h"
+#include "CKernelCall.h"
 
 #include <span>
 

@@ -1,5 +1,5 @@
 // Noise of +-1e-11, which keeps the recursive stages behind it out of the denormal range.
-#include "Kernels/KernelFamilies.h"
+#include "KernelFamilies.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // Discrete Fourier transform of real signals.
-#include "Kernels/RealFft.h"
+#include "RealFft.h"
 
-#include "Kernels/KernelMath.h"
+#include "KernelMath.h"
 
 #include <bit>
 #include <utility>

@@ -1,5 +1,5 @@
 // Factors of two in rate, and mid/side.
-#include "Kernels/KernelFamilies.h"
+#include "KernelFamilies.h"
 
 namespace qel {
 

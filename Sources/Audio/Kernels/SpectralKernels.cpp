@@ -13,8 +13,8 @@
 // A filter spectrum is the transform of B taps followed by B zeros. The count's low 24 bits are a number of
 // bins and the scalar the first of them, so that the work of a block can be spread over several calls; the
 // top 8 bits are log2 L. Bins beyond L / 2 are ignored.
-#include "Kernels/KernelFamilies.h"
-#include "Kernels/RealFft.h"
+#include "KernelFamilies.h"
+#include "RealFft.h"
 
 #include <algorithm>
 

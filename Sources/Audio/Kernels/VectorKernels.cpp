@@ -1,7 +1,7 @@
 // Vector arithmetic: each output sample from the samples at the same place in the inputs.
 //
 // The output may be any of the input signals; spans that overlap in part are defined for `copy` only.
-#include "Kernels/KernelFamilies.h"
+#include "KernelFamilies.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // The kernels that modules reach without a look-up.
-#include "Kernels/WellKnownKernels.h"
+#include "WellKnownKernels.h"
 
-#include "Kernels/CKernelContext.h"
-#include "Kernels/KernelFamilies.h"
+#include "CKernelContext.h"
+#include "KernelFamilies.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // The state record of a kernel, in a pool buffer.
 #pragma once
 
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
 #include <new>
 

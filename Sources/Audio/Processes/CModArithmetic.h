@@ -1,8 +1,8 @@
 // Modules without parameters that are one kernel each.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,8 +1,8 @@
 // Switch between the processed and the unprocessed signal.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Attack of the compressor.
-#include "Processes/CModCrunchAtk.h"
+#include "CModCrunchAtk.h"
 
 #include <algorithm>
 

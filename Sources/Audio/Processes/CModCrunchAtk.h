@@ -1,10 +1,10 @@
 // Attack of the compressor.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
-#include "Processes/CKernelState.h"
-#include "Processes/CrunchKernels.h"
+#include "CKernelState.h"
+#include "CrunchKernels.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Release of the compressor.
-#include "Processes/CModCrunchRls.h"
+#include "CModCrunchRls.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // Halves the sample rate.
-#include "Processes/CModDecimator.h"
+#include "CModDecimator.h"
 
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
 namespace qel {
 

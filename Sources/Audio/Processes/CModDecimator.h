@@ -1,8 +1,8 @@
 // Halves the sample rate.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessBase.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,9 +1,9 @@
 // Noise against denormals, added at the head of the graph.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
-#include "Processes/CNoiseSource.h"
+#include "CNoiseSource.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // A chain of filter bands.
-#include "Processes/CModFilter.h"
+#include "CModFilter.h"
 
 #include <algorithm>
 #include <cmath>

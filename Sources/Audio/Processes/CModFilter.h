@@ -1,9 +1,9 @@
 // A chain of filter bands.
 #pragma once
 
-#include "CAudioModuleDef.h"
+#include "CAudioFilterGenArray.h"
 #include "CAudioProcessTerminal.h"
-#include "Filters/CAudioFilterGenArray.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

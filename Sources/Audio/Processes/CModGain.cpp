@@ -1,5 +1,5 @@
 // Gain with mute.
-#include "Processes/CModGain.h"
+#include "CModGain.h"
 
 #include <cmath>
 #include <limits>

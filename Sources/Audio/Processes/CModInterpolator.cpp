@@ -1,7 +1,7 @@
 // Doubles the sample rate.
-#include "Processes/CModInterpolator.h"
+#include "CModInterpolator.h"
 
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Links the levels of a group's channels.
-#include "Processes/CModLeveler.h"
+#include "CModLeveler.h"
 
 #include "CAudioSum.h"
 

@@ -1,8 +1,8 @@
 // Links the levels of a group's channels.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,8 +1,8 @@
 // Left and right to mid and side, and back.
-#include "Processes/CModMSCoder.h"
+#include "CModMSCoder.h"
 
-#include "Kernels/CKernelContext.h"
-#include "Processes/ParamRounding.h"
+#include "CKernelContext.h"
+#include "ParamRounding.h"
 
 #include <array>
 

@@ -1,8 +1,8 @@
 // Left and right to mid and side, and back.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessBase.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,9 +1,8 @@
 // Level meters beside the signal chain.
-#include "Processes/CModMeter.h"
+#include "CModMeter.h"
 
 #include "CAudioEnv.h"
 #include "CAudioGraph.h"
-#include "CAudioParamCollector.h"
 #include "CAudioVizCollector.h"
 
 #include <algorithm>
@@ -161,7 +160,7 @@ void CModMeterModule::emit()
 CError CModMeter::init()
 {
     QEL_TRY(CAudioProcessTerminalBase::init(), fullName());
-    target_.collector = dynamic_cast<CAudioVizCollector*>(graph().params.findObject("^viz-collector"));
+    target_.collector = graph().visual;
     if (target_.collector) {
         target_.source = target_.collector->registerSource(fullName());
         target_.framesPerSec = target_.collector->getEnv().getVizFps();

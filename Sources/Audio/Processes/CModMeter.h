@@ -1,10 +1,10 @@
 // Level meters beside the signal chain.
 #pragma once
 
-#include "CAudioProcessDefBase.h"
 #include "CAudioProcessTerminalBase.h"
-#include "Processes/CKernelState.h"
-#include "Processes/MeterKernels.h"
+#include "CKernelState.h"
+#include "Definitions/CAudioProcessDefBase.h"
+#include "MeterKernels.h"
 
 namespace qel {
 

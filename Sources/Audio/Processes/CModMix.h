@@ -1,8 +1,8 @@
 // Balance between two inputs.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

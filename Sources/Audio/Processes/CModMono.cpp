@@ -1,5 +1,5 @@
 // All channels become their mean.
-#include "Processes/CModMono.h"
+#include "CModMono.h"
 
 #include "CAudioSum.h"
 

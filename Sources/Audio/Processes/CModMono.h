@@ -1,8 +1,8 @@
 // All channels become their mean.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessBase.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

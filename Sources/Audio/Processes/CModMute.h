@@ -1,9 +1,9 @@
 // Mute.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
-#include "Processes/CNoiseSource.h"
+#include "CNoiseSource.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // A point where streams meet and part.
-#include "Processes/CModNode.h"
+#include "CModNode.h"
 
 namespace qel {
 

@@ -1,8 +1,8 @@
 // A point where streams meet and part.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessBase.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

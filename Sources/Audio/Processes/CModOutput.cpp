@@ -1,7 +1,7 @@
 // The end of the graph: streams become the host's samples.
-#include "Processes/CModOutput.h"
+#include "CModOutput.h"
 
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // The end of the graph: streams become the host's samples.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessBase.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // Sub-harmonic shifter.
-#include "Processes/CModPShift.h"
+#include "CModPShift.h"
 
 #include <algorithm>
 

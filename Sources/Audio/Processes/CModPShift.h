@@ -1,10 +1,10 @@
 // Sub-harmonic shifter.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
-#include "Processes/CKernelState.h"
-#include "Processes/PShiftKernels.h"
+#include "CKernelState.h"
+#include "Definitions/CAudioModuleDef.h"
+#include "PShiftKernels.h"
 
 namespace qel {
 

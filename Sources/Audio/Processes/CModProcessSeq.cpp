@@ -1,8 +1,8 @@
 // Processes in a row, of which a run works.
-#include "Processes/CModProcessSeq.h"
+#include "CModProcessSeq.h"
 
-#include "CAudioProcessDefBase.h"
 #include "CGraphVisitor.h"
+#include "Definitions/CAudioProcessDefBase.h"
 
 namespace qel {
 

@@ -1,8 +1,8 @@
 // One of several processes in one place of the graph.
-#include "Processes/CModProcessSwitch.h"
+#include "CModProcessSwitch.h"
 
 #include "NumberSyntax.h"
-#include "Processes/ParamRounding.h"
+#include "ParamRounding.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // One of several processes in one place of the graph.
 #pragma once
 
-#include "CAudioProcessDefBase.h"
-#include "Processes/CModProcessSeq.h"
+#include "CModProcessSeq.h"
+#include "Definitions/CAudioProcessDefBase.h"
 
 namespace qel {
 

@@ -1,8 +1,8 @@
 // Raises or lowers the sample rate by 1, 2, 4 or 8.
-#include "Processes/CModResampler.h"
+#include "CModResampler.h"
 
-#include "CAudioProcessDefBase.h"
-#include "Processes/ParamRounding.h"
+#include "Definitions/CAudioProcessDefBase.h"
+#include "ParamRounding.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Raises or lowers the sample rate by 1, 2, 4 or 8.
 #pragma once
 
-#include "Processes/CModProcessSeq.h"
+#include "CModProcessSeq.h"
 
 namespace qel {
 

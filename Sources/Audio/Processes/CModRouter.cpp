@@ -1,8 +1,8 @@
 // Connects the host's channels with the internal ones.
-#include "Processes/CModRouter.h"
+#include "CModRouter.h"
 
 #include "CAudioSum.h"
-#include "Processes/ParamRounding.h"
+#include "ParamRounding.h"
 
 #include <algorithm>
 

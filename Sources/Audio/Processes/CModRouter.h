@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CAudioProcessBase.h"
-#include "CAudioProcessDefBase.h"
+#include "Definitions/CAudioProcessDefBase.h"
 
 #include <array>
 

@@ -1,5 +1,5 @@
 // Saturator.
-#include "Processes/CModSatDRF.h"
+#include "CModSatDRF.h"
 
 namespace qel {
 

@@ -1,10 +1,10 @@
 // Saturator.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
-#include "Processes/CKernelState.h"
-#include "Processes/SatDRFKernels.h"
+#include "CKernelState.h"
+#include "Definitions/CAudioModuleDef.h"
+#include "SatDRFKernels.h"
 
 namespace qel {
 

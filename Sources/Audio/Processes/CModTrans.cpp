@@ -1,5 +1,5 @@
 // Transient detector.
-#include "Processes/CModTrans.h"
+#include "CModTrans.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // Transient detector.
 #pragma once
 
-#include "CAudioModuleDef.h"
 #include "CAudioProcessTerminal.h"
-#include "Processes/CKernelState.h"
-#include "Processes/TransKernels.h"
+#include "CKernelState.h"
+#include "Definitions/CAudioModuleDef.h"
+#include "TransKernels.h"
 
 #include <array>
 

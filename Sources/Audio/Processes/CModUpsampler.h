@@ -1,8 +1,8 @@
 // Raises the sample rate by 1, 2, 4 or 8.
 #pragma once
 
-#include "CAudioModuleDef.h"
-#include "Processes/CModResampler.h"
+#include "CModResampler.h"
+#include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // The inaudible noise that keeps recursive stages clear of denormals.
-#include "Processes/CNoiseSource.h"
+#include "CNoiseSource.h"
 
 #include <atomic>
 #include <cstring>

@@ -1,7 +1,7 @@
 // The inaudible noise that keeps recursive stages clear of denormals.
 #pragma once
 
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
 namespace qel {
 

@@ -1,6 +1,6 @@
 // Kernels of the compressor's attack: a gain that jumps becomes one that moves.
-#include "Kernels/OnePoleGain.h"
-#include "Processes/CrunchKernels.h"
+#include "CrunchKernels.h"
+#include "OnePoleGain.h"
 
 #include <algorithm>
 #include <numbers>

@@ -1,7 +1,7 @@
 // Kernels of the compressor's envelope: a release and an attack.
 #pragma once
 
-#include "Kernels/CKernelCall.h"
+#include "CKernelCall.h"
 
 #include <cstddef>
 #include <cstdint>

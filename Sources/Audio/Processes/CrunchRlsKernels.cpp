@@ -1,6 +1,6 @@
 // Kernels of the compressor's release: a level becomes a gain.
-#include "Kernels/OnePoleGain.h"
-#include "Processes/CrunchKernels.h"
+#include "CrunchKernels.h"
+#include "OnePoleGain.h"
 
 #include <cmath>
 #include <numbers>

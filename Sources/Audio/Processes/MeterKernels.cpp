@@ -1,9 +1,9 @@
 // Level measurement: the state of a meter and the kernels that work on it.
-#include "Processes/MeterKernels.h"
+#include "MeterKernels.h"
 
-#include "Kernels/KernelMath.h"
-#include "Kernels/OnePoleGain.h"
+#include "KernelMath.h"
 #include "Math/Elementary.h"
+#include "OnePoleGain.h"
 
 #include <algorithm>
 #include <cmath>

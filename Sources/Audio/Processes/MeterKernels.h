@@ -1,7 +1,7 @@
 // Level measurement: the state of a meter and the kernels that work on it.
 #pragma once
 
-#include "Kernels/CKernelCall.h"
+#include "CKernelCall.h"
 
 #include <cstdint>
 #include <span>

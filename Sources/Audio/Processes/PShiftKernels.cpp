@@ -1,5 +1,5 @@
 // Kernels of the sub-harmonic shifter.
-#include "Processes/PShiftKernels.h"
+#include "PShiftKernels.h"
 
 #include "Math/Elementary.h"
 

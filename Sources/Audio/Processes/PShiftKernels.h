@@ -1,7 +1,7 @@
 // Kernels of the sub-harmonic shifter.
 #pragma once
 
-#include "Kernels/CKernelCall.h"
+#include "CKernelCall.h"
 
 #include <cstddef>
 #include <cstdint>

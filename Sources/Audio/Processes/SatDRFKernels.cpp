@@ -1,8 +1,8 @@
 // Kernels of the saturator.
-#include "Processes/SatDRFKernels.h"
+#include "SatDRFKernels.h"
 
-#include "Kernels/OnePoleGain.h"
-#include "Kernels/Unrolled.h"
+#include "OnePoleGain.h"
+#include "Unrolled.h"
 
 #include <cmath>
 #include <numbers>

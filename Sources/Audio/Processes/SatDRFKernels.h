@@ -1,7 +1,7 @@
 // Kernels of the saturator.
 #pragma once
 
-#include "Kernels/CKernelCall.h"
+#include "CKernelCall.h"
 
 #include <cstdint>
 #include <span>

@@ -1,7 +1,7 @@
 // Kernels of the transient detector.
-#include "Processes/TransKernels.h"
+#include "TransKernels.h"
 
-#include "Kernels/OnePoleGain.h"
+#include "OnePoleGain.h"
 
 #include <cmath>
 #include <numbers>

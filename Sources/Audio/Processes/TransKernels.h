@@ -1,7 +1,7 @@
 // Kernels of the transient detector.
 #pragma once
 
-#include "Kernels/CKernelCall.h"
+#include "CKernelCall.h"
 
 #include <span>
 

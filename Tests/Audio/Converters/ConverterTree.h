@@ -1,17 +1,17 @@
 // A shared tree with converters, and declarations of one element, for tests of what works on parameters.
 #pragma once
 
+#include "CAudioParamConverterBW.h"
+#include "CAudioParamConverterEnum.h"
+#include "CAudioParamConverterFreq.h"
+#include "CAudioParamConverterGain.h"
+#include "CAudioParamConverterPercent.h"
+#include "CAudioParamConverterRatio.h"
+#include "CAudioParamConverterReal.h"
+#include "CAudioParamConverterText.h"
+#include "CAudioParamConverterTime.h"
 #include "CAudioParamInfo.h"
 #include "CCreatorRegistry.h"
-#include "Converters/CAudioParamConverterBW.h"
-#include "Converters/CAudioParamConverterEnum.h"
-#include "Converters/CAudioParamConverterFreq.h"
-#include "Converters/CAudioParamConverterGain.h"
-#include "Converters/CAudioParamConverterPercent.h"
-#include "Converters/CAudioParamConverterRatio.h"
-#include "Converters/CAudioParamConverterReal.h"
-#include "Converters/CAudioParamConverterText.h"
-#include "Converters/CAudioParamConverterTime.h"
 #include "TestTree.h"
 
 namespace qel::test {

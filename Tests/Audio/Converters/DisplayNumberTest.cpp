@@ -1,5 +1,5 @@
 // Numbers as users read and type them.
-#include "Converters/DisplayNumber.h"
+#include "DisplayNumber.h"
 
 #include <gtest/gtest.h>
 

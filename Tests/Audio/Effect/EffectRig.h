@@ -2,7 +2,7 @@
 #pragma once
 
 #include "../Wrapper/WrapperRig.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 
 #include <cmath>
 #include <complex>

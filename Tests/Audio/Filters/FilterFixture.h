@@ -1,8 +1,8 @@
 // Filter generators from the delivered tree, and what their sections do to a sine.
 #pragma once
 
+#include "CAudioFilterGen.h"
 #include "CreatorTable.h"
-#include "Filters/CAudioFilterGen.h"
 #include "TestTree.h"
 #include "TreeCompiler/CTreeCompiler.h"
 

@@ -1,6 +1,6 @@
 // Filter generators: the delivered tree, stability, and what fails to load.
+#include "CAudioFilterGenArray.h"
 #include "FilterFixture.h"
-#include "Filters/CAudioFilterGenArray.h"
 
 namespace qel {
 namespace {

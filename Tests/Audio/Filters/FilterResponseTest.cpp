@@ -1,6 +1,6 @@
 // What the delivered filters do to the spectrum.
+#include "CAudioFilterGenArray.h"
 #include "FilterFixture.h"
-#include "Filters/CAudioFilterGenArray.h"
 
 #include <array>
 

@@ -2,7 +2,7 @@
 #include "../Processes/ProcessTestTree.h"
 #include "CTrace.h"
 #include "GraphHost/CGraphPrinter.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Crossfades from one module instance to the next, and the simple modules.
 #include "GraphFixture.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Kernels/CBufferPool.h"
+#include "CBufferPool.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
+#include "GraphHost/CKernelRecording.h"
 #include "KernelRig.h"
-#include "Kernels/CKernelRecording.h"
 
 #include <gtest/gtest.h>
 

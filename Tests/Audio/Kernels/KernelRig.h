@@ -1,7 +1,7 @@
 // A kernel context and the buffers that a kernel test needs.
 #pragma once
 
-#include "Kernels/CKernelContext.h"
+#include "CKernelContext.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,5 +1,5 @@
 #include "KernelRig.h"
-#include "Kernels/RealFft.h"
+#include "RealFft.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // What the product is delivered with: the factory bank and the lists of the two smaller registries.
 #include "ProductInstance.h"
 
-#include "Converters/CAudioParamConverter.h"
+#include "CAudioParamConverter.h"
 
 namespace qel::test {
 namespace {

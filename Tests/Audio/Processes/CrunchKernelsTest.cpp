@@ -1,4 +1,4 @@
-#include "Processes/CrunchKernels.h"
+#include "CrunchKernels.h"
 
 #include "StateRig.h"
 

@@ -1,6 +1,6 @@
+#include "CModCrunchAtk.h"
+#include "CModCrunchRls.h"
 #include "ModuleGraph.h"
-#include "Processes/CModCrunchAtk.h"
-#include "Processes/CModCrunchRls.h"
 #include "StateRig.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "Processes/CModLeveler.h"
+#include "CModLeveler.h"
 
 #include "../Kernels/KernelRig.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 #include "ModuleGraph.h"
 
 #include <cmath>

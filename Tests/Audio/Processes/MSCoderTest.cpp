@@ -1,5 +1,5 @@
 // Mid and side.
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 #include "ProcessTestTree.h"
 
 #include <gtest/gtest.h>

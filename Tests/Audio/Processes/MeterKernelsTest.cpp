@@ -1,5 +1,5 @@
 // Level meters against plain loops and closed forms.
-#include "Processes/MeterKernels.h"
+#include "MeterKernels.h"
 #include "../Kernels/KernelRig.h"
 
 #include <cmath>

@@ -1,9 +1,9 @@
 // The filter module in a graph: what it does to a signal, and what it does when something changes.
-#include "Processes/CModFilter.h"
+#include "CModFilter.h"
 
 #include "../Filters/FilterFixture.h"
 #include "AllocationGuard.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 #include "ProcessTestTree.h"
 
 #include <algorithm>

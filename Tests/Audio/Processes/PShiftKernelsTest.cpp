@@ -1,4 +1,4 @@
-#include "Processes/PShiftKernels.h"
+#include "PShiftKernels.h"
 
 #include "StateRig.h"
 

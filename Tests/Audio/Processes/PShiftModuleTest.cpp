@@ -1,5 +1,5 @@
+#include "CModPShift.h"
 #include "ModuleGraph.h"
-#include "Processes/CModPShift.h"
 #include "StateRig.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // One of several processes in one place.
 #include "AllocationGuard.h"
-#include "Kernels/CKernelRecording.h"
+#include "CModProcessSwitch.h"
+#include "GraphHost/CKernelRecording.h"
 #include "ProcessTestTree.h"
-#include "Processes/CModProcessSwitch.h"
 
 #include <gtest/gtest.h>
 

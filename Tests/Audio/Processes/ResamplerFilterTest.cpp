@@ -1,8 +1,8 @@
 // Resamplers with the half-band filters that are delivered.
 #include "AllocationGuard.h"
+#include "CModDownsampler.h"
+#include "CModUpsampler.h"
 #include "ProcessTestTree.h"
-#include "Processes/CModDownsampler.h"
-#include "Processes/CModUpsampler.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Rates doubled and halved, and the chains of stages that do it.
 #include "CGraphVisitor.h"
-#include "Kernels/CKernelRecording.h"
+#include "CModDownsampler.h"
+#include "CModUpsampler.h"
+#include "GraphHost/CKernelRecording.h"
 #include "ProcessTestTree.h"
-#include "Processes/CModDownsampler.h"
-#include "Processes/CModUpsampler.h"
 
 #include <gtest/gtest.h>
 

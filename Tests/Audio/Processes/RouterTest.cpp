@@ -1,6 +1,6 @@
 // Host channels to internal channels and groups, and back.
 #include "AllocationGuard.h"
-#include "Kernels/CKernelRecording.h"
+#include "GraphHost/CKernelRecording.h"
 #include "ProcessTestTree.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "Processes/SatDRFKernels.h"
+#include "SatDRFKernels.h"
 
 #include "StateRig.h"
 

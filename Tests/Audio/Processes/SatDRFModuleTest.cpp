@@ -1,5 +1,5 @@
+#include "CModSatDRF.h"
 #include "ModuleGraph.h"
-#include "Processes/CModSatDRF.h"
 #include "StateRig.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
-#include "Processes/TransKernels.h"
+#include "TransKernels.h"
 
-#include "Kernels/OnePoleGain.h"
+#include "OnePoleGain.h"
 #include "StateRig.h"
 
 #include <gtest/gtest.h>

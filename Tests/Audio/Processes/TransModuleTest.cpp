@@ -1,5 +1,5 @@
+#include "CModTrans.h"
 #include "ModuleGraph.h"
-#include "Processes/CModTrans.h"
 #include "StateRig.h"
 
 #include <gtest/gtest.h>

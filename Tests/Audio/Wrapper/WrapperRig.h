@@ -6,9 +6,9 @@
 #include "CAudioParam.h"
 #include "CAudioParamCollector.h"
 #include "CAudioWrapper.h"
+#include "CNoiseSource.h"
 #include "CreatorTable.h"
 #include "GraphFixture.h"
-#include "Processes/CNoiseSource.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "TemporaryHome.h"
 

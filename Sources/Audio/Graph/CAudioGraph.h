@@ -1,0 +1,27 @@
+// What all processes of one plug-in instance share.
+#pragma once
+
+#include "CAudioChunk.h"
+#include "CAudioStreamFormat.h"
+
+namespace qel {
+
+class CAudioParamCollector;
+class CAudioVizCollector;
+class CKernelContext;
+
+// Handed to every process of a graph when it is built; outlives them all. The context and the collector
+// belong to the instance's object tree.
+struct CAudioGraph
+{
+    CKernelContext& kernels;
+    CAudioParamCollector& params;
+    CAudioFormatTable formats;
+    CAudioChunkPool chunks;
+    // Where meters report to; null: nobody listens.
+    CAudioVizCollector* visual = nullptr;
+    // Stream time at which the process that is called now starts; set by whoever runs it.
+    double positionSec = 0.0;
+};
+
+} // namespace qel

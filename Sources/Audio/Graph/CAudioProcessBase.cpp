@@ -1,0 +1,208 @@
+// Root of all run-time processes of the signal graph.
+#include "CAudioProcessBase.h"
+
+#include "CGraphVisitor.h"
+#include "CTrace.h"
+#include "Definitions/CAudioParamAllocDef.h"
+#include "Definitions/CAudioProcessDefBase.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace qel {
+
+void CAudioProcessBase::place(CAudioGraph& graph, const CString& fullName, int group)
+{
+    graph_ = &graph;
+    fullName_ = fullName;
+    group_ = group;
+}
+
+CError CAudioProcessBase::init()
+{
+    input(0);
+    output(0);
+    return {};
+}
+
+CError CAudioProcessBase::bindParams()
+{
+    const int boundGroup = def_.isGroup0() ? 0 : group_;
+    QEL_TRY(slots_.bind(def_, fullName_, graph_->params, boundGroup), fullName_);
+    if (isTracing()) {
+        traceUnknownSlots();
+    }
+    return {};
+}
+
+// They bind to nothing that the process reads.
+void CAudioProcessBase::traceUnknownSlots() const
+{
+    for (std::size_t i = 0; i < def_.getChildCount(); ++i) {
+        const auto* alloc = dynamic_cast<const CAudioParamAllocDef*>(def_.getChild(i));
+        if (alloc && alloc->getIndex() >= slotCount()) {
+            trace("regModuleParam error " + CString::number(alloc->getIndex()) + " " + alloc->getParamName(),
+                  fullName_);
+        }
+    }
+}
+
+CAudioInputPort& CAudioProcessBase::addInput(std::size_t port)
+{
+    while (inputs_.size() <= port) {
+        inputs_.push_back(std::make_unique<CAudioInputPort>(*graph_));
+    }
+    return *inputs_[port];
+}
+
+CAudioOutputPort& CAudioProcessBase::addOutput(std::size_t port)
+{
+    while (outputs_.size() <= port) {
+        outputs_.push_back(std::make_unique<CAudioOutputPort>(*graph_));
+    }
+    return *outputs_[port];
+}
+
+double CAudioProcessBase::positionSec() const
+{
+    return basePositionSec_ + static_cast<double>(positionSamples_) / format_.sampleRateHz;
+}
+
+void CAudioProcessBase::reset(double positionSec)
+{
+    basePositionSec_ = positionSec;
+    positionSamples_ = 0;
+    for (const auto& port : inputs_) {
+        for (CAudioLink* link : port->links()) {
+            link->clear();
+        }
+    }
+}
+
+void CAudioProcessBase::disconnectAll()
+{
+    for (const auto& port : inputs_) {
+        for (CAudioLink* link : port->links()) {
+            if (link->isConnected()) {
+                link->disconnect();
+            }
+        }
+        port->clearLinks();
+    }
+    for (const auto& port : outputs_) {
+        port->disconnectAll();
+    }
+}
+
+void CAudioProcessBase::visit(CGraphVisitor& visitor) const
+{
+    visitor.terminal(*this);
+}
+
+bool CAudioProcessBase::process()
+{
+    for (;;) {
+        beginStep();
+        const int offered = available();
+        if (offered == 0) {
+            return false;
+        }
+        if (wasSilent_ && offered != CAudioInputPort::kNoStream) {
+            wasSilent_ = false;
+            basePositionSec_ = graph_->positionSec;
+            positionSamples_ = 0;
+        }
+        if (takeUpFormats()) {
+            syncLinks();
+            mustApplyEvents_ = true;
+        }
+        if (offered == CAudioInputPort::kNoStream) {
+            wasSilent_ = true;
+            beSilent();
+            return true;
+        }
+        if (applyDueEvents() || mustApplyEvents_) {
+            mustApplyEvents_ = false;
+            applyEvents();
+        }
+        const int count = limitToNextEvent(limitStep(offered));
+        step(count);
+        positionSamples_ += count;
+        bool isDry = false;
+        for (const auto& port : inputs_) {
+            isDry |= port->consume(count);
+        }
+        if (isDry) {
+            return false;
+        }
+    }
+}
+
+void CAudioProcessBase::idle()
+{
+    if (slots_.hasEvents() && slots_.applyUntil(std::numeric_limits<double>::infinity())) {
+        mustApplyEvents_ = true;
+    }
+}
+
+int CAudioProcessBase::available() const
+{
+    int count = CAudioInputPort::kNoStream;
+    for (const auto& port : inputs_) {
+        count = std::min(count, port->available());
+    }
+    return count;
+}
+
+// Port 0 tells what the process works on: its channels with their groups, and the rate.
+bool CAudioProcessBase::takeUpFormats()
+{
+    const CAudioInputPort& port = *inputs_[0];
+    const CChannelMask mask = port.channels();
+    bool isSame = mask == channelMask_;
+    for (const Channel& channel : channels_) {
+        isSame = isSame && port.format(channel.number) == channel.format;
+    }
+    if (isSame) {
+        return false;
+    }
+    channelMask_ = mask;
+    channels_.clear();
+    forEachChannel(mask, [&](int channel) { channels_.push({channel, port.format(channel)}); });
+    if (!channels_.isEmpty() && !(*channels_[0].format == format_)) {
+        basePositionSec_ = positionSec();
+        positionSamples_ = 0;
+        format_ = *channels_[0].format;
+    }
+    return true;
+}
+
+// A change dated t reaches this process when the stream is there: the stream is late by the latency in front
+// of it. One sample of tolerance covers the rounding of times, and the comparison is strict.
+bool CAudioProcessBase::applyDueEvents()
+{
+    if (!slots_.hasEvents()) {
+        return false;
+    }
+    return slots_.applyUntil(positionSec() + 1.0 / format_.sampleRateHz - timeShiftSec());
+}
+
+// Behind a latency a change falls due within a step, wherever the host's blocks end.
+int CAudioProcessBase::limitToNextEvent(int count) const
+{
+    if (!slots_.hasEvents()) {
+        return count;
+    }
+    constexpr double kRounding = 1e-6; // of times, in samples
+    const double samples = (slots_.nextEventSec() + timeShiftSec() - positionSec()) * format_.sampleRateHz;
+    const double whole = std::floor(samples + kRounding);
+    return whole >= 1.0 && whole < count ? static_cast<int>(whole) : count;
+}
+
+double CAudioProcessBase::timeShiftSec() const
+{
+    return def_.usesTimeShift() ? format_.latencySec() : 0.0;
+}
+
+} // namespace qel

@@ -1,0 +1,327 @@
+// A parameter as the host sees it: one number from 0 to 1.
+#include "CAudioExtParam.h"
+
+#include "CAudioExtParamHostBridge.h"
+#include "CAudioParamCollector.h"
+#include "CAudioParamConverterEnum.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace qel {
+
+namespace {
+
+// Hosts carry their numbers in single precision. What comes back from one within this is what went there.
+constexpr double kHostPrecision = 1e-6;
+
+} // namespace
+
+void CAudioExtParam::buildClassInfo(CClassInfo& info)
+{
+    CObject::buildClassInfo(info);
+    info.bind<&CAudioExtParam::extName_, &CAudioExtParam::attrExtName>("ext-name", CString());
+    info.bind<&CAudioExtParam::elementIndex_>("element-index", 0);
+    info.bind<&CAudioExtParam::group_>("group", 0);
+}
+
+CError CAudioExtParam::init()
+{
+    QEL_TRY(CObject::init(), getFullName());
+    const CString path = getAttrString("param-collector");
+    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(path));
+    if (!collector) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioExtParam_init_NoParamCollector No parameter collector '%1' found.", path);
+    }
+    // Handlers run later, and the first value needs these.
+    elementIndex_ = getAttrInt("element-index");
+    group_ = getAttrInt("group");
+    param_ = &collector->getParam(getAttrString("param-name"));
+    listener_.attach(collector);
+    refresh(false);
+    return {};
+}
+
+CError CAudioExtParam::attrExtName()
+{
+    if (extName_.length() > kMaxNameLength) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioExtParam_attrExtName_LongName Externalized parameter name '%1' is too long",
+                 extName_);
+    }
+    return {};
+}
+
+void CAudioExtParam::release()
+{
+    listener_.attach(nullptr);
+    bridge_.store(nullptr, std::memory_order_release);
+    CObject::release();
+}
+
+void CAudioExtParam::setHostBridge(CAudioExtParamHostBridge* bridge, std::int32_t index)
+{
+    index_ = index;
+    bridge_.store(bridge, std::memory_order_release);
+}
+
+double CAudioExtParam::Projection::valueOf(double norm) const
+{
+    const auto at = static_cast<std::size_t>(element);
+    const double value = converter->normToValue(info, element, std::clamp(norm, 0.0, 1.0));
+    const auto [low, high] = std::minmax(info.minValues[at], info.maxValues[at]);
+    return std::clamp(value, low, high);
+}
+
+double CAudioExtParam::Projection::normOf(double value) const
+{
+    return converter->valueToNorm(info, element, value);
+}
+
+double CAudioExtParam::getNormalized() const
+{
+    const Projection* now = projection();
+    if (now && isWaiting()) {
+        const double norm = now->normOf(now->valueOf(lastPosted_.load(std::memory_order_acquire)));
+        if (!std::isnan(norm)) {
+            return norm;
+        }
+    }
+    return norm_.load(std::memory_order_acquire);
+}
+
+void CAudioExtParam::postNormalized(double norm)
+{
+    if (!projection() || std::isnan(norm)) {
+        return;
+    }
+    lastPosted_.store(norm, std::memory_order_release);
+    postCount_.fetch_add(1, std::memory_order_acq_rel);
+    isPosted_.store(true, std::memory_order_release);
+}
+
+void CAudioExtParam::applyPosted(double timeSec)
+{
+    const Projection* now = projection();
+    if (!now || !goesByAudio(*now) || !isPosted_.exchange(false)) {
+        return;
+    }
+    // Behind what control threads have sent so far, or that would overwrite it at the next block.
+    const double value = now->valueOf(lastPosted_.load(std::memory_order_acquire));
+    if (param_->isOverridden() || !param_->getCollector().changeFromAudio(*param_, value, timeSec)) {
+        isPosted_.store(true, std::memory_order_release);
+    }
+}
+
+void CAudioExtParam::takePosted()
+{
+    if (isPosted_.exchange(false, std::memory_order_acq_rel)) {
+        write(EWrite::kSend, lastPosted_.load(std::memory_order_acquire), 0.0);
+    }
+}
+
+void CAudioExtParam::showPosted()
+{
+    const Projection* now = projection();
+    if (!now || !goesByAudio(*now)) {
+        takePosted();
+        return;
+    }
+    write(EWrite::kShow, 0.0, 0.0);
+    if (settleIfOvertaken()) {
+        tellHost();
+    }
+}
+
+// Another's write can arrive on the audio side right behind the host's value, which then never comes back. A
+// value that was there at the last call already has had its time.
+bool CAudioExtParam::settleIfOvertaken()
+{
+    const CLock lock(param_->getLock());
+    const std::uint32_t posts = postCount_.load(std::memory_order_acquire);
+    const bool isOld = std::exchange(shownPostCount_, posts) == posts;
+    const bool isOvertaken = isOld && isWaiting() && !isPosted_.load(std::memory_order_acquire);
+    return isOvertaken && !param_->isChangedByAudio() && refresh(false);
+}
+
+void CAudioExtParam::setNormalized(double norm, double timeSec)
+{
+    if (!std::isnan(norm)) {
+        isPosted_.store(false, std::memory_order_release);
+        write(EWrite::kSend, norm, timeSec);
+    }
+}
+
+void CAudioExtParam::write(EWrite way, double norm, double timeSec)
+{
+    const Projection* now = projection();
+    if (!now) {
+        return;
+    }
+    CAudioParamContext context(CAudioParamOrigin::kHost);
+    context.sender = &listener_;
+    context.isKnownToAudio = way == EWrite::kShow;
+    const CAudioParamContext::Scope scope(context);
+    const CLock lock(param_->getLock());
+    if (way == EWrite::kShow) {
+        // What the audio thread has taken by now comes back from there. It takes first and then looks for
+        // events on their way, so what is still here goes behind all that was written so far.
+        if (!isPosted_) {
+            return;
+        }
+        norm = lastPosted_.load(std::memory_order_acquire);
+    }
+    param_->setValue(group_, 0, elementIndex_, now->valueOf(norm), context, timeSec);
+    refresh(false);
+}
+
+void CAudioExtParam::onParamChange(const CAudioParamNotice& notice)
+{
+    if (notice.param != param_ || !notice.change.touches(group_, 0)) {
+        return;
+    }
+    const bool isChanged = refresh(notice.origin == CAudioParamOrigin::kAudio);
+    if (isChanged && notice.origin != CAudioParamOrigin::kHost) {
+        tellHost();
+    }
+}
+
+bool CAudioExtParam::refresh(bool isFromAudio)
+{
+    // Reading and storing within the lock, or an older value could overwrite a newer one.
+    const CLock lock(param_->getLock());
+    refreshProjection();
+    const Projection* now = projection();
+    const double value = now ? param_->getValue(group_, 0, elementIndex_) : 0.0;
+    const std::uint32_t posts = postCount_.load(std::memory_order_acquire);
+    const double known = getNormalized();
+    bool isHostsOwn = false;
+    if (now && isWaiting()) {
+        isHostsOwn = isFromAudio && value == now->valueOf(lastPosted_.load(std::memory_order_acquire));
+        if (isFromAudio && !isHostsOwn) {
+            return false;
+        }
+    }
+    const double norm = now ? now->normOf(value) : 0.0;
+    if (std::isnan(norm)) {
+        return false;
+    }
+    norm_.store(norm, std::memory_order_release);
+    // With nothing left in the post box, another's write has overtaken what was on its way.
+    if (isHostsOwn || !isPosted_.load(std::memory_order_acquire)) {
+        settledCount_.store(posts, std::memory_order_release);
+    }
+    return norm != known && !isHostsOwn;
+}
+
+void CAudioExtParam::refreshProjection()
+{
+    if (!param_->hasInfo()) {
+        return;
+    }
+    const CAudioParamInfo& info = param_->getInfo();
+    const Projection* now = projection();
+    if (now && now->info.name == info.name && now->info.hasSameFormat(info)) {
+        return;
+    }
+    const auto at = static_cast<std::size_t>(elementIndex_);
+    if (elementIndex_ < 0 || at >= info.converters.size() || at >= info.minValues.size() ||
+        at >= info.maxValues.size()) {
+        projection_.store(nullptr, std::memory_order_release);
+        return;
+    }
+    auto next = std::make_unique<Projection>();
+    next->info = info;
+    next->converter = info.converters[at];
+    next->element = elementIndex_;
+    projection_.store(next.get(), std::memory_order_release);
+    projections_.push_back(std::move(next)); // other threads may still use the one before
+}
+
+void CAudioExtParam::tellHost()
+{
+    CAudioExtParamHostBridge* bridge = bridge_.load(std::memory_order_acquire);
+    if (!bridge) {
+        return;
+    }
+    // Two threads may tell at once, and the slower of them must not have the last word with an older value.
+    double told = 0.0;
+    do {
+        told = getNormalized();
+        bridge->setParameterAutomated(index_, told);
+    } while (std::fabs(getNormalized() - told) > kHostPrecision);
+}
+
+CString CAudioExtParam::textOf(const Projection& projection, double value,
+                               CAudioParamConverter::TextMode mode) const
+{
+    const CLock lock(param_->getLock());
+    return projection.converter->valueToText(projection.info, elementIndex_, value,
+                                             &param_->getCurrent().getPool(), mode);
+}
+
+CString CAudioExtParam::getDisplay(CAudioParamConverter::TextMode mode) const
+{
+    const Projection* now = projection();
+    if (!now) {
+        return {};
+    }
+    // A value on its way from the audio side is not in the parameter yet.
+    const double value = isWaiting() ? now->valueOf(lastPosted_.load(std::memory_order_acquire))
+                                     : param_->getValue(group_, 0, elementIndex_);
+    return textOf(*now, value, mode);
+}
+
+CString CAudioExtParam::getDisplayOf(double norm, CAudioParamConverter::TextMode mode) const
+{
+    const Projection* now = projection();
+    return now && !std::isnan(norm) ? textOf(*now, now->valueOf(norm), mode) : CString();
+}
+
+std::optional<double> CAudioExtParam::Projection::normOfState(const CString& text) const
+{
+    using TextMode = CAudioParamConverter::TextMode;
+    if (!dynamic_cast<const CAudioParamConverterEnum*>(converter)) {
+        return std::nullopt;
+    }
+    const auto at = static_cast<std::size_t>(element);
+    for (double value = info.minValues[at]; value <= info.maxValues[at]; value += 1.0) {
+        for (const TextMode mode : {TextMode::kNormal, TextMode::kShort}) {
+            if (converter->valueToText(info, element, value, nullptr, mode) == text) {
+                return normOf(value);
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<double> CAudioExtParam::getNormalizedOf(const CString& text) const
+{
+    const Projection* now = projection();
+    if (!now) {
+        return std::nullopt;
+    }
+    if (const std::optional<double> state = now->normOfState(text)) {
+        return state;
+    }
+    bool isNumber = true;
+    const double value = now->converter->textToValueClamped(now->info, elementIndex_, text, &isNumber);
+    const double norm = now->normOf(value);
+    return isNumber && std::isfinite(norm) ? std::optional(norm) : std::nullopt;
+}
+
+CString CAudioExtParam::getLabel() const
+{
+    const Projection* now = projection();
+    return now ? now->converter->getLabel() : CString();
+}
+
+CString CAudioExtParam::getVisualName() const
+{
+    const CLock lock(param_->getLock());
+    return param_->hasInfo() ? param_->getInfo().visualName : CString();
+}
+
+} // namespace qel
