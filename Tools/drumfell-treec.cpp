@@ -1,43 +1,15 @@
 // Tree compiler: XML to compiled trees and back.
 #include "TreeCompiler/CTreeCompiler.h"
-#include "TreeCompiler/ToolError.h"
+#include "TreeCompiler/TextFiles.h"
 #include "TreeCompiler/TreeDecompiler.h"
 
 #include <CLI/CLI.hpp>
 
-#include <fstream>
 #include <iostream>
 
 namespace {
 
 using namespace qel::tools;
-
-void writeTextFile(const std::string& path, const std::string& text)
-{
-    std::ofstream file(path, std::ios::binary);
-    file << text;
-    file.close();
-    if (!file) {
-        throw CToolError("cannot write '" + path + "'");
-    }
-}
-
-// "out: in1 in2", as Make and Ninja read it.
-std::string dependencyRule(const std::string& output, const std::vector<std::filesystem::path>& files)
-{
-    const auto escapedPath = [](const std::string& path) {
-        std::string text;
-        for (const char c : path) {
-            text += c == '$' ? "$$" : c == ' ' || c == '#' ? std::string("\\") + c : std::string(1, c);
-        }
-        return text;
-    };
-    std::string rule = escapedPath(output) + ":";
-    for (const auto& file : files) {
-        rule += " " + escapedPath(file.string());
-    }
-    return rule + "\n";
-}
 
 int compile(const std::string& input, const std::string& output, const std::string& depfile)
 {

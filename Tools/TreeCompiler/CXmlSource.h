@@ -39,6 +39,8 @@ public:
     const std::string& shownName() const { return shownName_; }
     const std::filesystem::path& path() const { return path_; }
     const pugi::xml_document& document() const { return document_; }
+    // The list of messages that it was given, for files that this one names.
+    std::vector<CDiagnostic>& diagnostics() { return diagnostics_; }
 
     void report(pugi::xml_node node, std::string message);
     void report(pugi::xml_attribute attribute, std::string message);
