@@ -3,6 +3,7 @@
 
 #include "GraphicsCompiler/BrushSource.h"
 #include "GraphicsCompiler/FontSource.h"
+#include "GraphicsCompiler/ImageSetSource.h"
 #include "GraphicsCompiler/PaletteSource.h"
 
 #include <algorithm>
@@ -27,6 +28,7 @@ CGraphicsFile compileKind(CXmlSource& source, std::vector<std::filesystem::path>
 constexpr SourceKind kKinds[] = {
     {"brush-set", compileKind<compileBrushSet>},
     {"font", compileKind<compileFont>},
+    {"image-set", compileKind<compileImageSet>},
     {"palette", compileKind<compilePalette>},
 };
 
