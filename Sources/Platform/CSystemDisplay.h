@@ -14,16 +14,6 @@
 
 namespace qel::platform {
 
-// The pointer, wherever it is.
-struct PointerState
-{
-    int screenX = 0;
-    int screenY = 0;
-    bool isLeftDown = false;
-    bool isRightDown = false;
-    bool isMiddleDown = false;
-};
-
 // One for each open editor, shared by its main window, pop-ups and dialogs; on Linux a connection of its own
 // to the X server, on Windows little more than a list of windows. Used by one thread at a time. Any listener
 // call may destroy it, and processEvents() may be entered again from within one.

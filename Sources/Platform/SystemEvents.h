@@ -55,6 +55,16 @@ struct PointerEvent
     Modifiers modifiers;
 };
 
+// The pointer, wherever it is.
+struct PointerState
+{
+    int screenX = 0;
+    int screenY = 0;
+    bool isLeftDown = false;
+    bool isRightDown = false;
+    bool isMiddleDown = false;
+};
+
 struct ButtonEvent : PointerEvent
 {
     MouseButton button = MouseButton::kLeft;
