@@ -4,11 +4,14 @@ set -euo pipefail
 caller_dir=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libpugixml-dev libcli11-dev libgtest-dev
+build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libxcb1-dev libxcb-shm0-dev
+    libxcb-randr0-dev libxcb-xkb-dev libxcb-cursor-dev libxkbcommon-dev libxkbcommon-x11-dev libdbus-1-dev
+    libxcb-xtest0-dev libpugixml-dev libcli11-dev libgtest-dev
     libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev librsvg2-dev libfreetype-dev fonts-inter
     libkissfft-dev nlohmann-json3-dev)
-# Effects of other makers, which the renderer must be able to host.
-test_packages=(dpf-plugins-vst)
+# Effects of other makers, which the renderer must be able to host; an X server without a screen, with the tables of
+# dead keys.
+test_packages=(dpf-plugins-vst xvfb libx11-data xkb-data)
 # What reads the reports, and recorded drums.
 demo_packages=(jq sonic-pi-samples)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
