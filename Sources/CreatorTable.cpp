@@ -31,8 +31,11 @@
 #include "CAudioParamFilterInvertDef.h"
 #include "CAudioParamRegistry.h"
 #include "CAudioVizCollector.h"
+#include "CBrushSetObject.h"
 #include "CDCDAWContextObject.h"
+#include "CFontObject.h"
 #include "CGlobalSettings.h"
+#include "CImageSetObject.h"
 #include "CModArithmetic.h"
 #include "CModBypass.h"
 #include "CModCrunchAtk.h"
@@ -58,6 +61,7 @@
 #include "CModTrans.h"
 #include "CModUpsampler.h"
 #include "CObject.h"
+#include "CPaletteObject.h"
 #include "CSharedAttribute.h"
 #include "CTimer.h"
 #include "Definitions/CAudioParamAllocDef.h"
@@ -84,6 +88,11 @@ const CCreatorRow kCreatorTable[] = {
     row<CObject>("core:object"),
     row<CSharedAttribute>("core:shared-attribute"),
     row<CTimer>("core:timer"),
+
+    row<CBrushSetObject>("brushset"),
+    row<CFontObject>("font"),
+    row<CImageSetObject>("imageset"),
+    row<CPaletteObject>("palette"),
 
     row<CAudioEnv>("audio:audio-env"),
     row<CAudioCCTable>("audio:cctable"),

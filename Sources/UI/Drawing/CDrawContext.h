@@ -23,8 +23,9 @@ struct CPoint
 class CDrawContext
 {
 public:
-    CDrawContext(CSectorView& view, CLinearBitmap& target, CLinearBitmap& coverage, std::int32_t column,
-                 std::int32_t row, const CPixelRect& region);
+    // `coverage` is scratch memory for brushes, a byte for each pixel of a sector.
+    CDrawContext(CSectorView& view, CLinearBitmap& target, std::span<std::uint8_t> coverage,
+                 std::int32_t column, std::int32_t row, const CPixelRect& region);
 
     // All layers of an image, each in the colour of its slot. With `tileX` or `tileY` the image is repeated
     // by its logical size to the edges of the clip. A null image draws nothing.
@@ -55,15 +56,13 @@ public:
     // The same for a rectangle: text lines that lie outside, for example.
     bool isRectVisible(const CRect& rect, std::size_t clip) const;
 
-    CLinearBitmap& getTarget() { return *target_; }
+    CLinearBitmap& getTarget() { return target_; }
     std::int32_t getColumn() const { return column_; }
     std::int32_t getRow() const { return row_; }
     // The part of the sector that is being repainted, in the sector's own pixels.
     const CPixelRect& getRegion() const { return region_; }
 
 private:
-    friend class CSectorMap;
-
     const CViewClip& clipOf(std::size_t index, const char* caller) const;
     // The part of a clip that is being repainted, in the sector's own pixels.
     CPixelRect visiblePart(const CViewClip& clip) const
@@ -77,8 +76,8 @@ private:
     CPixelRect pixelRect(const CRect& rect) const;
 
     CSectorView& view_;
-    CLinearBitmap* target_;
-    CLinearBitmap* coverage_; // scratch memory for brushes, kSectorPx x kSectorPx bytes at least
+    CLinearBitmap& target_;
+    std::span<std::uint8_t> coverage_;
     std::int32_t column_;
     std::int32_t row_;
     CPixelRect region_;

@@ -20,7 +20,8 @@ class CLinearBitmap : public CCheckedObject
 {
 public:
     static constexpr std::int32_t kMaxSidePx = 32767;
-    // From this weight (of 32768) on an image is written over what was there.
+    // Opacities of images in whole steps; from the second on an image is written over what was there.
+    static constexpr std::int32_t kFullWeight = 32768;
     static constexpr std::int32_t kPlainWeight = 32640;
 
     CLinearBitmap() = default;

@@ -15,7 +15,8 @@ struct CSector
     CLinearBitmapDC image;     // what the screen shows
     CLinearBitmap staticImage; // a copy with only the static views below the first dynamic one
     bool isStaticValid = false;
-    bool isListed = false;           // in the map's list of dirty sectors
+    bool isDirtyListed = false;      // in the map's list of dirty sectors
+    bool isPaintedListed = false;    // in its list of those to present
     CRect dirty;                     // window coordinates; empty if nothing is to be repainted
     std::vector<CSectorView*> views; // by z-index, then in the order in which they came to the map
 };

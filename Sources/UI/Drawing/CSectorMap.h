@@ -72,35 +72,50 @@ public:
     double getLastStaticUpdate() const { return lastStaticUpdate_; }
 
 private:
-    void paintSector(std::int32_t index);
-    void drawView(CSectorView& view, std::int32_t index, const CPixelRect& region);
-    void drawFaded(CSectorView& view, CLinearBitmap& target, std::int32_t index, const CPixelRect& region);
-    void drawSide(CSectorView& view, CSectorView::FadeSide side, CLinearBitmap& target, std::int32_t index,
-                  const CPixelRect& region);
+    // What is being painted: the part of a sector, in the sector's own pixels.
+    struct Place
+    {
+        std::int32_t column;
+        std::int32_t row;
+        CPixelRect region;
+    };
 
-    // Sectors that a rectangle touches, as columns and rows; empty for an empty one or without a grid.
+    CError makeGrid(std::int32_t columns, std::int32_t rows);
+    // The sectors that a rectangle touches, as columns and rows.
     CPixelRect spanOf(const CRect& rect) const;
-    CSector& sectorAt(std::int32_t column, std::int32_t row);
-    void listDirty(std::int32_t column, std::int32_t row, const CRect& rect);
-    void insertInto(CSector& sector, CSectorView& view);
-    static void eraseFrom(CSector& sector, CSectorView& view);
-    void unlistView(CSectorView& view);
+    template <class Action>
+    void forEachSector(const CPixelRect& span, Action&& action);
+
+    static bool precedes(const CSectorView* a, const CSectorView* b);
+    static void insertSorted(std::vector<CSectorView*>& views, CSectorView& view);
+    // Brings the lists of sectors in line with where the view is now.
     void listView(CSectorView& view);
-    void refreshStaticLayers(const CSectorView& view);
-    static bool liesInStaticLayer(const CSector& sector, const CSectorView& view);
-    static bool precedes(const CSectorView& a, const CSectorView& b);
+    void unlistView(CSectorView& view);
+
+    // A shown view comes, goes or changes its kind: told before the change for what it leaves, and after it.
+    void markChanged(CSectorView& view);
+    void listDirty(std::int32_t index, const CRect& rect);
+    static bool isInStaticLayer(const CSector& sector, const CSectorView& view);
+    static bool isEndOfStaticLayer(const CSector& sector, const CSectorView& view);
+
+    void paintSector(std::int32_t index);
+    void drawView(CSectorView& view, CLinearBitmap& image, Place place);
+    void drawFaded(CSectorView& view, CLinearBitmap& target, const Place& place);
+    void drawSide(CSectorView& view, CSectorView::FadeSide side, CLinearBitmap& target, const Place& place);
 
     CSectorSurface& surface_;
     std::int32_t columns_ = 0;
     std::int32_t rows_ = 0;
+    double width_ = 0.0; // of the window, pixels
+    double height_ = 0.0;
     std::unique_ptr<CSector[]> sectors_;
-    std::vector<CSectorView*> views_;
+    std::vector<CSectorView*> views_; // as a sector lists them
     std::uint64_t lastSerial_ = 0;
     std::vector<std::int32_t> dirtySectors_;
     std::vector<std::int32_t> paintedSectors_; // and not yet presented
     CLinearBitmap opacityScratch_;
     CLinearBitmap fadeScratch_;
-    CLinearBitmap coverageScratch_;
+    std::vector<std::uint8_t> coverage_; // of a brush stroke, a byte for each pixel of a sector
     bool isFrozen_ = false;
     bool isExportingDrawLoad_ = false;
     double lastStaticUpdate_ = 0.0;

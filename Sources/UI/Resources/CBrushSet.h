@@ -48,6 +48,7 @@ private:
     CError loadAll(CInputStream& stream);
     CError loadBrush(CInputStream& stream);
     CError loadVariant(CInputStream& stream, CBrush& brush, bool isKept);
+    static std::size_t tableSize(const CBrush& brush);
     void clear();
 
     double interfaceScale_;

@@ -32,7 +32,6 @@ private:
     void clearMeasures();
 
     CImageSet glyphs_;
-    bool isKnownVersion_ = false;
     std::uint32_t lineHeight_ = 0;
     std::uint32_t ascentGap_ = 0;
     std::uint32_t descentGap_ = 0;

@@ -57,6 +57,7 @@ private:
     CError loadVariant(CInputStream& stream, CImageLayer& layer);
     CError loadRaster(CInputStream& stream, std::size_t size, CImageLayer& layer);
     void linkImages();
+    static CError saveLayer(COutputStream& stream, const CImageLayer& layer);
     void clear();
 
     double interfaceScale_;
