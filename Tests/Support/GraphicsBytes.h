@@ -4,7 +4,9 @@
 
 #include "CImage.h"
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <random>
 #include <string>
@@ -79,7 +81,7 @@ struct Picture
         for (std::int32_t y = 0; y < height; ++y) {
             const bool isRowEmpty = engine() % 8 == 0;
             for (std::int32_t x = 0; x < width;) {
-                const unsigned kind = isRowEmpty ? 0 : engine() % 3;
+                const auto kind = isRowEmpty ? 0 : engine() % 3;
                 std::int32_t end = std::min(width, x + 1 + static_cast<std::int32_t>(engine() % 40));
                 for (; x < end; ++x) {
                     for (int channel = 0; channel < 3; ++channel) {
@@ -112,7 +114,7 @@ struct LayerBytes
         for (int variant = -1; variant <= 1; ++variant) {
             Picture stored = picture;
             if (variant != 0) {
-                stored = Picture(picture.width + variant, picture.height + variant);
+                stored = Picture(std::max(0, picture.width + variant), std::max(0, picture.height + variant));
                 std::fill(stored.pixels.begin(), stored.pixels.end(), std::uint8_t{255});
             }
             out.i32(stored.width).i32(stored.height).f64(advance).i32(originX).i32(originY);
@@ -171,8 +173,7 @@ inline FileBytes brushSetBytes(double width, std::uint32_t size, double radius)
         for (std::uint32_t pixel = 0; pixel < size * size; ++pixel) {
             const double distance =
                 std::hypot(pixel % size + 0.5 - centerX, double(pixel / size) + 0.5 - centerY);
-            table.push_back(
-                static_cast<std::uint8_t>(255.0 * std::clamp(radius + 0.5 - distance, 0.0, 1.0)));
+            table.push_back(static_cast<std::uint8_t>(255.0 * std::clamp(radius + 0.5 - distance, 0.0, 1.0)));
         }
     }
     FileBytes out;

@@ -69,9 +69,9 @@ CError CSectorMap::makeGrid(std::int32_t columns, std::int32_t rows)
 
 CPixelRect CSectorMap::spanOf(const CRect& rect) const
 {
-    const bool isOutside =
-        rect.x >= width_ || rect.y >= height_ || rect.right() <= 0.0 || rect.bottom() <= 0.0;
-    if (rect.isEmpty() || isOutside || columns_ == 0 || rows_ == 0) {
+    // False, too, for what is no number.
+    const bool isInside = rect.x < width_ && rect.y < height_ && rect.right() > 0.0 && rect.bottom() > 0.0;
+    if (rect.isEmpty() || !isInside || columns_ == 0 || rows_ == 0) {
         return {};
     }
     const auto toSector = [](double edge, std::int32_t count) {

@@ -24,12 +24,9 @@ class GraphicsObjects : public test::ObjectTreeTest
 protected:
     GraphicsObjects()
     {
-        static constexpr CCreatorRow kRows[] = {row<CObject>("core:object"),
-                                                row<CBrushSetObject>("brushset"),
-                                                row<CFontObject>("font"),
-                                                row<CImageSetObject>("imageset"),
-                                                row<CPaletteObject>("palette"),
-                                                {nullptr, nullptr, nullptr}};
+        static constexpr CCreatorRow kRows[] = {
+            row<CObject>("core:object"),      row<CBrushSetObject>("brushset"), row<CFontObject>("font"),
+            row<CImageSetObject>("imageset"), row<CPaletteObject>("palette"),   {nullptr, nullptr, nullptr}};
         clearCreators();
         releaseError(registerCreators(kRows));
         std::mt19937 random(3);
