@@ -8,7 +8,7 @@ void CAttrDoubler::buildClassInfo(CClassInfo& info)
 {
     CObject::buildClassInfo(info);
     info.bind<&CAttrDoubler::attr_>("attr", "");
-    info.handle<&CAttrDoubler::attrTarget>("target");
+    info.bind<&CAttrDoubler::target_, &CAttrDoubler::attrTarget>("target", "");
     info.bind<&CAttrDoubler::value_, &CAttrDoubler::attrValue>("value", "");
 }
 
@@ -30,7 +30,7 @@ CError CAttrDoubler::init()
 
 CError CAttrDoubler::attrTarget()
 {
-    targets_ = getAttrString("target").splitWords();
+    targets_ = target_.splitWords();
     return {};
 }
 

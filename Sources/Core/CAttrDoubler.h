@@ -21,6 +21,7 @@ public:
 private:
     CString value_;
     CString attr_;
+    CString target_;
     std::vector<CString> targets_;
 };
 

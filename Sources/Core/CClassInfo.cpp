@@ -5,13 +5,13 @@
 
 namespace qel {
 
-void CClassInfo::declareAttr(const CString& name, CAttrHandler handler)
+void CClassInfo::declareAttr(const CString& name, CAttrHandler handler, CAttrFill fill)
 {
     const auto [entry, isNew] = indices_.try_emplace(name, attrCount());
     if (isNew) {
-        handlers_.push(std::move(handler));
+        attrs_.push({std::move(handler), std::move(fill)});
     } else {
-        handlers_[static_cast<std::size_t>(entry->second)] = std::move(handler);
+        attrs_[static_cast<std::size_t>(entry->second)] = {std::move(handler), std::move(fill)};
     }
 }
 
@@ -23,7 +23,16 @@ std::int32_t CClassInfo::attrIndex(const CString& name) const
 
 CError CClassInfo::runHandler(std::int32_t index, CObject& object) const
 {
-    return handlers_[static_cast<std::size_t>(index)](object);
+    return attrs_[static_cast<std::size_t>(index)].handler(object);
+}
+
+void CClassInfo::fillMembers(CObject& object) const
+{
+    for (const CAttr& attr : attrs_) {
+        if (attr.fill) {
+            attr.fill(object);
+        }
+    }
 }
 
 const CEventHandler* CClassInfo::eventHandler(const CString& name) const
@@ -52,6 +61,12 @@ void readAttr(const CObject& object, const CString& name, double& member, double
 void readAttr(const CObject& object, const CString& name, CString& member, const CString& fallback)
 {
     member = object.getAttrString(name, fallback);
+}
+
+void readAttr(const CObject& object, const CString& name, std::optional<CString>& member, std::nullopt_t)
+{
+    const CAttrValue* value = object.findAttr(name);
+    member = value ? std::optional<CString>(value->toString()) : std::nullopt;
 }
 
 } // namespace detail

@@ -6,6 +6,7 @@
 #include "CInlineArray.h"
 
 #include <functional>
+#include <optional>
 
 namespace qel {
 
@@ -13,6 +14,8 @@ class CObject;
 
 // Runs when a declared attribute has changed; reads it from the object's map and stores a typed member.
 using CAttrHandler = std::function<CError(CObject&)>;
+// Reads an attribute into the member that it is bound to.
+using CAttrFill = std::function<void(CObject&)>;
 // Runs when an event arrives that the object listens to.
 using CEventHandler = std::function<CError(CObject&, const CAttrMap& parameters)>;
 
@@ -38,6 +41,9 @@ struct CSourcePlace
 //         CObject::buildClassInfo(info);
 //         info.bind<&CTimer::intervalSec_, &CTimer::attrInterval>("interval", 0.0);
 //     }
+//
+// Bound members hold their values, or the defaults, as soon as CObject::init() returns; a later change of an
+// attribute reads them anew before the method runs.
 class CClassInfo
 {
 public:
@@ -47,8 +53,8 @@ public:
     template <auto Method>
     void handle(const char* name, CSourcePlace where = CSourcePlace::current());
 
-    // Declares an attribute that is read into a bool, std::int32_t, double or CString member, `fallback` if
-    // it is missing or does not convert; then runs the method, if one is given.
+    // Declares an attribute that is read into a bool, std::int32_t, double, CString or std::optional<CString>
+    // member, `fallback` if it is missing or does not convert; then runs the method, if one is given.
     template <auto Member, class Value>
     void bind(const char* name, Value fallback);
     template <auto Member, auto Method, class Value>
@@ -58,18 +64,27 @@ public:
     template <auto Method>
     void handleEvent(const char* name);
 
-    void declareAttr(const CString& name, CAttrHandler handler);
+    // `fill` reads the attribute into a member; it may be empty.
+    void declareAttr(const CString& name, CAttrHandler handler, CAttrFill fill = {});
 
-    std::int32_t attrCount() const { return static_cast<std::int32_t>(handlers_.size()); }
+    std::int32_t attrCount() const { return static_cast<std::int32_t>(attrs_.size()); }
     // Index of a declared attribute, or kNoIndex.
     std::int32_t attrIndex(const CString& name) const;
     CError runHandler(std::int32_t index, CObject& object) const;
+    // Reads all bound attributes of the object into their members.
+    void fillMembers(CObject& object) const;
     // The handler, or null.
     const CEventHandler* eventHandler(const CString& name) const;
 
 private:
+    struct CAttr
+    {
+        CAttrHandler handler;
+        CAttrFill fill; // empty: not bound to a member
+    };
+
     CStringMap<std::int32_t> indices_;
-    CInlineArray<CAttrHandler, 8> handlers_;
+    CInlineArray<CAttr, 8> attrs_;
     CStringMap<CEventHandler> eventHandlers_;
 };
 
@@ -114,6 +129,16 @@ void readAttr(const CObject& object, const CString& name, bool& member, bool fal
 void readAttr(const CObject& object, const CString& name, std::int32_t& member, std::int32_t fallback);
 void readAttr(const CObject& object, const CString& name, double& member, double fallback);
 void readAttr(const CObject& object, const CString& name, CString& member, const CString& fallback);
+// Without a value where the attribute is missing.
+void readAttr(const CObject& object, const CString& name, std::optional<CString>& member, std::nullopt_t);
+
+template <auto Member, class Value>
+CAttrFill fillOf(const char* name, Value fallback)
+{
+    return [key = CString(name), fallback](CObject& object) {
+        readAttr(object, key, ownerOf<Member>(object).*Member, fallback);
+    };
+}
 
 } // namespace detail
 
@@ -126,19 +151,27 @@ void CClassInfo::handle(const char* name, CSourcePlace where)
 template <auto Member, class Value>
 void CClassInfo::bind(const char* name, Value fallback)
 {
-    declareAttr(name, [key = CString(name), fallback](CObject& object) {
-        detail::readAttr(object, key, detail::ownerOf<Member>(object).*Member, fallback);
-        return CError();
-    });
+    const CAttrFill fill = detail::fillOf<Member>(name, fallback);
+    declareAttr(
+        name,
+        [fill](CObject& object) {
+            fill(object);
+            return CError();
+        },
+        fill);
 }
 
 template <auto Member, auto Method, class Value>
 void CClassInfo::bind(const char* name, Value fallback, CSourcePlace where)
 {
-    declareAttr(name, [key = CString(name), fallback, where](CObject& object) {
-        detail::readAttr(object, key, detail::ownerOf<Member>(object).*Member, fallback);
-        return detail::callMethod<Method>(object, where);
-    });
+    const CAttrFill fill = detail::fillOf<Member>(name, fallback);
+    declareAttr(
+        name,
+        [fill, where](CObject& object) {
+            fill(object);
+            return detail::callMethod<Method>(object, where);
+        },
+        fill);
 }
 
 template <auto Method>

@@ -78,6 +78,7 @@ CError CObject::init()
     if (creationAttrs_) {
         QEL_TRY(setAttributes(*creationAttrs_, false), fullName_);
     }
+    classInfo_->fillMembers(*this);
     initState_ = InitState::kInitDone;
     return {};
 }

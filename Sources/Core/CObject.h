@@ -47,7 +47,8 @@ public:
 
     // --- life cycle, overridable
 
-    // Replays the attributes of the template, if there is one, then the creation attributes over them.
+    // Replays the attributes of the template, if there is one, then the creation attributes over them, and
+    // reads bound attributes into their members.
     virtual CError init();
     // Runs the handlers of attributes that arrived, in the order of declaration; then creates the template's
     // children.
@@ -114,6 +115,8 @@ public:
     CObject* getRoot() const { return root_; }
     const CString& getTag() const { return tag_; }
     const CString& getFullName() const { return fullName_; }
+    // Its own name, without the path: what the full name ends with.
+    CString getName() const { return getAttrString("name"); }
     std::size_t getChildCount() const { return children_.size(); }
     CObject* getChild(std::size_t index) const { return children_[index]; }
     InitState getInitState() const { return initState_; }

@@ -13,27 +13,28 @@ constexpr const char* kUpdate = "update";
 
 } // namespace
 
-// All attributes are read by init(), before handlers run; none changes anything afterwards.
+// Attributes count as they are at init; none changes anything afterwards.
 void CSharedAttribute::buildClassInfo(CClassInfo& info)
 {
+    using Self = CSharedAttribute;
     CObject::buildClassInfo(info);
+    info.bind<&Self::attribute_>("attribute", "");
+    info.bind<&Self::dataName_>("data-name", "");
+    info.bind<&Self::default_>("def-value", "");
+    info.bind<&Self::isGlobal_>("is-global", false);
     info.handleEvent<&CSharedAttribute::onUpdate>(kUpdate);
 }
 
 CError CSharedAttribute::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    attribute_ = getAttrString("attribute");
     if (attribute_.isEmpty() || !getParent()) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CSharedAttribute_init_NoAttribute No attached attribute name specified.");
     }
-    dataName_ = getAttrString("data-name");
-    default_ = getAttrString("def-value");
     if (CApplication* application = CApplication::get()) {
-        const bool isGlobal = getAttrBool("is-global");
-        store_ = isGlobal ? static_cast<CApplicationData*>(&application->getGlobalData())
-                          : &application->getLocalData();
+        store_ = isGlobal_ ? static_cast<CApplicationData*>(&application->getGlobalData())
+                           : &application->getLocalData();
         bridge_.attachSetting(*store_, dataName_);
     }
     value_ = readStore();

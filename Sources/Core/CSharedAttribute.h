@@ -42,6 +42,7 @@ private:
     CString attribute_;
     CString dataName_;
     CString default_;
+    bool isGlobal_ = false;
     CString value_; // what the store and the parent agree on
     CSharedAttributeBridge<CSharedAttribute> bridge_{*this, &CSharedAttribute::onStoreChanged};
 };

@@ -185,7 +185,7 @@ TEST_F(CObjectTest, BindsTypedMembersWithTheirDefaults)
     CAttrMap attributes;
     CProbe* probe = nullptr;
     ASSERT_OK(root_->createChild(probe, "test:probe", "p", false, nullptr, &attributes));
-    EXPECT_EQ(probe->count_, 0); // untouched while the attribute never came
+    EXPECT_EQ(probe->count_, 5); // the default, though the attribute never came
     EXPECT_OK(probe->setAttribute("count", "0x10", true));
     EXPECT_EQ(probe->count_, 16);
     EXPECT_OK(probe->setAttribute("count", "many", true));

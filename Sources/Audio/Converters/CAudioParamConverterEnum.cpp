@@ -9,7 +9,8 @@ namespace qel {
 void CAudioParamConverterEnum::buildClassInfo(CClassInfo& info)
 {
     CAudioParamConverter::buildClassInfo(info);
-    info.handle<&CAudioParamConverterEnum::attrStateNames>("state-names");
+    info.bind<&CAudioParamConverterEnum::stateNames_, &CAudioParamConverterEnum::attrStateNames>(
+        "state-names", "");
 }
 
 double CAudioParamConverterEnum::textToValue(const CAudioParamInfo& info, std::int32_t element,
@@ -40,11 +41,10 @@ double CAudioParamConverterEnum::normToValue(const CAudioParamInfo& info, std::i
 CError CAudioParamConverterEnum::attrStateNames()
 {
     states_.clear();
-    const CString names = getAttrString("state-names");
-    if (names.isEmpty()) {
+    if (stateNames_.isEmpty()) {
         return {};
     }
-    for (const CString& part : names.split(u';')) {
+    for (const CString& part : stateNames_.split(u';')) {
         const std::vector<CString> forms = part.split(u'|');
         states_.push_back({forms[0], forms.size() > 1 ? forms[1] : forms[0]});
     }

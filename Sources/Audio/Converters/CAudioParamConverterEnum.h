@@ -36,6 +36,7 @@ private:
 
     CError attrStateNames();
 
+    CString stateNames_;
     std::vector<State> states_;
 };
 

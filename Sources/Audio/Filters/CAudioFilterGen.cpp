@@ -14,10 +14,16 @@ const CAudioFilterGen* CAudioFilterGen::findFrom(CObject& object, const CString&
     return found;
 }
 
-CError CAudioFilterGen::readType(std::int32_t& type, std::int32_t maxType, const char* message)
+void CAudioFilterGen::buildClassInfo(CClassInfo& info)
 {
-    type = getAttrInt("type");
-    if (type < 0 || type > maxType) {
+    using Self = CAudioFilterGen;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::type_>("type", 0);
+}
+
+CError CAudioFilterGen::checkType(std::int32_t maxType, const char* message) const
+{
+    if (type_ < 0 || type_ > maxType) {
         QEL_FAIL(getFullName(), message, getAttrString("type"));
     }
     return {};

@@ -20,6 +20,8 @@ namespace qel {
 class CAudioFilterGen : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     // Replaces what `outList` holds by the filter's sections, in the order in which they run. An empty list
     // passes the signal through; so does a filter that has been given fewer parameters than it needs.
     void generate(CFilterSections& outList, double sampleRateHz, std::span<const double> params) const
@@ -39,8 +41,12 @@ public:
     static const CAudioFilterGen* findFrom(CObject& object, const CString& path);
 
 protected:
-    // Reads `type` from 0 to `maxType`; `message` with the value otherwise.
-    CError readType(std::int32_t& type, std::int32_t maxType, const char* message);
+    // Fails with `message` and the value unless `type` lies between 0 and `maxType`.
+    CError checkType(std::int32_t maxType, const char* message) const;
+    std::int32_t getType() const { return type_; }
+
+private:
+    std::int32_t type_ = 0;
 };
 
 // A cascade without sections.

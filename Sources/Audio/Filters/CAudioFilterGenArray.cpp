@@ -34,6 +34,14 @@ bool CAudioFilterGenArray::place(std::int32_t index, const CAudioFilterGen& gene
     return true;
 }
 
+void CAudioFilterGenArrayItem::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioFilterGenArrayItem;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::fltgen_>("fltgen", "");
+    info.bind<&Self::index_>("index", -1);
+}
+
 CError CAudioFilterGenArrayItem::init()
 {
     QEL_TRY(CObject::init(), getFullName());
@@ -46,15 +54,14 @@ CError CAudioFilterGenArrayItem::init()
 
 CError CAudioFilterGenArrayItem::enterInto(CAudioFilterGenArray& array)
 {
-    const CString path = getAttrString("fltgen");
-    const CAudioFilterGen* generator = CAudioFilterGen::findFrom(*this, path);
+    const CAudioFilterGen* generator = CAudioFilterGen::findFrom(*this, fltgen_);
     if (!generator) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioFilterGenArrayItem_initChilds_GenNotFound "
                  "Audio filter generator with the name '%1' not found.",
-                 path);
+                 fltgen_);
     }
-    if (!array.place(getAttrInt("index", -1), *generator)) {
+    if (!array.place(index_, *generator)) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioFilterGenArrayItem_initChilds_InvalidIndex "
                  "Invalid audio filter index '%1' specified ",

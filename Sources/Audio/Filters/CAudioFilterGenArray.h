@@ -37,9 +37,15 @@ private:
 class CAudioFilterGenArrayItem : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     // Enters the generator into `array`, which calls this when all its children are there.
     CError enterInto(CAudioFilterGenArray& array);
+
+private:
+    CString fltgen_;
+    std::int32_t index_ = -1;
 };
 
 } // namespace qel

@@ -40,23 +40,31 @@ EFilterFamily familyOf(std::int32_t order)
 
 } // namespace
 
+void CAudioFilterHBFGen::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioFilterHBFGen;
+    CAudioFilterGen::buildClassInfo(info);
+    info.bind<&Self::order_>("order", 0);
+    info.bind<&Self::a_>("a", "");
+    info.bind<&Self::b_>("b", "");
+}
+
 CError CAudioFilterHBFGen::init()
 {
     QEL_TRY(CAudioFilterGen::init(), getFullName());
-    std::int32_t type = kHalved;
-    QEL_TRY(readType(type, kSum,
-                     "@qelstr_CAudioFilterHBFGen_init_FilterTypeError Invalid filter type '%1' specified."),
+    QEL_TRY(checkType(kSum,
+                      "@qelstr_CAudioFilterHBFGen_init_FilterTypeError Invalid filter type '%1' specified."),
             getFullName());
     QEL_TRY(readCoefficients(), getFullName());
-    QEL_TRY(readOrder(type), getFullName());
-    section_.gain = type == kHalved ? 0.5 : 1.0;
+    QEL_TRY(readOrder(), getFullName());
+    section_.gain = getType() == kHalved ? 0.5 : 1.0;
     return {};
 }
 
 CError CAudioFilterHBFGen::readCoefficients()
 {
-    section_.zeros = parseList(getAttrString("a"));
-    section_.poles = parseList(getAttrString("b"));
+    section_.zeros = parseList(a_);
+    section_.poles = parseList(b_);
     if (section_.zeros.isEmpty()) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioFilterHBFGen_init_NoCoeffsA Not enough 'a' coefficients defined.");
@@ -72,16 +80,16 @@ CError CAudioFilterHBFGen::readCoefficients()
     return {};
 }
 
-CError CAudioFilterHBFGen::readOrder(std::int32_t type)
+CError CAudioFilterHBFGen::readOrder()
 {
-    const std::int32_t order = getAttrInt("order");
-    if (order != static_cast<std::int32_t>(section_.coefficientCount()) ||
-        (type == kAllPassChain && order != kChainOrder)) {
+    const bool isChain = getType() == kAllPassChain;
+    if (order_ != static_cast<std::int32_t>(section_.coefficientCount()) ||
+        (isChain && order_ != kChainOrder)) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioFilterHBFGen_init_OrderError Filter order '%1' does not fit %2 coefficients.",
                  getAttrString("order"), section_.coefficientCount());
     }
-    section_.kind = type == kAllPassChain ? EFilterFamily::kAllPassChain : familyOf(order);
+    section_.kind = isChain ? EFilterFamily::kAllPassChain : familyOf(order_);
     return {};
 }
 

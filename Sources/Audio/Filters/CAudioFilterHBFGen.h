@@ -12,6 +12,8 @@ namespace qel {
 class CAudioFilterHBFGen : public CAudioFilterGen
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     void appendSections(CFilterSections& outList, double, std::span<const double>) const override
     {
@@ -21,8 +23,11 @@ public:
 
 private:
     CError readCoefficients();
-    CError readOrder(std::int32_t type);
+    CError readOrder();
 
+    std::int32_t order_ = 0;
+    CString a_; // coefficients as text
+    CString b_;
     CFilterSection section_;
 };
 

@@ -16,13 +16,18 @@ constexpr double kStageFactors[] = {
 
 } // namespace
 
+void CAudioFilterLPHP1Gen::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioFilterLPHP1Gen;
+    CAudioFilterGen::buildClassInfo(info);
+    info.bind<&Self::usesGain_>("use-gain", false);
+}
+
 CError CAudioFilterLPHP1Gen::init()
 {
     QEL_TRY(CAudioFilterGen::init(), getFullName());
-    QEL_TRY(readType(type_, 7,
-                     "@qelstr_CAudioFilterLPHP1Gen_init_InvalidType Invalid filter type '%1' specified."),
+    QEL_TRY(checkType(7, "@qelstr_CAudioFilterLPHP1Gen_init_InvalidType Invalid filter type '%1' specified."),
             getFullName());
-    usesGain_ = getAttrBool("use-gain");
     return {};
 }
 
@@ -33,9 +38,10 @@ void CAudioFilterLPHP1Gen::appendSections(CFilterSections& outList, double sampl
         return;
     }
     CFilterSection section;
-    section.kind = static_cast<EFilterFamily>(static_cast<std::int32_t>(EFilterFamily::kLowPass1) + type_);
+    section.kind =
+        static_cast<EFilterFamily>(static_cast<std::int32_t>(EFilterFamily::kLowPass1) + getType());
     section.gain = usesGain_ && params.size() > 1 ? params[1] : 1.0;
-    section.poles = {onePoleGain(kStageFactors[type_] * params[0] / sampleRateHz)};
+    section.poles = {onePoleGain(kStageFactors[getType()] * params[0] / sampleRateHz)};
     outList.push(std::move(section));
 }
 

@@ -10,12 +10,13 @@ namespace qel {
 class CAudioFilterLPHP1Gen : public CAudioFilterGen
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     void appendSections(CFilterSections& outList, double sampleRateHz,
                         std::span<const double> params) const override;
 
 private:
-    std::int32_t type_ = 0;
     bool usesGain_ = false;
 };
 

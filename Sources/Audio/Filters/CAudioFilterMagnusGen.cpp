@@ -91,13 +91,13 @@ CBiquadPolynomials peaking(const Band& band, double g)
 CError CAudioFilterMagnusGen::init()
 {
     QEL_TRY(CAudioFilterGen::init(), getFullName());
-    std::int32_t type = 0;
-    QEL_TRY(readType(type, 5,
-                     "@qelstr_CAudioFilterMagnusGen_init_InvalidType Invalid filter type '%1' specified."),
-            getFullName());
-    if (type != kPeaking) {
+    QEL_TRY(
+        checkType(5, "@qelstr_CAudioFilterMagnusGen_init_InvalidType Invalid filter type '%1' specified."),
+        getFullName());
+    if (getType() != kPeaking) {
         QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioFilterMagnusGen_init_NotAvailable Filter type '%1' is not available.", type);
+                 "@qelstr_CAudioFilterMagnusGen_init_NotAvailable Filter type '%1' is not available.",
+                 getType());
     }
     return {};
 }

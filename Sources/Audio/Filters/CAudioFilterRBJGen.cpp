@@ -46,21 +46,26 @@ struct CAudioFilterRBJGen::Shape
     double beta;
 };
 
+void CAudioFilterRBJGen::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioFilterRBJGen;
+    CAudioFilterGen::buildClassInfo(info);
+    info.bind<&Self::isHighOrder_>("is-heq", false);
+    info.bind<&Self::isQ_>("is-q", false);
+    info.bind<&Self::isType2_>("is-type2", false);
+    info.bind<&Self::isInverted_>("is-inverted", false);
+}
+
 CError CAudioFilterRBJGen::init()
 {
     QEL_TRY(CAudioFilterGen::init(), getFullName());
-    std::int32_t type = 0;
-    QEL_TRY(
-        readType(type, 9, "@qelstr_CAudioFilterRBJGen_init_InvalidType Invalid filter type '%1' specified."),
-        getFullName());
-    if (getAttrBool("is-heq")) {
+    QEL_TRY(checkType(9, "@qelstr_CAudioFilterRBJGen_init_InvalidType Invalid filter type '%1' specified."),
+            getFullName());
+    if (isHighOrder_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioFilterRBJGen_init_NoHEQ High-order equaliser filters are not available.");
     }
-    type_ = static_cast<EType>(type);
-    isQ_ = getAttrBool("is-q");
-    isType2_ = getAttrBool("is-type2");
-    isInverted_ = getAttrBool("is-inverted");
+    type_ = static_cast<EType>(getType());
     return {};
 }
 

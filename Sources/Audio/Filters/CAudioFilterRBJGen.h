@@ -14,6 +14,8 @@ namespace qel {
 class CAudioFilterRBJGen : public CAudioFilterGen
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     void appendSections(CFilterSections& outList, double sampleRateHz,
                         std::span<const double> params) const override;
@@ -40,6 +42,7 @@ private:
     static CBiquadPolynomials shelf(const Shape& shape, double c);
 
     EType type_ = EType::kLowPass;
+    bool isHighOrder_ = false;
     bool isQ_ = false;
     bool isType2_ = false;
     bool isInverted_ = false;

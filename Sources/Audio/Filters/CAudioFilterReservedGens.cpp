@@ -14,16 +14,13 @@ CError CAudioFilterReservedGen::init()
 
 CError CAudioFilterFIRLimGen::checkAttributes()
 {
-    std::int32_t type = 0;
-    return readType(type, 2,
-                    "@qelstr_CAudioFilterFIRLimGen_init_InvalidType Invalid filter type '%1' specified.");
+    return checkType(2, "@qelstr_CAudioFilterFIRLimGen_init_InvalidType Invalid filter type '%1' specified.");
 }
 
 CError CAudioFilterAPF1Gen::checkAttributes()
 {
-    std::int32_t type = 0;
-    return readType(type, 1,
-                    "@qelstr_CAudioFilterAPF1Gen_init_FilterTypeError Invalid filter type '%1' specified.");
+    return checkType(1,
+                     "@qelstr_CAudioFilterAPF1Gen_init_FilterTypeError Invalid filter type '%1' specified.");
 }
 
 } // namespace qel

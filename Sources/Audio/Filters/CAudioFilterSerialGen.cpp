@@ -15,19 +15,26 @@ constexpr std::size_t kMaxParams = 16;
 
 } // namespace
 
+void CAudioFilterSerialGenItem::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioFilterSerialGenItem;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::adjust_>("adjust", "");
+    info.bind<&Self::fltgen_>("fltgen", "");
+}
+
 CError CAudioFilterSerialGenItem::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    const CString adjust = getAttrString("adjust");
-    if (adjust.isEmpty()) {
+    if (adjust_.isEmpty()) {
         return {};
     }
-    for (const CString& entry : adjust.split(u',')) {
+    for (const CString& entry : adjust_.split(u',')) {
         const std::optional<double> factor = parseReal(entry);
         if (!factor) {
             QEL_FAIL(getFullName(),
                      "@qelstr_CAudioFilterSerialGenItem_init_InvalidAdjust Invalid factors '%1' specified.",
-                     adjust);
+                     adjust_);
         }
         factors_.push(*factor);
     }
@@ -36,13 +43,12 @@ CError CAudioFilterSerialGenItem::init()
 
 CError CAudioFilterSerialGenItem::findGenerator()
 {
-    const CString path = getAttrString("fltgen");
-    generator_ = CAudioFilterGen::findFrom(*this, path);
+    generator_ = CAudioFilterGen::findFrom(*this, fltgen_);
     if (!generator_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioFilterSerialGenItem_init_InvalidFltGen "
                  "Invalid filter generator with the name '%1' specified.",
-                 path);
+                 fltgen_);
     }
     return {};
 }

@@ -13,6 +13,8 @@ namespace qel {
 class CAudioFilterSerialGenItem : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     // Looks the generator up. The enclosing serial filter calls this when all its children are there.
     CError findGenerator();
@@ -20,6 +22,8 @@ public:
     double latencySamples() const { return generator_->latencySamples(); }
 
 private:
+    CString adjust_;
+    CString fltgen_;
     const CAudioFilterGen* generator_ = nullptr;
     CInlineArray<double, 4> factors_;
 };

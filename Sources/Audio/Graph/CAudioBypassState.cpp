@@ -7,7 +7,7 @@ CError CAudioBypassState::bind(CAudioProcessSlots& slots, const CString& process
                                CAudioParamCollector& params)
 {
     QEL_TRY(bindOne(slots, processName, params, def_->param(), slot_), processName);
-    if (!def_->andParam().isEmpty()) {
+    if (def_->hasAndParam()) {
         QEL_TRY(bindOne(slots, processName, params, def_->andParam(), andSlot_), processName);
     }
     return {};

@@ -33,7 +33,7 @@ CError CAudioProcess::buildChildren()
         if (childDef->isPrototype()) {
             continue;
         }
-        const CString name = childDef->getAttrString("name");
+        const CString name = childDef->getName();
         std::unique_ptr<CAudioProcessBase> process = childDef->createProcess();
         if (!process) {
             QEL_FAIL(fullName(), "@qelstr_CAudioProcess_init_ProcessDefClassInvalid "

@@ -14,7 +14,7 @@ namespace {
 
 CString childName(const CObject& child, const CString& parentName)
 {
-    return parentName + "." + child.getAttrString("name");
+    return parentName + "." + child.getName();
 }
 
 // "^^name" climbs one level of `owner` for each "^"; "/name" starts at the root; any other name is below the

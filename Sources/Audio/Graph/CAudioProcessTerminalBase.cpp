@@ -10,7 +10,6 @@ namespace qel {
 
 namespace {
 
-constexpr double kDefaultFadeSec = 0.015;
 constexpr double kMinFadeSec = 0.0001;
 
 } // namespace
@@ -23,7 +22,7 @@ CError CAudioProcessTerminalBase::init()
 {
     QEL_TRY(CAudioProcessBase::init(), fullName());
     isSmooth_ = def().isSmoothUpdate();
-    fadeSec_ = std::max(def().getAttrReal("xfade-length", kDefaultFadeSec), kMinFadeSec);
+    fadeSec_ = std::max(def().xfadeLengthSec(), kMinFadeSec);
     return {};
 }
 

@@ -24,21 +24,20 @@ void CAudioExtParam::buildClassInfo(CClassInfo& info)
     info.bind<&CAudioExtParam::extName_, &CAudioExtParam::attrExtName>("ext-name", CString());
     info.bind<&CAudioExtParam::elementIndex_>("element-index", 0);
     info.bind<&CAudioExtParam::group_>("group", 0);
+    info.bind<&CAudioExtParam::collectorPath_>("param-collector", "");
+    info.bind<&CAudioExtParam::paramName_>("param-name", "");
 }
 
 CError CAudioExtParam::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    const CString path = getAttrString("param-collector");
-    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(path));
+    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(collectorPath_));
     if (!collector) {
         QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioExtParam_init_NoParamCollector No parameter collector '%1' found.", path);
+                 "@qelstr_CAudioExtParam_init_NoParamCollector No parameter collector '%1' found.",
+                 collectorPath_);
     }
-    // Handlers run later, and the first value needs these.
-    elementIndex_ = getAttrInt("element-index");
-    group_ = getAttrInt("group");
-    param_ = &collector->getParam(getAttrString("param-name"));
+    param_ = &collector->getParam(paramName_);
     listener_.attach(collector);
     refresh(false);
     return {};

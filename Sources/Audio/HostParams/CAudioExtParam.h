@@ -121,6 +121,7 @@ private:
     CString textOf(const Projection& projection, double value, CAudioParamConverter::TextMode mode) const;
 
     CString extName_;
+    CString collectorPath_;
     CString paramName_;
     std::int32_t elementIndex_ = 0;
     std::int32_t group_ = 0;

@@ -5,15 +5,21 @@
 
 namespace qel {
 
+void CAudioInterfaceClient::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioInterfaceClient;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::connectorPath_>("client-connector", "");
+}
+
 CError CAudioInterfaceClient::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    const CString path = getAttrString("client-connector");
-    connector_ = dynamic_cast<CAudioInterfaceClientConnector*>(findObject(path));
+    connector_ = dynamic_cast<CAudioInterfaceClientConnector*>(findObject(connectorPath_));
     if (!connector_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioInterfaceClient_init_NoClientConnector No client connector '%1' found.",
-                 path);
+                 connectorPath_);
     }
     connector_->setClient(this);
     QEL_TRY(send(record::CGetState{}), getFullName());

@@ -29,7 +29,7 @@ struct CAudioInterfaceParam
 class CAudioInterfaceClient : public CObject
 {
 public:
-    static void buildClassInfo(CClassInfo& info) { CObject::buildClassInfo(info); }
+    static void buildClassInfo(CClassInfo& info);
 
     CError init() override;
     void release() override;
@@ -84,6 +84,7 @@ private:
     template <class Call>
     void forRegistryListeners(Call&& call);
 
+    CString connectorPath_;
     CAudioInterfaceClientConnector* connector_ = nullptr;
     CStringMap<ParamEntry> params_;
     std::vector<CAudioInterfaceRegistryListener*> registryListeners_;

@@ -109,6 +109,13 @@ CAttrValue CAudioInterfaceClientConnectorVST::rootVarOf(const CObject& audioRoot
     return CAttrValue(CString(std::string_view(digits, static_cast<std::size_t>(end - digits))));
 }
 
+void CAudioInterfaceClientConnectorVST::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioInterfaceClientConnectorVST;
+    CAudioInterfaceClientConnector::buildClassInfo(info);
+    info.bind<&Self::basePath_>("base-connector", "");
+}
+
 CError CAudioInterfaceClientConnectorVST::init()
 {
     QEL_TRY(CAudioInterfaceClientConnector::init(), getFullName());
@@ -118,14 +125,13 @@ CError CAudioInterfaceClientConnectorVST::init()
                  "@qelstr_CAudioInterfaceClientConnectorVST_init_NoVar 'PluginRootPtrVar' variable "
                  "not defined!");
     }
-    const CString path = getAttrString("base-connector");
-    auto* base = dynamic_cast<CAudioInterfaceBaseConnector*>(audioRoot->findObject(path));
+    auto* base = dynamic_cast<CAudioInterfaceBaseConnector*>(audioRoot->findObject(basePath_));
     if (!base) {
         QEL_FAIL(
             getFullName(),
             "@qelstr_CAudioInterfaceClientConnectorVST_init_InvalidConnector Invalid base connector '%1' "
             "specified.",
-            path);
+            basePath_);
     }
     attachTo(*base);
     return {};

@@ -63,7 +63,11 @@ public:
     // The attribute's value for an audio tree.
     static CAttrValue rootVarOf(const CObject& audioRoot);
 
+    static void buildClassInfo(CClassInfo& info);
     CError init() override;
+
+private:
+    CString basePath_;
 };
 
 } // namespace qel

@@ -43,28 +43,35 @@ CAudioInterfaceBase::CAudioInterfaceBase() = default;
 
 CAudioInterfaceBase::~CAudioInterfaceBase() = default;
 
+void CAudioInterfaceBase::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioInterfaceBase;
+    CAudioParamUndo::buildClassInfo(info);
+    info.bind<&Self::connectorPath_>("base-connector", "");
+    info.bind<&Self::paramsPath_>("param-collector", "");
+    info.bind<&Self::vizPath_>("viz-collector", "");
+}
+
 CError CAudioInterfaceBase::init()
 {
     QEL_TRY(CAudioParamUndo::init(), getFullName());
-    const CString connector = getAttrString("base-connector");
-    connector_ = dynamic_cast<CAudioInterfaceBaseConnector*>(findObject(connector));
+    connector_ = dynamic_cast<CAudioInterfaceBaseConnector*>(findObject(connectorPath_));
     if (!connector_) {
         QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioInterfaceBase_init_NoBaseConnector No base connector '%1' found.", connector);
+                 "@qelstr_CAudioInterfaceBase_init_NoBaseConnector No base connector '%1' found.",
+                 connectorPath_);
     }
-    const CString params = getAttrString("param-collector");
-    params_ = dynamic_cast<CAudioParamCollector*>(findObject(params));
+    params_ = dynamic_cast<CAudioParamCollector*>(findObject(paramsPath_));
     if (!params_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioInterfaceBase_init_NoParamCollector No parameter collector '%1' found.",
-                 params);
+                 paramsPath_);
     }
-    const CString viz = getAttrString("viz-collector");
-    viz_ = dynamic_cast<CAudioVizCollector*>(findObject(viz));
+    viz_ = dynamic_cast<CAudioVizCollector*>(findObject(vizPath_));
     if (!viz_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioInterfaceBase_init_NoVizCollector No visual object collector '%1' found.",
-                 viz);
+                 vizPath_);
     }
     connector_->setBase(this);
     paramListener_.attach(params_);

@@ -30,7 +30,7 @@ class CAudioVizCollector;
 class CAudioInterfaceBase : public CAudioParamUndo, public CAudioInterfaceRecordHandler
 {
 public:
-    static void buildClassInfo(CClassInfo& info) { CAudioParamUndo::buildClassInfo(info); }
+    static void buildClassInfo(CClassInfo& info);
 
     CAudioInterfaceBase();
     ~CAudioInterfaceBase() override;
@@ -109,6 +109,9 @@ private:
     void sendHistory(std::int32_t client);
     void sendRegistryState(std::int32_t client, CAudioParamRegistry& registry);
 
+    CString connectorPath_;
+    CString paramsPath_;
+    CString vizPath_;
     CAudioInterfaceBaseConnector* connector_ = nullptr;
     CAudioParamCollector* params_ = nullptr;
     CAudioVizCollector* viz_ = nullptr;

@@ -11,6 +11,7 @@ namespace qel {
 void CAudioParamCollector::buildClassInfo(CClassInfo& info)
 {
     CObject::buildClassInfo(info);
+    info.bind<&CAudioParamCollector::envPath_>("env", "");
 }
 
 CAudioParamCollector::CAudioParamCollector() = default;
@@ -20,12 +21,11 @@ CAudioParamCollector::~CAudioParamCollector() = default;
 CError CAudioParamCollector::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    const CString path = getAttrString("env");
-    env_ = dynamic_cast<CAudioEnv*>(findObject(path));
+    env_ = dynamic_cast<CAudioEnv*>(findObject(envPath_));
     if (!env_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamCollector_init_NoAudioEnv No audio environment object '%1' found.",
-                 path);
+                 envPath_);
     }
     return {};
 }

@@ -104,6 +104,7 @@ private:
     void putPending(CAudioParamBatch& batch) { pending_.store(&batch, std::memory_order_release); }
     void receive(CAudioParamEvent& event);
 
+    CString envPath_;
     CAudioEnv* env_ = nullptr;
     CAudioParamEventPool pool_; // outlives the parameters, whose events and strings go back to it
     CCriticalSection lock_;

@@ -19,15 +19,23 @@ std::vector<CString> splitNames(const CString& list)
 
 } // namespace
 
+void CAudioParamFilterDef::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioParamFilterDef;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::src_>("src", "");
+    info.bind<&Self::dst_>("dst", "");
+}
+
 CError CAudioParamFilterDef::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    sourceNames_ = splitNames(getAttrString("src"));
+    sourceNames_ = splitNames(src_);
     if (sourceNames_.empty()) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamFilterDef_init_NoSrcParams No source parameters defined.");
     }
-    destinationNames_ = splitNames(getAttrString("dst"));
+    destinationNames_ = splitNames(dst_);
     if (destinationNames_.empty()) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamFilterDef_init_NoDstParams No destination parameters defined.");

@@ -15,6 +15,8 @@ class CAudioParamFilter;
 class CAudioParamFilterDef : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     // A new filter, not yet initialised, that belongs to the caller.
     virtual CAudioParamFilter* createFilter() const = 0;
@@ -23,6 +25,8 @@ public:
     const std::vector<CString>& getDestinationNames() const { return destinationNames_; }
 
 private:
+    CString src_;
+    CString dst_;
     std::vector<CString> sourceNames_;
     std::vector<CString> destinationNames_;
 };

@@ -18,7 +18,19 @@ constexpr const char* kDefaultPresetKey = "default-preset";
 
 void CAudioParamRegistry::buildClassInfo(CClassInfo& info)
 {
+    using Self = CAudioParamRegistry;
     CObject::buildClassInfo(info);
+    info.bind<&Self::hierarchy_>("hierarchy", "");
+    info.bind<&Self::isMaster_>("is-master", false);
+    info.bind<&Self::isEnumerated_>("is-enumerated", false);
+    info.bind<&Self::id_>("id", "");
+    info.bind<&Self::presetNaming_>("preset-naming", "");
+    info.bind<&Self::presetNameParam_>("preset-name-param", "");
+    info.bind<&Self::groupNamesParam_>("group-names-param", "");
+    info.bind<&Self::file_>("file", "");
+    info.bind<&Self::storeName_>("store-name", "");
+    info.bind<&Self::collectorPath_>("param-collector", "");
+    info.bind<&Self::undoPath_>("param-undo", "");
 }
 
 CAudioParamRegistry::CAudioParamRegistry() = default;
@@ -28,7 +40,6 @@ CAudioParamRegistry::~CAudioParamRegistry() = default;
 CError CAudioParamRegistry::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    readAttributes();
     QEL_TRY(findObjects(), getFullName());
     if (isMaster_) {
         initBanks();
@@ -45,32 +56,18 @@ CError CAudioParamRegistry::init()
     return {};
 }
 
-void CAudioParamRegistry::readAttributes()
-{
-    hierarchy_ = getAttrString("hierarchy");
-    isMaster_ = getAttrBool("is-master");
-    isEnumerated_ = getAttrBool("is-enumerated");
-    id_ = getAttrString("id");
-    presetNaming_ = getAttrString("preset-naming");
-    presetNameParam_ = getAttrString("preset-name-param");
-    groupNamesParam_ = getAttrString("group-names-param");
-    file_ = getAttrString("file");
-    storeName_ = getAttrString("store-name");
-}
-
 CError CAudioParamRegistry::findObjects()
 {
-    const CString path = getAttrString("param-collector");
-    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(path));
+    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(collectorPath_));
     if (!collector) {
         QEL_FAIL(
             getFullName(),
             "@qelstr_CAudioParamRegistry_init_NoParamCollector No parameter collector with the name '%1' "
             "defined.",
-            path);
+            collectorPath_);
     }
     collector_ = collector;
-    undo_ = dynamic_cast<CAudioParamUndo*>(findObject(getAttrString("param-undo")));
+    undo_ = dynamic_cast<CAudioParamUndo*>(findObject(undoPath_));
     return {};
 }
 

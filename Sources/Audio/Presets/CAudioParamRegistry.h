@@ -131,7 +131,6 @@ private:
     };
 
     // Init.
-    void readAttributes();
     CError findObjects();
     void initBanks();
     bool readStoredDefault(CAudioPreset& outPreset) const;
@@ -186,6 +185,8 @@ private:
     CString groupNamesParam_;
     CString file_;
     CString storeName_;
+    CString collectorPath_;
+    CString undoPath_;
     bool isMaster_ = false;
     bool isEnumerated_ = false;
     CAudioParamCollector* collector_ = nullptr;

@@ -305,16 +305,22 @@ void CModFilter::applyEvents()
 
 // --- definition
 
+void CModFilterDef::buildClassInfo(CClassInfo& info)
+{
+    using Self = CModFilterDef;
+    CAudioProcessDefBase::buildClassInfo(info);
+    info.bind<&Self::genArray_>("gen-array", "");
+}
+
 CError CModFilterDef::init()
 {
     QEL_TRY(CAudioProcessDefBase::init(), getFullName());
-    const CString path = getAttrString("gen-array");
-    generators_ = dynamic_cast<const CAudioFilterGenArray*>(findObject(path));
+    generators_ = dynamic_cast<const CAudioFilterGenArray*>(findObject(genArray_));
     if (!generators_) {
         QEL_FAIL(
             getFullName(),
             "@qelstr_CModFilterDef_init_InvalidGenArray Filter generator array with the name '%1' not found.",
-            path);
+            genArray_);
     }
     for (std::int32_t i = 0; i < generators_->length(); ++i) {
         const CAudioFilterGen* generator = generators_->getGen(i);

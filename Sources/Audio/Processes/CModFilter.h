@@ -107,6 +107,8 @@ private:
 class CModFilterDef : public CAudioProcessDefBase
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     std::unique_ptr<CAudioProcessBase> createProcess() const override
     {
@@ -118,6 +120,7 @@ public:
     bool hasLatency() const { return hasLatency_; }
 
 private:
+    CString genArray_;
     const CAudioFilterGenArray* generators_ = nullptr;
     bool hasLatency_ = false;
 };

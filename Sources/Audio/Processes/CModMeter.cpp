@@ -29,13 +29,13 @@ constexpr double kShortestSec = 1e-6; // keeps cut-offs finite
 
 } // namespace
 
-CError CModMeterDef::init()
+void CModMeterDef::buildClassInfo(CClassInfo& info)
 {
-    QEL_TRY(CAudioProcessDefBase::init(), getFullName());
-    isDiff_ = getAttrBool("is-diff");
-    isInverted_ = getAttrBool("is-inverted");
-    isCompression_ = getAttrBool("is-compression");
-    return {};
+    using Self = CModMeterDef;
+    CAudioProcessDefBase::buildClassInfo(info);
+    info.bind<&Self::isDiff_>("is-diff", false);
+    info.bind<&Self::isInverted_>("is-inverted", false);
+    info.bind<&Self::isCompression_>("is-compression", false);
 }
 
 std::unique_ptr<CAudioProcessBase> CModMeterDef::createProcess() const

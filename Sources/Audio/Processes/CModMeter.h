@@ -16,7 +16,8 @@ class CAudioVizCollector;
 class CModMeterDef : public CAudioProcessDefBase
 {
 public:
-    CError init() override;
+    static void buildClassInfo(CClassInfo& info);
+
     std::unique_ptr<CAudioProcessBase> createProcess() const override;
 
     bool isDiff() const { return isDiff_; }

@@ -27,18 +27,25 @@ bool isBelow(const CObject* object, const CObject& ancestor)
 
 // --- definition
 
+void CModProcessSwitchDef::buildClassInfo(CClassInfo& info)
+{
+    using Self = CModProcessSwitchDef;
+    CAudioProcessDefBase::buildClassInfo(info);
+    info.bind<&Self::defIndex_>("def-index", 0);
+    info.bind<&Self::element_>("is-element", 0);
+    info.bind<&Self::childName_>("def-child-name", "");
+    info.bind<&Self::processList_>("process-list", "");
+}
+
 CError CModProcessSwitchDef::init()
 {
     QEL_TRY(CAudioProcessDefBase::init(), getFullName());
-    defIndex_ = getAttrInt("def-index", defIndex_);
-    element_ = std::max(getAttrInt("is-element", element_), 0);
-    childName_ = getAttrString("def-child-name");
-    const CString list = getAttrString("process-list");
-    if (list.isEmpty()) {
+    element_ = std::max(element_, 0);
+    if (processList_.isEmpty()) {
         return {};
     }
     std::size_t number = 0;
-    for (const CString& text : list.split(u';')) {
+    for (const CString& text : processList_.split(u';')) {
         QEL_TRY(readItem(text, ++number), getFullName());
     }
     return {};
@@ -123,7 +130,7 @@ CError CModProcessSwitch::init()
     QEL_TRY(CModProcessSeq::init(), fullName());
     for (const CModProcessSwitchDef::Item& item : switchDef_.items()) {
         const CString& name = switchDef_.childName();
-        QEL_TRY(addMember(*item.def, name.isEmpty() ? item.def->getAttrString("name") : name), fullName());
+        QEL_TRY(addMember(*item.def, name.isEmpty() ? item.def->getName() : name), fullName());
     }
     selected_ = memberCount();
     select(switchDef_.defIndex());

@@ -19,6 +19,8 @@ public:
         const CAudioProcessDefBase* def; // null until initChilds
     };
 
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     CError initChilds() override;
     std::unique_ptr<CAudioProcessBase> createProcess() const override;
@@ -41,6 +43,7 @@ private:
     std::int32_t defIndex_ = 0;
     std::int32_t element_ = 0;
     CString childName_;
+    CString processList_;
 };
 
 // Runs the child that slot 0, `index`, selects. All children are built at init under the name

@@ -20,11 +20,11 @@ constexpr int kMaxGroup = 7;
 
 } // namespace
 
-CError CModRouterDef::init()
+void CModRouterDef::buildClassInfo(CClassInfo& info)
 {
-    QEL_TRY(CAudioProcessDefBase::init(), getFullName());
-    isOutput_ = getAttrBool("is-output", isOutput_);
-    return {};
+    using Self = CModRouterDef;
+    CAudioProcessDefBase::buildClassInfo(info);
+    info.bind<&Self::isOutput_>("is-output", false);
 }
 
 std::unique_ptr<CAudioProcessBase> CModRouterDef::createProcess() const

@@ -12,7 +12,8 @@ namespace qel {
 class CModRouterDef : public CAudioProcessDefBase
 {
 public:
-    CError init() override;
+    static void buildClassInfo(CClassInfo& info);
+
     std::unique_ptr<CAudioProcessBase> createProcess() const override;
 
     bool isOutput() const { return isOutput_; }

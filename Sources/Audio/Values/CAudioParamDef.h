@@ -12,6 +12,8 @@ namespace qel {
 class CAudioParamDef : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
 
     const CAudioParamInfo& getInfo() const { return info_; }
@@ -20,6 +22,20 @@ private:
     CError readFormat();
     void readFlags();
     CError readValues();
+
+    CString visualName_;
+    CString registry_;
+    std::int32_t elementSize_ = 1;
+    CString dataType_;
+    bool isPersistent_ = false;
+    bool isStorable_ = false;
+    bool isGlobal_ = false;
+    bool isDiscrete_ = false;
+    bool isSingleGroup_ = false;
+    CString converter_; // lists, as texts
+    CString minValues_;
+    CString maxValues_;
+    CString defValues_;
 
     CAudioParamInfo info_;
 };

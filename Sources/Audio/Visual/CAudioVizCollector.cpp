@@ -15,22 +15,28 @@ constexpr const char* kEnableDef = "audio.param-enable-viz";
 
 } // namespace
 
+void CAudioVizCollector::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioVizCollector;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::envPath_>("env", "");
+    info.bind<&Self::paramsPath_>("param-collector", "");
+}
+
 CError CAudioVizCollector::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    const CString envPath = getAttrString("env");
-    env_ = dynamic_cast<CAudioEnv*>(findObject(envPath));
+    env_ = dynamic_cast<CAudioEnv*>(findObject(envPath_));
     if (!env_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioVizCollector_init_NoAudioEnv No audio environment object '%1' found.",
-                 envPath);
+                 envPath_);
     }
-    const CString paramsPath = getAttrString("param-collector");
-    params_ = dynamic_cast<CAudioParamCollector*>(findObject(paramsPath));
+    params_ = dynamic_cast<CAudioParamCollector*>(findObject(paramsPath_));
     if (!params_) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioVizCollector_init_NoParamCollector No parameter collector '%1' found.",
-                 paramsPath);
+                 paramsPath_);
     }
     CObject* shared = sharedObject();
     auto* def = dynamic_cast<CAudioParamDef*>(shared ? shared->findObject(kEnableDef) : nullptr);

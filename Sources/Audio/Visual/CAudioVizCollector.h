@@ -28,7 +28,7 @@ public:
     // Findings in one buffer: about two seconds of two meters on eight channels.
     static constexpr std::size_t kBufferSize = 1024;
 
-    static void buildClassInfo(CClassInfo& info) { CObject::buildClassInfo(info); }
+    static void buildClassInfo(CClassInfo& info);
 
     CError init() override;
 
@@ -73,6 +73,8 @@ private:
     // it.
     bool dropUnread();
 
+    CString envPath_;
+    CString paramsPath_;
     CAudioEnv* env_ = nullptr;
     CAudioParamCollector* params_ = nullptr;
     CAudioParamInfo enableInfo_;

@@ -3,15 +3,21 @@
 
 namespace qel {
 
+void CAudioParamAllocDef::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioParamAllocDef;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::paramName_>("param-name", "");
+    info.bind<&Self::index_>("index", -1);
+}
+
 CError CAudioParamAllocDef::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    paramName_ = getAttrString("param-name");
     if (paramName_.isEmpty()) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamAllocDef_init_InvalidParamName Invalid parameter name specified.");
     }
-    index_ = getAttrInt("index", -1);
     if (index_ < 0) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamAllocDef_init_InvalidIndex Invalid index value '%1' specified.",

@@ -10,6 +10,8 @@ namespace qel {
 class CAudioParamAllocDef : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
 
     const CString& getParamName() const { return paramName_; }

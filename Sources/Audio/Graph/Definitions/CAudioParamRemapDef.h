@@ -12,6 +12,8 @@ namespace qel {
 class CAudioParamRemapDef : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
 
     const CString& getOrigName() const { return origName_; }

@@ -23,16 +23,15 @@ bool parseBound(const CString& text, bool& has, std::int32_t& bound)
     return has;
 }
 
-CError readRange(const CObject& state, const char* attribute, const char* message,
+CError readRange(const CObject& state, const std::optional<CString>& text, const char* message,
                  std::optional<CAudioIntRange>& out)
 {
-    if (!state.findAttr(attribute)) {
+    if (!text) {
         return {};
     }
-    const CString text = state.getAttrString(attribute);
-    out = CAudioIntRange::parse(text);
+    out = CAudioIntRange::parse(*text);
     if (!out) {
-        QEL_FAIL(state.getFullName(), message, text);
+        QEL_FAIL(state.getFullName(), message, *text);
     }
     return {};
 }
@@ -75,43 +74,52 @@ bool CAudioProcessBypassStateDef::Condition::holds(double paramValue) const
     return range ? range->contains(std::nearbyint(paramValue)) : std::fabs(paramValue - value) <= kTolerance;
 }
 
+void CAudioProcessBypassStateDef::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioProcessBypassStateDef;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::id_>("id", -1);
+    info.bind<&Self::param_>("param", "");
+    info.bind<&Self::andParam_>("and-param", std::nullopt);
+    info.bind<&Self::range_>("range", std::nullopt);
+    info.bind<&Self::andRange_>("and-range", std::nullopt);
+    info.bind<&Self::value_>("value", 1.0);
+    info.bind<&Self::andValue_>("and-value", 1.0);
+    info.bind<&Self::isMultiband_>("is-multiband", false);
+    info.bind<&Self::isInverted_>("is-inverted", false);
+    info.bind<&Self::isGroup0_>("is-group0", false);
+}
+
 CError CAudioProcessBypassStateDef::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    id_ = getAttrInt("id", id_);
     if (id_ < 0) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioProcessBypassStateDef_init_InvalidId Invalid identifier '%1' specified.",
                  getAttrString("id"));
     }
-    first_.param = getAttrString("param");
-    second_.param = getAttrString("and-param");
-    hasSecond_ = findAttr("and-param") != nullptr;
-    if (first_.param.isEmpty() || (hasSecond_ && second_.param.isEmpty())) {
+    if (param_.isEmpty() || (hasAndParam() && andParam_->isEmpty())) {
         QEL_FAIL(getFullName(), "@qelstr_CAudioProcessBypassStateDef_init_InvalidParam "
                                 "Invalid parameter name specified.");
     }
-    QEL_TRY(readRange(*this, "range",
+    QEL_TRY(readRange(*this, range_,
                       "@qelstr_CAudioProcessBypassStateDef_init_InvalidRange "
                       "Invalid 'range' attribute value '%1' specified.",
                       first_.range),
             getFullName());
-    QEL_TRY(readRange(*this, "and-range",
+    QEL_TRY(readRange(*this, andRange_,
                       "@qelstr_CAudioProcessBypassStateDef_init_InvalidAndRange "
                       "Invalid 'and-range' attribute value '%1' specified.",
                       second_.range),
             getFullName());
-    first_.value = getAttrReal("value", first_.value);
-    second_.value = getAttrReal("and-value", second_.value);
-    isMultiband_ = getAttrBool("is-multiband", isMultiband_);
-    isInverted_ = getAttrBool("is-inverted", isInverted_);
-    isGroup0_ = getAttrBool("is-group0", isGroup0_);
+    first_.value = value_;
+    second_.value = andValue_;
     return {};
 }
 
 bool CAudioProcessBypassStateDef::isActive(double value, double andValue) const
 {
-    const bool isTrue = first_.holds(value) && (!hasSecond_ || second_.holds(andValue));
+    const bool isTrue = first_.holds(value) && (!hasAndParam() || second_.holds(andValue));
     return isTrue != isInverted_;
 }
 

@@ -33,13 +33,15 @@ struct CAudioIntRange
 class CAudioProcessBypassStateDef : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
 
     std::int32_t id() const { return id_; }
-    const CString& param() const { return first_.param; }
-    bool hasAndParam() const { return hasSecond_; }
-    // Empty if there is no second parameter.
-    const CString& andParam() const { return second_.param; }
+    const CString& param() const { return param_; }
+    bool hasAndParam() const { return andParam_.has_value(); }
+    // Only with a second parameter.
+    const CString& andParam() const { return *andParam_; }
     // The parameters are read at band element 0 of the multiband wrapper.
     bool isMultiband() const { return isMultiband_; }
     bool isInverted() const { return isInverted_; }
@@ -53,7 +55,6 @@ public:
 private:
     struct Condition
     {
-        CString param;
         std::optional<CAudioIntRange> range;
         double value = 1.0; // counts without a range
 
@@ -61,9 +62,14 @@ private:
     };
 
     std::int32_t id_ = -1;
+    CString param_;
+    std::optional<CString> andParam_;
+    std::optional<CString> range_;
+    std::optional<CString> andRange_;
+    double value_ = 1.0;
+    double andValue_ = 1.0;
     Condition first_;
     Condition second_;
-    bool hasSecond_ = false;
     bool isMultiband_ = false;
     bool isInverted_ = false;
     bool isGroup0_ = false;

@@ -8,11 +8,11 @@
 
 namespace qel {
 
-CError CAudioProcessDef::init()
+void CAudioProcessDef::buildClassInfo(CClassInfo& info)
 {
-    QEL_TRY(CAudioProcessDefBase::init(), getFullName());
-    isAutoLinks_ = getAttrBool("is-auto-links", isAutoLinks_);
-    return {};
+    using Self = CAudioProcessDef;
+    CAudioProcessDefBase::buildClassInfo(info);
+    info.bind<&Self::isAutoLinks_>("is-auto-links", true);
 }
 
 CError CAudioProcessDef::initChilds()
@@ -42,7 +42,7 @@ void CAudioProcessDef::sortChildren()
 const CAudioProcessDefBase* CAudioProcessDef::findProcessDef(const CString& name) const
 {
     const auto entry = std::find_if(processDefs_.begin(), processDefs_.end(),
-                                    [&](const auto* def) { return def->getAttrString("name") == name; });
+                                    [&](const auto* def) { return def->getName() == name; });
     return entry == processDefs_.end() ? nullptr : *entry;
 }
 

@@ -20,7 +20,8 @@ class CAudioProcessLinkDef;
 class CAudioProcessDef : public CAudioProcessDefBase
 {
 public:
-    CError init() override;
+    static void buildClassInfo(CClassInfo& info);
+
     CError initChilds() override;
     // A CAudioProcess, a CAudioProcessStack if isStacked(), a CAudioProcessMB if isMultiband().
     std::unique_ptr<CAudioProcessBase> createProcess() const override;

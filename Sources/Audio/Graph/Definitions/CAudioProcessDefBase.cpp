@@ -3,15 +3,33 @@
 
 namespace qel {
 
+void CAudioProcessDefBase::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioProcessDefBase;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::isStacked_>("is-stacked", false);
+    info.bind<&Self::isSmoothUpdate_>("is-smooth-update", false);
+    info.bind<&Self::isMultiband_>("is-multiband", false);
+    info.bind<&Self::isGrouped_>("is-grouped", false);
+    info.bind<&Self::isWhole_>("is-whole", false);
+    info.bind<&Self::isTerminalWhole_>("is-terminal-whole", false);
+    info.bind<&Self::isPrototype_>("is-prototype", false);
+    info.bind<&Self::isOutOfOrder_>("is-outoforder", false);
+    info.bind<&Self::isGroup0_>("is-group0", false);
+    info.bind<&Self::isElement0_>("is-element0", false);
+    info.bind<&Self::usesTimeShift_>("use-time-shift", true);
+    info.bind<&Self::isWeightedInput_>("is-weighted-input", false);
+    info.bind<&Self::multibandFreqParam_>("multiband-freq-param", "");
+    info.bind<&Self::multibandCountParam_>("multiband-count-param", "");
+    info.bind<&Self::stackParam_>("stack-param", "");
+    info.bind<&Self::xfadeLengthSec_>("xfade-length", kDefaultXfadeSec);
+    info.bind<&Self::bypassStateId_>("bypass-state-id", kNoState);
+    info.bind<&Self::stackIndexShift_>("stack-index-shift", 0);
+}
+
 CError CAudioProcessDefBase::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    readFlags();
-    multibandFreqParam_ = getAttrString("multiband-freq-param");
-    multibandCountParam_ = getAttrString("multiband-count-param");
-    stackParam_ = getAttrString("stack-param");
-    bypassStateId_ = getAttrInt("bypass-state-id", bypassStateId_);
-    stackIndexShift_ = getAttrInt("stack-index-shift", stackIndexShift_);
     if (stackIndexShift_ < 0) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioProcessDefBase_init_InvalidStackIndexShift "
@@ -19,32 +37,6 @@ CError CAudioProcessDefBase::init()
                  stackIndexShift_);
     }
     return {};
-}
-
-void CAudioProcessDefBase::readFlags()
-{
-    struct Flag
-    {
-        const char* name;
-        bool CAudioProcessDefBase::*member; // holds the default until it is read
-    };
-    static constexpr Flag kFlags[] = {
-        {"is-stacked", &CAudioProcessDefBase::isStacked_},
-        {"is-smooth-update", &CAudioProcessDefBase::isSmoothUpdate_},
-        {"is-multiband", &CAudioProcessDefBase::isMultiband_},
-        {"is-grouped", &CAudioProcessDefBase::isGrouped_},
-        {"is-whole", &CAudioProcessDefBase::isWhole_},
-        {"is-terminal-whole", &CAudioProcessDefBase::isTerminalWhole_},
-        {"is-prototype", &CAudioProcessDefBase::isPrototype_},
-        {"is-outoforder", &CAudioProcessDefBase::isOutOfOrder_},
-        {"is-group0", &CAudioProcessDefBase::isGroup0_},
-        {"is-element0", &CAudioProcessDefBase::isElement0_},
-        {"use-time-shift", &CAudioProcessDefBase::usesTimeShift_},
-        {"is-weighted-input", &CAudioProcessDefBase::isWeightedInput_},
-    };
-    for (const Flag& flag : kFlags) {
-        this->*flag.member = getAttrBool(flag.name, this->*flag.member);
-    }
 }
 
 } // namespace qel

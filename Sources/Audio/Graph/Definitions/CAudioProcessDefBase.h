@@ -22,6 +22,9 @@ class CAudioProcessDefBase : public CObject
 public:
     // As a bypass state: never bypassed. Any negative number means the same.
     static constexpr std::int32_t kNoState = -1;
+    static constexpr double kDefaultXfadeSec = 0.015;
+
+    static void buildClassInfo(CClassInfo& info);
 
     CError init() override;
 
@@ -62,6 +65,8 @@ public:
 
     // A change is crossfaded instead of jumping.
     bool isSmoothUpdate() const { return isSmoothUpdate_; }
+    // How long that takes, in seconds; as given, which may be anything.
+    double xfadeLengthSec() const { return xfadeLengthSec_; }
     // A change is delayed by the latency in front of the process, so that it meets the audio it was meant
     // for.
     bool usesTimeShift() const { return usesTimeShift_; }
@@ -71,13 +76,12 @@ public:
     bool isElement0() const { return isElement0_; }
 
 private:
-    void readFlags();
-
     CString multibandFreqParam_;
     CString multibandCountParam_;
     CString stackParam_;
     std::int32_t stackIndexShift_ = 0;
     std::int32_t bypassStateId_ = kNoState;
+    double xfadeLengthSec_ = kDefaultXfadeSec;
     bool isStacked_ = false;
     bool isSmoothUpdate_ = false;
     bool isMultiband_ = false;

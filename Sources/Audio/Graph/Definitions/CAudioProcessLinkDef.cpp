@@ -10,25 +10,21 @@ namespace {
 
 struct End
 {
-    const char* attribute;
     const char* portError;
     const char* nameError;
 };
 
-constexpr End kSrc = {"src",
-                      "@qelstr_CAudioProcessLinkDef_init_SrcPortError "
+constexpr End kSrc = {"@qelstr_CAudioProcessLinkDef_init_SrcPortError "
                       "Invalid port in the 'src' attribute value '%1' specified.",
                       "@qelstr_CAudioProcessLinkDef_init_SrcNameError "
                       "Invalid process in the 'src' attribute value '%1' specified."};
-constexpr End kDst = {"dst",
-                      "@qelstr_CAudioProcessLinkDef_init_DstPortError "
+constexpr End kDst = {"@qelstr_CAudioProcessLinkDef_init_DstPortError "
                       "Invalid port in the 'dst' attribute value '%1' specified.",
                       "@qelstr_CAudioProcessLinkDef_init_DstNameError "
                       "Invalid process in the 'dst' attribute value '%1' specified."};
 
-CError readEnd(const CObject& link, const End& end, CAudioPortRef& out)
+CError readEnd(const CObject& link, const CString& text, const End& end, CAudioPortRef& out)
 {
-    const CString text = link.getAttrString(end.attribute);
     const std::size_t slash = text.find(u'/');
     if (slash != CString::kNone) {
         out.port = parseInteger(text.substring(slash + 1)).value_or(-1);
@@ -47,41 +43,54 @@ CError readEnd(const CObject& link, const End& end, CAudioPortRef& out)
     return {};
 }
 
-CError checkName(const CObject& link, const End& end, const CAudioPortRef& ref,
+CError checkName(const CObject& link, const CString& text, const End& end, const CAudioPortRef& ref,
                  const CAudioProcessDef& compound)
 {
     if (!ref.isSelf && !compound.findProcessDef(ref.name)) {
-        QEL_FAIL(link.getFullName(), end.nameError, link.getAttrString(end.attribute));
+        QEL_FAIL(link.getFullName(), end.nameError, text);
     }
     return {};
 }
 
 } // namespace
 
+void CAudioProcessLinkDef::buildClassInfo(CClassInfo& info)
+{
+    using Self = CAudioProcessLinkDef;
+    CObject::buildClassInfo(info);
+    info.bind<&Self::src_>("src", std::nullopt);
+    info.bind<&Self::dst_>("dst", std::nullopt);
+    info.bind<&Self::stateId_>("state-id", kNotGiven);
+    info.bind<&Self::fullStateId_>("bypass-state-id", kNotGiven);
+}
+
 CError CAudioProcessLinkDef::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    if (!findAttr(kSrc.attribute)) {
+    if (!src_) {
         QEL_FAIL(getFullName(), "@qelstr_CAudioProcessLinkDef_init_NoSrc No 'src' attribute defined.");
     }
-    if (!findAttr(kDst.attribute)) {
+    if (!dst_) {
         QEL_FAIL(getFullName(), "@qelstr_CAudioProcessLinkDef_init_NoDst No 'dst' attribute defined.");
     }
-    QEL_TRY(readEnd(*this, kSrc, source_), getFullName());
-    QEL_TRY(readEnd(*this, kDst, destination_), getFullName());
+    QEL_TRY(readEnd(*this, *src_, kSrc, source_), getFullName());
+    QEL_TRY(readEnd(*this, *dst_, kDst, destination_), getFullName());
     return readState();
 }
 
 CError CAudioProcessLinkDef::readState()
 {
     // The second name is the full one and wins where both stand.
-    for (const char* attribute : {"state-id", "bypass-state-id"}) {
-        bypassStateId_ = getAttrInt(attribute, bypassStateId_);
-        if (bypassStateId_ < -1) {
+    for (const std::int32_t given : {stateId_, fullStateId_}) {
+        if (given == kNotGiven) {
+            continue;
+        }
+        bypassStateId_ = given;
+        if (given < -1) {
             QEL_FAIL(getFullName(),
                      "@qelstr_CAudioProcessLinkDef_init_StateError "
                      "Invalid state identifier '%1' specified.",
-                     bypassStateId_);
+                     given);
         }
     }
     return {};
@@ -89,8 +98,8 @@ CError CAudioProcessLinkDef::readState()
 
 CError CAudioProcessLinkDef::checkNames(const CAudioProcessDef& compound) const
 {
-    QEL_TRY(checkName(*this, kSrc, source_, compound), getFullName());
-    QEL_TRY(checkName(*this, kDst, destination_, compound), getFullName());
+    QEL_TRY(checkName(*this, *src_, kSrc, source_, compound), getFullName());
+    QEL_TRY(checkName(*this, *dst_, kDst, destination_, compound), getFullName());
     return {};
 }
 

@@ -3,6 +3,9 @@
 
 #include "CObject.h"
 
+#include <limits>
+#include <optional>
+
 namespace qel {
 
 class CAudioProcessDef;
@@ -24,6 +27,8 @@ struct CAudioPortRef
 class CAudioProcessLinkDef : public CObject
 {
 public:
+    static void buildClassInfo(CClassInfo& info);
+
     CError init() override;
     // Fails if an end names no child process of `compound`.
     CError checkNames(const CAudioProcessDef& compound) const;
@@ -34,8 +39,14 @@ public:
     std::int32_t bypassStateId() const { return bypassStateId_; }
 
 private:
+    static constexpr std::int32_t kNotGiven = std::numeric_limits<std::int32_t>::min();
+
     CError readState();
 
+    std::optional<CString> src_;
+    std::optional<CString> dst_;
+    std::int32_t stateId_ = kNotGiven;
+    std::int32_t fullStateId_ = kNotGiven;
     CAudioPortRef source_;
     CAudioPortRef destination_;
     std::int32_t bypassStateId_ = -1;
