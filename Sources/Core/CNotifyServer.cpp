@@ -19,8 +19,14 @@ CNotifyServer::~CNotifyServer() = default;
 
 void CNotifyServer::setEventLoop(CEventLoop* loop)
 {
-    const CLock lock(loopSection_);
-    loop_ = loop;
+    {
+        const CLock lock(loopSection_);
+        loop_ = loop;
+        ++loopNumber_;
+    }
+    if (loop) {
+        tryPost(kServerName, kLoopEvent);
+    }
 }
 
 // --- objects
@@ -60,22 +66,8 @@ void CNotifyServer::addListener(const CString& sender, const CString& event, con
     }
 }
 
-bool CNotifyServer::removeListener(const CString& sender, const CString& event, const CObject& listener,
+void CNotifyServer::removeListener(const CString& sender, const CString& event, const CObject& listener,
                                    const CString& handler)
-{
-    const CLock lock(listenerSection_);
-    const std::int32_t id = listener.getObjectNumber();
-    Listeners& listeners = listeners_[sender][event];
-    std::erase_if(listeners,
-                  [&](const Listener& entry) { return entry.id == id && entry.handler == handler; });
-    if (std::ranges::any_of(listeners, [&](const Listener& entry) { return entry.id == id; })) {
-        return false;
-    }
-    removeListener(sender, event, listener);
-    return true;
-}
-
-void CNotifyServer::removeListener(const CString& sender, const CString& event, const CObject& listener)
 {
     const CLock lock(listenerSection_);
     const auto events = listeners_.find(sender);
@@ -83,8 +75,9 @@ void CNotifyServer::removeListener(const CString& sender, const CString& event, 
         return;
     }
     if (const auto entry = events->second.find(event); entry != events->second.end()) {
-        std::erase_if(entry->second,
-                      [&](const Listener& one) { return one.id == listener.getObjectNumber(); });
+        std::erase_if(entry->second, [&](const Listener& one) {
+            return one.id == listener.getObjectNumber() && one.handler == handler;
+        });
         if (entry->second.empty()) {
             events->second.erase(entry);
         }
@@ -110,6 +103,17 @@ CNotifyServer::Listeners CNotifyServer::listenersTo(const CString& sender, const
 CError CNotifyServer::notify(CString sender, CString event, const CAttrMap& parameters, bool post)
 {
     return send(listenersTo(sender, event), sender, event, parameters, post);
+}
+
+bool CNotifyServer::tryPost(const CString& sender, const CString& event)
+{
+    bool isPosted = true;
+    for (const Listener& listener : listenersTo(sender, event)) {
+        bool isThisPosted = false;
+        traceError(post(listener, sender, event, {}, isThisPosted));
+        isPosted = isPosted && isThisPosted;
+    }
+    return isPosted;
 }
 
 CError CNotifyServer::notifyObject(CObject& listener, CString sender, CString event,
@@ -158,11 +162,13 @@ CError CNotifyServer::post(const Listener& listener, const CString& sender, cons
     posted->record["listener-id"] = CAttrValue(listener.id);
     posted->record["listener-proc"] = CAttrValue(listener.handler);
     posted->parameters = parameters;
-    return CSystem::sendEvent(*loop_, [server = std::weak_ptr(self_), posted] {
+    CError error = CSystem::sendEvent(*loop_, [server = std::weak_ptr(self_), posted] {
         if (const auto alive = server.lock()) {
             (*alive)->deliver(*posted);
         }
     });
+    outIsPosted = !error;
+    return error;
 }
 
 CError CNotifyServer::callHandler(std::int32_t listenerId, const CString& handler, const CAttrMap& parameters)
@@ -170,7 +176,11 @@ CError CNotifyServer::callHandler(std::int32_t listenerId, const CString& handle
     // Looked for each time: the handler before this one may have released the object.
     CObject* listener = findObject(listenerId);
     const CEventHandler* proc = listener ? listener->getClassInfo().eventHandler(handler) : nullptr;
-    return proc ? (*proc)(*listener, parameters) : CError();
+    if (!proc) {
+        return {};
+    }
+    const CObject::CHold hold(*listener);
+    return (*proc)(*listener, parameters);
 }
 
 void CNotifyServer::deliver(const PostedEvent& event)

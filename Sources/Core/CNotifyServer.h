@@ -5,6 +5,7 @@
 #include "CCriticalSection.h"
 #include "CError.h"
 
+#include <atomic>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -38,9 +39,12 @@ public:
 
     // The loop that carries posted events to the tree's thread, which must own it; null for none. Whoever
     // owns the loop sets null before it goes: no thread uses the loop once that call has returned. What is
-    // posted and not yet delivered goes down with the loop.
+    // posted and not yet delivered goes down with the loop. To a new loop the event kLoopEvent is posted in
+    // the name kServerName, so that whoever waits for delivery can ask again.
     void setEventLoop(CEventLoop* loop);
     CEventLoop* getEventLoop() const { return loop_; }
+    static constexpr const char* kServerName = "*notify-server"; // no name a tree would use
+    static constexpr const char* kLoopEvent = "event-loop";
 
     // --- objects
 
@@ -56,16 +60,19 @@ public:
     // is entered once.
     void addListener(const CString& sender, const CString& event, const CObject& listener,
                      const CString& handler);
-    // Returns true if the listener has no other handler left for this event.
-    bool removeListener(const CString& sender, const CString& event, const CObject& listener,
+    void removeListener(const CString& sender, const CString& event, const CObject& listener,
                         const CString& handler);
-    void removeListener(const CString& sender, const CString& event, const CObject& listener);
 
     // --- raising
 
     // Tells all that listen to `event` of `sender`. Ends with the first handler, or the first post, that
     // fails. Names come by value: a handler may end the object they belong to.
     CError notify(CString sender, CString event, const CAttrMap& parameters, bool post);
+    // Posts to all that listen, whichever thread this is, and never runs a handler here. Without a loop, or
+    // when a post fails, the result is false.
+    bool tryPost(const CString& sender, const CString& event);
+    // How often the loop was set: what was posted under another number may never arrive.
+    std::int32_t getLoopNumber() const { return loopNumber_; }
     // Tells one object of the tree: through its subscriptions to the event, or else through the handler that
     // its class has under the event's own name.
     CError notifyObject(CObject& listener, CString sender, CString event, const CAttrMap& parameters,
@@ -102,6 +109,7 @@ private:
 
     CCriticalSection loopSection_; // guards the use of the loop by other threads
     CEventLoop* loop_ = nullptr;
+    std::atomic<std::int32_t> loopNumber_{0};
     // Posted events hold a weak reference; it ends with the server, on the thread that delivers them.
     std::shared_ptr<CNotifyServer*> self_;
 

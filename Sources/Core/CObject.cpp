@@ -2,10 +2,12 @@
 #include "CObject.h"
 
 #include "CCreatorRegistry.h"
+#include "CObjectPath.h"
 #include "CTrace.h"
 #include "NumberSyntax.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace qel {
 
@@ -39,6 +41,28 @@ NumberedName splitName(const CString& name)
     return {name.substring(0, hash), parseInteger(name.substring(hash + 1)).value_or(0)};
 }
 
+using Numbered = std::map<std::int32_t, CObject*>;
+
+// "#+N" counts from the lowest index, "#-N" from the highest, "#N" is the index itself.
+CObject* childAt(const Numbered& children, const CString& position)
+{
+    const bool isFromFirst = position.startsWith("+");
+    const bool isFromLast = position.startsWith("-");
+    const auto number = parseInteger(isFromFirst || isFromLast ? position.substring(1) : position);
+    if (!number) {
+        return nullptr;
+    }
+    if (!isFromFirst && !isFromLast) {
+        const auto entry = children.find(*number);
+        return entry == children.end() ? nullptr : entry->second;
+    }
+    if (*number < 0 || static_cast<std::size_t>(*number) >= children.size()) {
+        return nullptr;
+    }
+    return isFromFirst ? std::next(children.begin(), *number)->second
+                       : std::next(children.rbegin(), *number)->second;
+}
+
 } // namespace
 
 CObject::CObject() : classInfo_(&plainClassInfo()), root_(this) {}
@@ -56,6 +80,13 @@ CObject::~CObject()
 void CObject::buildClassInfo(CClassInfo& info)
 {
     info.handleEvent<&CObject::onReleaseChild>("release-child-bridged");
+}
+
+CObject::CHold::~CHold()
+{
+    if (--object_.holds_ == 0 && object_.isReleased_) {
+        delete &object_;
+    }
 }
 
 CObject* CObject::sharedObject()
@@ -187,18 +218,38 @@ std::int32_t CObject::takeIndex(const CString& baseName, std::int32_t wanted)
 
 CError CObject::initNewChild(CObject& child, void* creationData, const CAttrMap* attributes)
 {
-    child.creationData_ = creationData;
+    // Either may be released by what runs now.
+    const CHold hold(*this);
+    const CHold childHold(child);
+    CError error = child.start(creationData, attributes);
+    if (error) {
+        error = reportError(std::move(error), __FILE__, __LINE__, child.fullName_);
+        releaseObject(&child);
+    }
+    return error;
+}
+
+CError CObject::start(void* creationData, const CAttrMap* attributes)
+{
+    creationData_ = creationData;
     if (attributes) {
         // Set now, so that references in the template's attributes can see them, and again by init(), over
         // the template.
-        QEL_TRY(child.setAttributes(*attributes, false), child.fullName_);
+        QEL_TRY(setAttributes(*attributes, false), fullName_);
     }
-    child.creationAttrs_ = attributes;
-    CError error = child.init();
-    child.creationAttrs_ = nullptr;
-    QEL_TRY(std::move(error), child.fullName_);
-    QEL_TRY(child.applyAttrs(), child.fullName_);
-    QEL_TRY(child.initChilds(), child.fullName_);
+    creationAttrs_ = attributes;
+    CError error = init();
+    creationAttrs_ = nullptr;
+    QEL_TRY(std::move(error), fullName_);
+    if (!isReleased_) {
+        QEL_TRY(applyAttrs(), fullName_);
+    }
+    if (!isReleased_) {
+        QEL_TRY(initChilds(), fullName_);
+    }
+    if (isReleased_) {
+        QEL_FAIL(fullName_, "@qelstr_CObject_createChild_Released Object was released while it came up.");
+    }
     return {};
 }
 
@@ -225,9 +276,10 @@ void CObject::removeChild(CObject& child)
 
 void CObject::releaseObject(CObject* object)
 {
-    if (!object) {
+    if (!object || object->isReleased_) {
         return;
     }
+    object->isReleased_ = true;
     object->release();
     // A child's release may end its siblings, so each is looked for again before it is touched.
     const auto children = object->children_;
@@ -238,7 +290,20 @@ void CObject::releaseObject(CObject* object)
         }
     }
     object->detach();
-    delete object;
+    if (object->holds_ == 0) {
+        delete object;
+    } else {
+        object->leaveTree();
+    }
+}
+
+// The rest of the tree may be gone before the last hold on this ends.
+void CObject::leaveTree()
+{
+    dropEventSubscriptions();
+    dropAttributeSources();
+    notifyServer_ = nullptr;
+    root_ = this;
 }
 
 // --- templates
@@ -263,6 +328,26 @@ void CObject::registerTemplate(CObject& holder)
     // By base name: a second template of the same name is numbered as a child, but takes the place of the
     // first.
     runTimeTemplates_[splitName(holder.getAttrString("name")).base] = &holder;
+}
+
+// --- finding
+
+CObject* CObject::findChild(const CString& segment) const
+{
+    const std::size_t hash = segment.find(u'#');
+    const auto entry = numberedChildren_.find(segment.substring(0, hash));
+    if (entry == numberedChildren_.end() || entry->second.empty()) {
+        return nullptr;
+    }
+    if (hash == CString::kNone) {
+        return entry->second.begin()->second;
+    }
+    return childAt(entry->second, segment.substring(hash + 1));
+}
+
+CObject* CObject::findObject(const CString& path)
+{
+    return CObjectPath(path).findFrom(*this);
 }
 
 } // namespace qel

@@ -6,8 +6,10 @@
 #include "CCheckedObject.h"
 #include "CClassInfo.h"
 #include "CError.h"
+#include "CEventSubscriptions.h"
 #include "CInlineArray.h"
 
+#include <atomic>
 #include <set>
 
 namespace qel {
@@ -19,8 +21,10 @@ class CNotifyServer;
 // attributes, found by path. A process holds one shared tree, which nothing changes once built, and one tree
 // per plug-in instance.
 //
-// A node owns its children; releaseObject() is the one way to destroy it. Life cycle: attributes, init,
-// applyAttrs, children, initChilds; overrides call the base first and pass its error on. In init and
+// A node owns its children; releaseObject() is the one way to destroy it. An object may be released from
+// inside its own attribute and event handlers: it leaves the tree at once, and its memory goes when the last
+// of them has returned. Life cycle: attributes, init, applyAttrs, children, initChilds; overrides call the
+// base first and pass its error on. In init and
 // applyAttrs a node sees parents complete up to their applyAttrs and no child of its own; in initChilds all
 // its children are ready.
 //
@@ -36,6 +40,20 @@ public:
         kAttrsApplied,
         kChildsDone,
         kReady
+    };
+
+    // Keeps the memory of an object that is released meanwhile until the hold ends; for code that calls out
+    // and goes on with the object afterwards.
+    class CHold
+    {
+    public:
+        explicit CHold(CObject& object) : object_(object) { ++object.holds_; }
+        CHold(const CHold&) = delete;
+        CHold& operator=(const CHold&) = delete;
+        ~CHold();
+
+    private:
+        CObject& object_;
     };
 
     CObject();
@@ -94,8 +112,11 @@ public:
     CError loadNode(CNodeCursor& cursor, bool fullInit, bool skipHead, bool skipAttributes,
                     bool skipChildren);
 
-    // Releases the object, its children from last to first, and destroys it. Null is allowed.
+    // Releases the object, its children from last to first, and destroys it, or lets the last hold on it do
+    // so. Null is allowed, and so is an object that is being released already.
     static void releaseObject(CObject* object);
+    // True from the call of releaseObject() on.
+    bool isReleased() const { return isReleased_; }
 
     // --- finding
 
@@ -107,6 +128,11 @@ public:
     {
         return const_cast<CObject*>(this)->findObject(path);
     }
+    // The object of class T at the path, in `out`; otherwise `out` is null and the error is `message`, with
+    // the path for its %1.
+    template <class T>
+    CError require(T*& out, const CString& path, const char* message,
+                   CSourcePlace where = CSourcePlace::current());
     // One segment: "name" (lowest index), "name#N" (exactly N), "name#+N" and "name#-N" (N places behind the
     // lowest or before the highest index).
     CObject* findChild(const CString& segment) const;
@@ -159,9 +185,11 @@ public:
     // --- events (any thread may call notify)
 
     // Calls this class's handler `handlerName` when the object at `senderPath` raises `eventName`. A path
-    // that leads nowhere is taken as the full name of an object still to come. An unknown handler is traced
-    // and ignored; so is a second subscription with the same handler.
+    // that leads nowhere yet stands for the full name of an object still to come. An unknown handler is
+    // traced and ignored; so is a second subscription with the same handler.
     void listenObject(const CString& senderPath, const CString& eventName, const CString& handlerName);
+    // Undoes listenObject() with the same path, even when the sender has gone or something else is there now;
+    // or with another path to the same sender.
     void unlistenObject(const CString& senderPath, const CString& eventName, const CString& handlerName);
     // Raises an event in the name of this object. Handlers run at once on the tree's own thread, and are
     // posted to it from another thread or with `post`. Stops at the first handler that fails. A no-op in a
@@ -188,9 +216,9 @@ private:
     const CObject* findTemplate(const CString& name) const;
     std::int32_t takeIndex(const CString& baseName, std::int32_t wanted);
     CError initNewChild(CObject& child, void* creationData, const CAttrMap* attributes);
+    CError start(void* creationData, const CAttrMap* attributes);
     void registerTemplate(CObject& holder);
     void numberObject();
-    CString senderName(const CString& path);
 
     CError loadTemplateBody(CNodeCursor& cursor);
     CError loadAttributes(CNodeCursor& cursor, bool skip);
@@ -208,6 +236,7 @@ private:
     CError applyPendingAttrs();
     void dropAttributeSources();
     void dropEventSubscriptions();
+    void leaveTree();
 
     // What is followed here by another object: attribute name here -> name there; empty: everything.
     using FollowedNames = CStringMap<CString>;
@@ -220,12 +249,14 @@ private:
     InitState initState_ = InitState::kCreated;
     bool isReadOnly_ = false;
     bool isTemplate_ = false;
+    bool isReleased_ = false;
+    std::atomic<std::int32_t> holds_{0};
     void* creationData_ = nullptr;
     const CAttrMap* creationAttrs_ = nullptr; // only while createChild() runs
     const CObject* template_ = nullptr;       // what this object was instantiated from
     CStringMap<std::int32_t> childCounters_;
     NumberedChildren numberedChildren_;
-    std::map<CString, std::set<CString>> eventSubscriptions_; // sender -> event names
+    CEventSubscriptions eventSubscriptions_;
     CNotifyServer* notifyServer_ = nullptr;
     CObject* parent_ = nullptr;
     CObject* root_;
@@ -260,13 +291,19 @@ CError CObject::createChild(T*& outChild, const CString& tag, const CString& nam
                  "(child tag '%1', child name '%2').",
                  tag, name);
     }
+    // From here on the child is released where something fails.
     if (CError error = initNewChild(*child, creationData, attributes)) {
-        error = reportError(std::move(error), __FILE__, __LINE__, child->getFullName());
-        releaseObject(child);
         return error;
     }
     outChild = typed;
     return {};
+}
+
+template <class T>
+CError CObject::require(T*& out, const CString& path, const char* message, CSourcePlace where)
+{
+    out = dynamic_cast<T*>(findObject(path));
+    return out ? CError() : reportError({}, where.file, where.line, fullName_, message, {path});
 }
 
 } // namespace qel

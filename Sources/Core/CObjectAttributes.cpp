@@ -90,6 +90,7 @@ CError CObject::setAttribute(const CString& key, const CAttrValue& value, bool i
 
 CError CObject::setAttributes(const CAttrMap& attributes, bool applyNow)
 {
+    const CHold hold(*this);
     for (const auto& [key, value] : attributes) {
         QEL_TRY(setAttribute(key, value, false), fullName_);
     }
@@ -98,6 +99,7 @@ CError CObject::setAttributes(const CAttrMap& attributes, bool applyNow)
 
 CError CObject::storeAttribute(const CString& key, CAttrValue value, bool immediate)
 {
+    const CHold hold(*this); // the handler and the followers may release this
     attributes_[key] = value;
     const std::int32_t index = classInfo_->attrIndex(key);
     if (index != CClassInfo::kNoIndex && immediate) {
@@ -114,7 +116,8 @@ CError CObject::applyPendingAttrs()
     if (isReadOnly_) {
         return {};
     }
-    for (std::size_t i = 0; i < pendingAttrs_.size(); ++i) {
+    const CHold hold(*this);
+    for (std::size_t i = 0; i < pendingAttrs_.size() && !isReleased_; ++i) {
         if (pendingAttrs_[i]) {
             pendingAttrs_[i] = 0;
             QEL_TRY(classInfo_->runHandler(static_cast<std::int32_t>(i), *this), fullName_);
@@ -138,16 +141,17 @@ void CObject::listenAttribute(CObject& target, const CString& targetName, const 
 
 CError CObject::tellListeners(const CString& key, const CAttrValue& value)
 {
-    // A follower may start or stop following, or end another one, while it is told.
+    // A follower may start or stop following, or end itself, another one or this object, while it is told.
     std::vector<CObject*> listeners;
     for (const auto& [listener, names] : attributeListeners_) {
         listeners.push_back(listener);
     }
     for (CObject* listener : listeners) {
         const auto entry = attributeListeners_.find(listener);
-        if (entry == attributeListeners_.end()) {
+        if (isReleased_ || entry == attributeListeners_.end()) {
             continue;
         }
+        const CHold hold(*listener);
         CString listenerKey = key;
         if (!entry->second.empty()) {
             const auto followed = entry->second.find(key);

@@ -32,6 +32,7 @@ CError CObject::loadCompiled(const CString& fileName, bool fullInit)
 CError CObject::loadNode(CNodeCursor& cursor, bool fullInit, bool skipHead, bool skipAttributes,
                          bool skipChildren)
 {
+    const CHold hold(*this); // handlers may release what comes up
     QEL_TRY(cursor.enterNode(), fullName_);
     if (skipHead) {
         QEL_TRY(cursor.skipString(), fullName_);
@@ -48,12 +49,14 @@ CError CObject::loadNode(CNodeCursor& cursor, bool fullInit, bool skipHead, bool
     QEL_TRY(loadAttributes(cursor, skipAttributes), fullName_);
     if (fullInit) {
         QEL_TRY(init(), fullName_);
+    }
+    if (fullInit && !isReleased_) {
         QEL_TRY(applyAttrs(), fullName_);
     }
     if (!skipChildren) {
         QEL_TRY(loadChildren(cursor), fullName_);
     }
-    if (fullInit) {
+    if (fullInit && !isReleased_) {
         QEL_TRY(initChilds(), fullName_);
         initState_ = InitState::kReady;
     }
@@ -100,7 +103,7 @@ CError CObject::loadChildren(CNodeCursor& cursor)
 {
     std::uint32_t count = 0;
     QEL_TRY(cursor.readU32(count), fullName_);
-    for (auto left = static_cast<std::int32_t>(count); left > 0; --left) {
+    for (auto left = static_cast<std::int32_t>(count); left > 0 && !isReleased_; --left) {
         QEL_TRY(loadChild(cursor), fullName_);
     }
     return {};
@@ -114,11 +117,12 @@ CError CObject::loadChild(CNodeCursor& cursor)
     QEL_TRY(cursor.readBytes(name), fullName_);
 
     CObject* child = nullptr;
-    CError error = createChildRaw(child, tag, name, false);
-    if (!error) {
-        error = child->loadNode(cursor, true, false, false, false);
+    if (CError error = createChildRaw(child, tag, name, false)) {
+        releaseObject(child);
+        return error;
     }
-    if (error) {
+    const CHold hold(*child);
+    if (CError error = child->loadNode(cursor, true, false, false, false)) {
         releaseObject(child);
         return error;
     }

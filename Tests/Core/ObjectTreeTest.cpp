@@ -23,6 +23,7 @@ public:
         info.handle<&CProbe::attrSecond>("second");
         info.handle<&CProbe::attrFirst>("first");
         info.bind<&CProbe::count_>("count", 5);
+        info.handle<&CProbe::attrClose>("close");
     }
 
     CError init() override
@@ -56,6 +57,14 @@ public:
     CError attrSecond()
     {
         note("second=" + getAttrString("second").toUtf8());
+        return {};
+    }
+    // As a pop-up that closes itself.
+    CError attrClose()
+    {
+        CObject* ended = findObject(getAttrString("close"));
+        releaseObject(ended);
+        note("closed");
         return {};
     }
 
@@ -242,6 +251,44 @@ TEST_F(CObjectTest, ReleasesAFailedChildWithAllItHasGrown)
         << error.text();
     EXPECT_EQ(root_->findObject("outer"), nullptr);
     EXPECT_NE(root_->findObject("before"), nullptr);
+}
+
+TEST_F(CObjectTest, SurvivesHandlersThatReleaseTheirOwnObject)
+{
+    const auto addPopup = [&] {
+        CObject* popup = add(*root_, "popup", "test:probe");
+        add(*popup, "button");
+        CProbe::log.clear();
+        return popup;
+    };
+    const std::vector<std::string> closed{"popup release", "popup closed"};
+
+    EXPECT_OK(addPopup()->setAttribute("close", ".", true));
+    EXPECT_EQ(root_->findObject("popup"), nullptr);
+    EXPECT_EQ(CProbe::log, closed);
+
+    const CAttrMap closing{{"close", CAttrValue(".")}, {"count", CAttrValue("3")}};
+    EXPECT_OK(addPopup()->setAttributes(closing, true));
+    EXPECT_EQ(CProbe::log, closed);
+
+    // The object followed goes while its followers are told: what comes behind the one that ended it hears
+    // nothing, and nobody is left to follow.
+    CObject* popup = addPopup();
+    CObject* first = add(*root_, "first", "test:probe");
+    EXPECT_OK(first->setAttribute("close", "{*popup x}", false));
+    EXPECT_OK(add(*root_, "last", "test:probe")->setAttribute("first", "{*popup x}", false));
+    EXPECT_OK(popup->setAttribute("x", "popup", true));
+    EXPECT_EQ(root_->findObject("popup"), nullptr);
+    EXPECT_OK(first->setAttribute("close", ".", true));
+
+    CProbe* unborn = nullptr;
+    EXPECT_FAILS(root_->createChild(unborn, "test:probe", "unborn", false, nullptr, &closing),
+                 "Object was released while it came up.");
+    EXPECT_EQ(unborn, nullptr);
+    EXPECT_EQ(root_->findObject("unborn"), nullptr);
+    TreeNode passing("test:probe", "passing");
+    EXPECT_OK(root_.load(TreeNode().child(passing.attr("close", ".").child(TreeNode("core:object", "x")))));
+    EXPECT_EQ(root_->findObject("passing"), nullptr);
 }
 
 TEST_F(CObjectTest, SurvivesAReleaseThatEndsSiblings)

@@ -7,6 +7,21 @@
 
 namespace qel {
 
+void CAudioInterfaceBaseConnector::release()
+{
+    std::vector<CAudioInterfaceClientConnector*> clients;
+    {
+        const CLock lock(lock_);
+        clients = clients_;
+    }
+    for (CAudioInterfaceClientConnector* client : clients) {
+        if (client) {
+            client->leaveBase();
+        }
+    }
+    CObject::release();
+}
+
 void CAudioInterfaceBaseConnector::sendToClients(std::int32_t clientIndex, const CByteBuffer& record)
 {
     const CLock lock(lock_);

@@ -34,6 +34,9 @@ public:
 
     static void buildClassInfo(CClassInfo& info) { CObject::buildClassInfo(info); }
 
+    // Lets go of clients that are still attached. None of them may be in a call meanwhile.
+    void release() override;
+
     // Who acts on records from clients; null for nobody.
     void setBase(CAudioInterfaceRecordHandler* base) { base_ = base; }
 

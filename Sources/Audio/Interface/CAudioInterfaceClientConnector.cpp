@@ -3,6 +3,7 @@
 
 #include "CAudioInterfaceBaseConnector.h"
 #include "CAudioInterfaceClient.h"
+#include "CNotifyServer.h"
 
 #include <charconv>
 #include <utility>
@@ -34,15 +35,21 @@ void CAudioInterfaceClientConnector::buildClassInfo(CClassInfo& info)
 void CAudioInterfaceClientConnector::attachTo(CAudioInterfaceBaseConnector& base)
 {
     listenObject(getFullName(), kProxyEvent, kEvent);
+    listenObject(CNotifyServer::kServerName, CNotifyServer::kLoopEvent, kEvent);
     base_ = &base;
     index_ = base.attachClient(*this);
 }
 
-void CAudioInterfaceClientConnector::release()
+void CAudioInterfaceClientConnector::leaveBase()
 {
     if (base_) {
         std::exchange(base_, nullptr)->detachClient(*this);
     }
+}
+
+void CAudioInterfaceClientConnector::release()
+{
+    leaveBase();
     {
         const CLock lock(lock_);
         queue_.clear();
@@ -52,16 +59,31 @@ void CAudioInterfaceClientConnector::release()
 
 void CAudioInterfaceClientConnector::receive(const CByteBuffer& record)
 {
-    bool wasEmpty = false;
     {
         const CLock lock(lock_);
-        wasEmpty = queue_.empty();
         queue_.push_back(record);
     }
-    // One event is under way for all that a queue holds. Posted even on the tree's own thread: the sender
-    // holds locks.
-    if (wasEmpty) {
-        traceError(notify(kProxyEvent, {}, true));
+    postWaiting();
+}
+
+// One event is under way for all that a queue holds.
+void CAudioInterfaceClientConnector::postWaiting()
+{
+    CNotifyServer* const server = getNotifyServer();
+    if (!server) {
+        return;
+    }
+    const std::int32_t loop = server->getLoopNumber();
+    {
+        const CLock lock(lock_);
+        if (queue_.empty() || postedTo_ == loop) {
+            return;
+        }
+        postedTo_ = loop;
+    }
+    if (!server->tryPost(getFullName(), kProxyEvent)) {
+        const CLock lock(lock_);
+        postedTo_ = kNoLoop;
     }
 }
 
@@ -70,14 +92,17 @@ CError CAudioInterfaceClientConnector::sendToBase(const CByteBuffer& record)
     if (!base_) {
         return {};
     }
-    return base_->processClientData(index_, record);
+    CError error = base_->processClientData(index_, record);
+    postWaiting(); // what could not be posted when it came
+    return error;
 }
 
 CError CAudioInterfaceClientConnector::onProcessBaseData(const CAttrMap&)
 {
     if (!client_) {
         const CLock lock(lock_);
-        queue_.clear(); // so that the next record raises an event again
+        queue_.clear();
+        postedTo_ = kNoLoop;
         QEL_FAIL(getFullName(), "@qelstr_CAudioInterfaceClientConnector_onProcessBaseData_NoClientObject "
                                 "No client object defined.");
     }
@@ -89,12 +114,15 @@ CError CAudioInterfaceClientConnector::onProcessBaseData(const CAttrMap&)
         {
             const CLock lock(lock_);
             records.swap(queue_);
+            postedTo_ = kNoLoop;
         }
         if (records.empty()) {
             break;
         }
         for (const CByteBuffer& record : records) {
-            traceError(client_->processRecord(record));
+            if (client_) { // acting on a record may close the window
+                traceError(client_->processRecord(record));
+            }
         }
     }
     isProcessing_ = false;

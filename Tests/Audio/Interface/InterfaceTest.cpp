@@ -4,6 +4,7 @@
 #include "CAudioInterfaceBase.h"
 #include "CAudioInterfaceClient.h"
 #include "CAudioParamRegistry.h"
+#include "CEventLoop.h"
 #include "CNotifyServer.h"
 
 #include <thread>
@@ -61,6 +62,7 @@ protected:
     void openWindow()
     {
         server_ = std::make_unique<CNotifyServer>();
+        server_->setEventLoop(&loop_);
         ui_ = new CObject;
         ui_->setNotifyServer(server_.get());
         EXPECT_OK(ui_->setAttribute("PluginRootPtrVar", CAudioInterfaceClientConnectorVST::rootVarOf(*root_),
@@ -77,12 +79,20 @@ protected:
         ui_ = nullptr;
         server_.reset();
     }
+    // The client when all that was sent to it has arrived.
+    CAudioInterfaceClient* client()
+    {
+        loop_.drain();
+        return client_;
+    }
+    double shownGain() { return client()->findParam("p.gain")->values.get(0, 0); }
     void change(double value, const char* step)
     {
         EXPECT_OK(
             client_->send(record::CChangeParams{step, 1, true, {{"p.gain", 0, 0, false, {value}, {}}}}));
     }
 
+    CEventLoop loop_;
     CAudioParam* gain_ = nullptr;
     CAudioInterfaceBaseConnectorVST* wire_ = nullptr;
     CAudioInterfaceBase* base_ = nullptr;
@@ -95,53 +105,55 @@ protected:
 
 TEST_F(InterfaceTest, MirrorsParametersAndTheirDeclarations)
 {
-    client_->addParamListener("p.gain", screen_);
-    const CAudioInterfaceParam* gain = client_->findParam("p.gain");
+    client()->addParamListener("p.gain", screen_);
+    const CAudioInterfaceParam* gain = client()->findParam("p.gain");
     ASSERT_TRUE(gain && gain->info.valid);
     EXPECT_EQ(gain->info.maxValues, gain_->getInfo().maxValues);
-    EXPECT_EQ(gain->values.get(0, 0), 1.0);
+    EXPECT_EQ(shownGain(), 1.0);
 
     gain_->setValue(0, 0, 0, 2.0, context_);
-    EXPECT_EQ(gain->values.get(0, 0), 2.0);
+    EXPECT_EQ(shownGain(), 2.0);
     change(1e9, "");
-    EXPECT_EQ(gain->values.get(0, 0), gain_->getInfo().maxValues[0]) << "what comes back is what is true";
+    EXPECT_EQ(shownGain(), gain_->getInfo().maxValues[0]) << "what comes back is what is true";
     EXPECT_EQ(gain->values.get(5, 0), 1.0) << "a group never written shows the default";
     EXPECT_EQ(screen_.updates.size(), 3U);
 
-    EXPECT_OK(client_->send(record::CResetParams{"", {"p.gain"}, -1, -1, false}));
-    EXPECT_EQ(gain->values.get(0, 0), 1.0);
+    EXPECT_OK(client()->send(record::CResetParams{"", {"p.gain"}, -1, -1, false}));
+    EXPECT_EQ(shownGain(), 1.0);
     // One that is declared later.
-    EXPECT_FALSE(client_->watchParam("p.late").info.valid);
+    EXPECT_FALSE(client()->watchParam("p.late").info.valid);
     addParam("p.late", test::floatInfo("late", {4.0}));
-    client_->removeParamListener(screen_);
+    client()->removeParamListener(screen_);
 }
 
 TEST_F(InterfaceTest, KeepsAHistoryThatClientsWalk)
 {
-    EXPECT_EQ(client_->getHistory().steps, std::vector<CString>{"Undo history start"});
+    EXPECT_EQ(client()->getHistory().steps, std::vector<CString>{"Undo history start"});
     change(2.0, "Gain change");
     change(3.0, "Gain change");
-    ASSERT_EQ(client_->getHistory().steps.size(), 2U) << "a drag is one step";
-    EXPECT_EQ(client_->getHistory().position, 1);
-    EXPECT_OK(client_->send(record::CMoveHistory{0}));
+    ASSERT_EQ(client()->getHistory().steps.size(), 2U) << "a drag is one step";
+    EXPECT_EQ(client()->getHistory().position, 1);
+    EXPECT_OK(client()->send(record::CMoveHistory{0}));
     EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-    EXPECT_EQ(client_->getHistory().position, 0);
-    EXPECT_OK(client_->send(record::CMoveHistory{1}));
+    EXPECT_EQ(client()->getHistory().position, 0);
+    EXPECT_OK(client()->send(record::CMoveHistory{1}));
     EXPECT_EQ(gain_->getValue(0, 0), 3.0);
 }
 
 TEST_F(InterfaceTest, AnswersOnlyTheClientThatAsksAndForgetsOneThatLeaves)
 {
     const std::int32_t id = viz_->registerSource("meter");
-    client_->setVizProcessor(&screen_);
-    EXPECT_OK(client_->send(record::CListenViz{"meter", true}));
+    client()->setVizProcessor(&screen_);
+    EXPECT_OK(client()->send(record::CListenViz{"meter", true}));
+    client();
     EXPECT_EQ(screen_.id, id);
     CAudioParam& enable = collector_->getParam("meter-enable");
     EXPECT_EQ(enable.getValue(0, 0), 1.0);
     viz_->push(meterData(1.5));
     viz_->push(meterData(2.5));
     viz_->beginBlock();
-    EXPECT_OK(client_->send(record::CGetViz{}));
+    EXPECT_OK(client()->send(record::CGetViz{}));
+    client();
     EXPECT_EQ(screen_.times, (std::vector<double>{1.5, 2.5}));
 
     closeWindow();
@@ -149,14 +161,16 @@ TEST_F(InterfaceTest, AnswersOnlyTheClientThatAsksAndForgetsOneThatLeaves)
     EXPECT_FALSE(wire_->hasClients());
     gain_->setValue(0, 0, 0, 2.0, context_);
     openWindow();
-    EXPECT_EQ(client_->watchParam("p.gain").values.get(0, 0), 2.0) << "a new window asks afresh";
+    client_->watchParam("p.gain");
+    EXPECT_EQ(shownGain(), 2.0) << "a new window asks afresh";
 }
 
 TEST_F(InterfaceTest, RefusesWhatItDoesNotUnderstandAndChangesNothing)
 {
     const std::uint8_t unknown[] = {210, 4, 0, 0};
     EXPECT_FAILS(clientWire_->sendToBase(CByteBuffer(unknown)), "Invalid data type 1234.");
-    EXPECT_FAILS(client_->send(record::CGetRegistry{"nothing"}), "No param registry object 'nothing' found.");
+    EXPECT_FAILS(client()->send(record::CGetRegistry{"nothing"}),
+                 "No param registry object 'nothing' found.");
     const CByteBuffer whole =
         encodeRecord(record::CChangeParams{"step", 1, false, {{"p.gain", 0, 0, false, {3.0}, {}}}});
     for (std::size_t size = 0; size < whole.size(); ++size) {
@@ -164,9 +178,9 @@ TEST_F(InterfaceTest, RefusesWhatItDoesNotUnderstandAndChangesNothing)
         EXPECT_TRUE(error) << size;
     }
     EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-    EXPECT_EQ(client_->getHistory().steps.size(), 1U);
+    EXPECT_EQ(client()->getHistory().steps.size(), 1U);
     wire_->setBase(nullptr);
-    EXPECT_FAILS(client_->send(record::CGetState{}), "No base object defined.");
+    EXPECT_FAILS(client()->send(record::CGetState{}), "No base object defined.");
     clientWire_->setClient(nullptr);
     EXPECT_FAILS(clientWire_->onProcessBaseData({}), "No client object defined.");
     wire_->setBase(base_);
@@ -174,8 +188,6 @@ TEST_F(InterfaceTest, RefusesWhatItDoesNotUnderstandAndChangesNothing)
 
 TEST_F(InterfaceTest, KeepsTheOrderOfEachSenderAndDropsWhatIsQueuedWhenTheWindowCloses)
 {
-    // Without a server nothing is acted on until asked for, as while a UI thread is busy.
-    ui_->setNotifyServer(nullptr);
     client_->addParamListener("p.gain", screen_);
     std::thread other([&] {
         CAudioParamContext context;
@@ -187,10 +199,44 @@ TEST_F(InterfaceTest, KeepsTheOrderOfEachSenderAndDropsWhatIsQueuedWhenTheWindow
         base_->setEnvironment({.sampleRateHz = 44100.0 + i});
     }
     other.join();
-    EXPECT_OK(clientWire_->onProcessBaseData({}));
-    EXPECT_EQ(client_->getEnvironment().sampleRateHz, 44299.0);
-    EXPECT_EQ(client_->findParam("p.gain")->values.get(0, 0), 2.0);
+    EXPECT_EQ(client()->getEnvironment().sampleRateHz, 44299.0);
+    EXPECT_EQ(shownGain(), 2.0);
     base_->clearClients();
+}
+
+TEST_F(InterfaceTest, NeverRunsInTheSendersThreadAndNeverGetsStuck)
+{
+    client_->addParamListener("p.gain", screen_);
+    server_->setEventLoop(nullptr);
+    const auto sendFromAnotherThread = [&](double value) {
+        std::thread([&] {
+            CAudioParamContext context;
+            gain_->setValue(0, 0, 0, value, context);
+        }).join();
+    };
+    sendFromAnotherThread(2.0);
+    gain_->setValue(0, 0, 0, 3.0, context_);
+    EXPECT_EQ(client_->findParam("p.gain")->isKnown, false) << "there is no loop that could carry it";
+
+    // A loop that goes before it has delivered.
+    auto lost = std::make_unique<CEventLoop>();
+    server_->setEventLoop(lost.get());
+    sendFromAnotherThread(4.0);
+    server_->setEventLoop(nullptr);
+    lost.reset();
+    server_->setEventLoop(&loop_);
+    EXPECT_EQ(shownGain(), 4.0);
+    sendFromAnotherThread(5.0);
+    EXPECT_EQ(shownGain(), 5.0);
+}
+
+TEST_F(InterfaceTest, AWindowMayOutliveTheInstance)
+{
+    gain_->setValue(0, 0, 0, 2.0, context_);
+    CObject::releaseObject(base_);
+    CObject::releaseObject(wire_);
+    EXPECT_OK(client_->send(record::CGetState{}));
+    client();
 }
 
 TEST_F(InterfaceTest, TellsWhatIsMissingWhenItCannotStart)

@@ -3,6 +3,7 @@
 #include "CAudioExtParam.h"
 #include "CAudioExtParamList.h"
 #include "CAudioInterfaceClient.h"
+#include "CEventLoop.h"
 #include "CNotifyServer.h"
 
 namespace qel::test {
@@ -14,6 +15,7 @@ protected:
     ProductInterface()
     {
         bringUp(host_);
+        server_.setEventLoop(&loop_);
         ui_->setNotifyServer(&server_);
         EXPECT_OK(ui_->setAttribute("PluginRootPtrVar",
                                     CAudioInterfaceClientConnectorVST::rootVarOf(*host_.getRoot()), true));
@@ -26,7 +28,15 @@ protected:
     }
     ~ProductInterface() override { CObject::releaseObject(ui_); }
 
+    // The client when all that was sent to it has arrived.
+    CAudioInterfaceClient* client()
+    {
+        loop_.drain();
+        return client_;
+    }
+
     TestHost host_;
+    CEventLoop loop_;
     CNotifyServer server_;
     CObject* ui_ = new CObject;
     CAudioInterfaceClient* client_ = nullptr;
@@ -34,18 +44,18 @@ protected:
 
 TEST_F(ProductInterface, KnowsTheRateAndTheChannelsFromTheStartAndFollowsThem)
 {
-    EXPECT_EQ(client_->getEnvironment().sampleRateHz, 48000.0);
-    EXPECT_EQ(client_->getEnvironment().hostInputs, 2);
+    EXPECT_EQ(client()->getEnvironment().sampleRateHz, 48000.0);
+    EXPECT_EQ(client()->getEnvironment().hostInputs, 2);
     host_.suspend();
     CAudioHostSetup setup;
     setup.sampleRateHz = 96000.0;
     setup.inputCount = 8;
     setup.outputCount = 6;
     host_.resume(setup);
-    EXPECT_EQ(client_->getEnvironment().sampleRateHz, 96000.0);
-    EXPECT_EQ(client_->getEnvironment().hostInputs, 8);
-    EXPECT_EQ(client_->getEnvironment().hostOutputs, 6);
-    EXPECT_EQ(client_->getEnvironment().groups, 8);
+    EXPECT_EQ(client()->getEnvironment().sampleRateHz, 96000.0);
+    EXPECT_EQ(client()->getEnvironment().hostInputs, 8);
+    EXPECT_EQ(client()->getEnvironment().hostOutputs, 6);
+    EXPECT_EQ(client()->getEnvironment().groups, 8);
 }
 
 TEST_F(ProductInterface, UndoingAChangeAlsoGivesBackTheNameOfThePreset)
@@ -56,17 +66,17 @@ TEST_F(ProductInterface, UndoingAChangeAlsoGivesBackTheNameOfThePreset)
     name.setString(0, 0, "Gentle", context);
     const double before = freq.getValue(0, 0);
     const auto drag = [&](double value) {
-        EXPECT_OK(client_->send(record::CChangeParams{
+        EXPECT_OK(client()->send(record::CChangeParams{
             "DC filter frequency", 1, true, {{freq.getName(), 0, 0, false, {value}, {}}}}));
     };
     drag(before + 1.0);
     drag(before + 2.0);
     EXPECT_EQ(name.getString(0, 0), "User");
-    ASSERT_EQ(client_->getHistory().steps.size(), 2U) << "one movement is one step";
-    EXPECT_OK(client_->send(record::CMoveHistory{0}));
+    ASSERT_EQ(client()->getHistory().steps.size(), 2U) << "one movement is one step";
+    EXPECT_OK(client()->send(record::CMoveHistory{0}));
     EXPECT_EQ(freq.getValue(0, 0), before);
     EXPECT_EQ(name.getString(0, 0), "Gentle");
-    EXPECT_OK(client_->send(record::CMoveHistory{1}));
+    EXPECT_OK(client()->send(record::CMoveHistory{1}));
     EXPECT_EQ(freq.getValue(0, 0), before + 2.0);
     EXPECT_EQ(name.getString(0, 0), "User");
 }
@@ -83,7 +93,8 @@ TEST_F(ProductInterface, FollowsTheAutomationOfTheHostAndUndoesNoneOfIt)
         if (norm == 0.25) {
             host_.run(silence, {64}); // the other one waits for a host that does not process
         }
-        EXPECT_OK(client_->send(record::CGetViz{}));
+        EXPECT_OK(client()->send(record::CGetViz{}));
+        client();
         EXPECT_NEAR(shown.info.converters.at(0)->valueToNorm(shown.info, 0, shown.values.get(0, 0)), norm,
                     1e-9);
     }
@@ -91,9 +102,9 @@ TEST_F(ProductInterface, FollowsTheAutomationOfTheHostAndUndoesNoneOfIt)
     host_.run(silence, {64});
     knob.postNormalized(0.7);
     host_.run(silence, {64});
-    EXPECT_OK(client_->send(
+    EXPECT_OK(client()->send(
         record::CChangeParams{"Gain change", 1, true, {{gain.getName(), 0, 0, false, {1.0}, {}}}}));
-    EXPECT_OK(client_->send(record::CMoveHistory{0}));
+    EXPECT_OK(client()->send(record::CMoveHistory{0}));
     EXPECT_GT(gain.getValue(0, 0), automated) << "the automation between the two";
 }
 

@@ -78,6 +78,60 @@ TEST_F(Events, ASubscriptionMayComeBeforeItsSenderAndEndsWithTheListener)
     EXPECT_EQ(takeLog(), Log{"b:one:"});
 }
 
+TEST_F(Events, UnlistenUndoesListenEvenWhenTheSenderHasGoneOrChanged)
+{
+    CObject& second = tree_.add("core:object", "sender");
+    a_.listenObject("^sender", "go", "one");
+    CObject::releaseObject(&sender_); // from here on the path leads to the second
+    a_.unlistenObject("^sender", "go", "one");
+    CObject& again = tree_.add("core:object", "sender");
+    EXPECT_OK(again.notify("go", {}, false));
+    EXPECT_OK(second.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{});
+
+    a_.listenObject("sender#1", "go", "one");
+    CObject::releaseObject(&second);
+    a_.unlistenObject("^sender#1", "go", "one"); // another path to the same name
+    EXPECT_OK(tree_.add("core:object", "sender#1").notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{});
+}
+
+TEST_F(Events, APathToASenderStillToComeMayBeRelative)
+{
+    CObject& c = tree_.add("probe", "c");
+    EXPECT_OK(c.setAttribute("pop-up", "^window.menu", false));
+    c.listenObject("^window.row#2.button", "go", "one");
+    c.listenObject("$pop-up.list", "go", "one");
+    c.listenObject(".own.^child", "go", "one");
+    CObject& window = tree_.add("core:object", "window");
+    const auto add = [](CObject& parent, const char* name) -> CObject& {
+        CObject* child = nullptr;
+        EXPECT_OK(parent.createChild(child, "core:object", name));
+        return *child;
+    };
+    EXPECT_OK(add(add(window, "row#2"), "button").notify("go", withX("1"), false));
+    EXPECT_OK(add(add(window, "menu"), "list").notify("go", withX("2"), false));
+    EXPECT_OK(add(c, "child").notify("go", withX("3"), false));
+    EXPECT_EQ(takeLog(), (Log{"c:one:1", "c:one:2", "c:one:3"}));
+}
+
+TEST_F(Events, AHandlerMayReleaseItsOwnObjectAndGoOn)
+{
+    a_.listenObject("sender", "go", "one");
+    a_.listenObject("sender", "go", "two");
+    std::string nameAfterwards;
+    CEventProbe::onEvent = [&](CEventProbe& probe) {
+        CObject::releaseObject(&probe);
+        CObject::releaseObject(&probe);
+        tree_.end();
+        nameAfterwards = probe.getFullName().toUtf8();
+        return CError();
+    };
+    EXPECT_OK(sender_.notify("go", {}, false));
+    EXPECT_EQ(takeLog(), Log{"a:one:"});
+    EXPECT_EQ(nameAfterwards, "a");
+}
+
 TEST_F(Events, AnUnknownHandlerIsTracedAndIgnored)
 {
     Log lines;
