@@ -1,8 +1,11 @@
-// Inspector: prints any compiled file as readable text, or the live graph that a compiled tree defines.
+// Inspector: prints any compiled file as readable text, the live graph that a compiled tree defines, or the
+// layout of a tree of views.
 #include "CKernelContext.h"
+#include "CTrace.h"
 #include "GraphHost/CGraphHost.h"
 #include "GraphHost/CGraphPrinter.h"
 #include "Inspect/FileKinds.h"
+#include "Layout/PrintLayout.h"
 #include "Streams/CFileReader.h"
 #include "TreeCompiler/ToolError.h"
 
@@ -97,14 +100,38 @@ void inspectGraph(const std::string& path, const GraphOptions& options)
     }
 }
 
+struct LayoutOptions
+{
+    bool isWanted = false;
+    bool asJson = false;
+    double scale = 1.0;
+    std::string png;
+};
+
+void inspectLayout(const std::string& path, const LayoutOptions& options)
+{
+    setTraceHook([](const CString& line) { std::cerr << line.toUtf8() << '\n'; });
+    const std::vector<CLayoutTree::View> views = CLayoutTree(compileLayout(path), options.scale).views();
+    if (options.asJson) {
+        printLayoutJson(views, std::cout);
+    } else {
+        printLayoutText(views, std::cout);
+    }
+    if (!options.png.empty()) {
+        drawLayout(views, options.png);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Prints a compiled file as readable text, or the graph that a compiled tree defines");
+    CLI::App app("Prints a compiled file as readable text, the graph that a compiled tree defines, or "
+                 "the layout of a tree of views");
     std::string path;
     GraphOptions graph;
-    app.add_option("FILE", path, "Compiled tree, stored string, preset, bank or preset list")->required();
+    app.add_option("FILE", path, "Compiled tree, stored string, preset, bank or preset list; XML of views")
+        ->required();
     CLI::Option* isGraph =
         app.add_flag("--graph", graph.isWanted, "Build the tree's signal graph and print it");
     app.add_flag("--dot", graph.asDot, "Print the graph for Graphviz")->needs(isGraph);
@@ -126,10 +153,22 @@ int main(int argc, char** argv)
     app.add_option("--rate", graph.host.rateHz, "Sample rate in Hz")->capture_default_str()->needs(isGraph);
     app.add_option("--set", graph.values, "Parameter of the process, NAME=VALUE in real units")
         ->needs(isGraph);
+    LayoutOptions layout;
+    CLI::Option* isLayout =
+        app.add_flag("--layout", layout.isWanted, "Lay out a tree of views and print their rectangles")
+            ->excludes(isGraph);
+    app.add_option("--scale", layout.scale, "Interface scale")
+        ->capture_default_str()
+        ->needs(isLayout)
+        ->check(CLI::Range(0.25, 8.0));
+    app.add_flag("--json", layout.asJson, "Print JSON")->needs(isLayout);
+    app.add_option("--png", layout.png, "Draw the outlines of the views")->needs(isLayout);
     CLI11_PARSE(app, argc, argv);
     try {
         if (graph.isWanted) {
             inspectGraph(path, graph);
+        } else if (layout.isWanted) {
+            inspectLayout(path, layout);
         } else {
             inspect(path);
         }

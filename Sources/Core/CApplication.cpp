@@ -24,12 +24,6 @@ constexpr double kMaxUIScale = 8.0;
 
 std::atomic<CApplication*> theApplication{nullptr};
 
-double readUIScale(CApplicationData& store)
-{
-    const double scale = parseReal(store.loadString("ui-scale", {})).value_or(1.0);
-    return scale >= kMinUIScale && scale <= kMaxUIScale ? scale : 1.0;
-}
-
 // Brings up a tree whose root stands alone.
 CError initTree(CObject& root, const CString& fileName)
 {
@@ -79,7 +73,7 @@ CApplication* CApplication::get()
     return theApplication;
 }
 
-CApplication::CApplication() : uiScale_(readUIScale(localData_)), modulePath_(CSystem::modulePath())
+CApplication::CApplication() : modulePath_(CSystem::modulePath())
 {
     // Statics end in the reverse order of their beginning, and the settings of a library that ends with the
     // process still unlink their bridges. So the registry of links has to begin now.
@@ -87,6 +81,12 @@ CApplication::CApplication() : uiScale_(readUIScale(localData_)), modulePath_(CS
 }
 
 CApplication::~CApplication() = default;
+
+double CApplication::getUIScale()
+{
+    const double scale = parseReal(localData_.loadString("ui-scale", {})).value_or(1.0);
+    return scale >= kMinUIScale && scale <= kMaxUIScale ? scale : 1.0;
+}
 
 CError CApplication::registerWindowClasses()
 {

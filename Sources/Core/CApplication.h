@@ -55,8 +55,8 @@ public:
 
     CApplicationData& getGlobalData() { return globalData_; }
     CApplicationData& getLocalData() { return localData_; }
-    // Factor of all sizes in the user interface.
-    double getUIScale() const { return uiScale_; }
+    // Factor of all sizes in the user interface, as the setting stands now. May read a file.
+    double getUIScale();
     // Path of the library; empty if the system does not tell.
     const CString& getModulePath() const { return modulePath_; }
 
@@ -69,7 +69,6 @@ private:
 
     CGlobalData globalData_;
     CLocalData localData_;
-    double uiScale_ = 1.0;
     CString modulePath_;
 
     CCriticalSection instanceSection_; // guards the next two

@@ -1,11 +1,9 @@
 // A graph built from XML, for tests and benchmarks.
 #pragma once
 
+#include "CompileXml.h"
 #include "GraphHost/CGraphHost.h"
-#include "TemporaryFolder.h"
-#include "TreeCompiler/CTreeCompiler.h"
 
-#include <fstream>
 #include <stdexcept>
 
 namespace qel::test {
@@ -17,19 +15,6 @@ inline void requireOk(CError error)
     if (error) {
         throw std::runtime_error(error.text());
     }
-}
-
-// Compiles the text of a <tree>.
-inline tools::CTreeNode compileXml(const std::string& xml)
-{
-    const TemporaryFolder folder;
-    const std::string path = folder.path("tree.xml");
-    std::ofstream(path) << xml;
-    tools::CTreeCompiler compiler;
-    if (!compiler.compile(path)) {
-        throw std::runtime_error(compiler.diagnostics().front().message);
-    }
-    return compiler.root();
 }
 
 // Runs the definition "main" of a piece of XML, behind a few converters, as the process "plugin.main".

@@ -1,7 +1,7 @@
 // A picture of what an effect did.
 #include "Render/RenderPlot.h"
 
-#include "Render/CCanvas.h"
+#include "Canvas/CCanvas.h"
 #include "Render/CPendingFile.h"
 #include "Render/RenderError.h"
 

@@ -24,13 +24,16 @@ bool isElement(pugi::xml_node node, std::string_view name)
 
 } // namespace
 
-bool CTreeCompiler::compile(const std::filesystem::path& file)
+bool CTreeCompiler::compile(const std::filesystem::path& file, Root expected)
 {
     try {
         CXmlSource source(file, file.string(), diagnostics_);
         files_.push_back(file);
         openFiles_.push_back(std::filesystem::weakly_canonical(file));
-        if (const pugi::xml_node element = rootElement(source)) {
+        const pugi::xml_node element = rootElement(source, expected);
+        if (element && !isElement(element, "tree")) {
+            compileElement(source, element, root_, 2);
+        } else if (element) {
             if (const auto name = element.attribute("name")) {
                 source.report(name, "the root has no name; an attribute called 'name' is an <attr>");
             }
@@ -44,7 +47,7 @@ bool CTreeCompiler::compile(const std::filesystem::path& file)
     return diagnostics_.empty();
 }
 
-pugi::xml_node CTreeCompiler::rootElement(CXmlSource& source)
+pugi::xml_node CTreeCompiler::rootElement(CXmlSource& source, Root expected)
 {
     if (!source.isGood()) {
         return {};
@@ -55,7 +58,7 @@ pugi::xml_node CTreeCompiler::rootElement(CXmlSource& source)
             source.report(node, "text outside the root element");
         } else if (root) {
             source.report(node, "a second root element");
-        } else if (!isElement(node, "tree")) {
+        } else if (expected == Root::kTree && !isElement(node, "tree")) {
             source.report(node, "the root element must be <tree>, not <" + std::string(node.name()) + ">");
             return {};
         } else {
@@ -193,7 +196,7 @@ void CTreeCompiler::compileInclude(CXmlSource& source, pugi::xml_node element, C
             files_.push_back(path);
         }
         openFiles_.push_back(canonical);
-        if (const pugi::xml_node root = rootElement(included)) {
+        if (const pugi::xml_node root = rootElement(included, Root::kTree)) {
             if (const auto attribute = root.first_attribute()) {
                 included.report(attribute,
                                 "the root of an included file has no attributes; they would be lost");

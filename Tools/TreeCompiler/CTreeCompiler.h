@@ -27,8 +27,14 @@ namespace qel::tools {
 class CTreeCompiler
 {
 public:
+    enum class Root
+    {
+        kTree,      // the root element is <tree>
+        kAnyElement // any other root element is the only node of the tree
+    };
+
     // False if there are diagnostics.
-    bool compile(const std::filesystem::path& file);
+    bool compile(const std::filesystem::path& file, Root expected = Root::kTree);
 
     const CTreeNode& root() const { return root_; }
     const std::vector<CDiagnostic>& diagnostics() const { return diagnostics_; }
@@ -38,7 +44,7 @@ public:
 private:
     using Reserved = std::vector<std::string_view>;
 
-    pugi::xml_node rootElement(CXmlSource& source);
+    pugi::xml_node rootElement(CXmlSource& source, Root expected);
     void compileContent(CXmlSource& source, pugi::xml_node element, CTreeNode& target, int depth);
     void compileElement(CXmlSource& source, pugi::xml_node element, CTreeNode& parent, int depth);
     CTreeNode compileTemplate(CXmlSource& source, pugi::xml_node element, int depth);

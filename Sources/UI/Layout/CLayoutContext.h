@@ -7,15 +7,17 @@ namespace qel {
 
 class CViewArea;
 
-// Areas that wait for something, each once, in the order in which they came.
+// Areas that wait for something, in the order in which they came.
 class CAreaQueue
 {
 public:
     void push(CViewArea& area) { areas_.push_back(&area); }
     // The next area, or null. Others may be pushed or removed in between.
     CViewArea* take();
-    void remove(const CViewArea& area);
+    void remove(CViewArea& area);
     bool isEmpty() const { return next_ == areas_.size(); }
+    // At least as many as take() will give.
+    std::size_t size() const { return areas_.size() - next_; }
 
 private:
     std::vector<CViewArea*> areas_; // null where an area was removed

@@ -28,8 +28,8 @@ protected:
 //
 // Variables are computed operands first, as far as the formulas allow, so one change costs one evaluation of
 // each variable that it moves, and results do not depend on the order in which things were made. Formulas
-// that depend on each other in a circle are computed again until they settle, at most 200 times; then
-// "Too many recursions" is traced and they stay as they are.
+// that depend on each other in a circle are computed again until they settle, or until the circle is some 200
+// links deep; then "Too many recursions" is traced and they stay as they are.
 //
 // One network a window, used by the window's thread alone. At most 65535 variables, 65536 distinct constants
 // (equal within 0.0001) and 256 tokens a formula. A refused operation changes nothing.
@@ -40,7 +40,9 @@ public:
     static constexpr std::size_t kMaxTokens = 256;
     static constexpr std::size_t kMaxVariables = kNoVariable;
     static constexpr std::size_t kMaxConstants = 65536;
-    static constexpr int kMaxRecursions = 201;
+    // Computations of one variable in one propagation. A circle through the sizes of a view and its parent
+    // has about four links.
+    static constexpr int kMaxRounds = 50;
 
     CValueNetwork() = default;
     CValueNetwork(const CValueNetwork&) = delete;
@@ -105,9 +107,7 @@ private:
 
     CError encode(const CFormula& formula, Tokens& outTokens);
     bool internConstant(float value, std::uint16_t& outIndex);
-    void useConstants(const Tokens& tokens);
     void releaseConstants(const Tokens& tokens);
-    void forgetConstant(std::uint16_t index);
     void link(CVariableId id, Tokens tokens);
     void unlink(CVariableId id);
 

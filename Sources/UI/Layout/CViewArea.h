@@ -57,7 +57,8 @@ public:
     // --- what shapes the layout
 
     CPlacement getPlacement() const { return placement_; }
-    void setPlacement(CPlacement placement);
+    // A root view stays as it is.
+    CError setPlacement(CPlacement placement);
     // Finds the area that a view of placement kMatch lies over, or null; asked at every rebuild.
     void setMatchFinder(std::function<CViewArea*()> finder);
     void setAlignment(CAxis axis, CAlignment alignment);
@@ -72,7 +73,7 @@ public:
     CError setSize(CAxis axis, const CViewSize& size);
     CError setMinSize(CAxis axis, const CViewSize& size);
     // Without a value the compact size is computed from the children.
-    CError setCompactSize(CAxis axis, std::optional<double> size);
+    void setCompactSize(CAxis axis, std::optional<double> size);
     void setInnerBorder(const CViewBorder& border);
     void setOuterBorder(const CViewBorder& border);
     void setSpread(const CViewBorder& spread);
@@ -122,13 +123,14 @@ private:
     CFormula shareFormula(CAxis axis, double ratio) const;
     CFormula sizeFormula(CAxis axis, const CViewSize& size) const;
     CError writeSize(CAxis axis);
-    CError writeSizes();
+    CError writeMinSize(CAxis axis);
+    void setPair(Var before, Var after, const CViewBorder& border);
 
     void queueRebuild();
     void queueParentRebuild();
     void queueReport();
     void queueReportOfAll();
-    CViewArea* clipSource() const;
+    CRect ownRect() const;
     CRect virtualExtent() const;
 
     CLayoutContext& context_;
@@ -152,9 +154,11 @@ private:
 
     CInlineArray<CViewArea*, 8> children_; // in tree order
     CInlineArray<CViewArea*, 8> clipped_;  // areas whose clip source this is
+    CInlineArray<CViewArea*, 2> matching_; // areas that lie over this one
+    CViewArea* matched_ = nullptr;         // what this area lies over
     CVariableId ids_[2 * kAllPairs];
     CVariableId childCountId_ = kNoVariable;
-    CInlineArray<CVariableId, 8> rowIds_; // of rows and sums, written anew at each rebuild
+    CInlineArray<CVariableId, 8> sumIds_; // of rows and other sums over children
 
     bool isRebuildQueued_ = false;
     bool isReportQueued_ = false;

@@ -83,11 +83,11 @@ public:
     // --- the view and its window; valid from init on
 
     CError solveLayout() { return area_->getContext().solveLayout(); }
-    // Gives a root view the size of its window, in whole window pixels, whatever its attributes say.
+    // Gives a root view the size of its window, in window pixels, in place of "width" and "height".
     CError setRootSize(double width, double height);
 
-    CViewArea& getArea() { return *area_; }
-    const CViewArea& getArea() const { return *area_; }
+    CViewArea& getViewArea() { return *area_; }
+    const CViewArea& getViewArea() const { return *area_; }
     // Null for a root view.
     CViewBasePlacement* getParentView() const { return parentView_; }
     CViewBasePlacement& getRootView() const { return *rootView_; }
@@ -114,10 +114,11 @@ protected:
 private:
     CError initParents();
     CError initOrder();
-    CError alignment(const char* name, CAxis axis, bool isInline);
-    CViewSize sizeAttr(const char* name) const;
-    CError compactSize(const char* name, CAxis axis);
-    void zoom(CAxis axis);
+    CError setAlignment(const char* name, CAxis axis, bool isOfRows);
+    CError setCompactSize(const char* name, CAxis axis);
+    CError setZoom(const char* name, const char* leastName, CAxis axis);
+    CViewBorder borderAttr(const char* name, bool isRounded) const;
+    CViewArea* findMatch();
 
     std::shared_ptr<CLayoutContext> context_; // of a root view
     std::unique_ptr<CViewArea> area_;

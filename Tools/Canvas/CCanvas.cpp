@@ -1,5 +1,5 @@
-// A drawing surface for plots.
-#include "Render/CCanvas.h"
+// A drawing surface for plots and outlines.
+#include "Canvas/CCanvas.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-// A drawing surface for plots.
+// A drawing surface for plots and outlines.
 #pragma once
 
 #include <filesystem>
@@ -42,7 +42,7 @@ enum class CAlign
     kRight,
 };
 
-// What plots need of cairo.
+// What tools need of cairo.
 class CCanvas
 {
 public:
