@@ -31,7 +31,7 @@ public:
 
     // --- from the editor's idle, in this order, with the timers in between
     // Reads all that is waiting and calls the listeners. On Windows, where messages come by the thread's own
-    // loop, it does nothing.
+    // loop, it looks only for what sends no message to a child: moves and activation of the host's window.
     virtual void processEvents() = 0;
     // Calls onPaint() of windows that have something to paint, unless the last frame is still under way, and
     // sends everything.

@@ -33,12 +33,21 @@ struct FileDialogResult
         kAccepted,
         kCancelled,
         kUnavailable, // the system has no dialog to offer: ask for a path by other means
-        kFailed,      // `error` has the system's number
+        kFailed,      // at `failedStep`, with the system's number in `error`
+    };
+
+    enum class Step
+    {
+        kNone,
+        kWindowClass, // of the hidden window that owns a dialog on Windows
+        kOwnerWindow,
+        kDialog,
     };
 
     Outcome outcome = Outcome::kCancelled;
     std::string path; // UTF-8, '/' separators; set when accepted
     int error = 0;
+    Step failedStep = Step::kNone;
 };
 
 // One dialog at a time for each display, on the display's thread. On Linux the host is never blocked: the

@@ -47,7 +47,7 @@ void CLinuxFileDialog::poll()
         return;
     }
     if (state == CFileDialogMethod::State::kUnavailable) {
-        result = {FileDialogResult::Outcome::kUnavailable, {}, 0};
+        result.outcome = FileDialogResult::Outcome::kUnavailable;
     }
     method_.reset();
     std::exchange(handler_, nullptr)(result); // may start the next dialog, or destroy the display

@@ -2,8 +2,13 @@
 #include "CWindowClasses.h"
 
 #include "CHiddenWindow.h"
+#include "CWin32Window.h"
+#include "CWindowClassNames.h"
 #include "WideText.h"
 #include "WindowsApi.h"
+
+#include <mutex>
+#include <utility>
 
 namespace qel::platform {
 
@@ -21,11 +26,15 @@ ClassNames& names()
     return instance;
 }
 
-int registerClass(const std::wstring& name)
+std::mutex interfaceClassesMutex; // editors may open on several threads
+bool areInterfaceClassesRegistered = false;
+
+int registerClass(const std::wstring& name, WNDPROC procedure = &CHiddenWindow::procedure, UINT style = 0)
 {
     WNDCLASSEXW description{};
     description.cbSize = sizeof(description);
-    description.lpfnWndProc = &CHiddenWindow::procedure;
+    description.style = style;
+    description.lpfnWndProc = procedure;
     description.hInstance = moduleHandle();
     description.lpszClassName = name.c_str();
     return RegisterClassExW(&description) ? 0 : lastError();
@@ -69,8 +78,32 @@ int registerWindowClasses(const std::string& maker, const std::string& product, 
     return 0;
 }
 
+int registerInterfaceClasses(InterfaceClass& outFailed)
+{
+    outFailed = InterfaceClass::kNone;
+    const std::lock_guard lock(interfaceClassesMutex);
+    if (areInterfaceClassesRegistered) {
+        return 0;
+    }
+    if (const int error = registerClass(kInterfaceClassName, &CWin32Window::procedure, CS_DBLCLKS)) {
+        outFailed = InterfaceClass::kWindow;
+        return error;
+    }
+    if (const int error = registerClass(kBridgeClassName, &CWin32Window::procedure)) {
+        outFailed = InterfaceClass::kBridge;
+        UnregisterClassW(kInterfaceClassName, moduleHandle());
+        return error;
+    }
+    areInterfaceClassesRegistered = true;
+    return 0;
+}
+
 void unregisterWindowClasses()
 {
+    if (std::exchange(areInterfaceClassesRegistered, false)) {
+        UnregisterClassW(kBridgeClassName, moduleHandle());
+        UnregisterClassW(kInterfaceClassName, moduleHandle());
+    }
     unregisterClass(names().bridge);
     unregisterClass(names().timer);
 }
