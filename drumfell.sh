@@ -4,7 +4,7 @@ set -euo pipefail
 caller_dir=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
 
-build_packages=(g++ cmake ninja-build ccache zlib1g-dev libx11-dev libxcb1-dev libxcb-shm0-dev
+build_packages=(g++ cmake ninja-build ccache zlib1g-dev libxcb1-dev libxcb-shm0-dev
     libxcb-randr0-dev libxcb-xkb-dev libxcb-cursor-dev libxkbcommon-dev libxkbcommon-x11-dev libdbus-1-dev
     libxcb-xtest0-dev libpugixml-dev libcli11-dev libgtest-dev
     libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev librsvg2-dev libfreetype-dev fonts-inter

@@ -1,10 +1,15 @@
 #include "CFailureWindow.h"
 
-#include <gtest/gtest.h> // before Xlib, whose macros take names it uses
+#include "CTestXClient.h"
+#include "CTestXServer.h"
+#include "Linux/XcbText.h"
 
-#include "Linux/CX11Text.h"
+#include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <functional>
+#include <future>
 #include <string>
 #include <vector>
 
@@ -16,12 +21,10 @@ constexpr int kCharacterWidthPx = 10;
 
 std::vector<std::string> wrapped(const std::string& text, int widthPx)
 {
-    X11Library x11;
-    x11.XTextWidth16 = [](XFontStruct*, const XChar2b*, int count) { return count * kCharacterWidthPx; };
     std::vector<std::string> lines;
-    for (const X11Line& line : wrapX11Text(x11, nullptr, text, widthPx)) {
+    for (const XcbLine& line : wrapXcbText([](xcb_char2b_t) { return kCharacterWidthPx; }, text, widthPx)) {
         std::string& bytes = lines.emplace_back();
-        for (const XChar2b& character : line) {
+        for (const xcb_char2b_t& character : line) {
             bytes += character.byte1 ? '#' : static_cast<char>(character.byte2);
         }
     }
@@ -52,6 +55,37 @@ TEST(FailureWindow, WithoutADisplayWritesTheLinesAndReturns)
     if (display) {
         setenv("DISPLAY", oldDisplay.c_str(), 1);
     }
+}
+
+TEST(FailureWindow, StaysUntilTheUserOrTheServerEndsIt)
+{
+    constexpr auto kDeadline = std::chrono::seconds(10);
+    const auto endsWith = [&](const std::function<void(test::CTestXServer&, test::CTestXClient&)>& end) {
+        test::CTestXServer server;
+        test::CTestXClient client;
+        auto shown = std::async(std::launch::async, [] { showFailureWindow("title", "text", "details"); });
+        xcb_window_t window = 0;
+        const auto deadline = std::chrono::steady_clock::now() + kDeadline;
+        while (std::chrono::steady_clock::now() < deadline &&
+               !(window && client.attributesOf(window)->map_state == XCB_MAP_STATE_VIEWABLE)) {
+            window = client.childOf(client.root());
+        }
+        EXPECT_EQ(client.geometryOf(window)->width, 640);
+        EXPECT_EQ(shown.wait_for(std::chrono::seconds(0)), std::future_status::timeout);
+        end(server, client);
+        return shown.wait_for(kDeadline) == std::future_status::ready;
+    };
+    EXPECT_TRUE(endsWith([](test::CTestXServer&, test::CTestXClient& client) {
+        client.movePointer(320, 372); // its button, at the bottom in the middle
+        client.click(1);
+    }));
+    constexpr int kEscape = 9;
+    EXPECT_TRUE(endsWith([](test::CTestXServer&, test::CTestXClient& client) {
+        client.movePointer(320, 100);
+        client.click(1);
+        client.type(kEscape);
+    }));
+    EXPECT_TRUE(endsWith([](test::CTestXServer& server, test::CTestXClient&) { server.kill(); }));
 }
 
 TEST(FailureWindow, BreaksLongLinesAtBlanksOrAnywhere)

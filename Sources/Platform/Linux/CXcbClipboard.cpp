@@ -186,6 +186,9 @@ void CXcbClipboard::takeProperty(const xcb_get_property_reply_t* reply)
         isInParts_ = true;
         return;
     }
+    if (isInParts_ && reply->type == XCB_ATOM_NONE) {
+        return; // the next part is not there yet
+    }
     const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply));
     if (isInParts_ && length == 0) {
         finish(toUtf8(received_, receivedType_));

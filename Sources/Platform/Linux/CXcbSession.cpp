@@ -87,6 +87,10 @@ void CXcbSession::readEvents()
             return;
         }
         noteTime(*event);
+        // An answer that came before the event counts before it: it may be what the event goes on with.
+        if (connection_->hasPending()) {
+            connection_->pollReplies();
+        }
         if (isMotion) {
             heldMotion_ = std::move(event);
         } else {

@@ -25,6 +25,12 @@ std::size_t xcbRowBytes(const XcbPixelFormat& format, int width)
     return (bits + alignment - 1) / alignment * alignment / 8;
 }
 
+std::uint32_t xcbPixel(const XcbPixelFormat& format, std::uint32_t colour)
+{
+    return spread((colour >> 16) & 0xFF, format.redMask) | spread((colour >> 8) & 0xFF, format.greenMask) |
+           spread(colour & 0xFF, format.blueMask);
+}
+
 void packXcbRow(const XcbPixelFormat& format, const std::uint8_t* from, int width, std::uint8_t* to)
 {
     if (format.isNative()) {
