@@ -10,8 +10,8 @@ build_packages=(g++ cmake ninja-build ccache zlib1g-dev libxcb1-dev libxcb-shm0-
     libbenchmark-dev pkg-config libsndfile1-dev libcairo2-dev librsvg2-dev libfreetype-dev fonts-inter
     libkissfft-dev nlohmann-json3-dev)
 # Effects of other makers, which the renderer must be able to host; an X server without a screen, with the tables of
-# dead keys.
-test_packages=(dpf-plugins-vst xvfb libx11-data xkb-data)
+# dead keys; a bus for a portal to sit on.
+test_packages=(dpf-plugins-vst xvfb libx11-data xkb-data dbus-daemon)
 # What reads the reports, and recorded drums.
 demo_packages=(jq sonic-pi-samples)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
