@@ -68,8 +68,8 @@ public:
 
     // Asks for onPaint() at the next flush(), together with what was asked before.
     virtual void invalidate(const PixelRect& area) = 0;
-    // From within onPaint(): copies `source` of the surface to (x, y) of the window. What lies outside of
-    // either is cut off.
+    // From within onPaint(): copies `source` of the surface, one of this display, to (x, y) of the window.
+    // What lies outside of either is cut off.
     virtual void present(const CSystemSurface& surface, const PixelRect& source, int x, int y) = 0;
 
     // Takes the keyboard for the editing of a text, with the time of the event that is being handled, and

@@ -71,6 +71,35 @@ TEST_F(CWindowTest, ChildShowsWhatIsPresented)
     EXPECT_EQ(client.pixelOf(id, 189, 149), 0xBD9555u);
 }
 
+// Such a server takes no pixels of ours as they are, so they go converted through the connection, in strips.
+TEST(SystemWindow, PicturesReachAServerOfAnotherDepth)
+{
+    const test::CTestXServer server("640x480x16");
+    test::CTestXClient client;
+    std::unique_ptr<CSystemDisplay> display;
+    ASSERT_EQ(openSystemDisplay("Tests", {}, display), 0);
+    CRecordingListener listener;
+    std::unique_ptr<CSystemWindow> window;
+    const xcb_window_t host = client.makeWindow(0, 0, 600, 400);
+    ASSERT_EQ(display->createWindow({WindowKind::kChild, host, {0, 0, 600, 400}, "", false, false}, listener,
+                                    window),
+              0);
+    std::unique_ptr<CSystemSurface> surface;
+    SurfaceStep failed{};
+    ASSERT_EQ(display->createSurface(600, 400, surface, failed), 0);
+    fill(*surface, [](int x, int y) { return x == 599 && y == 399 ? 0x00FF8408u : 0x000000FFu; });
+    listener.window = window.get();
+    listener.surface = surface.get();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while ((!listener.has("paint") || display->isFrameUnderWay()) &&
+           std::chrono::steady_clock::now() < deadline) {
+        display->processEvents();
+        display->flush();
+    }
+    EXPECT_EQ(client.pixelOf(idOf(*window), 0, 0) & 0xFFFF, 0x001Fu);
+    EXPECT_EQ(client.pixelOf(idOf(*window), 599, 399) & 0xFFFF, 0xFC21u) << "5, 6 and 5 bits";
+}
+
 TEST_F(CWindowTest, PointerButtonsAndWheel)
 {
     CRecordingListener listener;

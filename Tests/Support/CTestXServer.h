@@ -19,14 +19,13 @@ namespace qel::test {
 class CTestXServer
 {
 public:
-    CTestXServer()
+    explicit CTestXServer(const std::string& screen = "1024x768x24")
     {
         int ends[2];
         if (pipe2(ends, O_CLOEXEC) != 0) {
             throw std::runtime_error("no pipe for Xvfb");
         }
-        std::string arguments[] = {"Xvfb", "-displayfd",  "3",         "-screen",
-                                   "0",    "1024x768x24", "-nolisten", "tcp"};
+        std::string arguments[] = {"Xvfb", "-displayfd", "3", "-screen", "0", screen, "-nolisten", "tcp"};
         char* pointers[std::size(arguments) + 1] = {};
         for (std::size_t i = 0; i < std::size(arguments); ++i) {
             pointers[i] = arguments[i].data();

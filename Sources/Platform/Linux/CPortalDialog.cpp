@@ -37,9 +37,11 @@ struct MessageUnref
 };
 using Message = std::unique_ptr<DBusMessage, MessageUnref>;
 
+// Of a local socket, which takes a connection at once; any other way to a bus could keep the host waiting.
 std::string busAddress()
 {
-    if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address && *address) {
+    const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+    if (address && std::string_view(address).starts_with("unix:")) {
         return address;
     }
     const char* folder = std::getenv("XDG_RUNTIME_DIR");

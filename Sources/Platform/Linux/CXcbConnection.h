@@ -92,7 +92,7 @@ public:
     }
     bool hasPending() const { return !pending_.empty(); }
     void pollReplies();
-    void waitReplies(); // for all that are pending now
+    void waitReplies(); // for all that are pending now; while nothing of a listener's is among them
 
 private:
     struct Pending

@@ -75,8 +75,10 @@ int CXcbWindow::create(const WindowDescription& description)
         screenY_ = description.place.y;
     } else {
         show();
-        askScreenPosition();
-        connection.waitReplies();
+        const auto place = connection.wait<xcb_translate_coordinates_reply_t>(
+            xcb_translate_coordinates(connection.out(), id_, connection.root(), 0, 0));
+        screenX_ = place ? place->dst_x : 0;
+        screenY_ = place ? place->dst_y : 0;
     }
     return 0;
 }

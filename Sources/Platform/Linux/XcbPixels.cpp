@@ -13,7 +13,7 @@ std::uint32_t spread(std::uint32_t level, std::uint32_t mask)
 {
     const int shift = std::countr_zero(mask);
     const std::uint64_t greatest = mask >> shift;
-    return static_cast<std::uint32_t>(level * greatest / 255) << shift;
+    return static_cast<std::uint32_t>((level * greatest + 127) / 255) << shift;
 }
 
 } // namespace

@@ -88,7 +88,9 @@ LRESULT CWin32Window::handle(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_MOUSELEAVE:
         isTrackingLeave_ = false;
-        listener_.onPointerLeave();
+        if (!heldButtons_) { // else told after the release
+            listener_.onPointerLeave();
+        }
         return 0;
     case WM_LBUTTONDOWN:
     case WM_LBUTTONDBLCLK:
@@ -249,7 +251,13 @@ void CWin32Window::handleButton(MouseButton button, bool isPress, bool isDouble,
     if (!heldButtons_ && GetCapture() == window_) {
         ReleaseCapture();
     }
+    const std::weak_ptr<bool> life = life_;
     listener_.onButtonRelease(event);
+    const bool isOutside = !PixelRect{0, 0, width_, height_}.contains(event.x, event.y);
+    if (!life.expired() && window_ && !heldButtons_ && isOutside) {
+        isTrackingLeave_ = false;
+        listener_.onPointerLeave();
+    }
 }
 
 void CWin32Window::handleWheel(WPARAM wParam, LPARAM lParam)
