@@ -98,7 +98,6 @@ std::string CDrawing::expand(pugi::xml_node layer, const CScope& scope)
 {
     std::string svg;
     depth_ = 0;
-    nextUid_ = 1;
     content(source_, layer, scope, svg);
     return svg;
 }
@@ -170,7 +169,6 @@ void CDrawing::insert(CXmlSource& source, pugi::xml_node node, const CScope& sco
     }
     const Definition& definition = found->second;
     CScope parameters(&scope);
-    parameters.set("uid", nextUid_++);
     for (const pugi::xml_attribute standard : definition.node.attributes()) {
         if (std::string_view(standard.name()) != "name" && node.attribute(standard.name()).empty()) {
             parameters.set(standard.name(), number(*definition.source, standard, parameters));

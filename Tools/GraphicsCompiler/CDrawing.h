@@ -63,7 +63,6 @@ private:
     CXmlSource& source_;
     std::vector<std::unique_ptr<CXmlSource>> included_;
     std::map<std::string, Definition, std::less<>> definitions_;
-    int nextUid_ = 1;
     int depth_ = 0;
 };
 

@@ -30,25 +30,19 @@ constexpr std::size_t kAny = 1000;
 const Function kFunctions[] = {
     {"sin", 1, 1, [](const Arguments& a, double) { return std::sin(a[0] * kDegree); }},
     {"cos", 1, 1, [](const Arguments& a, double) { return std::cos(a[0] * kDegree); }},
-    {"tan", 1, 1, [](const Arguments& a, double) { return std::tan(a[0] * kDegree); }},
-    {"atan2", 2, 2, [](const Arguments& a, double) { return std::atan2(a[0], a[1]) / kDegree; }},
-    {"sqrt", 1, 1, [](const Arguments& a, double) { return std::sqrt(a[0]); }},
     {"abs", 1, 1, [](const Arguments& a, double) { return std::abs(a[0]); }},
     {"min", 1, kAny, [](const Arguments& a, double) { return *std::ranges::min_element(a); }},
     {"max", 1, kAny, [](const Arguments& a, double) { return *std::ranges::max_element(a); }},
-    {"mod", 2, 2, [](const Arguments& a, double) { return a[0] - a[1] * std::floor(a[0] / a[1]); }},
-    {"pow", 2, 2, [](const Arguments& a, double) { return std::pow(a[0], a[1]); }},
     {"floor", 1, 1, [](const Arguments& a, double) { return std::floor(a[0]); }},
     {"ceil", 1, 1, [](const Arguments& a, double) { return std::ceil(a[0]); }},
     {"round", 1, 1, [](const Arguments& a, double) { return std::round(a[0]); }},
     {"snap", 1, 1, [](const Arguments& a, double scale) { return std::round(a[0] * scale) / scale; }},
     {"mid", 1, 1, [](const Arguments& a, double scale) { return (std::floor(a[0] * scale) + 0.5) / scale; }},
-    {"mix", 3, 3, [](const Arguments& a, double) { return a[0] + (a[1] - a[0]) * a[2]; }},
     {"if", 3, 3, [](const Arguments& a, double) { return a[0] != 0.0 ? a[1] : a[2]; }},
     {"pick", 2, kAny,
      [](const Arguments& a, double) {
-         const auto index = static_cast<std::size_t>(std::max(a[0], 0.0));
-         return index + 1 < a.size() ? a[index + 1] : std::nan("");
+         const bool isThere = a[0] >= 0.0 && a[0] < static_cast<double>(a.size() - 1);
+         return isThere ? a[1 + static_cast<std::size_t>(a[0])] : std::nan("");
      }},
 };
 

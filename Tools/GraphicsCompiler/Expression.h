@@ -33,10 +33,9 @@ public:
 
 // Numbers, names, + - * / % ( ), comparisons < <= > >= == != (1 or 0), and the functions
 //
-//   sin cos tan (degrees)  atan2(y, x) (degrees)  sqrt abs min max mod pow floor ceil round
+//   sin cos (degrees)  abs min max floor ceil round
 //   snap(x)          the device pixel's edge next to x; needs `scale`
 //   mid(x)           the middle of the device pixel that x lies in: where a line of one pixel is sharp
-//   mix(a, b, t)     from a at t = 0 to b at t = 1
 //   if(c, a, b)      a if c is not 0, else b
 //   pick(i, a, ...)  the i-th of the values that follow, from 0
 //
