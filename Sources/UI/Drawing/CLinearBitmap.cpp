@@ -141,8 +141,8 @@ void CLinearBitmap::paintCoverage(const std::uint8_t* coverage, std::int32_t pit
     const std::int32_t weight = scaledWeight(color.opacity * opacity, kFullWeight);
     const spans::OneColor source{spans::solidPixel(color)};
     for (std::int32_t y = 0; y < rect.height; ++y) {
-        spans::blendAlphas(getRow(rect.y + y) + rect.x, rect.width, source,
-                           coverage + static_cast<std::ptrdiff_t>(y) * pitch, weight);
+        const spans::AlphaBytes alphas{coverage + static_cast<std::ptrdiff_t>(y) * pitch};
+        spans::blendAlphas(getRow(rect.y + y) + rect.x, rect.width, source, alphas, weight);
     }
 }
 

@@ -10,9 +10,6 @@ namespace qel {
 
 namespace {
 
-// Rows are painted in pieces of at most this many pixels, the width of a sector.
-constexpr std::int32_t kPiecePx = 128;
-
 // A colour's shades as pixels, so that an image's value needs one look-up and not three.
 class Shades
 {
@@ -54,7 +51,87 @@ private:
     std::array<std::uint32_t, 256> pixels_;
 };
 
+// --- sources of spans: pixels as the runs hold them
+
+// Values that stand `step` bytes apart.
+template <std::int32_t step>
+struct ShadeBytes
+{
+    const Shades& shades;
+    const std::uint8_t* data;
+
+    std::uint32_t at(std::int32_t i) const { return shades[data[step * i]]; }
+#if defined(__SSE2__)
+    __m128i fourAt(std::int32_t i) const
+    {
+        return _mm_set_epi32(static_cast<int>(at(i + 3)), static_cast<int>(at(i + 2)),
+                             static_cast<int>(at(i + 1)), static_cast<int>(at(i)));
+    }
+#endif
+};
+
+// Value, alpha.
+struct AlphasOfPairs
+{
+    const std::uint8_t* data;
+
+    std::uint8_t at(std::int32_t i) const { return data[2 * i + 1]; }
+#if defined(__SSE2__)
+    __m128i fourAt(std::int32_t i) const
+    {
+        const __m128i pairs = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(data + 2 * i));
+        return _mm_srli_epi32(_mm_unpacklo_epi16(pairs, _mm_setzero_si128()), 8);
+    }
+#endif
+};
+
+// Blue, green and red that stand `step` bytes apart.
+template <std::int32_t step>
+struct TrueColors
+{
+    const std::uint8_t* data;
+
+    std::uint32_t at(std::int32_t i) const
+    {
+        const std::uint8_t* const pixel = data + step * i;
+        return pixel[0] | (std::uint32_t{pixel[1]} << 8) | (std::uint32_t{pixel[2]} << 16);
+    }
+#if defined(__SSE2__)
+    __m128i fourAt(std::int32_t i) const
+    {
+        return _mm_set_epi32(static_cast<int>(at(i + 3)), static_cast<int>(at(i + 2)),
+                             static_cast<int>(at(i + 1)), static_cast<int>(at(i)));
+    }
+#endif
+};
+
+// Blue, green, red, alpha.
+struct AlphasOfColors
+{
+    const std::uint8_t* data;
+
+    std::uint8_t at(std::int32_t i) const { return data[4 * i + 3]; }
+#if defined(__SSE2__)
+    __m128i fourAt(std::int32_t i) const
+    {
+        return _mm_srli_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(data + 4 * i)), 24);
+    }
+#endif
+};
+
 // --- what the three forms of pixels paint. `isPlain`: what has no alpha is stored as it is.
+
+template <bool isPlain, class Source>
+void paintEven(std::uint32_t* target, std::int32_t count, Source source, std::int32_t weight)
+{
+    if constexpr (isPlain) {
+        for (std::int32_t i = 0; i < count; ++i) {
+            target[i] = source.at(i);
+        }
+    } else {
+        spans::blendEven(target, count, source, weight);
+    }
+}
 
 // One byte: the colour itself through an alpha.
 struct GlyphSpans
@@ -66,7 +143,7 @@ struct GlyphSpans
 
     void paintAlphas(std::uint32_t* target, std::int32_t count, const std::uint8_t* data) const
     {
-        spans::blendAlphas(target, count, spans::OneColor{color}, data, weight);
+        spans::blendAlphas(target, count, spans::OneColor{color}, spans::AlphaBytes{data}, weight);
     }
     template <bool isPlain>
     void paintOpaque(std::uint32_t* target, std::int32_t count, const std::uint8_t*) const
@@ -89,28 +166,12 @@ struct ShadeSpans
 
     void paintAlphas(std::uint32_t* target, std::int32_t count, const std::uint8_t* data) const
     {
-        std::array<std::uint32_t, kPiecePx> pixels;
-        std::array<std::uint8_t, kPiecePx> alphas;
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            pixels[i] = shades[data[2 * i]];
-            alphas[i] = data[2 * i + 1];
-        }
-        spans::blendAlphas(target, count, spans::PixelRow{pixels.data()}, alphas.data(), weight);
+        spans::blendAlphas(target, count, ShadeBytes<2>{shades, data}, AlphasOfPairs{data}, weight);
     }
     template <bool isPlain>
     void paintOpaque(std::uint32_t* target, std::int32_t count, const std::uint8_t* data) const
     {
-        if constexpr (isPlain) {
-            for (std::int32_t i = 0; i < count; ++i) {
-                target[i] = shades[data[i]];
-            }
-        } else {
-            std::array<std::uint32_t, kPiecePx> pixels;
-            for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-                pixels[i] = shades[data[i]];
-            }
-            spans::blendEven(target, count, spans::PixelRow{pixels.data()}, weight);
-        }
+        paintEven<isPlain>(target, count, ShadeBytes<1>{shades, data}, weight);
     }
 };
 
@@ -121,27 +182,14 @@ struct TrueColorSpans
 
     std::int32_t weight;
 
-    static std::uint32_t pixel(const std::uint8_t* data)
-    {
-        return data[0] | (std::uint32_t{data[1]} << 8) | (std::uint32_t{data[2]} << 16);
-    }
     void paintAlphas(std::uint32_t* target, std::int32_t count, const std::uint8_t* data) const
     {
-        std::array<std::uint32_t, kPiecePx> pixels;
-        std::array<std::uint8_t, kPiecePx> alphas;
-        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
-            pixels[i] = pixel(data + 4 * i);
-            alphas[i] = data[4 * i + 3];
-        }
-        spans::blendAlphas(target, count, spans::PixelRow{pixels.data()}, alphas.data(), weight);
+        spans::blendAlphas(target, count, TrueColors<4>{data}, AlphasOfColors{data}, weight);
     }
     template <bool isPlain>
     void paintOpaque(std::uint32_t* target, std::int32_t count, const std::uint8_t* data) const
     {
-        for (std::int32_t i = 0; i < count; ++i) {
-            const std::uint32_t source = pixel(data + 3 * i);
-            target[i] = isPlain ? source : spans::blendPixelQ15(target[i], source, weight);
-        }
+        paintEven<isPlain>(target, count, TrueColors<3>{data}, weight);
     }
 };
 
@@ -164,18 +212,16 @@ void paintRow(std::uint32_t* target, const std::uint8_t* runs, std::int32_t firs
         const std::int32_t runStart = column;
         runs += static_cast<std::ptrdiff_t>(count) * bytes;
         column += count;
-        if (bytes == 0 && kind == CImageLayer::kTransparentRun) {
+        const std::int32_t start = std::max(runStart, first);
+        const std::int32_t length = std::min(column, end) - start;
+        if (kind == CImageLayer::kTransparentRun || length <= 0) {
             continue;
         }
-        const std::int32_t runEnd = std::min(column, end);
-        for (std::int32_t x = std::max(runStart, first); x < runEnd; x += kPiecePx) {
-            const std::int32_t piece = std::min(kPiecePx, runEnd - x);
-            const std::uint8_t* const pixels = data + static_cast<std::ptrdiff_t>(x - runStart) * bytes;
-            if (kind == CImageLayer::kAlphaRun) {
-                spans.paintAlphas(target + (x - first), piece, pixels);
-            } else {
-                spans.template paintOpaque<isPlain>(target + (x - first), piece, pixels);
-            }
+        const std::uint8_t* const pixels = data + static_cast<std::ptrdiff_t>(start - runStart) * bytes;
+        if (kind == CImageLayer::kAlphaRun) {
+            spans.paintAlphas(target + (start - first), length, pixels);
+        } else {
+            spans.template paintOpaque<isPlain>(target + (start - first), length, pixels);
         }
     }
 }

@@ -3,7 +3,6 @@
 
 #include "CPalette.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -66,7 +65,7 @@ inline std::int32_t alphaWeight(std::uint8_t alpha, std::int32_t opacity)
     return alpha * opacity / 255;
 }
 
-// --- where the source pixels of a span come from
+// --- where the pixels and the alphas of a span come from
 
 struct OneColor
 {
@@ -81,15 +80,20 @@ struct OneColor
 #endif
 };
 
-struct PixelRow
+// A byte for each pixel.
+struct AlphaBytes
 {
-    const std::uint32_t* pixels;
+    const std::uint8_t* bytes;
 
-    std::uint32_t at(std::int32_t i) const { return pixels[i]; }
+    std::uint8_t at(std::int32_t i) const { return bytes[i]; }
 #if defined(__SSE2__)
+    // Each in a word of its own.
     __m128i fourAt(std::int32_t i) const
     {
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels + i));
+        std::int32_t word = 0;
+        std::memcpy(&word, bytes + i, sizeof word);
+        const __m128i zero = _mm_setzero_si128();
+        return _mm_unpacklo_epi16(_mm_unpacklo_epi8(_mm_cvtsi32_si128(word), zero), zero);
     }
 #endif
 };
@@ -132,13 +136,9 @@ inline __m128i blendFourQ15(__m128i target, __m128i source, __m128i weights)
 
 // alphaWeight() of four alphas. Floats hold the products (below 2^24) and tell quotients that differ by 1/255
 // apart, since those are below 2^15: so cutting the quotient gives that of whole numbers.
-inline __m128i fourAlphaWeights(const std::uint8_t* alphas, __m128 opacity)
+inline __m128i fourAlphaWeights(__m128i alphas, __m128 opacity)
 {
-    std::int32_t word = 0;
-    std::memcpy(&word, alphas, sizeof word);
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i wide = _mm_unpacklo_epi16(_mm_unpacklo_epi8(_mm_cvtsi32_si128(word), zero), zero);
-    const __m128 products = _mm_mul_ps(_mm_cvtepi32_ps(wide), opacity);
+    const __m128 products = _mm_mul_ps(_mm_cvtepi32_ps(alphas), opacity);
     return _mm_cvttps_epi32(_mm_div_ps(products, _mm_set1_ps(255.0F)));
 }
 
@@ -148,24 +148,33 @@ inline __m128i fourAlphaWeights(const std::uint8_t* alphas, __m128 opacity)
 
 inline void fill(std::uint32_t* target, std::int32_t count, std::uint32_t color)
 {
-    std::fill_n(target, count, color);
+    std::int32_t i = 0;
+#if defined(__SSE2__)
+    const __m128i four = _mm_set1_epi32(static_cast<int>(color));
+    for (; i + 4 <= count; i += 4) {
+        storeFour(target + i, four);
+    }
+#endif
+    for (; i < count; ++i) {
+        target[i] = color;
+    }
 }
 
 // Source over target, with an alpha for each pixel; opacity 0 to 32768.
-template <class Source>
-void blendAlphas(std::uint32_t* target, std::int32_t count, Source source, const std::uint8_t* alphas,
+template <class Source, class Alphas>
+void blendAlphas(std::uint32_t* target, std::int32_t count, Source source, Alphas alphas,
                  std::int32_t opacity)
 {
     std::int32_t i = 0;
 #if defined(__SSE2__)
     const __m128 wideOpacity = _mm_set1_ps(static_cast<float>(opacity));
     for (; i + 4 <= count; i += 4) {
-        const __m128i weights = fourAlphaWeights(alphas + i, wideOpacity);
+        const __m128i weights = fourAlphaWeights(alphas.fourAt(i), wideOpacity);
         storeFour(target + i, blendFourQ15(loadFour(target + i), source.fourAt(i), weights));
     }
 #endif
     for (; i < count; ++i) {
-        target[i] = blendPixelQ15(target[i], source.at(i), alphaWeight(alphas[i], opacity));
+        target[i] = blendPixelQ15(target[i], source.at(i), alphaWeight(alphas.at(i), opacity));
     }
 }
 
