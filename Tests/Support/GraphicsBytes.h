@@ -161,19 +161,19 @@ inline FileBytes fontBytes(const std::vector<ImageBytes>& glyphs, std::uint32_t 
     return out.u32(lineHeight).u32(ascentGap).u32(descentGap);
 }
 
-// One brush for scale 1: a disc with an edge one pixel soft.
+// One brush for scale 1: a disc whose outermost pixel is soft.
 inline FileBytes brushSetBytes(double width, std::uint32_t size, double radius)
 {
     constexpr std::uint32_t kOversampling = 4;
     constexpr std::uint32_t kPositions = 1U << kOversampling;
     std::vector<std::uint8_t> table;
     for (std::uint32_t place = 0; place < kPositions * kPositions; ++place) {
-        const double centerX = (size - 1) * 0.5 + double(place % kPositions) / kPositions;
-        const double centerY = (size - 1) * 0.5 + double(place / kPositions) / kPositions;
+        const double centerX = radius + double(place % kPositions) / kPositions;
+        const double centerY = radius + double(place / kPositions) / kPositions;
         for (std::uint32_t pixel = 0; pixel < size * size; ++pixel) {
             const double distance =
                 std::hypot(pixel % size + 0.5 - centerX, double(pixel / size) + 0.5 - centerY);
-            table.push_back(static_cast<std::uint8_t>(255.0 * std::clamp(radius + 0.5 - distance, 0.0, 1.0)));
+            table.push_back(static_cast<std::uint8_t>(255.0 * std::clamp(radius - distance, 0.0, 1.0)));
         }
     }
     FileBytes out;

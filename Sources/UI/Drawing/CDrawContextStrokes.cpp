@@ -25,7 +25,7 @@ public:
     StrokeMask(std::span<std::uint8_t> coverage, const CPixelRect& box, const CBrush& brush, double originX,
                double originY)
         : coverage_(coverage), box_(box), brush_(brush), originX_(originX), originY_(originY),
-          size_(static_cast<std::int32_t>(brush.size)), center_((size_ - 1) * 0.5)
+          size_(static_cast<std::int32_t>(brush.size))
     {
         for (std::int32_t y = box.y; y < box.bottom(); ++y) {
             std::fill_n(at(box.x, y), box.width, std::uint8_t{0});
@@ -72,7 +72,7 @@ private:
     {
         const std::uint32_t positions = brush_.positionsPerPixel();
         const auto place = [&](double pen) {
-            return static_cast<std::int64_t>(std::floor((pen - center_) * positions + 0.5));
+            return static_cast<std::int64_t>(std::floor((pen - brush_.radius) * positions + 0.5));
         };
         const std::int64_t placeX = place(x);
         const std::int64_t placeY = place(y);
@@ -104,7 +104,6 @@ private:
     double originX_;
     double originY_;
     std::int32_t size_;
-    double center_; // of a stamp, from its edges
     std::int64_t lastX_ = std::numeric_limits<std::int64_t>::min();
     std::int64_t lastY_ = std::numeric_limits<std::int64_t>::min();
 };

@@ -15,12 +15,12 @@ struct CBrush
     std::uint32_t oversampling = 0; // 2^oversampling pen positions a pixel and axis
     double scale = 1.0;             // the interface scale that the stamps were made for
     std::uint32_t size = 0;         // side of a stamp, pixels
-    double radius = 0.0;            // pixels
+    double radius = 0.0;            // of what is covered, soft edge included, pixels
     std::span<const std::uint8_t> table;
 
     std::uint32_t positionsPerPixel() const { return 1U << oversampling; }
     // The size x size stamp, by rows, for the fraction (fractionX, fractionY) / positionsPerPixel(): its
-    // centre lies (size - 1) / 2 + fraction pixels from the stamp's left and top edges.
+    // centre lies radius + fraction pixels from the stamp's left and top edges.
     const std::uint8_t* stamp(std::uint32_t fractionX, std::uint32_t fractionY) const
     {
         return table.data() + (fractionY * positionsPerPixel() + fractionX) * std::size_t{size} * size;

@@ -122,7 +122,7 @@ protected:
     test::FileBytes imageFile_ = test::imageSetBytes(
         {},
         {{1, {{0, 2, Picture::random(31, 23, random_), -4, -3}, {1, 1, Picture::random(20, 20, random_)}}}});
-    test::FileBytes brushFile_ = test::brushSetBytes(2.0, 5, 1.5);
+    test::FileBytes brushFile_ = test::brushSetBytes(3.0, 5, 2.0);
     CImageSet images_;
     CBrushSet brushes_;
     COffscreenSurface surface_;
@@ -364,7 +364,7 @@ TEST_F(SectorMap, DrawsEvenLines)
         for (std::int32_t y = 14; y < 27; ++y) {
             sum += pixel(x, y) & 0xFF;
         }
-        EXPECT_NEAR(sum / 255.0, 0.5 * 3.0, 0.06) << x << ": a brush with a radius of 1.5";
+        EXPECT_NEAR(sum / 255.0, 0.5 * 3.0, 0.06) << x << ": a brush of 3 pixels";
     }
     EXPECT_NEAR(pixel(50, 20) & 0xFF, 127, 1);
     EXPECT_EQ(pixel(2, 20), 0u);
