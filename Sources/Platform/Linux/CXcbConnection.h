@@ -112,9 +112,9 @@ private:
     std::vector<Pending> pending_;
 };
 
-// Stands around every call that may write to the connection. The library writes with writev(), so a server
-// that has gone raises SIGPIPE, which would end the host: the signal is held back from this thread, and taken
-// off again if it came.
+// Stands around every call that may write to the connection. The library looks for the end of the connection
+// before it calls writev(), but a server that goes in between raises SIGPIPE, which would end the host: the
+// signal is held back from this thread, and taken off again if it came.
 class CBrokenPipeGuard
 {
 public:
