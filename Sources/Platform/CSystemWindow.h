@@ -73,7 +73,8 @@ public:
     virtual void present(const CSystemSurface& surface, const PixelRect& source, int x, int y) = 0;
 
     // Takes the keyboard for the editing of a text, with the time of the event that is being handled, and
-    // remembers whose it was. While it is taken, keys come here and not to the host.
+    // remembers whose it was. While it is taken, keys come here and not to the host. Again, it asks again
+    // where somebody else was quicker.
     virtual void takeFocus() = 0;
     // Gives the keyboard back to whoever had it, unless somebody else has taken it meanwhile.
     virtual void giveFocusBack() = 0;

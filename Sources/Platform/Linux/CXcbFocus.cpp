@@ -20,6 +20,7 @@ void CXcbFocus::detach()
 void CXcbFocus::take(xcb_timestamp_t time)
 {
     if (isTaken_ || !window_) {
+        accept(time); // the host may have been quicker the first time
         return;
     }
     isTaken_ = true;
@@ -62,7 +63,7 @@ void CXcbFocus::giveBack(xcb_timestamp_t time)
 
 void CXcbFocus::accept(xcb_timestamp_t time)
 {
-    if (isTaken_) {
+    if (isTaken_ && !isFocused_) {
         set(window_, XCB_INPUT_FOCUS_PARENT, time);
     }
 }

@@ -92,13 +92,20 @@ int CXcbWindow::createNative(const WindowDescription& description, xcb_window_t 
     id_ = xcb_generate_id(connection.get());
     const auto eventMask =
         kind_ == WindowKind::kBridge ? std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY} : kEventMask;
+    // The arrow is set too: a list, whose parent is the root, would inherit that one's.
     // A parent of another depth would pass on a border that does not fit, and a background would flicker.
     const std::uint32_t values[] = {
-        XCB_BACK_PIXMAP_NONE, 0, XCB_GRAVITY_NORTH_WEST, kind_ == WindowKind::kPopup ? 1u : 0u, eventMask,
+        XCB_BACK_PIXMAP_NONE,
+        0,
+        XCB_GRAVITY_NORTH_WEST,
+        kind_ == WindowKind::kPopup ? 1u : 0u,
+        eventMask,
         format.colormap,
+        session_->cursors().get(CursorShape::kArrow),
     };
     constexpr std::uint32_t kValues = XCB_CW_BACK_PIXMAP | XCB_CW_BORDER_PIXEL | XCB_CW_BIT_GRAVITY |
-                                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP;
+                                      XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP |
+                                      XCB_CW_CURSOR;
     const auto cookie = xcb_create_window_checked(
         connection.out(), format.depth, id_, parent, static_cast<std::int16_t>(description.place.x),
         static_cast<std::int16_t>(description.place.y), static_cast<std::uint16_t>(width_),

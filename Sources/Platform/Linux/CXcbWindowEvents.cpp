@@ -66,6 +66,7 @@ xcb_window_t CXcbWindow::windowOf(const xcb_generic_event_t& event)
     case XCB_REPARENT_NOTIFY:
         return as<xcb_reparent_notify_event_t>(event).event;
     case XCB_UNMAP_NOTIFY:
+    case XCB_MAP_NOTIFY:
         return as<xcb_unmap_notify_event_t>(event).event;
     case XCB_BUTTON_PRESS:
     case XCB_BUTTON_RELEASE:
@@ -105,6 +106,9 @@ void CXcbWindow::handle(const xcb_generic_event_t& event)
         break;
     case XCB_UNMAP_NOTIFY:
         cancelButtons();
+        break;
+    case XCB_MAP_NOTIFY: // a dialog can have the focus only from now on
+        focus_.accept(session_->lastEventTime());
         break;
     case XCB_BUTTON_PRESS:
     case XCB_BUTTON_RELEASE:
