@@ -373,7 +373,7 @@ bool CValueNetwork::apply(COperator operation)
         if (!need(1)) {
             return false;
         }
-        const float top = pop();
+        const float top = roundHalvesAway(pop()); // a constant stands for all within the tolerance
         if (!(top >= 0.0f && top <= static_cast<float>(stack_.size()))) {
             return false;
         }

@@ -14,6 +14,26 @@ namespace {
 
 constexpr double kMinRatio = 0.0001;
 
+// Attributes whose text is parsed when it changes, and not kept a second time. Where there are two, they are
+// those of x and y.
+constexpr const char* kAlignment[] = {"alignment-h", "alignment-v"};
+constexpr const char* kInlineAlignment[] = {"inline-alignment-h", "inline-alignment-v"};
+constexpr const char* kSize[] = {"width", "height"};
+constexpr const char* kMinSize[] = {"min-width", "min-height"};
+constexpr const char* kCompactSize[] = {"compact-width", "compact-height"};
+constexpr const char* kScrollerSize[] = {"scroller-width", "scroller-height"};
+constexpr const char* kInnerBorder = "inner-border";
+constexpr const char* kOuterBorder = "outer-border";
+constexpr const char* kSpread = "spread";
+constexpr const char* kPlacement = "placement";
+constexpr const char* kPlacementMatch = "placement-match";
+constexpr const char* kZIndex = "z-index";
+
+constexpr std::size_t indexOf(CAxis axis)
+{
+    return static_cast<std::size_t>(axis);
+}
+
 CViewBasePlacement* viewAbove(const CObject& object)
 {
     for (CObject* above = object.getParent(); above; above = above->getParent()) {
@@ -37,32 +57,41 @@ void CViewBasePlacement::buildClassInfo(CClassInfo& info)
 {
     using Self = CViewBasePlacement;
     CObject::buildClassInfo(info);
-    info.handle<&Self::attrAlignmentH>("alignment-h");
-    info.handle<&Self::attrAlignmentV>("alignment-v");
-    info.handle<&Self::attrCompactWidth>("compact-width");
-    info.handle<&Self::attrCompactHeight>("compact-height");
-    info.handle<&Self::attrInlineAlignmentH>("inline-alignment-h");
-    info.handle<&Self::attrInlineAlignmentV>("inline-alignment-v");
-    info.handle<&Self::attrInnerBorder>("inner-border");
+    info.handle<&Self::attrAlignmentH>(kAlignment[0]);
+    info.handle<&Self::attrAlignmentV>(kAlignment[1]);
+    info.handle<&Self::attrCompactWidth>(kCompactSize[0]);
+    info.handle<&Self::attrCompactHeight>(kCompactSize[1]);
+    info.handle<&Self::attrInlineAlignmentH>(kInlineAlignment[0]);
+    info.handle<&Self::attrInlineAlignmentV>(kInlineAlignment[1]);
+    info.handle<&Self::attrInnerBorder>(kInnerBorder);
     info.bind<&Self::isDisabled_, &Self::attrIsDisabled>("is-disabled", false);
-    info.handle<&Self::attrIsInlineVertical>("is-inline-vertical");
-    info.handle<&Self::attrIsNewInlineRow>("is-new-inline-row");
-    info.handle<&Self::attrIsVisible>("is-visible");
-    info.handle<&Self::attrMinRatioX>("min-ratio-x");
-    info.handle<&Self::attrMinRatioY>("min-ratio-y");
-    info.handle<&Self::attrMinWidth>("min-width");
-    info.handle<&Self::attrMinHeight>("min-height");
-    info.handle<&Self::attrOffsetX>("offset-x");
-    info.handle<&Self::attrOffsetY>("offset-y");
-    info.handle<&Self::attrOuterBorder>("outer-border");
-    info.handle<&Self::attrPlacement>("placement");
-    info.handle<&Self::attrRatioX>("ratio-x");
-    info.handle<&Self::attrRatioY>("ratio-y");
-    info.handle<&Self::attrScrollerWidth>("scroller-width");
-    info.handle<&Self::attrScrollerHeight>("scroller-height");
-    info.handle<&Self::attrSpread>("spread");
-    info.handle<&Self::attrWidth>("width");
-    info.handle<&Self::attrHeight>("height");
+    info.bind<&Self::isInlineVertical_, &Self::attrIsInlineVertical>("is-inline-vertical", false);
+    info.bind<&Self::isNewInlineRow_, &Self::attrIsNewInlineRow>("is-new-inline-row", false);
+    info.bind<&Self::isVisible_, &Self::attrIsVisible>("is-visible", true);
+    info.bind<&Self::minRatioX_, &Self::attrMinRatioX>("min-ratio-x", kMinRatio);
+    info.bind<&Self::minRatioY_, &Self::attrMinRatioY>("min-ratio-y", kMinRatio);
+    info.handle<&Self::attrMinWidth>(kMinSize[0]);
+    info.handle<&Self::attrMinHeight>(kMinSize[1]);
+    info.bind<&Self::offsetX_, &Self::attrOffsetX>("offset-x", 0.0);
+    info.bind<&Self::offsetY_, &Self::attrOffsetY>("offset-y", 0.0);
+    info.handle<&Self::attrOuterBorder>(kOuterBorder);
+    info.handle<&Self::attrPlacement>(kPlacement);
+    info.bind<&Self::ratioX_, &Self::attrRatioX>("ratio-x", 1.0);
+    info.bind<&Self::ratioY_, &Self::attrRatioY>("ratio-y", 1.0);
+    info.handle<&Self::attrScrollerWidth>(kScrollerSize[0]);
+    info.handle<&Self::attrScrollerHeight>(kScrollerSize[1]);
+    info.handle<&Self::attrSpread>(kSpread);
+    info.handle<&Self::attrWidth>(kSize[0]);
+    info.handle<&Self::attrHeight>(kSize[1]);
+
+    info.bind<&Self::isRootWanted_>("is-root-view", false);
+    info.bind<&Self::isScrollable_>("is-scrollable", false);
+    info.bind<&Self::isDecorative_>("is-decorative", false);
+    info.bind<&Self::isDynamicWanted_>("is-dynamic", false);
+    info.bind<&Self::isForceNonDynamic_>("is-force-non-dynamic", false);
+    info.bind<&Self::unclipLevel_>("unclip-level", 0);
+    info.bind<&Self::zIndexOfDynamicChilds_>("z-index-dynamic-childs", 0);
+    info.bind<&Self::zIndexOfStaticChilds_>("z-index-static-childs", 0);
 }
 
 CViewBasePlacement::CViewBasePlacement() = default;
@@ -72,8 +101,6 @@ CError CViewBasePlacement::init()
 {
     QEL_TRY(CObject::init(), getFullName());
     QEL_TRY(initParents(), getFullName());
-    isScrollable_ = getAttrBool("is-scrollable");
-    isDecorative_ = getAttrBool("is-decorative");
     QEL_TRY(initOrder(), getFullName());
     if (isRootView()) {
         context_ = makeLayoutContext();
@@ -84,7 +111,7 @@ CError CViewBasePlacement::init()
     options.parent = isRootView() ? nullptr : parentView_->area_.get();
     options.handler = dynamic_cast<CViewAreaUpdateHandler*>(this);
     options.isScrollable = isScrollable_;
-    options.unclipLevel = getAttrInt("unclip-level");
+    options.unclipLevel = unclipLevel_;
     area_ = std::make_unique<CViewArea>(context, options);
     QEL_TRY(area_->init(), getFullName());
     return {};
@@ -92,7 +119,7 @@ CError CViewBasePlacement::init()
 
 CError CViewBasePlacement::initParents()
 {
-    if (getAttrBool("is-root-view")) {
+    if (isRootWanted_) {
         rootView_ = this;
         return {};
     }
@@ -110,12 +137,9 @@ CError CViewBasePlacement::initParents()
 
 CError CViewBasePlacement::initOrder()
 {
-    const bool isDynamic = getAttrBool("is-dynamic") || (parentView_ && parentView_->isDynamic_);
-    isDynamic_ = isDynamic && !getAttrBool("is-force-non-dynamic");
-    zIndexOfDynamicChilds_ = getAttrInt("z-index-dynamic-childs");
-    zIndexOfStaticChilds_ = getAttrInt("z-index-static-childs");
+    isDynamic_ = (isDynamicWanted_ || (parentView_ && parentView_->isDynamic_)) && !isForceNonDynamic_;
 
-    const CString place = getAttrString("z-index");
+    const CString place = getAttrString(kZIndex);
     const std::optional<std::int32_t> number = parseInteger(place);
     if (!number && !place.isEmpty()) {
         const auto* target = dynamic_cast<const CViewBasePlacement*>(findObject(place));
@@ -151,48 +175,55 @@ CError CViewBasePlacement::setRootSize(double width, double height)
     return {};
 }
 
-// --- handlers of attributes. An attribute that follows another may change before init: its handler is left
-// to do what it can, since nothing is laid out yet.
+// --- attributes
 
-CError CViewBasePlacement::setAlignment(const char* name, CAxis axis, bool isOfRows)
+CError CViewBasePlacement::readAlignment(const char* name, CAxis axis, std::optional<CAlignment>& out) const
 {
     const CString text = getAttrString(name);
-    const std::optional<CAlignment> alignment = parseAlignment(text, axis);
-    if (!alignment) {
+    out = parseAlignment(text, axis);
+    if (!out) {
         QEL_FAIL(getFullName(),
-                 CString("@qelstr_CViewBasePlacement_alignment_Invalid Invalid ") + name + " '%1'.", text);
+                 CString("@qelstr_CViewBasePlacement_readAlignment_Invalid Invalid ") + name + " '%1'.",
+                 text);
     }
-    if (area_ && isOfRows) {
-        area_->setInlineAlignment(axis, *alignment);
-    } else if (area_) {
+    return {};
+}
+
+CError CViewBasePlacement::setAlignment(CAxis axis)
+{
+    std::optional<CAlignment> alignment;
+    QEL_TRY(readAlignment(kAlignment[indexOf(axis)], axis, alignment), {});
+    if (area_) {
         area_->setAlignment(axis, *alignment);
     }
     return {};
 }
 
-CError CViewBasePlacement::attrAlignmentH()
+CError CViewBasePlacement::setInlineAlignment(CAxis axis)
 {
-    return setAlignment("alignment-h", CAxis::kX, false);
+    std::optional<CAlignment> alignment;
+    QEL_TRY(readAlignment(kInlineAlignment[indexOf(axis)], axis, alignment), {});
+    if (area_) {
+        area_->setInlineAlignment(axis, *alignment);
+    }
+    return {};
 }
 
-CError CViewBasePlacement::attrAlignmentV()
+CError CViewBasePlacement::setSize(CAxis axis)
 {
-    return setAlignment("alignment-v", CAxis::kY, false);
+    const CViewSize size = parseViewSize(getAttrString(kSize[indexOf(axis)]), interfaceScale_);
+    return area_ ? area_->setSize(axis, size) : CError();
 }
 
-CError CViewBasePlacement::attrInlineAlignmentH()
+CError CViewBasePlacement::setMinSize(CAxis axis)
 {
-    return setAlignment("inline-alignment-h", CAxis::kX, true);
+    const CViewSize size = parseMinSize(getAttrString(kMinSize[indexOf(axis)]), interfaceScale_);
+    return area_ ? area_->setMinSize(axis, size) : CError();
 }
 
-CError CViewBasePlacement::attrInlineAlignmentV()
+CError CViewBasePlacement::setCompactSize(CAxis axis)
 {
-    return setAlignment("inline-alignment-v", CAxis::kY, true);
-}
-
-CError CViewBasePlacement::setCompactSize(const char* name, CAxis axis)
-{
-    const CString text = getAttrString(name);
+    const CString text = getAttrString(kCompactSize[indexOf(axis)]);
     if (area_ && text.isEmpty()) {
         area_->setCompactSize(axis, std::nullopt);
     } else if (area_) {
@@ -201,17 +232,26 @@ CError CViewBasePlacement::setCompactSize(const char* name, CAxis axis)
     return {};
 }
 
-CError CViewBasePlacement::attrCompactWidth()
+CError CViewBasePlacement::setScrollerSize(CAxis axis)
 {
-    return setCompactSize("compact-width", CAxis::kX);
+    if (area_) {
+        const CString text = getAttrString(kScrollerSize[indexOf(axis)]);
+        area_->setScrollerSize(axis, parsePixels(text, interfaceScale_));
+    }
+    return {};
 }
 
-CError CViewBasePlacement::attrCompactHeight()
+CError CViewBasePlacement::setZoom(CAxis axis)
 {
-    return setCompactSize("compact-height", CAxis::kY);
+    const double ratio = axis == CAxis::kX ? ratioX_ : ratioY_;
+    const double least = axis == CAxis::kX ? minRatioX_ : minRatioY_;
+    if (area_) {
+        area_->setZoom(axis, std::max({ratio, least, kMinRatio}));
+    }
+    return {};
 }
 
-CViewBorder CViewBasePlacement::borderAttr(const char* name, bool isRounded) const
+CViewBorder CViewBasePlacement::readBorder(const char* name, bool isRounded) const
 {
     return parseBorder(getAttrString(name), interfaceScale_, isRounded, getFullName());
 }
@@ -219,7 +259,7 @@ CViewBorder CViewBasePlacement::borderAttr(const char* name, bool isRounded) con
 CError CViewBasePlacement::attrInnerBorder()
 {
     if (area_) {
-        area_->setInnerBorder(borderAttr("inner-border", true));
+        area_->setInnerBorder(readBorder(kInnerBorder, true));
     }
     return {};
 }
@@ -227,7 +267,7 @@ CError CViewBasePlacement::attrInnerBorder()
 CError CViewBasePlacement::attrOuterBorder()
 {
     if (area_) {
-        area_->setOuterBorder(borderAttr("outer-border", true));
+        area_->setOuterBorder(readBorder(kOuterBorder, true));
     }
     return {};
 }
@@ -235,20 +275,15 @@ CError CViewBasePlacement::attrOuterBorder()
 CError CViewBasePlacement::attrSpread()
 {
     if (area_) {
-        area_->setSpread(borderAttr("spread", false));
+        area_->setSpread(readBorder(kSpread, false));
     }
-    return {};
-}
-
-CError CViewBasePlacement::attrIsDisabled()
-{
     return {};
 }
 
 CError CViewBasePlacement::attrIsInlineVertical()
 {
     if (area_) {
-        area_->setInlineVertical(getAttrBool("is-inline-vertical"));
+        area_->setInlineVertical(isInlineVertical_);
     }
     return {};
 }
@@ -256,7 +291,7 @@ CError CViewBasePlacement::attrIsInlineVertical()
 CError CViewBasePlacement::attrIsNewInlineRow()
 {
     if (area_) {
-        area_->setNewInlineRow(getAttrBool("is-new-inline-row"));
+        area_->setNewInlineRow(isNewInlineRow_);
     }
     return {};
 }
@@ -264,44 +299,15 @@ CError CViewBasePlacement::attrIsNewInlineRow()
 CError CViewBasePlacement::attrIsVisible()
 {
     if (area_) {
-        area_->setVisible(getAttrBool("is-visible", true));
+        area_->setVisible(isVisible_);
     }
     return {};
-}
-
-CError CViewBasePlacement::setZoom(const char* name, const char* leastName, CAxis axis)
-{
-    if (area_) {
-        const double least = std::max(getAttrReal(leastName, kMinRatio), kMinRatio);
-        area_->setZoom(axis, std::max(getAttrReal(name, 1.0), least));
-    }
-    return {};
-}
-
-CError CViewBasePlacement::attrRatioX()
-{
-    return setZoom("ratio-x", "min-ratio-x", CAxis::kX);
-}
-
-CError CViewBasePlacement::attrRatioY()
-{
-    return setZoom("ratio-y", "min-ratio-y", CAxis::kY);
-}
-
-CError CViewBasePlacement::attrMinRatioX()
-{
-    return setZoom("ratio-x", "min-ratio-x", CAxis::kX);
-}
-
-CError CViewBasePlacement::attrMinRatioY()
-{
-    return setZoom("ratio-y", "min-ratio-y", CAxis::kY);
 }
 
 CError CViewBasePlacement::attrOffsetX()
 {
     if (area_) {
-        area_->setScroll(CAxis::kX, getAttrReal("offset-x"));
+        area_->setScroll(CAxis::kX, offsetX_);
     }
     return {};
 }
@@ -309,60 +315,20 @@ CError CViewBasePlacement::attrOffsetX()
 CError CViewBasePlacement::attrOffsetY()
 {
     if (area_) {
-        area_->setScroll(CAxis::kY, getAttrReal("offset-y"));
+        area_->setScroll(CAxis::kY, offsetY_);
     }
     return {};
-}
-
-CError CViewBasePlacement::attrScrollerWidth()
-{
-    if (area_) {
-        area_->setScrollerSize(CAxis::kX, parsePixels(getAttrString("scroller-width"), interfaceScale_));
-    }
-    return {};
-}
-
-CError CViewBasePlacement::attrScrollerHeight()
-{
-    if (area_) {
-        area_->setScrollerSize(CAxis::kY, parsePixels(getAttrString("scroller-height"), interfaceScale_));
-    }
-    return {};
-}
-
-CError CViewBasePlacement::attrWidth()
-{
-    return area_ ? area_->setSize(CAxis::kX, parseViewSize(getAttrString("width"), interfaceScale_))
-                 : CError();
-}
-
-CError CViewBasePlacement::attrHeight()
-{
-    return area_ ? area_->setSize(CAxis::kY, parseViewSize(getAttrString("height"), interfaceScale_))
-                 : CError();
-}
-
-CError CViewBasePlacement::attrMinWidth()
-{
-    return area_ ? area_->setMinSize(CAxis::kX, parseMinSize(getAttrString("min-width"), interfaceScale_))
-                 : CError();
-}
-
-CError CViewBasePlacement::attrMinHeight()
-{
-    return area_ ? area_->setMinSize(CAxis::kY, parseMinSize(getAttrString("min-height"), interfaceScale_))
-                 : CError();
 }
 
 CViewArea* CViewBasePlacement::findMatch()
 {
-    auto* view = dynamic_cast<CViewBasePlacement*>(findObject(getAttrString("placement-match")));
+    auto* view = dynamic_cast<CViewBasePlacement*>(findObject(getAttrString(kPlacementMatch)));
     return view ? view->area_.get() : nullptr;
 }
 
 CError CViewBasePlacement::attrPlacement()
 {
-    const CString text = getAttrString("placement");
+    const CString text = getAttrString(kPlacement);
     const std::optional<CPlacement> placement = parsePlacement(text);
     if (!placement) {
         QEL_FAIL(getFullName(), "@qelstr_CViewBasePlacement_attrPlacement_Invalid Invalid placement '%1'.",
@@ -375,11 +341,11 @@ CError CViewBasePlacement::attrPlacement()
         if (!findMatch()) {
             QEL_FAIL(getFullName(),
                      "@qelstr_CViewBasePlacement_attrPlacement_InvalidMatch Invalid match '%1'.",
-                     getAttrString("placement-match"));
+                     getAttrString(kPlacementMatch));
         }
         area_->setMatchFinder([this] { return findMatch(); });
     }
-    if (*placement >= CPlacement::kScrollerH && parentView_ && !parentView_->isScrollable_) {
+    if (*placement >= CPlacement::kScrollerH && parentView_ && !parentView_->isScrollable()) {
         trace("Invalid placement " + CString::number(static_cast<int>(*placement)) +
                   ", parent view does not support scrolling",
               getFullName());

@@ -48,33 +48,33 @@ public:
 
     // --- handlers of attributes
 
-    virtual CError attrAlignmentH();
-    virtual CError attrAlignmentV();
-    virtual CError attrCompactWidth();
-    virtual CError attrCompactHeight();
-    virtual CError attrInlineAlignmentH();
-    virtual CError attrInlineAlignmentV();
+    virtual CError attrAlignmentH() { return setAlignment(CAxis::kX); }
+    virtual CError attrAlignmentV() { return setAlignment(CAxis::kY); }
+    virtual CError attrCompactWidth() { return setCompactSize(CAxis::kX); }
+    virtual CError attrCompactHeight() { return setCompactSize(CAxis::kY); }
+    virtual CError attrInlineAlignmentH() { return setInlineAlignment(CAxis::kX); }
+    virtual CError attrInlineAlignmentV() { return setInlineAlignment(CAxis::kY); }
     virtual CError attrInnerBorder();
     // How a disabled view looks and acts is up to subclasses; placement does not change.
-    virtual CError attrIsDisabled();
+    virtual CError attrIsDisabled() { return {}; }
     virtual CError attrIsInlineVertical();
     virtual CError attrIsNewInlineRow();
     virtual CError attrIsVisible();
-    virtual CError attrMinRatioX();
-    virtual CError attrMinRatioY();
-    virtual CError attrMinWidth();
-    virtual CError attrMinHeight();
+    virtual CError attrMinRatioX() { return setZoom(CAxis::kX); }
+    virtual CError attrMinRatioY() { return setZoom(CAxis::kY); }
+    virtual CError attrMinWidth() { return setMinSize(CAxis::kX); }
+    virtual CError attrMinHeight() { return setMinSize(CAxis::kY); }
     virtual CError attrOffsetX();
     virtual CError attrOffsetY();
     virtual CError attrOuterBorder();
     virtual CError attrPlacement();
-    virtual CError attrRatioX();
-    virtual CError attrRatioY();
-    virtual CError attrScrollerWidth();
-    virtual CError attrScrollerHeight();
+    virtual CError attrRatioX() { return setZoom(CAxis::kX); }
+    virtual CError attrRatioY() { return setZoom(CAxis::kY); }
+    virtual CError attrScrollerWidth() { return setScrollerSize(CAxis::kX); }
+    virtual CError attrScrollerHeight() { return setScrollerSize(CAxis::kY); }
     virtual CError attrSpread();
-    virtual CError attrWidth();
-    virtual CError attrHeight();
+    virtual CError attrWidth() { return setSize(CAxis::kX); }
+    virtual CError attrHeight() { return setSize(CAxis::kY); }
 
     // Brings the rectangles of the whole window up to date; a subclass that is a window's root then asks the
     // window for its new size.
@@ -96,7 +96,7 @@ public:
     double getInterfaceScale() const { return interfaceScale_; }
 
     bool isRootView() const { return rootView_ == this; }
-    bool isScrollable() const { return isScrollable_; }
+    bool isScrollable() const { return area_->isScrollable(); }
     bool isDecorative() const { return isDecorative_; }
     bool isDisabled() const { return isDisabled_; }
     // Repainted often, so that it is kept apart from what is not: by "is-dynamic", or as the parent is.
@@ -114,10 +114,17 @@ protected:
 private:
     CError initParents();
     CError initOrder();
-    CError setAlignment(const char* name, CAxis axis, bool isOfRows);
-    CError setCompactSize(const char* name, CAxis axis);
-    CError setZoom(const char* name, const char* leastName, CAxis axis);
-    CViewBorder borderAttr(const char* name, bool isRounded) const;
+    // Each takes the present attribute of an axis over. An attribute that follows another may change before
+    // init; there is nothing to lay out by then.
+    CError setAlignment(CAxis axis);
+    CError setInlineAlignment(CAxis axis);
+    CError setSize(CAxis axis);
+    CError setMinSize(CAxis axis);
+    CError setCompactSize(CAxis axis);
+    CError setScrollerSize(CAxis axis);
+    CError setZoom(CAxis axis);
+    CError readAlignment(const char* name, CAxis axis, std::optional<CAlignment>& out) const;
+    CViewBorder readBorder(const char* name, bool isRounded) const;
     CViewArea* findMatch();
 
     std::shared_ptr<CLayoutContext> context_; // of a root view
@@ -125,13 +132,28 @@ private:
     CViewBasePlacement* parentView_ = nullptr;
     CViewBasePlacement* rootView_ = nullptr;
     double interfaceScale_ = 1.0;
-    bool isScrollable_ = false;
-    bool isDecorative_ = false;
-    bool isDisabled_ = false;
     bool isDynamic_ = false;
     std::int32_t zIndex_ = 0;
+
+    // Bound attributes.
+    bool isRootWanted_ = false;
+    bool isScrollable_ = false;
+    bool isDecorative_ = false;
+    bool isDynamicWanted_ = false;
+    bool isForceNonDynamic_ = false;
+    bool isDisabled_ = false;
+    bool isInlineVertical_ = false;
+    bool isNewInlineRow_ = false;
+    bool isVisible_ = true;
+    std::int32_t unclipLevel_ = 0;
     std::int32_t zIndexOfDynamicChilds_ = 0;
     std::int32_t zIndexOfStaticChilds_ = 0;
+    double ratioX_ = 1.0;
+    double ratioY_ = 1.0;
+    double minRatioX_ = 0.0;
+    double minRatioY_ = 0.0;
+    double offsetX_ = 0.0;
+    double offsetY_ = 0.0;
 };
 
 } // namespace qel

@@ -1,0 +1,279 @@
+// What views are told about their places, and how trees of views come and go.
+#include "CCreatorRegistry.h"
+#include "CTrace.h"
+#include "LayoutFixture.h"
+#include "TreeCompiler/ToolError.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace qel {
+namespace {
+
+// A view that keeps what it is told.
+class CToldView : public CViewBasePlacement, public CViewAreaUpdateHandler
+{
+public:
+    void onAreaBounds(const CRect& visible, const CRect& whole) override
+    {
+        visible_ = visible;
+        whole_ = whole;
+        ++reports_;
+    }
+    CError onAreaSettled() override
+    {
+        if (onSettled_) {
+            onSettled_(*this);
+        }
+        return {};
+    }
+
+    CRect visible_;
+    CRect whole_;
+    int reports_ = 0;
+    std::function<void(CToldView&)> onSettled_;
+};
+
+class ViewArea : public ::testing::Test
+{
+protected:
+    void load(const std::string& views, const std::string& rootAttributes = {})
+    {
+        tree_.emplace(views, rootAttributes);
+        ASSERT_FALSE(registerCreator({"told", &newObject<CToldView>, &CToldView::buildClassInfo}));
+    }
+    CToldView& told(const std::string& parent, const CAttrMap& attributes)
+    {
+        CToldView* view = nullptr;
+        const CError error =
+            tree_->view("root" + parent).createChild(view, "told", "told", false, nullptr, &attributes);
+        EXPECT_FALSE(error) << error.text();
+        tree_->solve();
+        return *view;
+    }
+    CToldView& told(const std::string& parent, double x, double y, double size, const char* unclip = "0",
+                    const char* spread = "0")
+    {
+        CAttrMap attributes;
+        attributes["placement"] = CAttrValue(CString("overlay"));
+        attributes["width"] = attributes["height"] = CAttrValue(CString(std::to_string(size)));
+        attributes["outer-border"] = CAttrValue(CString("L" + std::to_string(x) + " T" + std::to_string(y)));
+        attributes["unclip-level"] = CAttrValue(CString(unclip));
+        attributes["spread"] = CAttrValue(CString(spread));
+        return told(parent, attributes);
+    }
+
+    std::optional<test::LaidOut> tree_;
+};
+
+TEST_F(ViewArea, ClipsAtItsParentOrAtTheAncestorThatItsUnclipLevelLeads)
+{
+    load(R"(<v n="a" placement="overlay" width="100" height="100" outer-border="LT50">
+              <v n="b" placement="overlay" width="40" height="40" outer-border="LT80"/></v>)");
+    CToldView& inB = told(".a.b", 30, 0, 50);
+    EXPECT_EQ(inB.whole_, (CRect{160, 130, 50, 50}));
+    EXPECT_EQ(inB.visible_, CRect());
+    CToldView& outOfB = told(".a.b", -20, -30, 50, "1", "2");
+    EXPECT_EQ(outOfB.visible_, (CRect{108, 98, 42, 52}));
+    CToldView& outOfAll = told(".a.b", -300, 0, 200, "9");
+    EXPECT_EQ(outOfAll.visible_, (CRect{0, 130, 30, 170}));
+
+    // The clip of one ancestor changes, and no rectangle with it.
+    tree_->change(".a", "width", "90");
+    EXPECT_EQ(outOfB.visible_, (CRect{108, 98, 32, 52}));
+    EXPECT_EQ(inB.reports_, 1);
+    tree_->change(".a", "width", "300");
+    EXPECT_EQ(outOfB.visible_, (CRect{108, 98, 54, 52}));
+    EXPECT_EQ(inB.visible_, (CRect{160, 130, 10, 20}));
+}
+
+TEST_F(ViewArea, IsToldOfChangesOnceAndOfHidingAsOfAnEmptyPlace)
+{
+    load(R"(<v n="a" placement="left" width="100" height="100"><v n="b" width="full" height="full"/></v>)");
+    CToldView& view = told(".a.b", 10, 10, 20);
+    EXPECT_EQ(view.reports_, 1);
+    tree_->change(".a", "width", "100.00005");
+    tree_->change(".a", "height", "90");
+    EXPECT_EQ(view.reports_, 1);
+    tree_->change(".a", "is-visible", "0");
+    EXPECT_EQ(view.reports_, 2);
+    EXPECT_EQ(view.visible_, CRect());
+    EXPECT_EQ(view.whole_, CRect());
+    tree_->change(".a.b", "is-visible", "0");
+    tree_->change(".a", "is-visible", "1");
+    EXPECT_EQ(view.reports_, 2);
+    tree_->change(".a.b", "is-visible", "1");
+    EXPECT_EQ(view.whole_, (CRect{10, 10, 20, 20}));
+
+    // A bounds handler that wants another size gets it in the same solve; one that is never content ends it.
+    view.onSettled_ = [](CToldView& self) { ASSERT_FALSE(self.setAttribute("width", "33", true)); };
+    tree_->change(".a", "outer-border", "L5");
+    EXPECT_EQ(view.whole_, (CRect{15, 10, 33, 20}));
+    int rounds = 0;
+    view.onSettled_ = [&](CToldView& self) {
+        ASSERT_FALSE(self.setAttribute("width", CString::number(++rounds % 50 + 1), true));
+        ASSERT_FALSE(self.solveLayout());
+    };
+    tree_->change(".a", "outer-border", "L6");
+    EXPECT_GT(rounds, 1);
+    EXPECT_LT(rounds, 1000);
+
+    // It may end itself.
+    view.onSettled_ = [](CToldView& self) { CObject::releaseObject(&self); };
+    tree_->change(".a", "outer-border", "L7");
+    EXPECT_EQ(tree_->view("root.a.b").getChildCount(), 0u);
+}
+
+TEST_F(ViewArea, ScrollableViewsReportTheExtentThatMovesUnderThem)
+{
+    load("");
+    CAttrMap attributes;
+    for (const auto& [name, value] :
+         std::initializer_list<std::pair<const char*, const char*>>{{"is-scrollable", "1"},
+                                                                    {"width", "100"},
+                                                                    {"height", "50"},
+                                                                    {"ratio-x", "0.5"},
+                                                                    {"offset-x", "0.25"}}) {
+        attributes[name] = CAttrValue(CString(value));
+    }
+    CToldView& view = told("", attributes);
+    EXPECT_EQ(view.whole_, (CRect{-50, 0, 200, 50}));
+    EXPECT_EQ(view.visible_, (CRect{0, 0, 100, 50}));
+}
+
+TEST_F(ViewArea, FreesItsRoomAndItsVariablesWhenItGoes)
+{
+    load(R"(<v n="a" width="10" height="10"/><v n="m" placement="match" placement-match="^a"/>
+            <v n="b" width="20" height="10"/>)");
+    CValueNetwork& network = tree_->view("root").getLayoutContext().getNetwork();
+    CObject::releaseObject(&tree_->view("root.m"));
+    tree_->solve();
+    const std::size_t before = network.getVariableCount();
+    for (int i = 0; i < 3000; ++i) {
+        CViewBasePlacement* panel = nullptr;
+        CViewBasePlacement* inner = nullptr;
+        ASSERT_FALSE(tree_->view("root").createChild(panel, "ui:view", "panel"));
+        ASSERT_FALSE(panel->createChild(inner, "ui:view", "inner"));
+        ASSERT_FALSE(inner->setAttribute("placement-match", "root.a", true));
+        ASSERT_FALSE(inner->setAttribute("placement", "match", true));
+        ASSERT_FALSE(panel->setAttribute("is-new-inline-row", "1", true));
+        tree_->solve();
+        CObject::releaseObject(panel);
+        tree_->solve();
+        ASSERT_EQ(network.getVariableCount(), before);
+    }
+    CObject::releaseObject(&tree_->view("root.a"));
+    tree_->solve();
+    EXPECT_EQ(tree_->rect(".b"), (CRect{0, 0, 20, 10}));
+}
+
+TEST_F(ViewArea, AMatchedViewThatGoesLeavesNothingBehind)
+{
+    load(
+        R"(<v n="a" width="10" height="10"/><v n="p"><v n="m" placement="match" placement-match="root.a"/></v>)");
+    EXPECT_EQ(tree_->rect(".p.m"), (CRect{0, 0, 10, 10}));
+    CObject::releaseObject(&tree_->view("root.a"));
+    tree_->solve();
+    EXPECT_EQ(tree_->rect(".p.m"), CRect());
+}
+
+TEST_F(ViewArea, AWindowWithTooManyViewsReportsItAndGoesOn)
+{
+    load(R"(<v n="a" width="10" height="10"/>)");
+    CError error;
+    for (int i = 0; i < 5000 && !error; ++i) {
+        CViewBasePlacement* view = nullptr;
+        error = tree_->view("root.a").createChild(view, "ui:view", "one");
+    }
+    EXPECT_NE(error.text().find("layout variables"), std::string::npos);
+    const CError solved = tree_->view("root").solveLayout();
+    EXPECT_NE(solved.text().find("layout variables"), std::string::npos);
+    CObject::releaseObject(&tree_->view("root.a"));
+    EXPECT_FALSE(tree_->view("root").solveLayout());
+}
+
+TEST_F(ViewArea, LongRowsAndStacksAreLaidOutToTheLastChild)
+{
+    std::string views = R"(<v n="row" placement="top" width="compact">)";
+    for (int i = 0; i < 400; ++i) {
+        views += "<v n=\"v\" width=\"3\" height=\"2\" outer-border=\"1\"/>";
+    }
+    views += R"(</v><v n="stack" placement="top" is-inline-vertical="1">)";
+    for (int i = 0; i < 400; ++i) {
+        views += "<v n=\"v\" width=\"3\" height=\"2\" outer-border=\"1\"/>";
+    }
+    views += R"(</v><v n="docked" placement="top" width="9">)";
+    for (int i = 0; i < 400; ++i) {
+        views += "<v n=\"v\" placement=\"top\" width=\"full\" height=\"2\" outer-border=\"1\"/>";
+    }
+    load(views + R"(</v><v n="rows" placement="top">)" + [] {
+        std::string rows;
+        for (int i = 0; i < 300; ++i) {
+            rows += "<v n=\"v\" width=\"3\" height=\"2\" is-new-inline-row=\"1\"/>";
+        }
+        return rows;
+    }() + "</v>");
+    EXPECT_EQ(tree_->rect(".row"), (CRect{0, 0, 2000, 4}));
+    EXPECT_EQ(tree_->rect(".row.v#399"), (CRect{1996, 1, 3, 2}));
+    EXPECT_EQ(tree_->rect(".stack"), (CRect{0, 4, 5, 1600}));
+    EXPECT_EQ(tree_->rect(".stack.v#399"), (CRect{1, 1601, 3, 2}));
+    EXPECT_EQ(tree_->rect(".docked.v#399"), (CRect{1, 3201, 7, 2}));
+    EXPECT_EQ(tree_->rect(".rows"), (CRect{0, 3204, 3, 600}));
+    EXPECT_EQ(tree_->rect(".rows.v#299"), (CRect{0, 3802, 3, 2}));
+    tree_->change(".docked.v", "height", "12");
+    EXPECT_EQ(tree_->rect(".docked.v#399"), (CRect{1, 3211, 7, 2}));
+    EXPECT_EQ(tree_->rect(".rows.v#299"), (CRect{0, 3812, 3, 2}));
+}
+
+TEST_F(ViewArea, FaultsOfATreeAreTold)
+{
+    const std::pair<const char*, const char*> cases[] = {
+        {R"(<v n="a" placement="middle"/>)", "Invalid placement 'middle'."},
+        {R"(<v n="a" placement="match" placement-match="^b"/>)", "Invalid match '^b'."},
+        {R"(<v n="a" alignment-h="top"/>)", "Invalid alignment-h 'top'."},
+        {R"(<v n="a" alignment-v="left"/>)", "Invalid alignment-v 'left'."},
+        {R"(<v n="a" inline-alignment-h="middle"/>)", "Invalid inline-alignment-h 'middle'."},
+        {R"(<v n="a" inline-alignment-v=""/>)", "Invalid inline-alignment-v ''."},
+        {R"(<v n="a" z-index="^b"/>)", "Z-index target not found: ^b"},
+    };
+    for (const auto& [views, text] : cases) {
+        try {
+            const test::LaidOut tree(views);
+            ADD_FAILURE() << text;
+        } catch (const tools::CToolError& error) {
+            EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
+        }
+    }
+    EXPECT_THROW(tools::CLayoutTree(test::compileXml("<tree><ui:view name='a'/></tree>"), 1.0),
+                 tools::CToolError);
+
+    std::vector<std::string> lines;
+    const CTraceHook before = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
+    // Two views as wide as the view that is as wide as both.
+    const test::LaidOut tree(R"(<v n="p"><v n="a" width="full" min-width="1"/><v n="b" width="full"/>
+                                  <v n="c" placement="scroller-v" width="5"/></v>)");
+    setTraceHook(before);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0], "Invalid placement 11, parent view does not support scrolling // root.p.c");
+    EXPECT_EQ(lines[1], "Too many recursions");
+}
+
+TEST_F(ViewArea, OrderAndMotionAreInheritedAsDeclared)
+{
+    load(R"(<v n="a" z-index="3" z-index-dynamic-childs="10" z-index-static-childs="1">
+              <v n="still"/><v n="moving" is-dynamic="1"><v n="in"/><v n="kept" is-force-non-dynamic="1"/></v>
+              <v n="own" z-index="-2"/><v n="like" z-index="^still"/></v>)");
+    const auto order = [this](const char* path) { return tree_->view(path).getZIndex(); };
+    EXPECT_EQ(order("root.a"), 3);
+    EXPECT_EQ(order("root.a.still"), 4);
+    EXPECT_EQ(order("root.a.moving"), 13);
+    EXPECT_EQ(order("root.a.moving.in"), 13);
+    EXPECT_EQ(order("root.a.own"), 1);
+    EXPECT_EQ(order("root.a.like"), 4);
+    EXPECT_TRUE(tree_->view("root.a.moving.in").isDynamic());
+    EXPECT_FALSE(tree_->view("root.a.moving.kept").isDynamic());
+}
+
+} // namespace
+} // namespace qel
