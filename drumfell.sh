@@ -173,7 +173,7 @@ sanitize)
     ;;
 windows)
     need "${build_packages[@]}" "${windows_packages[@]}"
-    build release drumfell-treec drumfell-presetc
+    build release drumfell-treec drumfell-presetc drumfell-gfxc
     build windows
     ls -l build/windows/Drumfell.dll
     ;;

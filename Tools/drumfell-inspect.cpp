@@ -4,6 +4,7 @@
 #include "CTrace.h"
 #include "GraphHost/CGraphHost.h"
 #include "GraphHost/CGraphPrinter.h"
+#include "GraphicsCompiler/GraphicsPrinter.h"
 #include "Inspect/FileKinds.h"
 #include "Layout/PrintLayout.h"
 #include "Streams/CFileReader.h"
@@ -37,6 +38,10 @@ std::string idText(std::uint32_t id)
 
 void inspect(const std::string& path)
 {
+    if (isGraphicsPath(path)) { // these have no chunk ID
+        printGraphics(readGraphicsFile(path), GraphicsDetail::kFacts, std::cout);
+        return;
+    }
     CFileReader reader;
     std::uint32_t id = 0;
     require(reader.open(CString::fromUtf8(path), 0));
@@ -130,7 +135,8 @@ int main(int argc, char** argv)
                  "the layout of a tree of views");
     std::string path;
     GraphOptions graph;
-    app.add_option("FILE", path, "Compiled tree, stored string, preset, bank or preset list; XML of views")
+    app.add_option("FILE", path,
+                   "Compiled tree, stored string, preset, bank, preset list or graphics; XML of views")
         ->required();
     CLI::Option* isGraph =
         app.add_flag("--graph", graph.isWanted, "Build the tree's signal graph and print it");
