@@ -69,7 +69,9 @@ CImageSetFile smallSet()
                 CImageVariant& variant =
                     layer.variants.emplace_back(CImageVariant{scale, 3, 2, 0.5, -1, 1, {}});
                 variant.raster = CRaster(3, 2, static_cast<int>(layer.bytesPerPixel));
-                std::ranges::generate(variant.raster.pixels, [&] { return generator() & 255; });
+                for (std::uint8_t& byte : variant.raster.pixels) {
+                    byte = static_cast<std::uint8_t>(generator());
+                }
                 variant.raster = simplified(variant.raster);
             }
         }

@@ -58,15 +58,14 @@ TEST_F(GraphicsSource, TellsWhereAFaultLies)
 
 TEST_F(GraphicsSource, MakesStatesRampsAndPulsesOfAScheme)
 {
-    write("scheme.xml", R"(<palette-scheme>
+    write("scheme.xml", R"x(<palette-scheme>
         <key name="black" colour="#000000"/><key name="accent" colour="#010203"/>
         <ramp name="ink"><stop value="0" colour="black"/><stop value="255" colour="self"/></ramp>
-        <colours names="A" ramp="ink" opacity="0.5" colour="accent" hover="mix(self, #ffffff, 0.5)" active =
-                            "Other.accent" / >
-                            <colours names = "B" states = "hover" ramp = "ink" colour = "#ff0000" />
-                            <pulse name = "A_Pulse" frames = "3" ramp = "ink" from = "black" to = "#640000" />
-                            </ palette - scheme>) ");
-        write("Other.xml", R"(<palette scheme="scheme.xml"><key name="accent" colour="#0000ff"/></palette>)");
+        <colours names="A" ramp="ink" opacity="0.5" colour="accent" hover="mix(self, #ffffff, 0.5)"
+                 active="Other.accent"/>
+        <colours names="B" states="hover" ramp="ink" colour="#ff0000"/>
+        <pulse name="A_Pulse" frames="3" ramp="ink" from="black" to="#640000"/></palette-scheme>)x");
+    write("Other.xml", R"(<palette scheme="scheme.xml"><key name="accent" colour="#0000ff"/></palette>)");
     const auto source = compileGraphics(
         write("in.xml", R"(<palette scheme="scheme.xml"><key name="accent" colour="#ff8000"/></palette>)"));
     ASSERT_TRUE(source.diagnostics.empty()) << source.diagnostics[0].text();

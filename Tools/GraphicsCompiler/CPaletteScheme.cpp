@@ -65,13 +65,9 @@ void CPaletteScheme::readRamp(CSourceElement& element)
     ramps_[name] = std::move(ramp);
 }
 
-const CPaletteScheme::Ramp* CPaletteScheme::rampOf(CSourceElement& element, const char* attribute,
-                                                   const Ramp* standard)
+const CPaletteScheme::Ramp* CPaletteScheme::rampOf(CSourceElement& element, const char* attribute)
 {
-    const std::string name = element.text(attribute, "");
-    if (name.empty() && standard) {
-        return standard;
-    }
+    const std::string name = element.text(attribute);
     const auto ramp = ramps_.find(name);
     if (ramp == ramps_.end()) {
         element.report(attribute, "there is no ramp '" + name + "'");
@@ -92,8 +88,8 @@ void CPaletteScheme::readColours(CSourceElement& element, CPaletteFile& palette)
     if (states != "all" && states != "hover" && states != "none") {
         element.report("states", "'" + states + "' is none of 'all', 'hover' and 'none'");
     }
-    const Ramp* ramp = rampOf(element, "ramp", nullptr);
-    const Ramp* activeRamp = rampOf(element, "active-ramp", ramp);
+    const Ramp* ramp = rampOf(element, "ramp");
+    const Ramp* activeRamp = element.has("active-ramp") ? rampOf(element, "active-ramp") : ramp;
     const double opacity = opacityOf(element);
     const CColour plain = book_.read(element, "colour");
     const auto stateColour = [&](const char* attribute, const CColour& self) {
@@ -119,7 +115,7 @@ void CPaletteScheme::readPulse(CSourceElement& element, CPaletteFile& palette)
 {
     const std::string name = element.text("name");
     const std::uint32_t frames = element.count("frames", 2, 256);
-    const Ramp* ramp = rampOf(element, "ramp", nullptr);
+    const Ramp* ramp = rampOf(element, "ramp");
     const double opacity = opacityOf(element);
     const CColour from = book_.read(element, "from");
     const CColour to = book_.read(element, "to");

@@ -33,8 +33,8 @@ private:
     void readRamp(CSourceElement& element);
     void readColours(CSourceElement& element, CPaletteFile& palette);
     void readPulse(CSourceElement& element, CPaletteFile& palette);
-    // The ramp that an attribute names, or `standard` without the attribute.
-    const Ramp* rampOf(CSourceElement& element, const char* attribute, const Ramp* standard);
+    // The ramp that an attribute names; null, and reported, if there is none.
+    const Ramp* rampOf(CSourceElement& element, const char* attribute);
     double opacityOf(CSourceElement& element);
     void add(CSourceElement& element, CPaletteFile& palette, const std::string& name, const CColour& colour,
              const Ramp* ramp, double opacity);

@@ -18,6 +18,7 @@ using Rgb = CSheetCanvas::Rgb;
 constexpr int kWidth = 1200;
 constexpr int kMargin = 12;
 constexpr int kLabelHeight = 14;
+constexpr int kLetterWidth = 7;
 constexpr Rgb kInk{200, 204, 210};
 constexpr Rgb kHeading{255, 255, 255};
 // What an image is read against when there is no palette.
@@ -96,8 +97,8 @@ private:
     // Moves to the next place of a row of cells; returns its left edge.
     int nextCell(int width, int height);
     void endRow();
-    void drawGroup(const CImageSetFile& file, std::uint32_t first, std::uint32_t last);
-    void drawImage(const CImage& image);
+    void drawRange(const CImageSetFile& file, const CImageRange& range);
+    void drawImage(const CImage& image, const std::string& name);
     void drawText(const CFontFile& file, const std::string& utf8, const CPaletteColour& colour);
 
     const CSheetOptions& options_;
@@ -163,47 +164,55 @@ CSheet::Box CSheet::boxOf(const CImage& image) const
     return box;
 }
 
-void CSheet::drawImage(const CImage& image)
+void CSheet::drawImage(const CImage& image, const std::string& name)
 {
     const Box box = boxOf(image);
     const int zoom = options_.zoom;
-    const int width = std::max((box.right - box.left) * zoom, 3 * kLabelHeight / 2);
+    const int labelWidth = kLetterWidth * static_cast<int>(name.size());
+    const int width = std::max((box.right - box.left) * zoom, labelWidth);
     const int height = (box.bottom - box.top) * zoom;
     const int left = nextCell(width, height + kLabelHeight);
     for (const CImageLayer& layer : image.layers) {
         canvas_.draw(nearest(layer.variants, options_.scale), colourOf(layer.slot), left - box.left * zoom,
                      y_ - box.top * zoom, zoom);
     }
-    canvas_.label(left, y_ + height + kLabelHeight - 3, std::to_string(image.id), kInk);
+    canvas_.label(left, y_ + height + kLabelHeight - 3, name, kInk);
 }
 
-void CSheet::drawGroup(const CImageSetFile& file, std::uint32_t first, std::uint32_t last)
+void CSheet::drawRange(const CImageSetFile& file, const CImageRange& range)
 {
+    std::vector<const CImage*> images;
     for (const CImage& image : file.images) {
-        if (image.id >= first && image.id <= last) {
-            drawImage(image);
+        if (image.id >= range.first && image.id <= range.last) {
+            images.push_back(&image);
         }
     }
+    // Single ones stand in one row, with the range's name.
+    if (images.size() == 1) {
+        drawImage(*images[0], range.name + ":" + std::to_string(images[0]->id));
+        return;
+    }
+    heading("\"" + range.name + "\"  " + std::to_string(range.first) + " to " + std::to_string(range.last));
+    for (const CImage* image : images) {
+        drawImage(*image, std::to_string(image->id));
+    }
+    endRow();
 }
 
 void CSheet::operator()(const CImageSetFile& file)
 {
     for (const CImageRange& range : file.ranges) {
-        heading("\"" + range.name + "\"  " + std::to_string(range.first) + " to " +
-                std::to_string(range.last));
-        drawGroup(file, range.first, range.last);
+        drawRange(file, range);
     }
     const auto isInRange = [&](const CImage& image) {
         return std::ranges::any_of(file.ranges, [&](const CImageRange& range) {
             return image.id >= range.first && image.id <= range.last;
         });
     };
-    if (!std::ranges::all_of(file.images, isInRange)) {
-        heading("in no range");
-    }
+    endRow();
     for (const CImage& image : file.images) {
         if (!isInRange(image)) {
-            drawImage(image);
+            drawImage(image, std::to_string(image.id));
         }
     }
     endRow();
@@ -286,23 +295,22 @@ void CSheet::operator()(const CPaletteFile& file)
 std::vector<std::string> usualColours(const std::string& fileName)
 {
     static const std::map<std::string, std::vector<std::string>> kColours = {
-        {"button", {"Button", "Indicator1", "ButtonText"}},
+        {"button", {"Button", "ButtonUnderlay", "Indicator1"}},
         {"buttonab", {"ButtonAB", "ButtonABIndicator"}},
-        {"close", {"ScrollerButton"}},
-        {"csurface", {"CSSliderBar", "CSSelectLine", "CSPointOff"}},
-        {"editbox", {"Background"}},
+        {"close", {"Button", "ButtonText"}},
+        {"csurface", {"CSSliderBar"}},
+        {"editbox", {"LevelMeter", "Panel"}},
         {"frame", {"Panel"}},
-        {"groupcaption", {"ComplexButton"}},
-        {"history", {"Button"}},
-        {"instancename", {"Background"}},
-        {"knob", {"Knob", "KnobIndicator", "KnobText"}},
-        {"levelmeter", {"LevelMeter"}},
-        {"listoutline", {"Action"}},
+        {"groupcaption", {"Panel"}},
+        {"history", {"Button", "ButtonUnderlay", "ButtonText"}},
+        {"instancename", {"LevelMeter", "WindowTitle"}},
+        {"knob", {"Knob", "KnobIndicator"}},
+        {"levelmeter", {"LevelMeter", "Panel"}},
         {"palicon", {"PalIconDefault", "PalIconDefaultInner", "PalIconDefaultOuter", "PalIconDefaultText"}},
-        {"popup", {"Border"}},
-        {"popup2", {"Border"}},
-        {"ruler", {"KnobLabels"}},
-        {"scroller", {"ScrollerBar", "ScrollerBarEdge", "ScrollerButton"}},
+        {"popup", {"WindowTitle"}},
+        {"popup2", {"Panel"}},
+        {"ruler", {"KnobLabelsText"}},
+        {"scroller", {"ScrollerBar", "ScrollerBarEdge"}},
         {"statusbar", {"WindowTitle"}},
         {"texture", {"PanelTexture"}},
     };
