@@ -40,8 +40,8 @@ CBrushVariant stampsOf(double width, std::uint32_t oversampling, double scale)
     const std::uint32_t positions = 1u << oversampling;
     for (std::uint32_t fy = 0; fy < positions; ++fy) {
         for (std::uint32_t fx = 0; fx < positions; ++fx) {
-            const double centreX = (variant.size - 1) / 2.0 + static_cast<double>(fx) / positions;
-            const double centreY = (variant.size - 1) / 2.0 + static_cast<double>(fy) / positions;
+            const double centreX = variant.radius + static_cast<double>(fx) / positions;
+            const double centreY = variant.radius + static_cast<double>(fy) / positions;
             for (std::uint32_t y = 0; y < variant.size; ++y) {
                 for (std::uint32_t x = 0; x < variant.size; ++x) {
                     const double share = coverage(x - centreX, y - centreY, discRadius);
