@@ -37,7 +37,8 @@ public:
     // False: somebody else has taken the keyboard; there is nothing to give back any more.
     virtual void onFocus(bool /*isFocused*/) {}
 
-    // The top-level window this one is or lies in has become, or no longer is, the one the user works in.
+    // The host's window around a child has become, or no longer is, the one the user works in. It is left for
+    // a dialog whose text is edited, too: CSystemDisplay::isActive() tells of all windows together.
     virtual void onActivation(bool /*isActive*/) {}
     virtual void onCloseRequest() {}
     // The window is gone, by another's hand (its parent was destroyed, the server died). Its object stays and

@@ -145,15 +145,6 @@ LRESULT CWin32Window::handle(UINT message, WPARAM wParam, LPARAM lParam)
     case WM_KILLFOCUS:
         handleFocus(message == WM_SETFOCUS);
         return 0;
-    case WM_ACTIVATE:
-        if (kind_ == WindowKind::kDialog) {
-            const std::weak_ptr<bool> life = life_;
-            listener_.onActivation(LOWORD(wParam) != WA_INACTIVE);
-            if (life.expired()) {
-                return 0;
-            }
-        }
-        break;
     case WM_CLOSE:
         listener_.onCloseRequest();
         return 0;
