@@ -16,17 +16,15 @@ namespace qel::tools {
 struct CReportedFault
 {};
 
-// Turns the content of a <layer> into plain SVG for one image at one scale. SVG elements pass through with
-// the
-// "{expressions}" of their attributes filled in; these stand for something else:
+// Turns the content of a <layer> into plain SVG for one image at one scale. SVG elements pass through; the
+// "{expressions}" of their attributes are filled in. These stand for something else:
 //
 //   <let name="r" value="w / 2 - 3"/>        a name for the elements that follow it
 //   <for name="k" from="0" to="9"> ...        its content once for each whole number
 //   <if test="k != 4"> ...                    its content or nothing
 //   <insert name="lamp" x="3" lit="1"/>       the content of <define name="lamp" ...>, which sees x and lit
 //
-// The attributes of a <define> are the defaults of its parameters. `uid` differs from one <insert> to the
-// next, for ids of gradients that depend on parameters.
+// The attributes of a <define> are the defaults of its parameters.
 class CDrawing
 {
 public:

@@ -12,14 +12,18 @@ namespace qel::tools {
 // A source is
 //
 //   <image-set>
-//     <include file="Shared.xml"/>                    drawings of several sets: <drawings><define
-//     .../></drawings> <define name="lamp" x="0" y="0"> SVG </define>  a drawing to insert; CDrawing.h tells
-//     how <let name="rows" value="8"/>                    a name for everything that follows <range
-//     name="Lamp" first="30" last="30"/> <image id="0..7,9" width="60" height="20" margin="0 0 2 0">
+//     <include file="Shared.xml"/>
+//     <define name="lamp" x="0" y="0"> SVG </define>
+//     <let name="rows" value="8"/>
+//     <range name="Lamp" first="30" last="30"/>
+//     <image id="0..7,9" width="60" height="20" margin="0 0 2 0">
 //       <let name="top" value="i == 3"/>
 //       <layer slot="0" bytes="2"> SVG </layer>
 //     </image>
 //   </image-set>
+//
+// <include> brings in drawings that several sets share, a file <drawings> with <define> elements; <define> is
+// a drawing to insert (CDrawing.h tells how), <let> names a number for all images.
 //
 // An <image> makes one image for each of its ids. Each is drawn afresh at every scale, in units of a pixel at
 // scale 1.0 from the image's logical corner. Names that are always known:
