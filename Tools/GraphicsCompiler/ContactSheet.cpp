@@ -304,7 +304,8 @@ std::vector<std::string> usualColours(const std::string& fileName)
         {"groupcaption", {"Panel"}},
         {"history", {"Button", "ButtonUnderlay", "ButtonText"}},
         {"instancename", {"LevelMeter", "WindowTitle"}},
-        {"knob", {"Knob", "KnobIndicator"}},
+        // The arc for ranges with a sign in a colour of its own: a control draws one of the two.
+        {"knob", {"Knob", "KnobIndicator", "Indicator3"}},
         {"levelmeter", {"LevelMeter", "Panel"}},
         {"palicon", {"PalIconDefault", "PalIconDefaultInner", "PalIconDefaultOuter", "PalIconDefaultText"}},
         {"popup", {"WindowTitle"}},
