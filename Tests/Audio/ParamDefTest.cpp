@@ -93,20 +93,6 @@ TEST_F(ParamDefTest, SavedParametersAreGlobalAndPersistentOnesAreInNoPreset)
     }
 }
 
-TEST_F(ParamDefTest, CarriesItsNamesAndMarks)
-{
-    const CAudioParamInfo info = infoFor({{"visual-name", "LF gain"},
-                                          {"param-registry", "main"},
-                                          {"is-discrete", "true"},
-                                          {"is-single-group", "true"}});
-    EXPECT_TRUE(info.valid);
-    EXPECT_EQ(info.name, "def");
-    EXPECT_EQ(info.visualName, "LF gain");
-    EXPECT_EQ(info.paramRegistry, "main");
-    EXPECT_TRUE(info.isDiscrete);
-    EXPECT_TRUE(info.isSingleGroup);
-}
-
 TEST_F(ParamDefTest, RangesAndDefaultsGoThroughTheConverterOfTheirElement)
 {
     const CAudioParamInfo info = infoFor({{"element-size", "3"},
@@ -152,91 +138,6 @@ TEST_F(ParamDefTest, DefaultsSplitIntoElementsEntriesAndGroups)
         EXPECT_FAILS(tryParam(withDefaults(fault.text)), fault.message);
     }
     EXPECT_FAILS(tryParam({{"def-values", "1*2"}}), "Default values parsing error.");
-}
-
-TEST_F(ParamDefTest, StringDefaultsLiveInThePool)
-{
-    for (const char* type : {"string", "str", "1"}) {
-        const CAudioParamInfo info = infoFor({{"data-type", type},
-                                              {"converter", "text"},
-                                              {"min-values", ""},
-                                              {"max-values", ""},
-                                              {"def-values", "L,R;3 Hz -6"}});
-        ASSERT_TRUE(info.isString()) << type;
-        EXPECT_EQ(info.minValues, std::vector<double>{0.0});
-        EXPECT_EQ(info.maxValues, std::vector<double>{8388608.0});
-        ASSERT_EQ(info.defaults.size(), 2u);
-        ASSERT_EQ(info.defaults[0].size(), 2u);
-        EXPECT_EQ(info.pool.getString(info.defaults[0][1]), "R");
-        EXPECT_EQ(info.pool.getString(info.defaults[1][0]), "3 Hz -6");
-
-        const CAudioParamInfo copy = info;
-        EXPECT_EQ(copy.pool.getString(copy.defaults[0][0]), "L") << "a copy keeps the strings";
-    }
-    EXPECT_FALSE(infoFor({{"data-type", "0"}}).isString());
-    EXPECT_FALSE(infoFor({{"data-type", "String"}}).isString());
-}
-
-TEST_F(ParamDefTest, RefusesFaultyDeclarationsWithTheirMessage)
-{
-    const struct
-    {
-        Attributes attributes;
-        const char* message;
-    } cases[] = {
-        {{{"element-size", "0"}}, "Invalid element size 0 specified."},
-        {{{"element-size", "-3"}}, "Invalid element size -3 specified."},
-        {{{"element-size", "2"}, {"data-type", "str"}},
-         "Invalid element size 2 for non-float data specified."},
-        {{{"converter", "nothing"}}, "Audio parameter converter 'nothing' not found."},
-        {{{"converter", "/audio.paramcvt"}}, "Audio parameter converter '/audio.paramcvt' not found."},
-        {{{"converter", "real x"}}, "Audio parameter converter 'x' not found."},
-        {{{"converter", ""}}, "Not enough converters defined 0 (should be 1)."},
-        {{{"element-size", "2000000000"}}, "Not enough converters defined 1 (should be 2000000000)."},
-        {{{"min-values", " "}}, "Not enough minimum values defined 0 (should be 1)."},
-        {{{"max-values", ""}}, "Not enough maximum values defined 0 (should be 1)."},
-        {{{"max-values", "0"}}, "Zero default min-max values difference detected in element 0."},
-        {{{"max-values", "x"}}, "Zero default min-max values difference detected in element 0."},
-        {{{"element-size", "2"},
-          {"converter", "real real"},
-          {"min-values", "0 7"},
-          {"max-values", "1 7"},
-          {"def-values", "0*7"}},
-         "Zero default min-max values difference detected in element 1."},
-    };
-    for (const auto& c : cases) {
-        EXPECT_FAILS(tryParam(c.attributes), c.message);
-    }
-}
-
-TEST_F(ParamDefTest, SlotsRemapsAndFiltersNeedTheirNames)
-{
-    CAudioParamAllocDef* slot = nullptr;
-    EXPECT_FAILS(create(slot, "audio:param-alloc", {{"index", "0"}}), "Invalid parameter name specified.");
-    EXPECT_FAILS(create(slot, "audio:param-alloc", {{"param-name", "gain"}}),
-                 "Invalid index value '' specified.");
-    EXPECT_FAILS(create(slot, "audio:param-alloc", {{"param-name", "gain"}, {"index", "-2"}}),
-                 "Invalid index value '-2' specified.");
-    ASSERT_OK(create(slot, "audio:param-alloc", {{"param-name", "gain"}, {"index", "2"}}));
-    EXPECT_EQ(slot->getParamName(), "gain");
-    EXPECT_EQ(slot->getIndex(), 2);
-
-    CAudioParamRemapDef* remap = nullptr;
-    EXPECT_FAILS(create(remap, "audio:param-remap", {{"new", "b"}}),
-                 "Invalid orignal parameter name specified.");
-    EXPECT_FAILS(create(remap, "audio:param-remap", {{"orig", "a"}}),
-                 "Invalid new parameter name specified.");
-    ASSERT_OK(create(remap, "audio:param-remap", {{"orig", "modSat.drive"}, {"new", "^drive"}}));
-    EXPECT_EQ(remap->getOrigName(), "modSat.drive");
-    EXPECT_EQ(remap->getNewName(), "^drive");
-
-    CAudioParamFilterDef* filter = nullptr;
-    EXPECT_FAILS(create(filter, "test:param-filter", {{"dst", "b"}}), "No source parameters defined.");
-    EXPECT_FAILS(create(filter, "test:param-filter", {{"src", "a"}, {"dst", " , "}}),
-                 "No destination parameters defined.");
-    ASSERT_OK(create(filter, "test:param-filter", {{"src", "a, mod.b,"}, {"dst", "c"}}));
-    EXPECT_EQ(filter->getSourceNames(), (std::vector<CString>{"a", "mod.b"}));
-    EXPECT_EQ(filter->getDestinationNames(), (std::vector<CString>{"c"}));
 }
 
 } // namespace

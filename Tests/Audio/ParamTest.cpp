@@ -85,23 +85,6 @@ private:
 
 using ParamTest = ParamInstanceTest;
 
-TEST_F(ParamTest, WithoutInfoItIgnoresEverything)
-{
-    CAudioParam& param = collector_->getParam("unknown");
-    EXPECT_FALSE(param.setValue(0, 0, 0, 1.0, context_));
-    EXPECT_FALSE(param.setString(0, 0, "x", context_));
-    param.reset(-1, -1, context_);
-    param.clearToDefault(-1, -1, context_);
-    EXPECT_EQ(param.getValue(0, 0), 0.0);
-    EXPECT_EQ(&collector_->getParam("unknown"), &param);
-    // A preset that names it is read past it.
-    CAudioParam& source = addParam("source", floatInfo("p", {0.0}));
-    const CByteBuffer bytes = saved(source);
-    CMemoryReader reader(bytes.bytes());
-    EXPECT_OK(param.load(reader, context_, false, -1, true));
-    EXPECT_FALSE(param.hasInfo());
-}
-
 TEST_F(ParamTest, RefusesWritesThatWouldLeaveAHole)
 {
     CAudioParam& param = addParam("p", floatInfo("p", {1, 2}));
@@ -119,26 +102,6 @@ TEST_F(ParamTest, RefusesWritesThatWouldLeaveAHole)
     EXPECT_TRUE(param.setValue(1, 1, 0, 5.0, context_));
     EXPECT_EQ(param.getValue(1, 0), 1.0);
     EXPECT_EQ(param.getValue(1, 1), 5.0);
-}
-
-TEST_F(ParamTest, KeepsTheInfoItHasUnlessNameOrFormatDiffer)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {1.0}));
-    param.setValue(0, 0, 0, 5.0, context_);
-    param.setInfo(floatInfo("p", {2.0}), "elsewhere");
-    EXPECT_EQ(param.getValue(0, 0), 5.0);
-    EXPECT_EQ(param.getDefPath(), "audio.p");
-    param.setInfo(floatInfo("q", {2.0}), "elsewhere");
-    EXPECT_EQ(param.getValue(0, 0), 2.0);
-    EXPECT_EQ(param.getDefPath(), "elsewhere");
-    callAudio();
-    Slot old(param);
-    param.setInfo(stringInfo("q", {"now a text"}), "elsewhere");
-    callAudio();
-    old.drain(); // of the format before: left alone
-    EXPECT_EQ(old.storage.get(0, 0), 2.0);
-    callAudio();
-    EXPECT_EQ(param.getAudio().getString(0, 0), "now a text");
 }
 
 TEST_F(ParamTest, LimitsWhatIsWrittenDeclaredAndLoaded)
@@ -190,6 +153,15 @@ TEST_F(ParamTest, GoesBackToDefaultsByParameterGroupAndEntry)
     param.reset(-1, -1, context_);
     EXPECT_EQ(param.getCurrent().getGroupCount(), 2);
     EXPECT_EQ(param.getValue(1, 0), 3.0);
+    // One entry of a shorter list returns to its initial value, too, with the defaults in front of it.
+    info.defaults[1] = {3, 4, 5};
+    CAudioParam& other = addParam("other", info);
+    other.setValue(1, 0, 0, 9.0, context_);
+    other.clearToDefault(1, -1, context_);
+    other.reset(1, 2, context_);
+    EXPECT_EQ(other.getCurrent().getCount(1), 3);
+    EXPECT_EQ(other.getValue(1, 2), 5.0);
+    EXPECT_EQ(other.getValue(1, 1), 2.0);
     // What is not there is not made only to be emptied.
     param.clearToDefault(6, -1, context_);
     EXPECT_EQ(param.getCurrent().getGroupCount(), 2);
@@ -238,7 +210,7 @@ TEST_F(ParamTest, SavesAndLoadsWholeByGroupAndAsInitialValues)
 
 TEST_F(ParamTest, ASavedParameterBringsTheDefinitionItNames)
 {
-    releaseError(registerCreator({"audio:param", &newObject<CAudioParamDef>, &CObject::buildClassInfo}));
+    releaseError(registerCreator({"audio:param", &newObject<CAudioParamDef>, &CAudioParamDef::buildClassInfo}));
     releaseError(registerCreator(
         {"audio:cvt-real", &newObject<CAudioParamConverterReal>, &CAudioParamConverterReal::buildClassInfo}));
     ASSERT_OK(shared_.load(
@@ -327,21 +299,6 @@ TEST_F(ParamTest, AnInvertFilterKeepsTheOppositeInEveryGroup)
     EXPECT_EQ(mute.getValue(0, 0), 0.0);
 }
 
-TEST_F(ParamTest, RemapsAreFollowedByResolveAlone)
-{
-    collector_->addRemap("a", "b");
-    collector_->addRemap("b", "c");
-    collector_->addRemap("same", "same");
-    EXPECT_EQ(&collector_->resolveParam("a"), &collector_->getParam("c"));
-    EXPECT_NE(&collector_->getParam("a"), &collector_->getParam("c"));
-    EXPECT_EQ(collector_->getParam("a").getName(), "a");
-    EXPECT_TRUE(collector_->isRemapped("a"));
-    EXPECT_FALSE(collector_->isRemapped("same"));
-    EXPECT_FALSE(collector_->isRemapped("c"));
-    collector_->addRemap("c", "a"); // a circle ends somewhere
-    collector_->resolveParam("b");
-}
-
 TEST_F(ParamTest, GoesToTheMostSpecificRegistriesUpToTheFirstEnumeratedOne)
 {
     CTestRegistry master("plugin.master", "plugin.modMain", true);
@@ -377,29 +334,6 @@ TEST_F(ParamTest, GoesToTheMostSpecificRegistriesUpToTheFirstEnumeratedOne)
     EXPECT_EQ(routing.changed.size(), 1u);
     collector_->removeRegistry(master);
     collector_->removeRegistry(list);
-}
-
-TEST_F(ParamTest, ACollectorWithoutItsEnvironmentFails)
-{
-    TreeRoot root;
-    EXPECT_FAILS(
-        root.load(TreeNode("", "root")
-                      .child(TreeNode("audio:param-collector", "param-collector").attr("env", "^nowhere"))),
-        "No audio environment object '^nowhere' found.");
-}
-
-TEST_F(ParamTest, ResendingBringsAFreshSlotUpToDate)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
-    param.setValue(0, 0, 0, 3.0, context_);
-    callAudio();
-    callAudio();
-    Slot slot(param);
-    slot.storage.clear();
-    collector_->resendAll();
-    callAudio();
-    slot.drain();
-    EXPECT_EQ(slot.storage.get(0, 0), 3.0);
 }
 
 } // namespace

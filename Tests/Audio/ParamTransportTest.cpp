@@ -18,21 +18,6 @@ protected:
     }
 };
 
-TEST_F(ParamTransportTest, TheSameTwoWritesDuringACallStayTwo)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
-    Slot slot(param);
-    callAudio();
-    slot.drain();
-    env_->setInProcess(true);
-    set(param, 1.0);
-    set(param, 2.0);
-    env_->setInProcess(false);
-    callAudio();
-    EXPECT_EQ(slot.drain(), 2);
-    EXPECT_EQ(slot.storage.get(0, 0), 2.0);
-}
-
 TEST_F(ParamTransportTest, MergesOnlyWhatTheLaterWriteCovers)
 {
     CAudioParam& param = addParam("p", floatInfo("p", {0, 0, 0, 0}));
@@ -84,40 +69,6 @@ TEST_F(ParamTransportTest, MergesOnlyWhatTheLaterWriteCovers)
     }
 }
 
-TEST_F(ParamTransportTest, ABatchArrivesWholeAndASubmittedOneMerges)
-{
-    CAudioParam& a = addParam("a", floatInfo("a", {0.0}));
-    CAudioParam& b = addParam("b", floatInfo("b", {0.0}));
-    Slot slotA(a);
-    Slot slotB(b);
-    callAudio();
-    slotA.drain();
-    slotB.drain();
-    set(a, 1.0);
-    CAudioParamContext bulk;
-    bulk.batch = &collector_->newBatch();
-    EXPECT_TRUE(a.setValue(0, 0, 0, 2.0, bulk));
-    EXPECT_TRUE(b.setValue(0, 0, 0, 3.0, bulk));
-    callAudio();
-    EXPECT_EQ(slotA.drain(), 1);
-    EXPECT_EQ(slotB.drain(), 0);
-    EXPECT_EQ(slotA.storage.get(0, 0), 1.0);
-    set(a, 4.0);
-    collector_->submitBatch(*bulk.batch);
-    callAudio();
-    EXPECT_EQ(slotA.drain(), 1);
-    EXPECT_EQ(slotB.drain(), 1);
-    EXPECT_EQ(slotA.storage.get(0, 0), 2.0);
-    EXPECT_EQ(slotB.storage.get(0, 0), 3.0);
-
-    CAudioParamContext dropped;
-    dropped.batch = &collector_->newBatch();
-    EXPECT_TRUE(a.setValue(0, 0, 0, 9.0, dropped));
-    collector_->dropBatch(*dropped.batch);
-    callAudio();
-    EXPECT_EQ(slotA.drain(), 0);
-}
-
 TEST_F(ParamTransportTest, DatesEventsOnTheClockAndKeepsThemUntilTheirTime)
 {
     CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
@@ -143,17 +94,6 @@ TEST_F(ParamTransportTest, DatesEventsOnTheClockAndKeepsThemUntilTheirTime)
     set(param, 4.0, -5.0);
     callAudio();
     EXPECT_EQ(slot.queue.peek()->event->getTime(), 2.0 + 0.01 + 0.01);
-}
-
-TEST_F(ParamTransportTest, AnEarlierTimeDoesNotOvertakeTheWriteBeforeIt)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {0.0}));
-    Slot slot(param);
-    set(param, 1.0, 0.5);
-    set(param, 2.0, 0.0);
-    callAudio();
-    slot.drain();
-    EXPECT_EQ(slot.storage.get(0, 0), 2.0);
 }
 
 TEST_F(ParamTransportTest, SlotsSeeOnlyTheGroupsAndEntriesTheyAskFor)
@@ -184,42 +124,6 @@ TEST_F(ParamTransportTest, SlotsSeeOnlyTheGroupsAndEntriesTheyAskFor)
     callAudio();
     EXPECT_TRUE(group1.isDirty);
     EXPECT_TRUE(entry2.isDirty);
-}
-
-TEST_F(ParamTransportTest, AudioLagsOneCallAndALateSlotMissesNothing)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {1.0}));
-    EXPECT_FALSE(param.getAudio().isFormatted());
-    callAudio();
-    callAudio();
-    EXPECT_EQ(param.getAudio().get(0, 0), 1.0);
-    set(param, 2.0);
-    callAudio();
-    EXPECT_EQ(param.getAudio().get(0, 0), 1.0);
-    Slot late(param); // its event is behind it already, and not yet in the audio side's own values
-    EXPECT_TRUE(late.isBound);
-    EXPECT_TRUE(late.isDirty);
-    EXPECT_EQ(late.storage.get(0, 0), 1.0);
-    late.drain();
-    EXPECT_EQ(late.storage.get(0, 0), 2.0);
-    callAudio();
-    EXPECT_EQ(param.getAudio().get(0, 0), 2.0);
-}
-
-TEST_F(ParamTransportTest, ASlotStartsAtTheDefaultsAndOneWithoutInfoStaysUnbound)
-{
-    Slot none(collector_->getParam("none"));
-    EXPECT_FALSE(none.isBound);
-    CAudioParamInfo info = floatInfo("p", {3.0, 4.0});
-    info.defaults.push_back({7.0});
-    CAudioParam& param = addParam("p", info);
-    Slot slot(param);
-    EXPECT_EQ(slot.storage.get(0, 1), 4.0);
-    EXPECT_EQ(slot.storage.get(1, 0), 3.0);
-    callAudio();
-    slot.drain();
-    EXPECT_EQ(slot.storage.get(1, 0), 7.0);
-    EXPECT_EQ(slot.storage.get(2, 1), 4.0);
 }
 
 TEST_F(ParamTransportTest, AnUnboundSlotLeavesNothingBehind)

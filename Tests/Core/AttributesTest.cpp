@@ -113,13 +113,6 @@ TEST_F(AttributeTest, FollowsALiveReference)
     EXPECT_EQ(object_->findAttr("x")->kind(), CAttrValue::Kind::kReal);
 }
 
-TEST_F(AttributeTest, FollowsEveryAttributeWhenNoneIsNamed)
-{
-    object_->listenAttribute(*other_, {}, {});
-    EXPECT_OK(other_->setAttribute("anything", "1", true));
-    EXPECT_EQ(object_->getAttrString("anything"), "1");
-}
-
 TEST_F(AttributeTest, EndsACycleOfFollowersWithAnError)
 {
     EXPECT_OK(object_->setAttribute("a", "{*other b}", true));

@@ -8,20 +8,6 @@ namespace {
 
 const CString kEuro = CString(std::u16string_view(u"\u20ac"));
 
-TEST(CString, StaysNarrowUntilAWideCharacterIsStored)
-{
-    CString text("caf");
-    text += u'\u00e9';
-    EXPECT_FALSE(text.isWide());
-    text += u'\u20ac';
-    EXPECT_TRUE(text.isWide());
-    ASSERT_EQ(text.length(), 5u);
-    EXPECT_EQ(text[3], u'\u00e9');
-    EXPECT_EQ(text[4], u'\u20ac');
-    text.clear();
-    EXPECT_FALSE(text.isWide());
-}
-
 TEST(CString, ComparesNarrowAndWideByCharacterValue)
 {
     CString wide = kEuro + "abc";
@@ -95,14 +81,6 @@ TEST(CString, WritesUtf8WithoutSurrogates)
     EXPECT_EQ(CString("\xe9").toUtf8(), "\xC3\xA9");
     EXPECT_EQ(kEuro.toUtf8(), "\xE2\x82\xAC");
     EXPECT_EQ(CString(std::u16string_view(u"a\xD800z")).toUtf8(), "az");
-}
-
-TEST(CString, SplitsAtSeparatorsAndBlanks)
-{
-    EXPECT_EQ(CString("a;;b").split(u';'), (std::vector<CString>{"a", "", "b"}));
-    EXPECT_EQ(CString("").split(u';'), (std::vector<CString>{""}));
-    EXPECT_EQ(CString("  one  two ").splitWords(), (std::vector<CString>{"one", "two"}));
-    EXPECT_TRUE(CString("   ").splitWords().empty());
 }
 
 } // namespace

@@ -312,30 +312,5 @@ TEST_F(CObjectTest, SurvivesAReleaseThatEndsSiblings)
     EXPECT_EQ(root_->getChildCount(), 0u);
 }
 
-TEST_F(CObjectTest, FreezesObjectsFinishedWithoutASharedTree)
-{
-    CObject::setSharedObject(nullptr);
-    CObject* frozen = add(*root_, "frozen");
-    CObject::setSharedObject(&*shared_);
-    EXPECT_TRUE(frozen->isReadOnly());
-    EXPECT_OK(frozen->setAttribute("a", "1", true));
-    EXPECT_EQ(frozen->findAttr("a"), nullptr);
-    CObject* child = nullptr;
-    EXPECT_FAILS(frozen->createChild(child, "core:object", "x"), "Error adding child to read-only object.");
-}
-
-TEST_F(CObjectTest, TracesAnUnknownTagAndMakesAPlainObject)
-{
-    std::vector<std::string> lines;
-    const CTraceHook old = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
-    CObject* plain = add(*root_, "thing", "no:such");
-    setTraceHook(old);
-    EXPECT_OK(plain->setAttribute("kept", "yes", false));
-    EXPECT_EQ(plain->getAttrString("kept"), "yes");
-    EXPECT_EQ(lines, (std::vector<std::string>{"Creating CObject \"thing\" (tag \"no:such\")"}));
-    EXPECT_FAILS(registerCreator({"test:probe", &newObject<CProbe>, &CProbe::buildClassInfo}),
-                 "Creator for 'test:probe' has already been registered.");
-}
-
 } // namespace
 } // namespace qel

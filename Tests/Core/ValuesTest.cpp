@@ -111,26 +111,6 @@ TEST(CAttrValue, CanBeReadFromManyThreadsAtOnce)
     EXPECT_EQ(wrong, 0);
 }
 
-TEST(CError, FormatsParametersAndDropsWhatHasNone)
-{
-    EXPECT_EQ(formatMessage("%1 of %2, 100%%", {"a", "b"}), "a of b, 100%");
-    EXPECT_EQ(formatMessage("[%3][%x][%0]%", {"a", "b"}), "[][][]");
-    EXPECT_EQ(formatMessage("%1", {"%2"}), "%2");
-}
-
-TEST(CError, PrintsTheDeepestLineFirstWithoutIdentifiers)
-{
-    CError error =
-        reportError({}, "a.cpp", 1, "tree.leaf", "@qelstr_Leaf_init_Bad Value '%1' is bad.", {"@x y"});
-    error = reportError(std::move(error), "b.cpp", 22, "tree");
-    error = reportError(std::move(error), "c.cpp", 333);
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error.text(),
-              "a.cpp( 1 ) // tree.leaf: Value '@x y' is bad.\nb.cpp( 22 ) // tree\nc.cpp( 333 )");
-    EXPECT_EQ(sizeof(CError), sizeof(void*));
-    EXPECT_FALSE(CError());
-}
-
 // Counts itself, so that a leaked or twice destroyed element shows.
 struct Counted
 {

@@ -14,7 +14,7 @@ constexpr double kUnusableTextOctaves = 0.001;
 double CAudioParamConverterBW::textToValue(const CAudioParamInfo&, std::int32_t, const CString& text,
                                            bool* ok) const
 {
-    const auto number = parseDisplayNumber(text);
+    const auto number = parseTypedNumber(text, getLabel());
     setFlag(ok, number.has_value());
     return number.value_or(kUnusableTextOctaves);
 }

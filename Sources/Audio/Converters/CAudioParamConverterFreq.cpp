@@ -37,9 +37,10 @@ CString compactText(double hz)
 double CAudioParamConverterFreq::textToValue(const CAudioParamInfo& info, std::int32_t element,
                                              const CString& text, bool* ok) const
 {
-    const char16_t last = text.isEmpty() ? u'\0' : text[text.length() - 1];
+    const CString shown = withoutUnit(text, getLabel());
+    const char16_t last = shown.isEmpty() ? u'\0' : shown[shown.length() - 1];
     const bool isKilo = last == u'k' || last == u'K';
-    const auto number = parseDisplayNumber(isKilo ? text.substring(0, text.length() - 1) : text);
+    const auto number = parseTypedNumber(shown, isKilo ? "k" : "");
     setFlag(ok, number.has_value());
     if (!number) {
         return minOf(info, element);

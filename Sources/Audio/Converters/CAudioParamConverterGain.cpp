@@ -27,7 +27,7 @@ void CAudioParamConverterGain::buildClassInfo(CClassInfo& info)
 double CAudioParamConverterGain::textToValue(const CAudioParamInfo& info, std::int32_t element,
                                              const CString& text, bool* ok) const
 {
-    const auto number = parseDisplayNumber(text);
+    const auto number = parseTypedNumber(text, getLabel());
     setFlag(ok, number.has_value());
     return number ? math::exp(*number / kDbPerNeper) : minOf(info, element);
 }

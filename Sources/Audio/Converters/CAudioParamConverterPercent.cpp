@@ -8,7 +8,7 @@ namespace qel {
 double CAudioParamConverterPercent::textToValue(const CAudioParamInfo& info, std::int32_t element,
                                                 const CString& text, bool* ok) const
 {
-    const auto number = parseDisplayNumber(text);
+    const auto number = parseTypedNumber(text, getLabel());
     setFlag(ok, number.has_value());
     return number ? *number * 0.01 : minOf(info, element);
 }

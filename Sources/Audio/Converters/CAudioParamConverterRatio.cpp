@@ -21,8 +21,8 @@ std::optional<double> parseRatio(const CString& text)
     if (colon == CString::kNone) {
         return std::nullopt;
     }
-    const auto above = parseDisplayNumber(text.substring(0, colon));
-    const auto below = parseDisplayNumber(text.substring(colon + 1));
+    const auto above = parseTypedNumber(text.substring(0, colon), {});
+    const auto below = parseTypedNumber(text.substring(colon + 1), {});
     if (!above || !below || *above <= 0.0 || *below <= 0.0) {
         return std::nullopt;
     }

@@ -21,7 +21,7 @@ void CAudioParamConverterReal::buildClassInfo(CClassInfo& info)
 double CAudioParamConverterReal::textToValue(const CAudioParamInfo& info, std::int32_t element,
                                              const CString& text, bool* ok) const
 {
-    const auto number = parseDisplayNumber(text);
+    const auto number = parseTypedNumber(text, getLabel());
     setFlag(ok, number.has_value());
     return number ? *number : minOf(info, element);
 }

@@ -18,7 +18,7 @@ void CAudioParamConverterTime::buildClassInfo(CClassInfo& info)
 double CAudioParamConverterTime::textToValue(const CAudioParamInfo& info, std::int32_t element,
                                              const CString& text, bool* ok) const
 {
-    const auto number = parseDisplayNumber(text);
+    const auto number = parseTypedNumber(text, getLabel());
     setFlag(ok, number.has_value());
     return number ? *number * scale_ : minOf(info, element);
 }

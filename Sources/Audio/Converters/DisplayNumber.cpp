@@ -82,6 +82,41 @@ std::optional<double> parseDisplayNumber(const CString& text)
     return isNegative && number.digits != 0 ? -number.value() : number.value();
 }
 
+CString withoutUnit(const CString& text, const CString& unit)
+{
+    const auto isBlank = [&](std::size_t i) {
+        return text[i] == u' ' || text[i] == u'\t' || text[i] == 0xA0;
+    };
+    const auto lower = [](char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c + 32) : c; };
+    std::size_t begin = 0;
+    std::size_t end = text.length();
+    const auto trimEnd = [&] {
+        while (end > begin && isBlank(end - 1)) {
+            --end;
+        }
+    };
+    while (begin < end && isBlank(begin)) {
+        ++begin;
+    }
+    trimEnd();
+    bool hasUnit = unit.length() <= end - begin;
+    for (std::size_t i = 0; i < unit.length() && hasUnit; ++i) {
+        hasUnit = lower(text[end - unit.length() + i]) == lower(unit[i]);
+    }
+    if (hasUnit) {
+        end -= unit.length();
+        trimEnd();
+    }
+    return text.substring(begin, end - begin);
+}
+
+std::optional<double> parseTypedNumber(const CString& text, const CString& unit)
+{
+    const CString number = withoutUnit(text, unit);
+    const bool isPositive = number.startsWith("+") && !number.startsWith("+-");
+    return parseDisplayNumber(isPositive ? number.substring(1) : number);
+}
+
 CString formatDisplayNumber(double value, int decimals)
 {
     if (!std::isfinite(value)) {

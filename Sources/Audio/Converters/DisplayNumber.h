@@ -16,6 +16,13 @@ double roundHalfAway(double value);
 // result may be infinite) and such fraction digits are dropped.
 std::optional<double> parseDisplayNumber(const CString& text);
 
+// A number as a user may type it: with blanks around it, with a "+", and with its unit behind it, in capitals
+// or not.
+std::optional<double> parseTypedNumber(const CString& text, const CString& unit);
+
+// The text without blanks around it, and without `unit` and the blanks in front of that, if it ends with it.
+CString withoutUnit(const CString& text, const CString& unit);
+
 // Decimal text with a fixed number of decimals (0 to 10), halves away from zero. What shows as zero has no
 // sign. Empty for what is not finite: there is no text for it.
 CString formatDisplayNumber(double value, int decimals);

@@ -3,13 +3,27 @@
 
 #include "CApplication.h"
 #include "CAudioExtParam.h"
+#include "CAudioExtParamList.h"
 #include "Streams/CMemoryReader.h"
 
 namespace qel {
 
+void CAudioCCTable::buildClassInfo(CClassInfo& info)
+{
+    CObject::buildClassInfo(info);
+    info.handleEvent<&CAudioCCTable::onExtParamsComplete>(CAudioExtParamList::kCompleteEvent);
+}
+
+CError CAudioCCTable::onExtParamsComplete(const CAttrMap&)
+{
+    readStore();
+    return {};
+}
+
 CError CAudioCCTable::init()
 {
     QEL_TRY(CObject::init(), getFullName());
+    listenObject("^ext-param-list", CAudioExtParamList::kCompleteEvent, CAudioExtParamList::kCompleteEvent);
     if (CApplication* application = CApplication::get()) {
         storeBridge_.attachSetting(application->getLocalData(), kStoreKey);
     }

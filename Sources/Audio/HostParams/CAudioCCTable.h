@@ -23,11 +23,13 @@ public:
     static constexpr std::int32_t kControllers = 128;
     static constexpr const char* kStoreKey = "ccmap";
 
-    static void buildClassInfo(CClassInfo& info) { CObject::buildClassInfo(info); }
+    static void buildClassInfo(CClassInfo& info);
 
-    // The parameters stand behind their list, so paths are resolved once the tree is complete that far.
+    // The parameters may come later than the table; it reads its setting again when their list is complete.
     CError init() override;
     void release() override;
+    // Handler of the event "ext-params-complete" of the list beside this.
+    CError onExtParamsComplete(const CAttrMap& parameters);
 
     // Replaces all assignments by those of a stored table. On failure there are none.
     CError load(std::span<const std::uint8_t> table);

@@ -31,12 +31,10 @@ void CAudioExtParam::buildClassInfo(CClassInfo& info)
 CError CAudioExtParam::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(collectorPath_));
-    if (!collector) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioExtParam_init_NoParamCollector No parameter collector '%1' found.",
-                 collectorPath_);
-    }
+    CAudioParamCollector* collector = nullptr;
+    QEL_TRY(require(collector, collectorPath_,
+                    "@qelstr_CAudioExtParam_init_NoParamCollector No parameter collector '%1' found."),
+            getFullName());
     param_ = &collector->getParam(paramName_);
     listener_.attach(collector);
     refresh(false);

@@ -5,6 +5,13 @@
 
 namespace qel {
 
+CError CAudioExtParamList::initChilds()
+{
+    QEL_TRY(CObject::initChilds(), getFullName());
+    QEL_TRY(notify(kCompleteEvent, {}, false), getFullName());
+    return {};
+}
+
 CError CAudioExtParamList::onChildAdded(CObject& child)
 {
     if (auto* param = dynamic_cast<CAudioExtParam*>(&child)) {

@@ -13,8 +13,12 @@ namespace qel {
 class CAudioExtParamList : public CObject
 {
 public:
+    // Raised in the list's name when all its parameters are there.
+    static constexpr const char* kCompleteEvent = "ext-params-complete";
+
     static void buildClassInfo(CClassInfo& info) { CObject::buildClassInfo(info); }
 
+    CError initChilds() override;
     CError onChildAdded(CObject& child) override;
     void onChildRemoved(CObject& child) override;
 

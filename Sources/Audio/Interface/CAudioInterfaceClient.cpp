@@ -15,12 +15,9 @@ void CAudioInterfaceClient::buildClassInfo(CClassInfo& info)
 CError CAudioInterfaceClient::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    connector_ = dynamic_cast<CAudioInterfaceClientConnector*>(findObject(connectorPath_));
-    if (!connector_) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioInterfaceClient_init_NoClientConnector No client connector '%1' found.",
-                 connectorPath_);
-    }
+    QEL_TRY(require(connector_, connectorPath_,
+                    "@qelstr_CAudioInterfaceClient_init_NoClientConnector No client connector '%1' found."),
+            getFullName());
     connector_->setClient(this);
     QEL_TRY(send(record::CGetState{}), getFullName());
     return {};
@@ -74,44 +71,18 @@ void CAudioInterfaceClient::removeRegistryListener(CAudioInterfaceRegistryListen
     std::erase(registryListeners_, &listener);
 }
 
-template <class Record>
-CError CAudioInterfaceClient::decodeAndHandle(const CByteBuffer& bytes)
-{
-    Record record;
-    QEL_TRY(decodeRecord(bytes, record), getFullName());
-    QEL_TRY(handle(record), getFullName());
-    return {};
-}
-
 CError CAudioInterfaceClient::processRecord(const CByteBuffer& bytes)
 {
-    using enum EAudioInterfaceRecord;
     std::uint32_t type = 0;
-    QEL_TRY(readRecordType(bytes, type), getFullName());
-    switch (static_cast<EAudioInterfaceRecord>(type)) {
-    case kHistoryState:
-        return decodeAndHandle<record::CHistoryState>(bytes);
-    case kParamState:
-        return decodeAndHandle<record::CParamState>(bytes);
-    case kParamValues:
-        return decodeAndHandle<record::CParamValues>(bytes);
-    case kRegistryState:
-        return decodeAndHandle<record::CRegistryState>(bytes);
-    case kRegistryData:
-        return decodeAndHandle<record::CRegistryData>(bytes);
-    case kVizSource:
-        return decodeAndHandle<record::CVizSource>(bytes);
-    case kVizData:
-        return decodeAndHandle<record::CVizData>(bytes);
-    case kEnvironment:
-        return decodeAndHandle<record::CEnvironment>(bytes);
-    case kClear:
-        return decodeAndHandle<record::CClear>(bytes);
-    default:
-        break;
+    bool isKnown = false;
+    QEL_TRY(dispatchRecord(record::ToClient{}, bytes, type, isKnown,
+                           [this](const auto& record) { return handle(record); }),
+            getFullName());
+    if (!isKnown) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioInterfaceClient_processRecord_InvalidType Invalid data type %1.", type);
     }
-    QEL_FAIL(getFullName(), "@qelstr_CAudioInterfaceClient_processRecord_InvalidType Invalid data type %1.",
-             type);
+    return {};
 }
 
 template <class Call>

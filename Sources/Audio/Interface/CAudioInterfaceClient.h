@@ -65,9 +65,6 @@ private:
         std::vector<CAudioInterfaceParamListener*> listeners;
     };
 
-    template <class Record>
-    CError decodeAndHandle(const CByteBuffer& bytes);
-
     CError handle(const record::CHistoryState& state);
     CError handle(const record::CParamState& state);
     CError handle(const record::CParamValues& values);

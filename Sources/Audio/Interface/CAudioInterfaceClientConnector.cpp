@@ -153,14 +153,11 @@ CError CAudioInterfaceClientConnectorVST::init()
                  "@qelstr_CAudioInterfaceClientConnectorVST_init_NoVar 'PluginRootPtrVar' variable "
                  "not defined!");
     }
-    auto* base = dynamic_cast<CAudioInterfaceBaseConnector*>(audioRoot->findObject(basePath_));
-    if (!base) {
-        QEL_FAIL(
-            getFullName(),
-            "@qelstr_CAudioInterfaceClientConnectorVST_init_InvalidConnector Invalid base connector '%1' "
-            "specified.",
-            basePath_);
-    }
+    CAudioInterfaceBaseConnector* base = nullptr;
+    QEL_TRY(audioRoot->require(base, basePath_,
+                               "@qelstr_CAudioInterfaceClientConnectorVST_init_InvalidConnector Invalid base "
+                               "connector '%1' specified."),
+            getFullName());
     attachTo(*base);
     return {};
 }

@@ -132,4 +132,32 @@ CError decodeRecord(const CByteBuffer& bytes, Record& out)
     return {};
 }
 
+// The types that one end understands.
+template <class... Records>
+struct CAudioInterfaceRecordList
+{};
+
+// Reads the record, whose type is in its first bytes, and calls `handle` with it. A type that is not in the
+// list leaves `outIsKnown` false.
+template <class... Records, class Handle>
+CError dispatchRecord(CAudioInterfaceRecordList<Records...>, const CByteBuffer& bytes, std::uint32_t& outType,
+                      bool& outIsKnown, Handle&& handle)
+{
+    outIsKnown = false;
+    QEL_TRY(readRecordType(bytes, outType), {});
+    CError error;
+    const auto tryOne = [&]<class Record>(Record record) {
+        if (outType != static_cast<std::uint32_t>(Record::kType)) {
+            return false;
+        }
+        error = decodeRecord(bytes, record);
+        if (!error) {
+            error = handle(record);
+        }
+        return true;
+    };
+    outIsKnown = (... || tryOne(Records()));
+    return error;
+}
+
 } // namespace qel

@@ -23,6 +23,7 @@ enum class EAudioInterfaceRecord : std::uint32_t
     kListenViz = 12,
     kGetViz = 13,
     kImportChannelLabels = 14,
+    kEditPrograms = 15,
     // Base to client.
     kHistoryState = 29,
     kParamState = 30,
@@ -144,6 +145,25 @@ struct CSetProgramName
     QEL_RECORD_FIELDS(self.registry, self.index, self.name)
 };
 
+// Changes one program of the session bank; the others stay as they are.
+struct CEditPrograms
+{
+    static constexpr Type kType = Type::kEditPrograms;
+    enum Command : std::int32_t
+    {
+        kAdd,     // `body` in front of the one at `index`, or with -1 behind all
+        kDelete,  // the one at `index`
+        kReplace, // the one at `index` by `body`
+        kMove     // the one at `index` to `target`
+    };
+    CString registry;
+    std::int32_t command = kAdd;
+    std::int32_t index = -1;
+    std::int32_t target = -1;
+    CByteBuffer body; // of a preset
+    QEL_RECORD_FIELDS(self.registry, self.command, self.index, self.target, self.body)
+};
+
 // Applies the body of a preset, to one group or with -1 to all, or of a bank.
 struct CActivateData
 {
@@ -236,7 +256,8 @@ struct CRegistryState
     std::int32_t program = 0;
     std::vector<CString> programs; // or the presets of an enumerated registry's list
     std::vector<CString> romPresets;
-    QEL_RECORD_FIELDS(self.registry, self.isMaster, self.program, self.programs, self.romPresets)
+    bool isB = false; // of the slots A and B
+    QEL_RECORD_FIELDS(self.registry, self.isMaster, self.program, self.programs, self.romPresets, self.isB)
 };
 
 struct CRegistryData
@@ -285,6 +306,13 @@ struct CClear
     static constexpr Type kType = Type::kClear;
     QEL_RECORD_FIELDS()
 };
+
+using ToBase =
+    CAudioInterfaceRecordList<CGetState, CGetParam, CChangeParams, CResetParams, CEdit, CGetRegistry,
+                              CRegistryCommand, CSetProgramName, CEditPrograms, CActivateData, CAcquireData,
+                              CMoveHistory, CListenViz, CGetViz, CImportChannelLabels>;
+using ToClient = CAudioInterfaceRecordList<CHistoryState, CParamState, CParamValues, CRegistryState,
+                                           CRegistryData, CVizSource, CVizData, CEnvironment, CClear>;
 
 } // namespace record
 

@@ -55,24 +55,15 @@ void CAudioInterfaceBase::buildClassInfo(CClassInfo& info)
 CError CAudioInterfaceBase::init()
 {
     QEL_TRY(CAudioParamUndo::init(), getFullName());
-    connector_ = dynamic_cast<CAudioInterfaceBaseConnector*>(findObject(connectorPath_));
-    if (!connector_) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioInterfaceBase_init_NoBaseConnector No base connector '%1' found.",
-                 connectorPath_);
-    }
-    params_ = dynamic_cast<CAudioParamCollector*>(findObject(paramsPath_));
-    if (!params_) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioInterfaceBase_init_NoParamCollector No parameter collector '%1' found.",
-                 paramsPath_);
-    }
-    viz_ = dynamic_cast<CAudioVizCollector*>(findObject(vizPath_));
-    if (!viz_) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioInterfaceBase_init_NoVizCollector No visual object collector '%1' found.",
-                 vizPath_);
-    }
+    QEL_TRY(require(connector_, connectorPath_,
+                    "@qelstr_CAudioInterfaceBase_init_NoBaseConnector No base connector '%1' found."),
+            getFullName());
+    QEL_TRY(require(params_, paramsPath_,
+                    "@qelstr_CAudioInterfaceBase_init_NoParamCollector No parameter collector '%1' found."),
+            getFullName());
+    QEL_TRY(require(viz_, vizPath_,
+                    "@qelstr_CAudioInterfaceBase_init_NoVizCollector No visual object collector '%1' found."),
+            getFullName());
     connector_->setBase(this);
     paramListener_.attach(params_);
     return {};
@@ -106,55 +97,19 @@ void CAudioInterfaceBase::clearClients()
     send(kAll, record::CClear{});
 }
 
-template <class Record>
-CError CAudioInterfaceBase::decodeAndHandle(std::int32_t client, const CByteBuffer& bytes)
-{
-    Record request;
-    QEL_TRY(decodeRecord(bytes, request), getFullName());
-    QEL_TRY(handle(client, request), getFullName());
-    return {};
-}
-
 CError CAudioInterfaceBase::processRecord(std::int32_t client, const CByteBuffer& bytes)
 {
-    using enum EAudioInterfaceRecord;
     std::uint32_t type = 0;
-    QEL_TRY(readRecordType(bytes, type), getFullName());
-    switch (static_cast<EAudioInterfaceRecord>(type)) {
-    case kGetState:
-        return decodeAndHandle<record::CGetState>(client, bytes);
-    case kGetParam:
-        return decodeAndHandle<record::CGetParam>(client, bytes);
-    case kChangeParams:
-        return decodeAndHandle<record::CChangeParams>(client, bytes);
-    case kResetParams:
-        return decodeAndHandle<record::CResetParams>(client, bytes);
-    case kEdit:
-        return decodeAndHandle<record::CEdit>(client, bytes);
-    case kGetRegistry:
-        return decodeAndHandle<record::CGetRegistry>(client, bytes);
-    case kRegistryCommand:
-        return decodeAndHandle<record::CRegistryCommand>(client, bytes);
-    case kSetProgramName:
-        return decodeAndHandle<record::CSetProgramName>(client, bytes);
-    case kActivateData:
-        return decodeAndHandle<record::CActivateData>(client, bytes);
-    case kAcquireData:
-        return decodeAndHandle<record::CAcquireData>(client, bytes);
-    case kMoveHistory:
-        return decodeAndHandle<record::CMoveHistory>(client, bytes);
-    case kListenViz:
-        return decodeAndHandle<record::CListenViz>(client, bytes);
-    case kGetViz:
-        return decodeAndHandle<record::CGetViz>(client, bytes);
-    case kImportChannelLabels:
-        return decodeAndHandle<record::CImportChannelLabels>(client, bytes);
-    default:
-        break;
+    bool isKnown = false;
+    QEL_TRY(dispatchRecord(record::ToBase{}, bytes, type, isKnown,
+                           [&](const auto& request) { return handle(client, request); }),
+            getFullName());
+    if (!isKnown) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioInterfaceBaseConnector_processClientData_InvalidType Invalid data type %1.",
+                 type);
     }
-    QEL_FAIL(getFullName(),
-             "@qelstr_CAudioInterfaceBaseConnector_processClientData_InvalidType Invalid data type %1.",
-             type);
+    return {};
 }
 
 void CAudioInterfaceBase::onClientGone(std::int32_t client)
@@ -193,33 +148,42 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CGetParam&
     return {};
 }
 
-void CAudioInterfaceBase::write(const record::CParamWrite& write, CAudioParamContext& context)
+bool CAudioInterfaceBase::write(const record::CParamWrite& write, CAudioParamContext& context)
 {
     CAudioParam& param = params_->getParam(write.param);
     const CLock lock(param.getLock());
-    if (!param.hasInfo()) {
-        return;
+    if (!param.hasInfo() || write.start < 0 || write.start > CAudioParamStorage::kMaxEntries) {
+        return false;
     }
     const CAudioParamStorage& current = param.getCurrent();
     CAudioParamData pool;
-    std::vector<double> values = write.values;
+    std::vector<double> values;
+    // A list may be shorter here than the client knows it: what is missing in front is written as it reads.
+    const std::int32_t start = std::min(write.start, current.getCount(write.group));
+    for (std::int32_t entry = start; entry < write.start; ++entry) {
+        for (std::int32_t element = 0; element < current.getEsize(); ++element) {
+            values.push_back(current.isString() ? pool.addString(current.getString(write.group, entry))
+                                                : current.get(write.group, entry, element));
+        }
+    }
     if (current.isString()) {
-        values.clear();
         for (const CString& text : write.texts) {
             values.push_back(pool.addString(text));
         }
+    } else {
+        values.insert(values.end(), write.values.begin(), write.values.end());
     }
     const auto count = static_cast<std::int32_t>(values.size()) / current.getEsize();
-    param.change({.group = write.group,
-                  .start = write.start,
-                  .count = count,
-                  .resize = write.resize,
-                  .esize = current.getEsize(),
-                  .dtype = current.getDtype(),
-                  .reserved = current.getReserved(),
-                  .values = values.data(),
-                  .pool = &pool},
-                 context);
+    return param.change({.group = write.group,
+                         .start = start,
+                         .count = count,
+                         .resize = write.resize,
+                         .esize = current.getEsize(),
+                         .dtype = current.getDtype(),
+                         .reserved = current.getReserved(),
+                         .values = values.data(),
+                         .pool = &pool},
+                        context);
 }
 
 CError CAudioInterfaceBase::handle(std::int32_t client, const record::CChangeParams& request)
@@ -230,20 +194,32 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CChangePar
     CAudioParamUndoStep step(request.stepName, reinterpret_cast<const void*>(key), request.mergeable);
     params_->takeChangesFromAudio(); // or the step would hold values of before
     CAudioParamContext context;
-    context.recorder = request.stepName.isEmpty() ? nullptr : &step;
-    context.batch = request.writes.size() > 1 ? &params_->newBatch() : nullptr;
+    context.recorder = &step;
+    context.batch = &params_->newBatch();
+    CError error;
     {
         // Its end lets registries add what follows from the writes to the step.
         const CAudioParamContext::Scope scope(context);
-        for (const record::CParamWrite& one : request.writes) {
-            write(one, context);
-        }
-        if (context.batch) {
+        const auto isRefused = [&](const record::CParamWrite& one) { return !write(one, context); };
+        const auto refused = std::find_if(request.writes.begin(), request.writes.end(), isRefused);
+        if (refused == request.writes.end()) {
             params_->submitBatch(*context.batch);
+        } else {
+            error = makeError(__FILE__, __LINE__, getFullName(),
+                              "@qelstr_CAudioInterfaceBase_changeParams_Refused Parameter '%1' does not take "
+                              "these values.",
+                              refused->param);
+            params_->dropBatch(*context.batch);
         }
+        context.batch = nullptr;
     }
-    addStep(std::move(step));
-    return {};
+    if (error) {
+        CAudioParamContext back(CAudioParamOrigin::kActivation);
+        step.undo(back);
+    } else if (!request.stepName.isEmpty()) {
+        addStep(std::move(step));
+    }
+    return error;
 }
 
 CError CAudioInterfaceBase::handle(std::int32_t, const record::CResetParams& request)
@@ -286,14 +262,9 @@ CError CAudioInterfaceBase::handle(std::int32_t, const record::CEdit& request)
 
 CError CAudioInterfaceBase::getRegistry(const CString& path, CAudioParamRegistry*& out)
 {
-    out = dynamic_cast<CAudioParamRegistry*>(findObject(path));
-    if (!out) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioInterfaceBaseConnector_getRegistry_NoParamRegistry No param registry "
-                 "object '%1' found.",
-                 path);
-    }
-    return {};
+    return require(out, path,
+                   "@qelstr_CAudioInterfaceBaseConnector_getRegistry_NoParamRegistry No param registry "
+                   "object '%1' found.");
 }
 
 CError CAudioInterfaceBase::handle(std::int32_t client, const record::CGetRegistry& request)
@@ -342,6 +313,28 @@ CError CAudioInterfaceBase::handle(std::int32_t, const record::CSetProgramName& 
     QEL_TRY(getRegistry(request.registry, registry), getFullName());
     registry->setProgramName(request.index, request.name, true);
     return {};
+}
+
+CError CAudioInterfaceBase::handle(std::int32_t, const record::CEditPrograms& request)
+{
+    using Command = record::CEditPrograms;
+    CAudioParamRegistry* registry = nullptr;
+    QEL_TRY(getRegistry(request.registry, registry), getFullName());
+    CMemoryReader body(request.body.bytes());
+    switch (request.command) {
+    case Command::kAdd:
+        return registry->addProgram(request.index, body);
+    case Command::kDelete:
+        return registry->removeProgram(request.index);
+    case Command::kReplace:
+        return registry->replaceProgram(request.index, body);
+    case Command::kMove:
+        return registry->moveProgram(request.index, request.target);
+    default:
+        break;
+    }
+    QEL_FAIL(getFullName(), "@qelstr_CAudioInterfaceBase_InvalidCommand Invalid registry command %1.",
+             request.command);
 }
 
 CError CAudioInterfaceBase::handle(std::int32_t, const record::CActivateData& request)
@@ -463,7 +456,8 @@ void CAudioInterfaceBase::sendRegistryState(std::int32_t client, CAudioParamRegi
                                  .isMaster = registry.isMaster(),
                                  .program = registry.getProgram(),
                                  .programs = registry.listPresets(false),
-                                 .romPresets = registry.listPresets(true)};
+                                 .romPresets = registry.listPresets(true),
+                                 .isB = registry.isB()};
     send(client, state);
 }
 

@@ -85,9 +85,6 @@ private:
     {
         connector_->sendToClients(client, encodeRecord(record));
     }
-    template <class Record>
-    CError decodeAndHandle(std::int32_t client, const CByteBuffer& bytes);
-
     CError handle(std::int32_t client, const record::CGetState& request);
     CError handle(std::int32_t client, const record::CGetParam& request);
     CError handle(std::int32_t client, const record::CChangeParams& request);
@@ -96,6 +93,7 @@ private:
     CError handle(std::int32_t client, const record::CGetRegistry& request);
     CError handle(std::int32_t client, const record::CRegistryCommand& request);
     CError handle(std::int32_t client, const record::CSetProgramName& request);
+    CError handle(std::int32_t client, const record::CEditPrograms& request);
     CError handle(std::int32_t client, const record::CActivateData& request);
     CError handle(std::int32_t client, const record::CAcquireData& request);
     CError handle(std::int32_t client, const record::CMoveHistory& request);
@@ -104,7 +102,8 @@ private:
     CError handle(std::int32_t client, const record::CImportChannelLabels& request);
 
     CError getRegistry(const CString& path, CAudioParamRegistry*& out);
-    void write(const record::CParamWrite& write, CAudioParamContext& context);
+    // False if the parameter takes no such values.
+    bool write(const record::CParamWrite& write, CAudioParamContext& context);
     void onParamChange(CAudioParam& param);
     void sendHistory(std::int32_t client);
     void sendRegistryState(std::int32_t client, CAudioParamRegistry& registry);

@@ -29,6 +29,12 @@ void formatLike(CAudioParamStorage& storage, const CAudioParamStorage& model)
     storage.setFill(model.getFill(), &model.getFillPool());
 }
 
+const CAudioParamDef* definitionAt(const CString& path)
+{
+    const CObject* shared = CObject::sharedObject();
+    return shared ? dynamic_cast<const CAudioParamDef*>(shared->findObject(path)) : nullptr;
+}
+
 CAudioParamChange headOf(CAudioParamChange change)
 {
     change.values = nullptr;
@@ -305,24 +311,35 @@ void CAudioParam::replaceGroup(std::int32_t group, const CAudioParamStorage& sou
 void CAudioParam::replaceEntry(std::int32_t group, std::int32_t entry, const CAudioParamStorage& source,
                                std::int32_t sourceGroup, CAudioParamContext& context)
 {
-    if (entry >= current_.getCount(group)) {
-        return; // reads as the default already
-    }
+    // What is not stored reads as the default.
+    const bool isStored = entry < current_.getCount(group);
     if (source.isString()) {
-        setString(group, entry, source.getString(sourceGroup, entry), context);
+        const CString& text = source.getString(sourceGroup, entry);
+        if (isStored || current_.getString(group, entry) != text) {
+            setString(group, entry, text, context);
+        }
         return;
     }
+    bool isNew = isStored;
+    const std::int32_t start = firstToWrite(group, entry);
     CInlineArray<double, 16> values;
-    for (std::int32_t element = 0; element < source.getEsize(); ++element) {
-        values.push(source.get(sourceGroup, entry, element));
+    for (std::int32_t i = start; i <= entry; ++i) {
+        for (std::int32_t element = 0; element < source.getEsize(); ++element) {
+            const double present = current_.get(group, i, element);
+            const double wanted = i == entry ? source.get(sourceGroup, entry, element) : present;
+            isNew = isNew || wanted != present;
+            values.push(wanted);
+        }
     }
-    change({.group = group,
-            .start = entry,
-            .count = 1,
-            .esize = source.getEsize(),
-            .reserved = source.getReserved(),
-            .values = values.data()},
-           context);
+    if (isNew) {
+        change({.group = group,
+                .start = start,
+                .count = entry - start + 1,
+                .esize = source.getEsize(),
+                .reserved = source.getReserved(),
+                .values = values.data()},
+               context);
+    }
 }
 
 // In one batch: between the clearing and the values, the audio side must not look.
@@ -392,11 +409,25 @@ CError CAudioParam::load(CInputStream& stream, CAudioParamContext& context, bool
     return {};
 }
 
+CError CAudioParam::check(CInputStream& stream, bool withPersistent) const
+{
+    CString path;
+    QEL_TRY(stream.readString(path), name_);
+    const CLock lock(lock_);
+    const CAudioParamDef* definition = hasInfo() ? nullptr : definitionAt(path);
+    const CAudioParamInfo* info = hasInfo() ? &info_ : definition ? &definition->getInfo() : nullptr;
+    if (!info || !(info->isStorable || (withPersistent && info->isPersistent))) {
+        return {};
+    }
+    CAudioParamStorage read;
+    read.format(std::max(info->esize, 1), info->dtype, info->reserved, 0);
+    QEL_TRY(read.load(stream), name_);
+    return {};
+}
+
 void CAudioParam::adoptDefinition(const CString& path)
 {
-    const CObject* shared = CObject::sharedObject();
-    const auto* definition = shared ? dynamic_cast<const CAudioParamDef*>(shared->findObject(path)) : nullptr;
-    if (definition) {
+    if (const CAudioParamDef* definition = definitionAt(path)) {
         setInfo(definition->getInfo(), path);
     }
 }

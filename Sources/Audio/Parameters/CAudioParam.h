@@ -76,6 +76,8 @@ public:
     // nor, `withPersistent`, persistent; or with no definition) are skipped. On failure nothing changes.
     CError load(CInputStream& stream, CAudioParamContext& context, bool intoInitial, std::int32_t group,
                 bool withPersistent);
+    // Whether load() could read it; changes nothing.
+    CError check(CInputStream& stream, bool withPersistent) const;
     CError save(COutputStream& stream, std::int32_t group) const;
 
     void addFilter(CAudioParamFilter& filter);

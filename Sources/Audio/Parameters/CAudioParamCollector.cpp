@@ -21,13 +21,8 @@ CAudioParamCollector::~CAudioParamCollector() = default;
 CError CAudioParamCollector::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    env_ = dynamic_cast<CAudioEnv*>(findObject(envPath_));
-    if (!env_) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioParamCollector_init_NoAudioEnv No audio environment object '%1' found.",
-                 envPath_);
-    }
-    return {};
+    return require(env_, envPath_,
+                   "@qelstr_CAudioParamCollector_init_NoAudioEnv No audio environment object '%1' found.");
 }
 
 void CAudioParamCollector::release()

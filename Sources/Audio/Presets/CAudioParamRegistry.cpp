@@ -43,10 +43,10 @@ CError CAudioParamRegistry::init()
     QEL_TRY(findObjects(), getFullName());
     if (isMaster_) {
         initBanks();
-        if (readStoredDefault(storedDefault_)) {
-            sessionBank_.get(0) = storedDefault_;
-        } else {
-            storedDefault_ = {};
+        CAudioPreset storedDefault;
+        if (readStoredDefault(storedDefault)) {
+            programs_.get(0) = storedDefault;
+            params_.setInitialValues(std::move(storedDefault));
         }
     } else if (isEnumerated_) {
         loadStoredList();
@@ -58,35 +58,23 @@ CError CAudioParamRegistry::init()
 
 CError CAudioParamRegistry::findObjects()
 {
-    auto* collector = dynamic_cast<CAudioParamCollector*>(findObject(collectorPath_));
-    if (!collector) {
-        QEL_FAIL(
-            getFullName(),
-            "@qelstr_CAudioParamRegistry_init_NoParamCollector No parameter collector with the name '%1' "
-            "defined.",
-            collectorPath_);
-    }
-    collector_ = collector;
+    QEL_TRY(require(collector_, collectorPath_,
+                    "@qelstr_CAudioParamRegistry_init_NoParamCollector No parameter collector with the name "
+                    "'%1' defined."),
+            getFullName());
     undo_ = dynamic_cast<CAudioParamUndo*>(findObject(undoPath_));
+    params_.setUp(*collector_, hierarchy_, isEnumerated() ? CString() : presetNameParam_);
     return {};
 }
 
 void CAudioParamRegistry::initBanks()
 {
     if (!file_.isEmpty()) {
-        if (CError error = romBank_.loadFile(file_)) {
-            traceError(error);
-            romBank_.copyFrom(sessionBank_);
-        } else {
-            sessionBank_.copyFrom(romBank_);
-        }
+        traceError(romBank_.loadFile(file_));
     }
     romBank_.setName("Factory ROM");
-    sessionBank_.setName("Session Bank");
-    if (sessionBank_.isEmpty()) {
-        sessionBank_.add(CAudioPreset(CAudioPreset::makeName(id_, "Default")));
-    }
-    histories_.resize(static_cast<std::size_t>(sessionBank_.getCount()));
+    programs_.setUp(id_, undo_);
+    programs_.replaceAll(romBank_);
 }
 
 // What the user stored as default; false if there is nothing of use.
@@ -137,60 +125,17 @@ void CAudioParamRegistry::release()
     CObject::release();
 }
 
-bool CAudioParamRegistry::isNameOfSubregistry(const CString& fullName) const
-{
-    return !isEnumerated() && fullName == presetNameParam_;
-}
-
 bool CAudioParamRegistry::addParam(CAudioParam& param)
 {
-    const CString& name = param.getName();
-    const std::size_t length = hierarchy_.length();
-    if (name.length() <= length + 1 || name[length] != u'.' || isNameOfSubregistry(name)) {
-        return false;
-    }
-    const CLock lock(pendingLock_);
-    pending_.emplace_back(name, &param);
-    return true;
-}
-
-void CAudioParamRegistry::synchronise()
-{
-    std::vector<std::pair<CString, CAudioParam*>> joining;
-    {
-        const CLock lock(pendingLock_);
-        joining.swap(pending_);
-    }
-    for (const auto& [name, param] : joining) {
-        const CString key = name.substring(hierarchy_.length() + 1);
-        params_[key] = param;
-        loadInitialValues(*param, key);
-    }
-}
-
-void CAudioParamRegistry::loadInitialValues(CAudioParam& param, const CString& key)
-{
-    const CByteBuffer* block = storedDefault_.findEntry(key);
-    if (!block) {
-        return;
-    }
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    CMemoryReader reader(block->bytes());
-    if (CError error = param.load(reader, context, true, kAllGroups, false)) {
-        traceError(error);
-    }
+    return params_.offer(param);
 }
 
 // Another instance may have stored a new default meanwhile.
 void CAudioParamRegistry::refreshInitialValues()
 {
     CAudioPreset preset;
-    if (!isMaster_ || !readStoredDefault(preset) || preset == storedDefault_) {
-        return;
-    }
-    storedDefault_ = std::move(preset);
-    for (const auto& [key, param] : params_) {
-        loadInitialValues(*param, key);
+    if (isMaster_ && readStoredDefault(preset) && !(preset == params_.getInitialValues())) {
+        params_.setInitialValues(std::move(preset));
     }
 }
 
@@ -213,10 +158,10 @@ void CAudioParamRegistry::onNameParamChange(const CAudioParam& param)
     {
         const CLock lock(bankLock_);
         const CString name = CAudioPreset::makeName(id_, param.getString(0, 0));
-        if (!param.hasInfo() || currentProgram().getName() == name) {
+        if (!param.hasInfo() || programs_.getCurrent().getName() == name) {
             return;
         }
-        currentProgram().setName(name);
+        programs_.getCurrent().setName(name);
     }
     updateBridges();
 }
@@ -277,9 +222,7 @@ void CAudioParamRegistry::onSelectorChange(const CAudioParamNotice& notice)
     const CLock lock(bankLock_);
     if (index >= 0.0 && index < storedList_.getCount()) {
         const CAudioPreset& preset = storedList_.get(static_cast<std::int32_t>(index));
-        if (CError error = applyPreset(preset, false, context, false, group)) {
-            traceError(error);
-        }
+        traceError(applyWithName(preset, context, false, group));
     }
 }
 

@@ -3,16 +3,12 @@
 
 #include "CAudioParamCollector.h"
 #include "CAudioParamListener.h"
+#include "CAudioParamPrograms.h"
 #include "CAudioParamRegistryBase.h"
-#include "CAudioParamUndo.h"
-#include "CAudioPresetBank.h"
+#include "CAudioParamSubtree.h"
 #include "CBridge.h"
 
-#include <functional>
-#include <memory>
 #include <mutex>
-#include <optional>
-#include <utility>
 #include <vector>
 
 namespace qel {
@@ -20,15 +16,18 @@ namespace qel {
 // Tag audio:param-registry. Takes snapshots of the parameters whose names begin with `hierarchy` and puts
 // them back, each time as one batch for the audio side. An instance has several; the one that is master also
 // has the host's programs, the factory bank and the A/B state, and each of its programs an undo history.
-// Bridges attached to a registry hear of a change of program or of a program's name.
+// Bridges attached to a registry hear of every change of its programs, of the current one, and of A and B.
+//
+// What the parameters are is in a CAudioParamSubtree, what the programs are in a CAudioParamPrograms; the
+// registry joins the two, and writes what happens as steps to undo.
 //
 // Owned by its tree; joins the collector in init() and leaves it in release(). Parameters are offered when
 // the collector is finalised and join with the registry's next operation. All calls may come from any thread
 // but the audio thread. Locks in their order: bank, undo store, parameter map, a parameter, CAudioEnv; the
 // one of the pending list stands alone. Listeners are called when all of them are left.
 //
-// Streams are read whole before anything changes, so a damaged one changes nothing. An entry whose block does
-// not fit its parameter is met later: the entries before it stay, and the audio side gets none of them.
+// Streams are read whole, and tried on their parameters, before anything changes: one that is damaged, or
+// whose entries do not fit, changes nothing.
 class CAudioParamRegistry : public CObject, public CBridgeBase, public CAudioParamRegistryBase
 {
 public:
@@ -92,10 +91,28 @@ public:
 
     // Every storable parameter back to its initial value: a step to undo.
     void masterReset();
-    // Copies the present state, with its history, into the other slot.
+    // --- one program; the others, the current one and their histories stay. Without effect on a registry
+    // that is not the master; an index that is not there is an error.
+
+    // Reads a preset body and puts it in front of the program at `index`, or behind all of them.
+    CError addProgram(std::int32_t index, CInputStream& stream);
+    // Removes a program. In place of the current one the next is applied, or the one before. The last one
+    // stays: that is an error.
+    CError removeProgram(std::int32_t index);
+    // Reads a preset body in place of a program, name included. In place of the current one it is activated.
+    CError replaceProgram(std::int32_t index, CInputStream& stream);
+    // The program at `from` comes to stand at `to`.
+    CError moveProgram(std::int32_t from, std::int32_t to);
+
+    // --- A and B: two states to compare, which go into no preset and end with the bank they were made in
+
+    // Copies the present state, with its history, into the slot that is not active.
     CError abStore();
-    // Exchanges the present state and that in the other slot, with their histories.
+    // Exchanges the present state and that in the other slot, with their histories. The names of programs
+    // stay.
     CError abSwap();
+    // Whether B is active.
+    bool isB();
 
     // Names without the id: of the factory bank, of the programs, or of an enumerated registry's list.
     std::vector<CString> listPresets(bool fromROM);
@@ -110,14 +127,6 @@ public:
     void onParamChange(const CAudioParamNotice& notice) override;
 
 private:
-    // What a program or a slot of the A/B comparison is.
-    struct Alternate
-    {
-        CAudioPreset preset;
-        std::unique_ptr<CAudioParamUndoHistory> history;
-    };
-    using HistoryPtr = std::unique_ptr<CAudioParamUndoHistory>;
-
     // Hears of the parameters that select a preset of an enumerated registry.
     class CSelectorListener : public CAudioParamListener
     {
@@ -136,40 +145,23 @@ private:
     bool readStoredDefault(CAudioPreset& outPreset) const;
     void loadStoredList();
 
-    // Membership. With the map's lock.
-    void synchronise();
-    void loadInitialValues(CAudioParam& param, const CString& key);
-    void refreshInitialValues();
-    bool isNameOfSubregistry(const CString& fullName) const;
-    CString fullNameOf(const CString& key) const { return hierarchy_ + "." + key; }
-
-    // Presets. With the map's lock.
+    // Presets. With the bank's lock.
     CError snapshot(CAudioPreset& preset, bool withName, bool withPersistent, std::int32_t group);
-    CError storeParam(CAudioPreset& preset, const CString& key, const CAudioParam& param, bool withPersistent,
-                      std::int32_t group) const;
-    CAudioParam& paramOfKey(const CString& key);
-    CError loadEntry(CAudioParam& param, const CByteBuffer& block, CAudioParamContext& context,
-                     bool withPersistent, std::int32_t group);
-    CError applyMissing(const CAudioPreset& preset, CAudioParam& param, CAudioParamContext& context,
-                        std::int32_t group);
-    CError applyEntries(const CAudioPreset& preset, bool partial, CAudioParamContext& context,
-                        bool withPersistent, std::int32_t group);
+    CError readPreset(CInputStream& stream, CAudioPreset& out) const;
+    CError applyWithName(const CAudioPreset& preset, CAudioParamContext& context, bool withPersistent,
+                         std::int32_t group);
     CError activate(const CAudioPreset& preset, bool fromHost, std::int32_t group, const CString& stepName);
     CString stepNameFor(std::int32_t group) const;
+    void refreshInitialValues();
 
     // Programs. With the bank's lock.
-    CAudioPreset& currentProgram() { return sessionBank_.get(program_); }
+    CError checkIndex(const CAudioPresetBank& bank, std::int32_t index) const;
     CError snapshotProgram();
-    CError applyWithName(const CAudioPreset& preset, CAudioParamContext& context, bool withPersistent);
-    void moveToProgram(std::int32_t index);
-    // Calls function(key, param) for what hosts save and presets do not.
-    void forEachHostOnly(const std::function<void(const CString&, const CAudioParam&)>& function);
+    CError goToProgram(std::int32_t index, CAudioParamContext& context);
     CError addHostOnly(CAudioPresetBank& bank);
-    // On failure everything but the values is as it was.
-    CError takeSessionBank(CAudioPresetBank& bank, CAudioParamContext& context, bool fromHost);
-    CError exchangeAlternate(CAudioParamContext& context);
+    CError takeSessionBank(const CAudioPresetBank& bank, CAudioParamContext& context, bool fromHost);
     void renameCurrent(const CString& title, CAudioParamContext& context);
-    HistoryPtr swapHistory(HistoryPtr history);
+    void showName(const CString& title, std::int32_t group, CAudioParamContext& context);
     // Locks nothing without an undo store.
     std::unique_lock<CCriticalSection> lockUndo();
     void addStep(CAudioParamUndoStep& step);
@@ -192,22 +184,12 @@ private:
     CAudioParamCollector* collector_ = nullptr;
     CAudioParamUndo* undo_ = nullptr;
     CSelectorListener selectorListener_{*this};
+    CAudioParamSubtree params_;
 
-    // Guards what follows, up to the next lock.
-    CCriticalSection bankLock_;
+    CCriticalSection bankLock_; // guards what follows
     CAudioPresetBank romBank_;
-    CAudioPresetBank sessionBank_;
     CAudioPresetBank storedList_;
-    std::int32_t program_ = 0;
-    std::vector<HistoryPtr> histories_; // of the programs but the current one, whose place is empty
-    std::optional<Alternate> alternate_;
-
-    CCriticalSection mapLock_;
-    CStringMap<CAudioParam*> params_; // by key
-    CAudioPreset storedDefault_;      // the user's own initial values
-
-    CCriticalSection pendingLock_;
-    std::vector<std::pair<CString, CAudioParam*>> pending_; // by full name
+    CAudioParamPrograms programs_;
 };
 
 } // namespace qel

@@ -3,34 +3,10 @@
 
 #include "CAudioParamRegistryBatch.h"
 #include "Streams/CMemoryReader.h"
-#include "Streams/CMemoryWriteBuffer.h"
 
-#include <set>
+#include <algorithm>
 
 namespace qel {
-
-namespace {
-
-// Presets from before the parameter moved out of the routing carry it under the old key. Where both are
-// missing it stays as it is: it belongs to the session's cost more than to the sound.
-constexpr const char* kMovedParam = "plugin.modMain.oversampling";
-constexpr const char* kMovedParamOldKey = "io-params.oversampling";
-
-bool isStorable(const CAudioParam& param, bool withPersistent)
-{
-    const CLock lock(param.getLock());
-    return param.hasInfo() &&
-           (param.getInfo().isStorable || (withPersistent && param.getInfo().isPersistent));
-}
-
-// A parameter of one group for the whole instance takes no part in what is done to another group.
-bool isOutside(const CAudioParam& param, std::int32_t group)
-{
-    const CLock lock(param.getLock());
-    return group > 0 && param.hasInfo() && param.getInfo().isSingleGroup;
-}
-
-} // namespace
 
 CError CAudioParamRegistry::storePreset(CAudioPreset& preset, bool withName, bool withPersistent,
                                         std::int32_t group)
@@ -41,32 +17,13 @@ CError CAudioParamRegistry::storePreset(CAudioPreset& preset, bool withName, boo
     return {};
 }
 
-// With the bank's lock.
 CError CAudioParamRegistry::snapshot(CAudioPreset& preset, bool withName, bool withPersistent,
                                      std::int32_t group)
 {
-    const CLock lock(mapLock_);
-    synchronise();
-    CAudioPreset stored(withName && isMaster_ ? currentProgram().getName() : preset.getName());
-    for (const auto& [key, param] : params_) {
-        QEL_TRY(storeParam(stored, key, *param, withPersistent, group), getFullName());
+    QEL_TRY(params_.store(preset, withPersistent, group), getFullName());
+    if (withName && isMaster_) {
+        preset.setName(programs_.getCurrent().getName());
     }
-    preset = std::move(stored);
-    return {};
-}
-
-CError CAudioParamRegistry::storeParam(CAudioPreset& preset, const CString& key, const CAudioParam& param,
-                                       bool withPersistent, std::int32_t group) const
-{
-    const CLock lock(param.getLock());
-    if (!isStorable(param, withPersistent) || (group >= 0 && param.getCurrent().getCount(group) == 0)) {
-        return {};
-    }
-    CMemoryWriteBuffer buffer;
-    QEL_TRY(param.save(buffer, group), key);
-    CByteBuffer block;
-    buffer.copyTo(block);
-    preset.setEntry(key, std::move(block));
     return {};
 }
 
@@ -75,68 +32,49 @@ CError CAudioParamRegistry::applyPreset(const CAudioPreset& preset, bool partial
 {
     const CAudioParamContext::Scope scope(context);
     // Before the map's: a parameter that gets its declaration here tells its registries at once.
-    const CLock bankLock(bankLock_);
-    const CLock mapLock(mapLock_);
+    const CLock lock(bankLock_);
+    QEL_TRY(params_.apply(preset, partial, context, withPersistent, group), getFullName());
+    return {};
+}
+
+// The same, and the name goes where it is shown.
+CError CAudioParamRegistry::applyWithName(const CAudioPreset& preset, CAudioParamContext& context,
+                                          bool withPersistent, std::int32_t group)
+{
     CAudioParamRegistryBatch batch(*collector_, context);
-    synchronise();
-    QEL_TRY(applyEntries(preset, partial, context, withPersistent, group), getFullName());
+    QEL_TRY(params_.apply(preset, false, context, withPersistent, group), getFullName());
+    if (isMaster_ && group < 0) {
+        renameCurrent(preset.getTitle(), context);
+    } else if (!isMaster_) {
+        showName(preset.getTitle(), group, context);
+    }
     batch.submit();
     return {};
 }
 
-CError CAudioParamRegistry::applyEntries(const CAudioPreset& preset, bool partial,
-                                         CAudioParamContext& context, bool withPersistent, std::int32_t group)
+// Of what belongs to a group only that group shows it.
+void CAudioParamRegistry::showName(const CString& title, std::int32_t group, CAudioParamContext& context)
 {
-    std::set<const CAudioParam*> visited;
-    for (const auto& [key, block] : preset.getEntries()) {
-        CAudioParam& param = paramOfKey(key);
-        visited.insert(&param);
-        QEL_TRY(loadEntry(param, block, context, withPersistent, group), key);
+    if (presetNameParam_.isEmpty()) {
+        return;
     }
-    if (partial) {
-        return {};
-    }
-    for (const auto& [key, param] : params_) {
-        if (!visited.contains(param) && isStorable(*param, false)) {
-            QEL_TRY(applyMissing(preset, *param, context, group), key);
+    CAudioParam& nameParam = collector_->getParam(presetNameParam_);
+    const std::int32_t first = std::max(group, 0);
+    const std::int32_t last = group < 0 && !isMaster_ ? params_.countGroups() - 1 : first;
+    for (std::int32_t i = first; i <= last; ++i) {
+        if (nameParam.hasInfo() && nameParam.getString(i, 0) != title) {
+            nameParam.setString(i, 0, title, context);
         }
     }
-    return {};
 }
 
-CAudioParam& CAudioParamRegistry::paramOfKey(const CString& key)
+CError CAudioParamRegistry::checkIndex(const CAudioPresetBank& bank, std::int32_t index) const
 {
-    const auto known = params_.find(key);
-    if (known != params_.end()) {
-        return *known->second;
-    }
-    CAudioParam& param = collector_->getParam(fullNameOf(key));
-    if (!isNameOfSubregistry(param.getName())) {
-        params_[key] = &param;
-    }
-    return param;
-}
-
-CError CAudioParamRegistry::loadEntry(CAudioParam& param, const CByteBuffer& block,
-                                      CAudioParamContext& context, bool withPersistent, std::int32_t group)
-{
-    if (isOutside(param, group)) {
-        return {};
-    }
-    CMemoryReader reader(block.bytes());
-    QEL_TRY(param.load(reader, context, false, group, withPersistent), param.getName());
-    return {};
-}
-
-CError CAudioParamRegistry::applyMissing(const CAudioPreset& preset, CAudioParam& param,
-                                         CAudioParamContext& context, std::int32_t group)
-{
-    if (param.getName() == kMovedParam) {
-        if (const CByteBuffer* block = preset.findEntry(kMovedParamOldKey)) {
-            QEL_TRY(loadEntry(param, *block, context, false, group), param.getName());
-        }
-    } else if (!isOutside(param, group)) {
-        param.clearToDefault(group, -1, context);
+    if (!bank.hasIndex(index)) {
+        QEL_FAIL(
+            getFullName(),
+            "@qelstr_CAudioParamRegistry_acquirePreset_PresetIndexError Invalid preset index %1 specified.",
+            index);
     }
     return {};
 }
@@ -156,13 +94,8 @@ CError CAudioParamRegistry::acquirePreset(bool fromROM, std::int32_t index, std:
         QEL_TRY(preset.save(stream), getFullName());
         return {};
     }
-    const CAudioPresetBank& bank = fromROM ? romBank_ : sessionBank_;
-    if (!bank.hasIndex(index)) {
-        QEL_FAIL(
-            getFullName(),
-            "@qelstr_CAudioParamRegistry_acquirePreset_PresetIndexError Invalid preset index %1 specified.",
-            index);
-    }
+    const CAudioPresetBank& bank = fromROM ? romBank_ : programs_.getBank();
+    QEL_TRY(checkIndex(bank, index), getFullName());
     QEL_TRY(bank.get(index).save(stream), getFullName());
     return {};
 }
@@ -181,7 +114,7 @@ CError CAudioParamRegistry::acquireBank(bool fromROM, COutputStream& stream, boo
         return {};
     }
     QEL_TRY(snapshotProgram(), getFullName());
-    CAudioPresetBank bank = sessionBank_;
+    CAudioPresetBank bank = programs_.getBank();
     if (withPersistent) {
         QEL_TRY(addHostOnly(bank), getFullName());
     }
@@ -193,30 +126,28 @@ CError CAudioParamRegistry::acquireBank(bool fromROM, COutputStream& stream, boo
 CError CAudioParamRegistry::addHostOnly(CAudioPresetBank& bank)
 {
     CError error;
-    forEachHostOnly([&](const CString& key, const CAudioParam& param) {
+    params_.forEachHostOnly([&](const CString& key, const CAudioParam& param) {
         for (std::int32_t i = 0; i < bank.getCount() && !error; ++i) {
-            error = storeParam(bank.get(i), key, param, true, kAllGroups);
+            error = params_.storeParam(bank.get(i), key, param, true, kAllGroups);
         }
     });
     return error;
 }
 
-void CAudioParamRegistry::forEachHostOnly(
-    const std::function<void(const CString&, const CAudioParam&)>& function)
+CError CAudioParamRegistry::readPreset(CInputStream& stream, CAudioPreset& out) const
 {
-    const CLock lock(mapLock_);
-    synchronise();
-    for (const auto& [key, param] : params_) {
-        if (isStorable(*param, true) && !isStorable(*param, false)) {
-            function(key, *param);
-        }
+    QEL_TRY(out.load(stream), getFullName());
+    if (out.getId() != id_) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioParamRegistry_activatePreset_IncompatiblePreset Incompatible preset.");
     }
+    return {};
 }
 
 CError CAudioParamRegistry::activatePreset(CInputStream& stream, bool fromHost, std::int32_t group)
 {
     CAudioPreset preset;
-    QEL_TRY(preset.load(stream), getFullName());
+    QEL_TRY(readPreset(stream, preset), getFullName());
     QEL_TRY(activate(preset, fromHost, group, stepNameFor(group)), getFullName());
     return {};
 }
@@ -226,12 +157,7 @@ CError CAudioParamRegistry::activateROMPreset(std::int32_t index)
     CAudioPreset preset;
     {
         const CLock lock(bankLock_);
-        if (!romBank_.hasIndex(index)) {
-            QEL_FAIL(getFullName(),
-                     "@qelstr_CAudioParamRegistry_acquirePreset_PresetIndexError Invalid preset index %1 "
-                     "specified.",
-                     index);
-        }
+        QEL_TRY(checkIndex(romBank_, index), getFullName());
         preset = romBank_.get(index);
     }
     QEL_TRY(activate(preset, false, kAllGroups, "ROM preset activate"), getFullName());
@@ -256,10 +182,6 @@ CString CAudioParamRegistry::stepNameFor(std::int32_t group) const
 CError CAudioParamRegistry::activate(const CAudioPreset& preset, bool fromHost, std::int32_t group,
                                      const CString& stepName)
 {
-    if (preset.getId() != id_) {
-        QEL_FAIL(getFullName(),
-                 "@qelstr_CAudioParamRegistry_activatePreset_IncompatiblePreset Incompatible preset.");
-    }
     collector_->takeChangesFromAudio(); // or a step would hold values of before
     CAudioParamUndoStep step(stepName, this);
     CAudioParamContext context(CAudioParamOrigin::kActivation);
@@ -268,11 +190,7 @@ CError CAudioParamRegistry::activate(const CAudioPreset& preset, bool fromHost, 
         const CLock lock(bankLock_);
         const auto undoLock = lockUndo();
         context.recorder = undo_ && !fromHost ? &step : nullptr;
-        if (isMaster_ && group < 0) {
-            QEL_TRY(applyWithName(preset, context, fromHost), getFullName());
-        } else {
-            QEL_TRY(applyPreset(preset, false, context, fromHost, group), getFullName());
-        }
+        QEL_TRY(applyWithName(preset, context, fromHost, group), getFullName());
         addStep(step);
     }
     updateBridges();
@@ -293,15 +211,13 @@ CError CAudioParamRegistry::activateBank(CInputStream& stream, bool fromHost)
                  "@qelstr_CAudioParamRegistry_activateBank_IncompatibleBank Incompatible bank.");
     }
     CAudioParamContext context(CAudioParamOrigin::kActivation);
-    CError error;
     {
         const CAudioParamContext::Scope scope(context);
         const CLock lock(bankLock_);
         const auto undoLock = lockUndo();
-        error = takeSessionBank(bank, context, fromHost);
+        QEL_TRY(takeSessionBank(bank, context, fromHost), getFullName());
     }
     updateBridges();
-    QEL_TRY(std::move(error), getFullName());
     return {};
 }
 

@@ -5,21 +5,10 @@
 
 namespace qel {
 
-namespace {
-
-constexpr const char* kDefaultTitle = "Default";
-
-} // namespace
-
 std::unique_lock<CCriticalSection> CAudioParamRegistry::lockUndo()
 {
     return undo_ ? std::unique_lock<CCriticalSection>(undo_->getLock())
                  : std::unique_lock<CCriticalSection>();
-}
-
-CAudioParamRegistry::HistoryPtr CAudioParamRegistry::swapHistory(HistoryPtr history)
-{
-    return undo_ ? undo_->swapHistory(std::move(history)) : nullptr;
 }
 
 // With the undo store's lock.
@@ -33,31 +22,31 @@ void CAudioParamRegistry::addStep(CAudioParamUndoStep& step)
 std::int32_t CAudioParamRegistry::getProgramCount()
 {
     const CLock lock(bankLock_);
-    return sessionBank_.getCount();
+    return programs_.getCount();
 }
 
 std::int32_t CAudioParamRegistry::getProgram()
 {
     const CLock lock(bankLock_);
-    return program_;
+    return programs_.getIndex();
 }
 
 CString CAudioParamRegistry::getProgramName(std::int32_t index)
 {
     const CLock lock(bankLock_);
-    return sessionBank_.hasIndex(index) ? sessionBank_.get(index).getTitle() : CString();
+    return programs_.hasIndex(index) ? programs_.get(index).getTitle() : CString();
 }
 
 CString CAudioParamRegistry::getCurrentProgramName()
 {
     const CLock lock(bankLock_);
-    return getProgramName(program_);
+    return programs_.getCurrent().getTitle();
 }
 
 std::vector<CString> CAudioParamRegistry::listPresets(bool fromROM)
 {
     const CLock lock(bankLock_);
-    const CAudioPresetBank& bank = fromROM ? romBank_ : isMaster_ ? sessionBank_ : storedList_;
+    const CAudioPresetBank& bank = fromROM ? romBank_ : isMaster_ ? programs_.getBank() : storedList_;
     std::vector<CString> names;
     for (std::int32_t i = 0; i < bank.getCount(); ++i) {
         names.push_back(bank.get(i).getTitle());
@@ -67,30 +56,14 @@ std::vector<CString> CAudioParamRegistry::listPresets(bool fromROM)
 
 CError CAudioParamRegistry::snapshotProgram()
 {
-    return snapshot(currentProgram(), false, false, kAllGroups);
+    return snapshot(programs_.getCurrent(), false, false, kAllGroups);
 }
 
 // Puts a title on the current program and into the parameter that shows it.
 void CAudioParamRegistry::renameCurrent(const CString& title, CAudioParamContext& context)
 {
-    currentProgram().setName(CAudioPreset::makeName(id_, title));
-    if (presetNameParam_.isEmpty()) {
-        return;
-    }
-    CAudioParam& nameParam = collector_->getParam(presetNameParam_);
-    if (nameParam.hasInfo() && nameParam.getString(0, 0) != title) {
-        nameParam.setString(0, 0, title, context);
-    }
-}
-
-CError CAudioParamRegistry::applyWithName(const CAudioPreset& preset, CAudioParamContext& context,
-                                          bool withPersistent)
-{
-    CAudioParamRegistryBatch batch(*collector_, context);
-    QEL_TRY(applyPreset(preset, false, context, withPersistent), getFullName());
-    renameCurrent(preset.getTitle(), context);
-    batch.submit();
-    return {};
+    programs_.getCurrent().setName(CAudioPreset::makeName(id_, title));
+    showName(title, 0, context);
 }
 
 CError CAudioParamRegistry::startProgram()
@@ -101,7 +74,7 @@ CError CAudioParamRegistry::startProgram()
     CAudioParamContext context(CAudioParamOrigin::kActivation);
     const CAudioParamContext::Scope scope(context);
     const CLock lock(bankLock_);
-    QEL_TRY(applyWithName(currentProgram(), context, false), getFullName());
+    QEL_TRY(applyWithName(programs_.getCurrent(), context, false, kAllGroups), getFullName());
     return {};
 }
 
@@ -112,36 +85,26 @@ CError CAudioParamRegistry::setProgram(std::int32_t index, CBridge* sender)
     }
     collector_->takeChangesFromAudio();
     CAudioParamContext context(CAudioParamOrigin::kActivation);
-    CError error;
     {
         const CAudioParamContext::Scope scope(context);
         const CLock lock(bankLock_);
-        if (!sessionBank_.hasIndex(index) || index == program_) {
+        if (!programs_.hasIndex(index) || index == programs_.getIndex()) {
             return {};
         }
         const auto undoLock = lockUndo();
-        QEL_TRY(snapshotProgram(), getFullName());
-        const std::int32_t before = program_;
-        moveToProgram(index);
-        error = applyWithName(currentProgram(), context, false);
-        if (error) {
-            // A bank of the host can hold what cannot be read. The old program was stored just now, so it
-            // can.
-            moveToProgram(before);
-            releaseError(applyWithName(currentProgram(), context, false));
-        }
+        QEL_TRY(goToProgram(index, context), getFullName());
     }
     updateBridges(sender);
-    QEL_TRY(std::move(error), getFullName());
     return {};
 }
 
-// With the undo store's lock. The values stay as they are.
-void CAudioParamRegistry::moveToProgram(std::int32_t index)
+// A bank of the host can hold a program that cannot be read: then all stays as it is.
+CError CAudioParamRegistry::goToProgram(std::int32_t index, CAudioParamContext& context)
 {
-    HistoryPtr present = swapHistory(std::move(histories_[static_cast<std::size_t>(index)]));
-    histories_[static_cast<std::size_t>(program_)] = std::move(present);
-    program_ = index;
+    QEL_TRY(params_.check(programs_.get(index), false, false, kAllGroups), getFullName());
+    QEL_TRY(snapshotProgram(), getFullName());
+    programs_.goTo(index);
+    return applyWithName(programs_.getCurrent(), context, false, kAllGroups);
 }
 
 void CAudioParamRegistry::setProgramName(std::int32_t index, const CString& name, bool fromUser,
@@ -153,48 +116,107 @@ void CAudioParamRegistry::setProgramName(std::int32_t index, const CString& name
         const CAudioParamContext::Scope scope(context);
         const CLock lock(bankLock_);
         const CString fullName = CAudioPreset::makeName(id_, name);
-        if (!sessionBank_.hasIndex(index) || sessionBank_.get(index).getName() == fullName) {
+        if (!isMaster_ || !programs_.hasIndex(index) || programs_.get(index).getName() == fullName) {
             return;
         }
-        if (index == program_) {
+        if (index == programs_.getIndex()) {
             const auto undoLock = lockUndo();
             context.recorder = undo_ && fromUser ? &step : nullptr;
             renameCurrent(name, context);
             addStep(step);
         } else {
-            sessionBank_.get(index).setName(fullName);
+            programs_.get(index).setName(fullName);
         }
     }
     updateBridges(sender);
 }
 
-CError CAudioParamRegistry::takeSessionBank(CAudioPresetBank& bank, CAudioParamContext& context,
+CError CAudioParamRegistry::takeSessionBank(const CAudioPresetBank& bank, CAudioParamContext& context,
                                             bool fromHost)
 {
-    const std::int32_t programBefore = program_;
-    std::vector<HistoryPtr> historiesBefore = std::exchange(histories_, {});
-    HistoryPtr presentBefore = swapHistory(nullptr);
-    sessionBank_.takePresetsFrom(bank);
-    if (sessionBank_.isEmpty()) {
-        sessionBank_.add(CAudioPreset(CAudioPreset::makeName(id_, kDefaultTitle)));
-    }
-    histories_.resize(static_cast<std::size_t>(sessionBank_.getCount()));
-    if (!sessionBank_.hasIndex(program_)) {
-        program_ = 0;
-    }
-    CError error = applyWithName(currentProgram(), context, fromHost);
-    if (error) {
-        sessionBank_.takePresetsFrom(bank);
-        histories_ = std::move(historiesBefore);
-        swapHistory(std::move(presentBefore));
-        program_ = programBefore;
-        return error;
-    }
-    forEachHostOnly([this](const CString& key, const CAudioParam&) {
-        for (std::int32_t i = 0; i < sessionBank_.getCount(); ++i) {
-            sessionBank_.get(i).removeEntry(key);
+    QEL_TRY(params_.check(programs_.currentOf(bank), false, fromHost, kAllGroups), getFullName());
+    programs_.replaceAll(bank);
+    QEL_TRY(applyWithName(programs_.getCurrent(), context, fromHost, kAllGroups), getFullName());
+    params_.forEachHostOnly([this](const CString& key, const CAudioParam&) {
+        for (std::int32_t i = 0; i < programs_.getCount(); ++i) {
+            programs_.get(i).removeEntry(key);
         }
     });
+    return {};
+}
+
+// --- one program
+
+CError CAudioParamRegistry::addProgram(std::int32_t index, CInputStream& stream)
+{
+    CAudioPreset preset;
+    QEL_TRY(readPreset(stream, preset), getFullName());
+    if (isMaster_) {
+        const CLock lock(bankLock_);
+        programs_.insert(index, std::move(preset));
+    }
+    updateBridges();
+    return {};
+}
+
+CError CAudioParamRegistry::removeProgram(std::int32_t index)
+{
+    if (!isMaster_) {
+        return {};
+    }
+    collector_->takeChangesFromAudio();
+    CAudioParamContext context(CAudioParamOrigin::kActivation);
+    {
+        const CAudioParamContext::Scope scope(context);
+        const CLock lock(bankLock_);
+        const auto undoLock = lockUndo();
+        QEL_TRY(checkIndex(programs_.getBank(), index), getFullName());
+        if (programs_.getCount() == 1) {
+            QEL_FAIL(getFullName(),
+                     "@qelstr_CAudioParamRegistry_removeProgram_Last The last program cannot be deleted.");
+        }
+        if (index == programs_.getIndex()) {
+            QEL_TRY(goToProgram(programs_.hasIndex(index + 1) ? index + 1 : index - 1, context),
+                    getFullName());
+        }
+        programs_.remove(index);
+    }
+    updateBridges();
+    return {};
+}
+
+CError CAudioParamRegistry::replaceProgram(std::int32_t index, CInputStream& stream)
+{
+    if (!isMaster_) {
+        return {};
+    }
+    CAudioPreset preset;
+    QEL_TRY(readPreset(stream, preset), getFullName());
+    bool isCurrent = false;
+    {
+        const CLock lock(bankLock_);
+        QEL_TRY(checkIndex(programs_.getBank(), index), getFullName());
+        isCurrent = index == programs_.getIndex();
+        if (!isCurrent) {
+            programs_.replace(index, std::move(preset));
+        }
+    }
+    if (isCurrent) {
+        return activate(preset, false, kAllGroups, stepNameFor(kAllGroups));
+    }
+    updateBridges();
+    return {};
+}
+
+CError CAudioParamRegistry::moveProgram(std::int32_t from, std::int32_t to)
+{
+    if (isMaster_) {
+        const CLock lock(bankLock_);
+        QEL_TRY(checkIndex(programs_.getBank(), from), getFullName());
+        QEL_TRY(checkIndex(programs_.getBank(), to), getFullName());
+        programs_.move(from, to);
+    }
+    updateBridges();
     return {};
 }
 
@@ -207,19 +229,13 @@ void CAudioParamRegistry::masterReset()
         const CAudioParamContext::Scope scope(context);
         const CLock lock(bankLock_);
         const auto undoLock = lockUndo();
-        const CLock mapLock(mapLock_);
+        const CLock mapLock(params_.getLock());
         CAudioParamRegistryBatch batch(*collector_, context);
-        synchronise();
         refreshInitialValues();
         context.recorder = undo_ ? &step : nullptr;
-        for (const auto& [key, param] : params_) {
-            const CLock paramLock(param->getLock());
-            if (param->hasInfo() && param->getInfo().isStorable) {
-                param->reset(-1, -1, context);
-            }
-        }
+        params_.reset(context);
         if (isMaster_) {
-            renameCurrent(kDefaultTitle, context);
+            renameCurrent(CAudioParamPrograms::kDefaultTitle, context);
         }
         batch.submit();
         addStep(step);
@@ -235,10 +251,9 @@ CError CAudioParamRegistry::abStore()
     collector_->takeChangesFromAudio();
     const CLock lock(bankLock_);
     const auto undoLock = lockUndo();
-    Alternate stored;
-    QEL_TRY(snapshot(stored.preset, true, false, kAllGroups), getFullName());
-    stored.history = undo_ ? undo_->copyHistory() : nullptr;
-    alternate_ = std::move(stored);
+    CAudioPreset present;
+    QEL_TRY(snapshot(present, true, false, kAllGroups), getFullName());
+    programs_.storeOther(std::move(present));
     return {};
 }
 
@@ -253,23 +268,21 @@ CError CAudioParamRegistry::abSwap()
         const CAudioParamContext::Scope scope(context);
         const CLock lock(bankLock_);
         const auto undoLock = lockUndo();
-        QEL_TRY(exchangeAlternate(context), getFullName());
+        CAudioPreset present;
+        QEL_TRY(snapshot(present, true, false, kAllGroups), getFullName());
+        if (const CAudioPreset* other = programs_.getOther()) {
+            QEL_TRY(applyPreset(*other, false, context), getFullName());
+        }
+        programs_.swapWithOther(std::move(present));
     }
     updateBridges();
     return {};
 }
 
-CError CAudioParamRegistry::exchangeAlternate(CAudioParamContext& context)
+bool CAudioParamRegistry::isB()
 {
-    CAudioPreset present;
-    QEL_TRY(snapshot(present, true, false, kAllGroups), getFullName());
-    if (!alternate_) {
-        alternate_.emplace(Alternate{present, nullptr});
-    }
-    QEL_TRY(applyWithName(alternate_->preset, context, false), getFullName());
-    alternate_->preset = std::move(present);
-    alternate_->history = swapHistory(std::move(alternate_->history));
-    return {};
+    const CLock lock(bankLock_);
+    return programs_.isB();
 }
 
 } // namespace qel

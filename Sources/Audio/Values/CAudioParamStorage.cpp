@@ -4,6 +4,7 @@
 #include "CAudioParamInfo.h"
 
 #include <algorithm>
+#include <cmath>
 #include <set>
 
 namespace qel {
@@ -167,14 +168,19 @@ void CAudioParamStorage::copyValues(const CAudioParamStorage& source)
 void CAudioParamStorage::clamp(std::span<const double> minimum, std::span<const double> maximum)
 {
     const auto esize = static_cast<std::size_t>(esize_);
-    if (isString() || minimum.size() < esize || maximum.size() < esize) {
-        return;
-    }
-    for (std::size_t group = 0; group < static_cast<std::size_t>(groupCount_); ++group) {
+    const bool hasRange = minimum.size() >= esize && maximum.size() >= esize;
+    for (std::size_t group = 0; group < static_cast<std::size_t>(groupCount_) && !isString(); ++group) {
         Values& values = groups_[group];
         for (std::size_t i = 0; i < values.size(); ++i) {
-            const auto [low, high] = std::minmax(minimum[i % esize], maximum[i % esize]);
-            values[i] = std::clamp(values[i], low, high);
+            const std::size_t element = i % esize;
+            if (std::isnan(values[i])) {
+                values[i] =
+                    fallback(static_cast<std::int32_t>(i / esize), static_cast<std::int32_t>(element));
+            }
+            if (hasRange) {
+                const auto [low, high] = std::minmax(minimum[element], maximum[element]);
+                values[i] = std::clamp(values[i], low, high);
+            }
         }
     }
 }

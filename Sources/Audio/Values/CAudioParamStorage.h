@@ -88,6 +88,7 @@ public:
     void copyValues(const CAudioParamStorage& source);
     // Limits each number to the range of its element, given by esize minima and maxima, of which the
     // smaller is the lower limit. NaN stays, identifiers stay.
+    // What is not a number becomes the default that the fill gives.
     void clamp(std::span<const double> minimum, std::span<const double> maximum);
 
     // --- wire form

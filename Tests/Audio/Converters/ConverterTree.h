@@ -44,10 +44,10 @@ inline TreeNode converterNode()
 {
     TreeNode converters("core:object", "paramcvt");
     converters.child(TreeNode("audio:cvt-gain", "gain").attr("label", "dB"))
-        .child(TreeNode("audio:cvt-freq", "freq"))
+        .child(TreeNode("audio:cvt-freq", "freq").attr("label", "Hz"))
         .child(TreeNode("audio:cvt-real", "real").attr("decimals", "2"))
-        .child(TreeNode("audio:cvt-percent", "percent"))
-        .child(TreeNode("audio:cvt-time", "time"))
+        .child(TreeNode("audio:cvt-percent", "percent").attr("label", "%"))
+        .child(TreeNode("audio:cvt-time", "time").attr("label", "ms"))
         .child(TreeNode("audio:cvt-time", "timelog").attr("is-log", "true"))
         .child(TreeNode("audio:cvt-time", "time-sec").attr("scale", "1.0"))
         .child(TreeNode("audio:cvt-time", "time-exact").attr("is-exact", "true").attr("is-precise", "true"))

@@ -11,43 +11,6 @@
 namespace qel {
 namespace {
 
-TEST(DisplayNumber, ParsesDigitsWithEitherDecimalSeparator)
-{
-    const struct
-    {
-        const char* text;
-        double value;
-    } cases[] = {
-        {"0", 0.0},
-        {"6.5", 6.5},
-        {"6,5", 6.5},
-        {"-12", -12.0},
-        {"-0,25", -0.25},
-        {".5", 0.5},
-        {"5.", 5.0},
-        {"007", 7.0},
-        {"0.1", 0.1},
-        {"0.333333333333333", 0.333333333333333},
-        {"12345678901234567890123", 12345678901234567890000.0},
-        {"1.00000000000000000000000000000000000001", 1.0},
-        {"0.00000000000000000000000000000000000001", 0.0},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(parseDisplayNumber(c.text), c.value) << c.text;
-    }
-    EXPECT_FALSE(std::signbit(*parseDisplayNumber("-0")));
-    EXPECT_EQ(parseDisplayNumber(CString(std::string(400, '9'))), std::numeric_limits<double>::infinity());
-}
-
-TEST(DisplayNumber, RefusesEverythingElse)
-{
-    for (const char* text : {"", "-", ".", "-,", "abc", "1.2.3", "1,2.3", "+5", "--5", "5-", " 5", "5 ",
-                             "1e3", "0x10", "inf", "nan", "6dB"}) {
-        EXPECT_EQ(parseDisplayNumber(text), std::nullopt) << '"' << text << '"';
-    }
-    EXPECT_EQ(parseDisplayNumber(CString(u"\u0665")), std::nullopt) << "digits of other scripts";
-}
-
 TEST(DisplayNumber, GivesTheNearestDoubleForTextsOfUpTo15Digits)
 {
     constexpr unsigned kSeed = 20240611;

@@ -63,21 +63,6 @@ protected:
     static inline CObject* shared_ = nullptr;
 };
 
-TEST_F(SharedConvertersTest, AreAllOfAKnownClassAndFoundByName)
-{
-    EXPECT_EQ(all().size(), 50u);
-    for (const CAudioParamConverter* converter : all()) {
-        ASSERT_TRUE(converter);
-        CAudioParamInfo info;
-        info.converterNames = {nameOf(*converter)};
-        EXPECT_OK(info.parseConverterNames());
-        EXPECT_EQ(info.converters, std::vector<const CAudioParamConverter*>{converter});
-    }
-    CAudioParamInfo info;
-    info.converterNames = {"/audio.paramcvt-sat-mode"};
-    EXPECT_OK(info.parseConverterNames());
-}
-
 // Whoever opens a text field and confirms it unchanged must not change what is shown.
 TEST_F(SharedConvertersTest, ShowTheSameAfterTheirTextWasTypedIn)
 {
@@ -95,35 +80,6 @@ TEST_F(SharedConvertersTest, ShowTheSameAfterTheirTextWasTypedIn)
             ASSERT_EQ(converter->valueToText(info, 0, typed, nullptr, Mode::kNormal).toUtf8(), text.toUtf8())
                 << nameOf(*converter).toUtf8();
         }
-    }
-}
-
-TEST_F(SharedConvertersTest, KeepTheirOddUnits)
-{
-    const struct
-    {
-        const char* name;
-        const char* label;
-        const char* textOf2;
-    } cases[] = {
-        {"gain", "dB", "6.0"},
-        {"phase", "", "2.0"},
-        {"time-sec", "ms", "2.00"},
-        {"time", "ms", "2000"},
-        {"time-exact", "ms", "2000.000"},
-        {"bw", "Oct", "2.00"},
-        {"percent", "%", "200.0"},
-        {"enum-qelgate", "", "Cutoff B"},
-        {"enum-polycomp-vouts", "", "2"},
-    };
-    for (const auto& c : cases) {
-        const auto* converter = dynamic_cast<const CAudioParamConverter*>(
-            shared_->findObject(CString("audio.paramcvt.") + c.name));
-        ASSERT_TRUE(converter) << c.name;
-        EXPECT_EQ(converter->getLabel(), c.label) << c.name;
-        EXPECT_EQ(converter->valueToText(infoOf(*converter), 0, 2.0, nullptr, Mode::kNormal).toUtf8(),
-                  c.textOf2)
-            << c.name;
     }
 }
 

@@ -1,6 +1,8 @@
 // Parameters as the host sees them.
 #include "AllocationGuard.h"
+#include "CApplication.h"
 #include "HostParamRig.h"
+#include "TemporaryHome.h"
 
 #include <atomic>
 #include <cmath>
@@ -46,33 +48,6 @@ TEST_F(ExtParamTest, ConvertsBetweenPositionValueAndText)
     EXPECT_EQ(slope.getDisplay(TextMode::kShort), "-12sft");
 }
 
-TEST_F(ExtParamTest, TakesPositionsOutsideItsRangeAsTheEndsAndIgnoresWhatIsNoNumber)
-{
-    declare("p.gain", "gain", "-24", "24", "0");
-    CAudioExtParam& gain = add("Gain", "p.gain");
-    gain.setNormalized(7.0);
-    EXPECT_EQ(gain.getNormalized(), 1.0);
-    gain.setNormalized(-1e300);
-    EXPECT_EQ(gain.getNormalized(), 0.0);
-    gain.setNormalized(std::nan(""));
-    gain.postNormalized(std::nan(""));
-    EXPECT_EQ(gain.getNormalized(), 0.0);
-    list_->takePosted();
-    EXPECT_EQ(gain.getDisplay(), "-24.0");
-}
-
-TEST_F(ExtParamTest, IsSilentUntilItsParameterIsDeclaredAndThenShowsTheDefault)
-{
-    CAudioExtParam& gain = add("Gain", "p.gain");
-    gain.setNormalized(0.7);
-    gain.postNormalized(0.7);
-    EXPECT_EQ(gain.getNormalized(), 0.0);
-    EXPECT_TRUE(gain.getDisplay().isEmpty());
-    EXPECT_TRUE(gain.getVisualName().isEmpty());
-    declare("p.gain", "gain", "-24", "24", "12");
-    EXPECT_NEAR(gain.getNormalized(), 0.75, 1e-12);
-}
-
 TEST_F(ExtParamTest, TellsTheHostOfEveryChangeButItsOwnAndThoseOfOtherGroups)
 {
     CAudioParam& a = declare("p.a", "real", "0", "10", "5");
@@ -101,17 +76,6 @@ TEST_F(ExtParamTest, TellsTheHostOfEveryChangeButItsOwnAndThoseOfOtherGroups)
     EXPECT_EQ(host_.take(), Calls{});
     EXPECT_EQ(list_->find(b, 0, 0), 1);
     EXPECT_EQ(list_->find(b, 1, 0), -1);
-}
-
-TEST_F(ExtParamTest, RefusesNamesBeyondSevenCharactersAndCollectorsThatAreNotThere)
-{
-    CAudioExtParam* param = nullptr;
-    EXPECT_OK(tryAdd(param, "1234567", "p.a"));
-    EXPECT_FAILS(tryAdd(param, "12345678", "p.a"), "Externalized parameter name '12345678' is too long");
-    const CAttrMap attributes{{"param-collector", CAttrValue("nothing")}};
-    EXPECT_FAILS(list_->createChild(param, "audio:ext-param", "x", false, nullptr, &attributes),
-                 "No parameter collector 'nothing' found.");
-    EXPECT_EQ(list_->getCount(), 1) << "what failed is gone";
 }
 
 TEST_F(ExtParamTest, CarriesPostedValuesToTheProcessesWithoutLocksOrMemory)
@@ -287,14 +251,47 @@ TEST_F(ExtParamTest, IsFoundByTheControllersOfAStoredTable)
     for (const int controller : {-1, 0, 9, 128, 200}) {
         EXPECT_EQ(table->get(controller), nullptr) << controller;
     }
-    for (std::size_t size = 1; size < bytes.size(); ++size) {
-        CError error = table->load(std::span(bytes).first(size));
-        EXPECT_TRUE(error) << size;
-        EXPECT_EQ(table->get(7), nullptr) << size;
-    }
+    EXPECT_TRUE(table->load(std::span(bytes).first(bytes.size() - 1)));
+    EXPECT_EQ(table->get(7), nullptr);
     ASSERT_OK(table->load(bytes));
     ASSERT_OK(table->load({}));
     EXPECT_EQ(table->get(7), nullptr) << "an empty store clears the table";
+}
+
+// As in the product's tree, where the table comes first.
+TEST(CCTable, FindsParametersThatAreMadeAfterIt)
+{
+    test::TemporaryHome home;
+    using test::TreeNode;
+    const CCreatorRow classes[] = {test::creatorRow<CAudioEnv>("audio:audio-env"),
+                                   test::creatorRow<CAudioParamCollector>("audio:param-collector"),
+                                   test::creatorRow<CAudioCCTable>("audio:cctable"),
+                                   test::creatorRow<CAudioExtParamList>("audio:ext-param-list"),
+                                   test::creatorRow<CAudioExtParam>("audio:ext-param"),
+                                   {}};
+    CApplicationParts parts;
+    parts.creators = classes;
+    parts.sharedFile = {};
+    ASSERT_OK(CApplication::start(parts));
+    const auto bytes = ccTable({{7, "^ext-param-list.a"}});
+    EXPECT_OK(CApplication::get()->getLocalData().saveAppData(CAudioCCTable::kStoreKey, CByteBuffer(bytes),
+                                                              nullptr, CApplicationData::kAttrList));
+    CObject* root = nullptr;
+    ASSERT_OK(CApplication::get()->initRootObject(root));
+    TreeNode tree;
+    tree.child(TreeNode("audio:audio-env", "env"))
+        .child(TreeNode("audio:param-collector", "params").attr("env", "env"))
+        .child(TreeNode("audio:cctable", "cctable"))
+        .child(TreeNode("audio:ext-param-list", "ext-param-list")
+                   .child(TreeNode("audio:ext-param", "a").attr("param-collector", "params")));
+    const std::vector<std::uint8_t> encoded = tree.bytes();
+    CNodeCursor cursor(encoded);
+    EXPECT_OK(root->loadNode(cursor, false, true, false, false));
+    const auto* table = dynamic_cast<CAudioCCTable*>(root->findObject("cctable"));
+    EXPECT_NE(table->get(7), nullptr);
+    EXPECT_EQ(table->get(7), root->findObject("ext-param-list.a"));
+    CApplication::get()->releaseRootObject(root);
+    CApplication::finish();
 }
 
 } // namespace

@@ -140,6 +140,61 @@ TEST_F(InterfaceTest, KeepsAHistoryThatClientsWalk)
     EXPECT_EQ(gain_->getValue(0, 0), 3.0);
 }
 
+TEST_F(InterfaceTest, FillsUpToAnEntryBeyondTheListAndTellsWhatItRefuses)
+{
+    CAudioParam& names = addParam("p.names", test::stringInfo("names", {"a", "b", "c"}));
+    CAudioParam& list = addParam("p.list", test::floatInfo("list", {1.0, 2.0}));
+    EXPECT_OK(client()->send(record::CChangeParams{
+        "Names", 1, false, {{"p.names", 0, 6, false, {}, {"g"}}, {"p.list", 2, 3, false, {9.0}, {}}}}));
+    EXPECT_EQ(names.getString(0, 6), "g");
+    EXPECT_EQ(names.getString(0, 2), "c");
+    EXPECT_EQ(names.getCurrent().getCount(0), 7);
+    EXPECT_EQ(list.getValue(2, 3), 9.0);
+    EXPECT_EQ(list.getValue(2, 1), 2.0);
+    EXPECT_FAILS(
+        client()->send(record::CChangeParams{
+            "Bad", 1, false, {{"p.gain", 0, 0, false, {3.0}, {}}, {"p.list", -1, 0, false, {1.0}, {}}}}),
+        "Parameter 'p.list' does not take these values.");
+    EXPECT_EQ(gain_->getValue(0, 0), 1.0) << "all or nothing";
+    EXPECT_EQ(client()->getHistory().steps.size(), 2U);
+    EXPECT_OK(client()->send(record::CMoveHistory{0}));
+    EXPECT_EQ(names.getCurrent().getCount(0), 3);
+}
+
+TEST_F(InterfaceTest, EditsTheProgramsOfARegistryAndTellsItsState)
+{
+    class Listener : public CAudioInterfaceRegistryListener
+    {
+    public:
+        void onRegistryState(const record::CRegistryState& now) override { state = now; }
+        record::CRegistryState state;
+    } listener;
+    const CAttrMap attributes{{"hierarchy", CAttrValue("p")},
+                              {"is-master", CAttrValue("true")},
+                              {"id", CAttrValue("x")},
+                              {"param-collector", CAttrValue("param-collector")}};
+    CAudioParamRegistry* registry = nullptr;
+    ASSERT_OK(root_->createChild(registry, "audio:param-registry", "programs", false, nullptr, &attributes));
+    client_->addRegistryListener(listener);
+    EXPECT_OK(client_->send(record::CGetRegistry{"programs"}));
+    CMemoryWriteBuffer stream;
+    ASSERT_OK(CAudioPreset("x:Second").save(stream));
+    record::CEditPrograms edit{.registry = "programs", .command = record::CEditPrograms::kAdd, .body = {}};
+    stream.copyTo(edit.body);
+    EXPECT_OK(client_->send(edit));
+    EXPECT_OK(client_->send(record::CRegistryCommand{"programs", record::CRegistryCommand::kABSwap, 0}));
+    client();
+    EXPECT_EQ(listener.state.programs, (std::vector<CString>{"Default", "Second"}));
+    EXPECT_TRUE(listener.state.isB);
+    edit = {
+        .registry = "programs", .command = record::CEditPrograms::kMove, .index = 1, .target = 0, .body = {}};
+    EXPECT_OK(client_->send(edit));
+    EXPECT_OK(client_->send(record::CEditPrograms{"programs", record::CEditPrograms::kDelete, 0, -1, {}}));
+    client();
+    EXPECT_EQ(listener.state.programs, std::vector<CString>{"Default"});
+    client_->removeRegistryListener(listener);
+}
+
 TEST_F(InterfaceTest, AnswersOnlyTheClientThatAsksAndForgetsOneThatLeaves)
 {
     const std::int32_t id = viz_->registerSource("meter");
@@ -237,26 +292,6 @@ TEST_F(InterfaceTest, AWindowMayOutliveTheInstance)
     CObject::releaseObject(wire_);
     EXPECT_OK(client_->send(record::CGetState{}));
     client();
-}
-
-TEST_F(InterfaceTest, TellsWhatIsMissingWhenItCannotStart)
-{
-    CAudioInterfaceClientConnectorVST* wire = nullptr;
-    CObject* lonely = new CObject;
-    EXPECT_FAILS(lonely->createChild(wire, "audio:interface-client-connector-vst", "x"),
-                 "'PluginRootPtrVar' variable not defined!");
-    CObject::releaseObject(lonely);
-    CAttrMap attributes{{"base-connector", CAttrValue("nothing")},
-                        {"client-connector", CAttrValue("nothing")}};
-    EXPECT_FAILS(
-        ui_->createChild(wire, "audio:interface-client-connector-vst", "x", false, nullptr, &attributes),
-        "Invalid base connector 'nothing' specified.");
-    CAudioInterfaceClient* client = nullptr;
-    EXPECT_FAILS(ui_->createChild(client, "audio:interface-client", "x", false, nullptr, &attributes),
-                 "No client connector 'nothing' found.");
-    CAudioInterfaceBase* base = nullptr;
-    EXPECT_FAILS(root_->createChild(base, "audio:interface-base", "x", false, nullptr, &attributes),
-                 "No base connector 'nothing' found.");
 }
 
 } // namespace

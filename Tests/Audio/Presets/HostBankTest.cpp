@@ -45,32 +45,6 @@ protected:
     }
 };
 
-TEST_F(HostBank, ThatCannotBeReadLeavesProgramsValuesAndHistoriesAlone)
-{
-    TestHost host;
-    bringUp(host);
-    requireOk(host.activateProgram(5));
-    host.set("modDrumfell.xover-freq", 123.0);
-    CAudioPresetBank bank = bankOf(host);
-    CAudioPresetBank small;
-    small.add(bank.get(0));
-    damage(small.get(0));
-    const Bytes before = chunkOf(host);
-    EXPECT_TRUE(load(host, small));
-    EXPECT_EQ(host.getRegistry().getProgram(), 5);
-    EXPECT_EQ(chunkOf(host), before);
-
-    // One that is not read before its program is chosen.
-    damage(bank.get(7));
-    EXPECT_OK(load(host, bank));
-    const Bytes loaded = chunkOf(host);
-    EXPECT_TRUE(host.activateProgram(7));
-    EXPECT_EQ(host.getRegistry().getProgram(), 5);
-    EXPECT_EQ(host.get("modDrumfell.xover-freq"), 123.0);
-    EXPECT_EQ(chunkOf(host), loaded);
-    EXPECT_OK(host.activateProgram(8));
-}
-
 TEST_F(HostBank, BringsTheNameOfTheInstanceWhicheverProgramIsOn)
 {
     TestHost host;

@@ -24,15 +24,6 @@ const Bytes kGoldenPreset = {
     1, 0, 0, 0, 1, 0, 0, 0,                                                    // one entry: string 1
 };
 
-Bytes joined(std::initializer_list<Bytes> parts)
-{
-    Bytes all;
-    for (const Bytes& part : parts) {
-        all.insert(all.end(), part.begin(), part.end());
-    }
-    return all;
-}
-
 CAudioPreset goldenPreset()
 {
     CAudioPreset preset(CString::fromUtf8("7qtz:Heavy\xC3\xA9"));
@@ -85,49 +76,6 @@ TEST(PresetFormat, PresetBodyHasTheDocumentedBytes)
     ASSERT_OK(loaded.readValues("gain", definition, gain));
     EXPECT_EQ(definition, "audio.gain");
     EXPECT_EQ(gain.get(0, 0), 1.5);
-}
-
-TEST(PresetFormat, BankAndListAreTheirPresetsInARow)
-{
-    const Bytes empty = {10, 0, 0, 0, '7', 'q', 't', 'z', ':', 'E', 'm', 'p', 't', 'y', 0, 0, 0, 0};
-    const Bytes bank = joined({{2, 0, 0, 0, 'M', 'y', 2, 0, 0, 0}, kGoldenPreset, empty});
-    EXPECT_EQ(bodyOf(goldenBank()), bank);
-    const Bytes list = joined({{1, 0, 0, 0}, bank});
-    EXPECT_EQ(bytesOf([](COutputStream& stream) { return goldenBank().saveList(stream); }), list);
-
-    CMemoryReader reader(list);
-    CAudioPresetBank loaded;
-    ASSERT_OK(loaded.loadList(reader));
-    EXPECT_EQ(loaded, goldenBank());
-}
-
-TEST(PresetFormat, RefusesEveryCut)
-{
-    expectCutsRefused<CAudioPreset>(kGoldenPreset, &CAudioPreset::load);
-    expectCutsRefused<CAudioPresetBank>(bodyOf(goldenBank()), &CAudioPresetBank::load);
-    expectCutsRefused<CAudioPresetBank>(
-        bytesOf([](COutputStream& stream) { return goldenBank().saveList(stream); }),
-        &CAudioPresetBank::loadList);
-}
-
-TEST(PresetFormat, BelievesNoCountBeyondTheData)
-{
-    const Bytes hugeCount = {0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0x7F};
-    const Bytes negativeCount = {0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF};
-    const Bytes hugeBlock = {0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0x7F};
-    const Bytes negativeBlock = {0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x80};
-    for (const Bytes& body : {hugeCount, negativeCount, hugeBlock, negativeBlock}) {
-        CMemoryReader presetReader(body);
-        CAudioPreset preset;
-        EXPECT_TRUE(preset.load(presetReader));
-        CMemoryReader bankReader(body);
-        CAudioPresetBank bank;
-        EXPECT_TRUE(bank.load(bankReader));
-    }
-    const Bytes version2 = {2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-    CMemoryReader reader(version2);
-    CAudioPresetBank bank;
-    EXPECT_FAILS(bank.loadList(reader), "Unsupported preset list version 2.");
 }
 
 TEST(PresetFormat, FilesComeBackAndDamagedOnesChangeNothing)

@@ -41,17 +41,12 @@ struct State
         next.title = content.title;
         return next;
     }
-    // Into one group; what has one group for all takes part in the first alone.
+    // Into one group; what has one group for all takes no part.
     State loadedInto(std::size_t group, const Content& content) const
     {
         State next = *this;
         replace(next.gain, group, content.gain, 1.0);
         replace(next.drive, group, content.drive, 2.0);
-        if (group == 0) {
-            const State all = loaded(content);
-            next.routing = all.routing;
-            next.oversampling = all.oversampling;
-        }
         return next;
     }
     static void replace(Groups& groups, std::size_t group, const std::optional<Groups>& with, double fill)
@@ -85,12 +80,17 @@ struct History
             states.back() = state;
             return;
         }
+        const CString& before = states[position].title;
+        const bool isRenamed = before != state.title;
+        titles.resize(position);
+        titles.push_back(isRenamed ? std::optional(std::pair(before, state.title)) : std::nullopt);
         states.resize(position + 1);
         kinds.resize(position);
         names.resize(position + 1);
         if (kinds.size() == 32) {
             states.erase(states.begin());
             kinds.erase(kinds.begin());
+            titles.erase(titles.begin());
             names.erase(names.begin() + 1);
         }
         states.push_back(state);
@@ -99,8 +99,24 @@ struct History
         position = kinds.size();
     }
 
+    // Where that leads from `now`. A step that wrote a title writes it again, others leave it alone.
+    State walk(std::size_t target, State now)
+    {
+        CString title = now.title;
+        for (; position > target; --position) {
+            title = titles[position - 1] ? titles[position - 1]->first : title;
+        }
+        for (; position < target; ++position) {
+            title = titles[position] ? titles[position]->second : title;
+        }
+        states[position].title = title;
+        return states[position];
+    }
+
     std::vector<State> states;
     std::vector<std::string> kinds;
+    std::vector<std::optional<std::pair<CString, CString>>>
+        titles; // before and after, of steps that write it
     std::vector<std::string> names{"Undo history start"};
     std::size_t position = 0;
 };
@@ -350,8 +366,7 @@ protected:
         const std::size_t target = any(now().history.states.size() + 1);
         undo_->moveTo(static_cast<std::int32_t>(target));
         if (target < now().history.states.size()) {
-            now().history.position = target;
-            state() = now().history.states[target];
+            state() = now().history.walk(target, state());
         }
     }
     void changeProgram()
@@ -370,6 +385,7 @@ protected:
         last_ = state();
         ASSERT_OK(activateBank(*master_, bankOf(contents)));
         takePrograms(contents);
+        alternate_.reset();
     }
     void swapAB()
     {
@@ -377,7 +393,11 @@ protected:
         if (!alternate_) {
             alternate_ = Place{state(), History(state()), {}};
         }
+        const CString title = state().title;
         std::swap(now(), *alternate_);
+        // Its name stays.
+        state().title = title;
+        now().history.states[now().history.position].title = title;
     }
     void storeAB()
     {

@@ -41,33 +41,6 @@ TEST_F(RegistryPresets, HoldWhatIsStorableAndForTheHostWhatIsPersistentToo)
     EXPECT_EQ(instanceName_->getString(0, 0), "Kick");
 }
 
-TEST_F(RegistryPresets, ReturnWhatTheyDoNotNameToDefaults)
-{
-    edit(*gain_, 5.0);
-    edit(*gain_, 6.0, 3);
-    edit(*drive_, 7.0);
-    edit(*oversampling_, 3.0);
-    ASSERT_OK(activate(*master_, presetOf("7qtz:One", {{"drive", 9.0}})));
-    EXPECT_EQ(drive_->getValue(0, 0), 9.0);
-    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-    EXPECT_EQ(gain_->getValue(3, 0), 1.0);
-    EXPECT_EQ(oversampling_->getValue(0, 0), 3.0); // stays unless named
-
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    edit(*gain_, 5.0);
-    ASSERT_OK(master_->applyPreset(presetOf("7qtz:One", {{"drive", 4.0}}), true, context));
-    EXPECT_EQ(drive_->getValue(0, 0), 4.0);
-    EXPECT_EQ(gain_->getValue(0, 0), 5.0);
-}
-
-TEST_F(RegistryPresets, DropKeysThatNoParameterUsesWithTheNextSnapshot)
-{
-    ASSERT_OK(activate(*master_, presetOf("7qtz:Odd", {{"no-such", 1.0}, {"gain", 2.0}})));
-    EXPECT_EQ(gain_->getValue(0, 0), 2.0);
-    EXPECT_FALSE(collector_->getParam("plugin.modMain.no-such").hasInfo());
-    EXPECT_EQ(acquired(*master_).findEntry("no-such"), nullptr);
-}
-
 TEST_F(RegistryPresets, OfAnotherRegistryAreRefused)
 {
     edit(*gain_, 5.0);
@@ -82,28 +55,7 @@ TEST_F(RegistryPresets, OfAnotherRegistryAreRefused)
     EXPECT_EQ(steps().size(), 2u);
 }
 
-TEST_F(RegistryPresets, CutAtAnyByteChangeNothing)
-{
-    const Bytes preset = bodyOf(presetOf("7qtz:Cut", {{"gain", 9.0}, {"drive", 8.0}}));
-    const Bytes before = acquire(*master_);
-    for (std::size_t size = 0; size < preset.size(); ++size) {
-        CMemoryReader reader(firstOf(preset, size));
-        ASSERT_TRUE(master_->activatePreset(reader, false)) << "cut to " << size;
-    }
-    CAudioPresetBank bank;
-    bank.add(presetOf("7qtz:Cut", {{"gain", 9.0}}));
-    bank.add(presetOf("7qtz:More", {{"gain", 7.0}}));
-    const Bytes bankBody = bodyOf(bank);
-    for (std::size_t size = 0; size < bankBody.size(); ++size) {
-        CMemoryReader reader(firstOf(bankBody, size));
-        ASSERT_TRUE(master_->activateBank(reader, true)) << "cut to " << size;
-    }
-    EXPECT_EQ(acquire(*master_), before);
-    EXPECT_EQ(master_->getProgramCount(), 1);
-    EXPECT_EQ(steps().size(), 1u);
-}
-
-TEST_F(RegistryPresets, AnUnreadableEntryKeepsTheBatchFromTheAudioSide)
+TEST_F(RegistryPresets, AnUnreadableEntryChangesNothing)
 {
     callAudio();
     Slot drive(*drive_, 0);
@@ -114,8 +66,9 @@ TEST_F(RegistryPresets, AnUnreadableEntryKeepsTheBatchFromTheAudioSide)
     ASSERT_OK(preset.setValues("gain", "audio.gain", pairs));
     EXPECT_FAILS(activate(*master_, preset), "Unsupported storage format (esize=2, dtype=0; should be: "
                                              "esize=1, dtype=0).");
-    EXPECT_EQ(drive_->getValue(0, 0), 9.0);        // before it, by key
+    EXPECT_EQ(drive_->getValue(0, 0), 2.0);        // before it, by key
     EXPECT_EQ(oversampling_->getValue(0, 0), 1.0); // behind it
+    EXPECT_EQ(presetName_->getString(0, 0), "Default");
     EXPECT_EQ(steps().size(), 1u);
     callAudio();
     EXPECT_EQ(drive.drain(), 0);
@@ -123,44 +76,6 @@ TEST_F(RegistryPresets, AnUnreadableEntryKeepsTheBatchFromTheAudioSide)
     callAudio();
     drive.drain();
     EXPECT_EQ(drive.storage.get(0, 0), 3.0);
-}
-
-TEST_F(RegistryPresets, ActivationNamesTheProgramAndCanBeTakenBack)
-{
-    BridgeCounter listener(*master_);
-    edit(*gain_, 5.0);
-    ASSERT_OK(activate(*master_, presetOf("7qtz:Loud", {{"gain", 9.0}})));
-    EXPECT_EQ(steps(), (Texts{"Undo history start", "plugin.modMain.gain change", "Master preset activate"}));
-    EXPECT_EQ(master_->getCurrentProgramName(), "Loud");
-    EXPECT_EQ(presetName_->getString(0, 0), "Loud");
-    EXPECT_GT(listener.count, 0);
-    undo_->moveTo(1);
-    EXPECT_EQ(gain_->getValue(0, 0), 5.0);
-    EXPECT_EQ(presetName_->getString(0, 0), "Default");
-    EXPECT_EQ(master_->getCurrentProgramName(), "Default");
-    undo_->moveTo(2);
-    EXPECT_EQ(master_->getCurrentProgramName(), "Loud");
-
-    // The host has its own undo.
-    ASSERT_OK(activate(*master_, presetOf("7qtz:Host", {{"gain", 3.0}}), true));
-    EXPECT_EQ(steps().size(), 3u);
-    EXPECT_EQ(master_->getCurrentProgramName(), "Host");
-}
-
-TEST_F(RegistryPresets, ActivationReachesTheAudioSideAsOneBatch)
-{
-    callAudio();
-    Slot gain(*gain_, 0);
-    Slot drive(*drive_, 0);
-    gain.drain();
-    drive.drain();
-    ASSERT_OK(activate(*master_, presetOf("7qtz:Loud", {{"gain", 9.0}, {"drive", 8.0}})));
-    callAudio();
-    gain.drain();
-    drive.drain();
-    EXPECT_EQ(gain.storage.get(0, 0), 9.0);
-    EXPECT_EQ(drive.storage.get(0, 0), 8.0);
-    EXPECT_FAILS(master_->activateROMPreset(0), "Invalid preset index 0 specified.");
 }
 
 TEST_F(RegistryPresets, AGroupIsActivatedAlone)
@@ -185,6 +100,11 @@ TEST_F(RegistryPresets, AGroupIsActivatedAlone)
     EXPECT_EQ(steps().back(), "Master preset (Right) activate");
     ASSERT_OK(activate(*dcFilter_, presetOf("7qtzA:x", {{"freq", 9.0}}), false, 0));
     EXPECT_EQ(steps().back(), "DC filter preset (Left) activate");
+    // The first group is one among others.
+    ASSERT_OK(activate(*master_, preset, false, 0));
+    EXPECT_EQ(gain_->getValue(0, 0), 9.0);
+    EXPECT_EQ(routing_->getValue(0, 0), 4.0);
+    EXPECT_EQ(oversampling_->getValue(0, 0), 1.0);
 
     // A snapshot of a group holds that group alone, as the first of its records.
     CAudioPreset group;
@@ -198,36 +118,28 @@ TEST_F(RegistryPresets, AGroupIsActivatedAlone)
     EXPECT_EQ(group.findEntry("io-params.routing"), nullptr);
 }
 
-TEST_F(RegistryPresets, RoutingAndFilterPresetsKeepToTheirSubtrees)
-{
-    edit(*gain_, 5.0);
-    ASSERT_OK(activate(*io_, presetOf("QLIO:Mono", {{"routing", 8.0}, {"oversampling", 4.0}})));
-    EXPECT_EQ(routing_->getValue(0, 0), 8.0);
-    EXPECT_EQ(oversampling_->getValue(0, 0), 1.0);
-    EXPECT_EQ(gain_->getValue(0, 0), 5.0);
-    EXPECT_EQ(steps().back(), "Routing preset activate");
-    EXPECT_EQ(master_->getCurrentProgramName(), "Default");
-    CMemoryWriteBuffer nowhere;
-    EXPECT_FAILS(io_->acquireBank(false, nowhere, false),
-                 "Acquiring bank in a non-master registry is an error.");
-    EXPECT_OK(io_->setProgram(1));
-}
-
-TEST_F(RegistryPresets, AChangeByHandMakesTheFilterPresetTheUsers)
+TEST_F(RegistryPresets, TheFilterShowsTheNameOfItsPresetUntilItIsChangedByHand)
 {
     CAudioPreset preset = presetOf("7qtzA:10 Hz", {{"freq", 10.0}});
     CAudioParamStorage name;
     name.format(1, CAudioParamStorage::kString);
     CAudioParamData pool;
-    const double id = pool.addString("-6 @ 10");
+    const double id = pool.addString("User");
     name.write({.count = 1, .dtype = CAudioParamStorage::kString, .values = &id, .pool = &pool});
     ASSERT_OK(preset.setValues("name", "audio.name", name));
     ASSERT_OK(activate(*dcFilter_, preset));
-    EXPECT_EQ(dcName_->getString(0, 0), "-6 @ 10");
+    EXPECT_EQ(dcName_->getString(0, 0), "10 Hz") << "its own name, whatever was stored in it";
+    undo_->moveTo(0);
+    EXPECT_EQ(dcName_->getString(0, 0), "3 Hz -6");
+    undo_->moveTo(1);
+    EXPECT_EQ(dcName_->getString(0, 0), "10 Hz");
+    ASSERT_OK(activate(*dcFilter_, presetOf("7qtzA:20 Hz", {{"freq", 20.0}}), false, 1));
+    EXPECT_EQ(dcName_->getString(0, 0), "10 Hz");
+    EXPECT_EQ(dcName_->getString(1, 0), "20 Hz");
     edit(*gain_, 5.0);
-    EXPECT_EQ(dcName_->getString(0, 0), "-6 @ 10");
+    EXPECT_EQ(dcName_->getString(0, 0), "10 Hz");
     edit(*dcFreq_, 11.0, 2);
-    EXPECT_EQ(dcName_->getString(0, 0), "-6 @ 10");
+    EXPECT_EQ(dcName_->getString(0, 0), "10 Hz");
     EXPECT_EQ(dcName_->getString(2, 0), "User");
     // The name is carried by what is stored, but does not count as one of the filter's values.
     EXPECT_EQ(acquired(*dcFilter_).findEntry("name"), nullptr);

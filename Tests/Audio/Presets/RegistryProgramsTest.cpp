@@ -20,101 +20,88 @@ protected:
     }
 };
 
-TEST_F(RegistryPrograms, KeepTheirEditsAndTheirHistories)
+TEST_F(RegistryPrograms, AAndBCompareSoundsAndLeaveNamesAlone)
 {
-    BridgeCounter listener(*master_);
     edit(*gain_, 20.0);
-    edit(*gain_, 21.0);
-    undo_->moveTo(1);
+    ASSERT_OK(master_->abStore());
+    EXPECT_FALSE(master_->isB());
     ASSERT_OK(master_->setProgram(1));
+    BridgeCounter listener(*master_);
+    ASSERT_OK(master_->abSwap());
+    EXPECT_TRUE(master_->isB());
     EXPECT_EQ(listener.count, 1);
-    EXPECT_EQ(gain_->getValue(0, 0), 12.0);
+    EXPECT_EQ(gain_->getValue(0, 0), 20.0);
+    EXPECT_EQ(master_->listPresets(false), (std::vector<CString>{"One", "Two", "Three"}));
     EXPECT_EQ(presetName_->getString(0, 0), "Two");
-    EXPECT_EQ(steps(), Texts{"Undo history start"});
-    edit(*drive_, 30.0);
-    ASSERT_OK(master_->setProgram(0));
-    EXPECT_EQ(gain_->getValue(0, 0), 20.0);
-    EXPECT_EQ(drive_->getValue(0, 0), 2.0);
-    EXPECT_EQ(position(), 1);
-    undo_->moveTo(2);
-    EXPECT_EQ(gain_->getValue(0, 0), 21.0);
-    undo_->moveTo(0);
-    EXPECT_EQ(gain_->getValue(0, 0), 11.0);
-    ASSERT_OK(master_->setProgram(1));
-    EXPECT_EQ(steps().size(), 2u);
-    EXPECT_EQ(drive_->getValue(0, 0), 30.0);
-}
 
-TEST_F(RegistryPrograms, IgnoreTheCurrentIndexAndThoseThatAreNotThere)
-{
-    BridgeCounter listener(*master_);
-    edit(*gain_, 20.0);
-    for (const std::int32_t index : {0, -1, 3, 1000}) {
-        ASSERT_OK(master_->setProgram(index));
-        master_->setProgramName(index == 0 ? -1 : index, "x", true);
-    }
-    EXPECT_EQ(gain_->getValue(0, 0), 20.0);
-    EXPECT_EQ(master_->getProgram(), 0);
-    EXPECT_EQ(listener.count, 0);
-    EXPECT_EQ(master_->getProgramName(3), "");
-    CMemoryWriteBuffer nowhere;
-    EXPECT_FAILS(master_->acquirePreset(false, 3, -1, nowhere, false), "Invalid preset index 3 specified.");
-    EXPECT_FAILS(master_->acquirePreset(true, -1, -1, nowhere, false), "Invalid preset index -1 specified.");
-}
-
-TEST_F(RegistryPrograms, RenamingByTheUserCanBeTakenBack)
-{
-    master_->setProgramName(0, "Uno", true);
-    EXPECT_EQ(steps().back(), "Program name change");
-    EXPECT_EQ(presetName_->getString(0, 0), "Uno");
-    master_->setProgramName(0, "Uno", true); // the same name is no step
-    master_->setProgramName(1, "Due", true); // nor is that of another program
-    EXPECT_EQ(steps().size(), 2u);
-    EXPECT_EQ(acquired(*master_).getName(), "7qtz:Uno");
-    undo_->moveTo(0);
-    EXPECT_EQ(master_->getCurrentProgramName(), "One");
-    master_->setProgramName(0, "Host", false);
-    EXPECT_EQ(presetName_->getString(0, 0), "Host");
-    EXPECT_EQ(steps().size(), 2u);
-    std::vector<CString> names = master_->listPresets(false);
-    EXPECT_EQ(names, (std::vector<CString>{"Host", "Due", "Three"}));
-}
-
-TEST_F(RegistryPrograms, ABankReplacesThemAndTheirHistories)
-{
-    ASSERT_OK(master_->setProgram(2));
-    edit(*gain_, 20.0);
+    // A project that is loaded now has nothing to do with the one before.
     CAudioPresetBank bank;
-    bank.add(presetOf("7qtz:A", {{"gain", 21.0}}));
-    bank.add(presetOf("7qtz:B", {{"gain", 22.0}}));
+    bank.add(presetOf("7qtz:New", {{"gain", 30.0}}));
     ASSERT_OK(activateBank(*master_, bank));
-    EXPECT_EQ(master_->getProgram(), 0); // the third one is gone
-    EXPECT_EQ(gain_->getValue(0, 0), 21.0);
+    EXPECT_FALSE(master_->isB());
+    ASSERT_OK(master_->abSwap());
+    EXPECT_EQ(gain_->getValue(0, 0), 30.0);
     EXPECT_EQ(steps(), Texts{"Undo history start"});
-
-    ASSERT_OK(activateBank(*master_, CAudioPresetBank()));
-    EXPECT_EQ(master_->getProgramCount(), 1);
-    EXPECT_EQ(master_->getCurrentProgramName(), "Default");
-    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
 }
 
-TEST_F(RegistryPrograms, MasterResetReturnsToInitialValuesAndCanBeTakenBack)
+TEST_F(RegistryPrograms, OneIsAddedDeletedReplacedAndMovedWithoutTouchingTheOthers)
 {
-    edit(*gain_, 20.0, 2);
-    edit(*oversampling_, 3.0);
-    instanceName_->setString(0, 0, "Kick", context_);
-    master_->masterReset();
-    EXPECT_EQ(steps().back(), "Master reset");
-    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-    EXPECT_EQ(gain_->getCurrent().getGroupCount(), 1);
-    EXPECT_EQ(oversampling_->getValue(0, 0), 1.0);
-    EXPECT_EQ(instanceName_->getString(0, 0), "Kick");
-    EXPECT_EQ(master_->getCurrentProgramName(), "Default");
-    undo_->moveTo(position() - 1);
-    EXPECT_EQ(gain_->getValue(0, 0), 11.0);
-    EXPECT_EQ(gain_->getValue(2, 0), 20.0);
-    EXPECT_EQ(oversampling_->getValue(0, 0), 3.0);
-    EXPECT_EQ(master_->getCurrentProgramName(), "One");
+    const auto names = [&] { return master_->listPresets(false); };
+    using Names = std::vector<CString>;
+    const auto withBody = [&](const char* name, double gain, auto&& use) {
+        const Bytes body = bodyOf(presetOf(name, {{"gain", gain}}));
+        CMemoryReader reader(body);
+        return use(reader);
+    };
+    edit(*drive_, 5.0); // a history of the first
+    ASSERT_OK(master_->setProgram(1));
+    edit(*gain_, 20.0);
+    const auto expectUntouched = [&](std::int32_t index) {
+        EXPECT_EQ(master_->getProgram(), index);
+        EXPECT_EQ(gain_->getValue(0, 0), 20.0);
+        EXPECT_EQ(steps().size(), 2u);
+        EXPECT_EQ(master_->getCurrentProgramName(), "Two");
+    };
+    BridgeCounter listener(*master_);
+    ASSERT_OK(withBody("7qtz:Zero", 10.0, [&](auto& body) { return master_->addProgram(0, body); }));
+    ASSERT_OK(withBody("7qtz:Four", 14.0, [&](auto& body) { return master_->addProgram(-1, body); }));
+    EXPECT_EQ(names(), (Names{"Zero", "One", "Two", "Three", "Four"}));
+    expectUntouched(2);
+    ASSERT_OK(master_->moveProgram(1, 4));
+    EXPECT_EQ(names(), (Names{"Zero", "Two", "Three", "Four", "One"}));
+    expectUntouched(1);
+    ASSERT_OK(master_->moveProgram(1, 3));
+    EXPECT_EQ(names(), (Names{"Zero", "Three", "Four", "Two", "One"}));
+    expectUntouched(3);
+    ASSERT_OK(withBody("7qtz:Neu", 15.0, [&](auto& body) { return master_->replaceProgram(1, body); }));
+    ASSERT_OK(master_->removeProgram(0));
+    EXPECT_EQ(names(), (Names{"Neu", "Four", "Two", "One"}));
+    expectUntouched(2);
+    EXPECT_EQ(listener.count, 6);
+    ASSERT_OK(master_->setProgram(3));
+    EXPECT_EQ(drive_->getValue(0, 0), 5.0);
+    EXPECT_EQ(steps().size(), 2u) << "its history came along";
+    ASSERT_OK(master_->setProgram(0));
+    EXPECT_EQ(gain_->getValue(0, 0), 15.0);
+
+    // Where the current one is concerned, something becomes audible.
+    ASSERT_OK(master_->setProgram(2));
+    ASSERT_OK(withBody("7qtz:Loud", 40.0, [&](auto& body) { return master_->replaceProgram(2, body); }));
+    EXPECT_EQ(gain_->getValue(0, 0), 40.0);
+    EXPECT_EQ(steps().back(), "Master preset activate");
+    ASSERT_OK(master_->setProgram(3));
+    ASSERT_OK(master_->removeProgram(3));
+    EXPECT_EQ(names(), (Names{"Neu", "Four", "Loud"}));
+    EXPECT_EQ(master_->getProgram(), 2);
+    EXPECT_EQ(gain_->getValue(0, 0), 40.0);
+    ASSERT_OK(master_->removeProgram(2));
+    ASSERT_OK(master_->removeProgram(1));
+    EXPECT_EQ(gain_->getValue(0, 0), 15.0);
+    EXPECT_FAILS(master_->removeProgram(0), "The last program cannot be deleted.");
+    EXPECT_FAILS(master_->moveProgram(0, 1), "Invalid preset index 1 specified.");
+    EXPECT_FAILS(withBody("QLIO:x", 1.0, [&](auto& body) { return master_->addProgram(0, body); }),
+                 "Incompatible preset.");
+    EXPECT_EQ(names(), Names{"Neu"});
 }
 
 } // namespace

@@ -72,17 +72,6 @@ protected:
     CAudioParamContext context_;
 };
 
-TEST_F(RegistryStart, NeedsACollector)
-{
-    CAttrMap attributes;
-    attributes["param-collector"] = CAttrValue("^nowhere");
-    CAudioParamRegistry* registry = nullptr;
-    EXPECT_FAILS(
-        root_->createChild(registry, "audio:param-registry", "registry", false, nullptr, &attributes),
-        "No parameter collector with the name '^nowhere' defined.");
-    EXPECT_EQ(registry, nullptr);
-}
-
 TEST_F(RegistryStart, TheProgramsBeginAsTheFactoryBank)
 {
     CAudioPresetBank factory;
@@ -113,13 +102,6 @@ TEST_F(RegistryStart, TheProgramsBeginAsTheFactoryBank)
     EXPECT_EQ(
         bytesOf([&](COutputStream& stream) { return master->acquirePreset(true, 1, -1, stream, false); }),
         bodyOf(factory.get(1)));
-}
-
-TEST_F(RegistryStart, WithoutAFactoryBankThereIsOneProgram)
-{
-    CAudioParamRegistry* master = makeMaster("no/such/file.cbf");
-    EXPECT_TRUE(master->listPresets(true).empty());
-    EXPECT_EQ(master->listPresets(false), std::vector<CString>{"Default"});
 }
 
 TEST_F(RegistryStart, TheUsersDefaultIsTheFirstProgramAndWhatResetReturnsTo)
@@ -182,15 +164,6 @@ TEST_F(RegistryStart, AParameterSelectsFromAStoredList)
         }
         CObject::releaseObject(registry);
     }
-}
-
-TEST_F(RegistryStart, ARegistryThatGoesHearsAndTellsNothingMore)
-{
-    CAudioParamRegistry* master = makeMaster();
-    BridgeCounter listener(*master);
-    CObject::releaseObject(master);
-    gain_->setValue(0, 0, 0, 9.0, context_); // nobody is told
-    EXPECT_EQ(listener.count, 0);
 }
 
 } // namespace

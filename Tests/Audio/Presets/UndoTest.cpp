@@ -17,56 +17,6 @@ protected:
     }
 };
 
-TEST_F(Undo, AnInstanceWithoutStepsListsTheStartAlone)
-{
-    EXPECT_EQ(steps(), Texts{"Undo history start"});
-    EXPECT_EQ(position(), 0);
-    undo_->moveTo(0);
-    undo_->moveTo(1);
-    undo_->moveTo(-1);
-    EXPECT_EQ(position(), 0);
-}
-
-TEST_F(Undo, DragsOfOneKnobMergeUntilAnotherComesBetween)
-{
-    edit(*gain_, 3.0, 0, true);
-    edit(*gain_, 4.0, 0, true);
-    edit(*drive_, 5.0, 0, true);
-    edit(*gain_, 6.0, 0, true);
-    EXPECT_EQ(steps().size(), 4u);
-    edit(*gain_, 7.0, 1, true); // another group
-    edit(*gain_, 8.0, 1, false);
-    EXPECT_EQ(steps().size(), 6u);
-
-    undo_->moveTo(1);
-    EXPECT_EQ(gain_->getValue(0, 0), 4.0);
-    undo_->moveTo(0);
-    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-    undo_->moveTo(5);
-    EXPECT_EQ(gain_->getValue(0, 0), 6.0);
-    EXPECT_EQ(gain_->getValue(1, 0), 8.0);
-    EXPECT_EQ(drive_->getValue(0, 0), 5.0);
-}
-
-TEST_F(Undo, KeepsAsManyStepsAsAllowed)
-{
-    for (int i = 1; i <= 33; ++i) {
-        edit(*gain_, 1.0 + i);
-    }
-    EXPECT_EQ(steps().size(), 33u); // 32 and the start
-    EXPECT_EQ(position(), 32);
-    undo_->moveTo(0);
-    EXPECT_EQ(gain_->getValue(0, 0), 2.0); // before the oldest step that is left
-}
-
-TEST_F(Undo, DropsAStepThatChangedNothing)
-{
-    edit(*gain_, 1.0);
-    undo_->addStep(CAudioParamUndoStep("empty"));
-    ASSERT_OK(activate(*master_, CAudioPreset("7qtz:Default")));
-    EXPECT_EQ(steps(), Texts{"Undo history start"});
-}
-
 TEST_F(Undo, TakesGroupsAndEntriesAwayThatAWriteBrought)
 {
     const Bytes before = saved(*routing_);
@@ -107,25 +57,6 @@ TEST_F(Undo, RestoresTextsThatAreGoneFromTheParameter)
     undo_->moveTo(1);
     EXPECT_EQ(dcName_->getString(0, 0), "3 Hz -6");
     EXPECT_EQ(dcName_->getString(2, 0), "third");
-}
-
-TEST_F(Undo, AWalkReachesTheAudioSideAsOneBatch)
-{
-    Slot gain(*gain_, 0);
-    Slot drive(*drive_, 0);
-    edit(*gain_, 3.0);
-    edit(*drive_, 5.0);
-    edit(*gain_, 4.0);
-    callAudio();
-    gain.drain();
-    drive.drain();
-    EXPECT_EQ(gain.storage.get(0, 0), 4.0);
-    undo_->moveTo(0);
-    callAudio();
-    gain.drain();
-    drive.drain();
-    EXPECT_EQ(gain.storage.get(0, 0), 1.0);
-    EXPECT_EQ(drive.storage.get(0, 0), 2.0);
 }
 
 } // namespace

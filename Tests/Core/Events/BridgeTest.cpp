@@ -50,48 +50,6 @@ private:
     int* gone_;
 };
 
-TEST(Bridge, TellsAllThatAreAttachedButTheSender)
-{
-    CBridgeBase source;
-    CBridgeBase other;
-    CProbe a;
-    CProbe b;
-    CProbe stranger;
-    a.bridge.attach(&source, 7);
-    b.bridge.attach(&source, 8);
-    stranger.bridge.attach(&other, 9);
-
-    source.updateBridges(&b.bridge);
-    EXPECT_EQ(a.count, 1);
-    EXPECT_EQ(a.lastWord, 7u);
-    EXPECT_EQ(a.lastSender, &b.bridge);
-    source.updateBridges();
-    EXPECT_EQ(a.count, 2);
-    EXPECT_EQ(b.count, 1);
-    EXPECT_EQ(b.lastWord, 8u);
-    EXPECT_EQ(stranger.count, 0);
-}
-
-TEST(Bridge, IsAttachedToOneSourceAtATime)
-{
-    CBridgeBase first;
-    CBridgeBase second;
-    CProbe probe;
-    probe.bridge.attach(&first, 1);
-    probe.bridge.attach(&first, 2); // again: told once, with the new word
-    first.updateBridges();
-    EXPECT_EQ(probe.count, 1);
-    EXPECT_EQ(probe.lastWord, 2u);
-    probe.bridge.attach(&second, 3);
-    first.updateBridges();
-    EXPECT_EQ(probe.count, 1);
-    second.updateBridges();
-    EXPECT_EQ(probe.lastWord, 3u);
-    probe.bridge.detach();
-    second.updateBridges();
-    EXPECT_EQ(probe.count, 2);
-}
-
 TEST(Bridge, OutlivesItsSourceWhichLearnsThatSomeStayed)
 {
     int gone = 0;

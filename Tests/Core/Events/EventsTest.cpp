@@ -132,16 +132,6 @@ TEST_F(Events, AHandlerMayReleaseItsOwnObjectAndGoOn)
     EXPECT_EQ(nameAfterwards, "a");
 }
 
-TEST_F(Events, AnUnknownHandlerIsTracedAndIgnored)
-{
-    Log lines;
-    const CTraceHook before = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
-    a_.listenObject("sender", "go", "nowhere");
-    setTraceHook(before);
-    EXPECT_EQ(lines, Log{"Event handler 'nowhere' not found in listenObject(). // a"});
-    EXPECT_OK(sender_.notify("go", {}, false));
-}
-
 TEST_F(Events, TheFirstFailingHandlerStopsDelivery)
 {
     a_.listenObject("sender", "go", "one");
@@ -186,25 +176,6 @@ TEST_F(Events, WithoutALoopEvenPostedOnesArriveAtOnceInTheCallersThread)
     }).join();
     ASSERT_EQ(takeLog(), Log{"a:one:"});
     EXPECT_EQ(CEventProbe::threads.front(), caller);
-}
-
-TEST_F(Events, WithoutAServerNothingHappens)
-{
-    test::TreeRoot lone;
-    lone->listenObject("x", "go", "release-child-bridged");
-    EXPECT_OK(lone->notify("go", {}, true));
-    EXPECT_OK(lone->notifyTo(".", "release-child-bridged", {}, true));
-}
-
-TEST_F(Events, NotifyToReachesOneSubscriberOrTheHandlerOfTheEventsOwnName)
-{
-    a_.listenObject("sender", "go", "one");
-    b_.listenObject("sender", "go", "one");
-    EXPECT_OK(sender_.notifyTo("b", "go", withX("1"), false));
-    EXPECT_OK(sender_.notifyTo("^a", "two", withX("2"), false)); // never subscribed to
-    EXPECT_OK(sender_.notifyTo("a", "unknown", {}, false));
-    EXPECT_OK(sender_.notifyTo("nobody", "one", {}, false));
-    EXPECT_EQ(takeLog(), (Log{"b:one:1", "a:two:2"}));
 }
 
 class PostedEvents : public Events
@@ -288,14 +259,6 @@ TEST_F(PostedEvents, OutliveTheirSenderAndSkipListenersThatAreGone)
     tree_.add("probe", "a"); // of the same name, but another object
     loop_->drain();
     EXPECT_EQ(takeLog(), Log{"b:one:1"});
-}
-
-TEST_F(PostedEvents, AreDroppedWithTheTree)
-{
-    EXPECT_OK(sender_.notify("go", {}, true));
-    tree_.end();
-    loop_->drain();
-    EXPECT_EQ(takeLog(), Log{});
 }
 
 TEST_F(PostedEvents, AreDroppedWithTheLoopAfterWhichDeliveryIsAtOnce)

@@ -74,21 +74,6 @@ TEST_F(TreeClasses, ATimerTicksAtItsIntervalRoundedToMilliseconds)
     EXPECT_EQ(ticksAt(0.042), 1u);
 }
 
-TEST_F(TreeClasses, ATimersNewIntervalTakesEffectAtOnce)
-{
-    CObject& probe = tree_.add("probe", "probe");
-    probe.listenObject("timer", "tick", "one");
-    CObject& timer = tree_.add("core:timer", "timer", attributes({{"interval", "10"}}));
-    EXPECT_OK(timer.setAttribute("interval", "0.5", true));
-    EXPECT_EQ(ticksAt(0.49), 0u);
-    EXPECT_EQ(ticksAt(0.5), 1u);
-    EXPECT_OK(timer.setAttribute("interval", "-3", true)); // the shortest there is
-    EXPECT_EQ(ticksAt(0.509), 0u);
-    EXPECT_EQ(ticksAt(0.51), 1u);
-    EXPECT_OK(timer.setAttribute("interval", CAttrValue(std::nan("")), true));
-    EXPECT_EQ(ticksAt(0.52), 1u);
-}
-
 TEST_F(TreeClasses, ATimerEndsWithItsReleaseEvenInItsOwnTick)
 {
     CObject& probe = tree_.add("probe", "probe");
@@ -100,12 +85,6 @@ TEST_F(TreeClasses, ATimerEndsWithItsReleaseEvenInItsOwnTick)
     };
     EXPECT_EQ(ticksAt(1.0), 1u);
     EXPECT_EQ(ticksAt(5.0), 0u);
-}
-
-TEST_F(TreeClasses, ATimerNeedsAnEventLoop)
-{
-    tree_.server->setEventLoop(nullptr);
-    EXPECT_FAILS(create("core:timer", attributes({{"interval", "1"}})), "Timer window creation error -1.");
 }
 
 TEST_F(TreeClasses, ADoublerSetsAllItsTargetsInOrder)
@@ -123,15 +102,6 @@ TEST_F(TreeClasses, ADoublerSetsAllItsTargetsInOrder)
     CObject::releaseObject(&b);
     EXPECT_OK(doubler.setAttribute("value", "3", true));
     EXPECT_EQ(a.getAttrInt("size"), 3);
-}
-
-TEST_F(TreeClasses, ADoublerWithoutItsTargetsFails)
-{
-    EXPECT_FAILS(create("core:attr-doubler", attributes({{"target", "  "}, {"attr", "x"}})),
-                 "No target objects specified.");
-    tree_.add("core:object", "there");
-    EXPECT_FAILS(create("core:attr-doubler", attributes({{"target", "there gone"}, {"attr", "x"}})),
-                 "Target object 'gone' not found.");
 }
 
 TEST_F(TreeClasses, GlobalSettingsFollowWhatTheyReferTo)
