@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <ostream>
 
 namespace qel::tools {
@@ -16,7 +17,7 @@ namespace qel::tools {
 namespace {
 
 constexpr int kMargin = 1; // so that outlines at the right and bottom edges are seen
-constexpr double kMaxSide = 16384.0;
+constexpr double kMaxSide = 8192.0;
 
 // Layouts are computed in single precision. Of all decimal numbers that mean the same one, the shortest is
 // shown: 34.4, and not 34.400001525878906.
@@ -26,7 +27,7 @@ double shortest(double value)
     const auto end = std::to_chars(text, text + sizeof text, static_cast<float>(value)).ptr;
     double shown = value;
     std::from_chars(text, end, shown);
-    return shown;
+    return shown + 0.0; // a negative zero is zero
 }
 
 std::string lastName(const std::string& path)
@@ -49,6 +50,7 @@ void drawOutline(CCanvas& canvas, const CRect& rect, CColour colour)
 
 void printLayoutText(const std::vector<CLayoutTree::View>& views, std::ostream& out)
 {
+    out.precision(std::numeric_limits<float>::max_digits10);
     for (const auto& [path, rect] : views) {
         out << path << ' ' << shortest(rect.x) << ' ' << shortest(rect.y) << ' ' << shortest(rect.width)
             << ' ' << shortest(rect.height) << '\n';

@@ -421,11 +421,11 @@ void CChildLayout::layMatching(CViewArea& child)
             matched->matching_.push(&child);
         }
     }
-    if (matched) {
+    if (matched && matched->isShown()) {
         offerRect(child, *matched);
         return;
     }
-    Box nothing;
+    Box nothing; // the rectangle of a view that is hidden or gone
     for (const CAxis axis : kAxes) {
         nothing.start[indexOf(axis)].constant(0.0);
         nothing.size[indexOf(axis)].constant(0.0);

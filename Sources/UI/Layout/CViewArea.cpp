@@ -365,6 +365,9 @@ void CViewArea::queueReport()
 void CViewArea::queueReportOfAll()
 {
     queueReport();
+    for (CViewArea* area : matching_) {
+        area->queueParentRebuild();
+    }
     for (CViewArea* child : children_) {
         child->queueReportOfAll();
     }

@@ -168,12 +168,16 @@ TEST_F(ViewArea, FreesItsRoomAndItsVariablesWhenItGoes)
     EXPECT_EQ(tree_->rect(".b"), (CRect{0, 0, 20, 10}));
 }
 
-TEST_F(ViewArea, AMatchedViewThatGoesLeavesNothingBehind)
+TEST_F(ViewArea, AMatchedViewThatIsHiddenOrGoesLeavesNothingBehind)
 {
     load(
-        R"(<v n="a" width="10" height="10"/><v n="p"><v n="m" placement="match" placement-match="root.a"/></v>)");
+        R"(<v n="h"><v n="a" width="10" height="10"/></v><v n="p"><v n="m" placement="match" placement-match="root.h.a"/></v>)");
     EXPECT_EQ(tree_->rect(".p.m"), (CRect{0, 0, 10, 10}));
-    CObject::releaseObject(&tree_->view("root.a"));
+    tree_->change(".h", "is-visible", "0");
+    EXPECT_EQ(tree_->rect(".p.m"), CRect());
+    tree_->change(".h", "is-visible", "1");
+    EXPECT_EQ(tree_->rect(".p.m"), (CRect{0, 0, 10, 10}));
+    CObject::releaseObject(&tree_->view("root.h.a"));
     tree_->solve();
     EXPECT_EQ(tree_->rect(".p.m"), CRect());
 }
