@@ -86,6 +86,14 @@ TEST(Description, ParametersReadBackAndUnderstandTheirOwnText)
         VstParameterProperties properties;
         EXPECT_EQ(host.call(kGetParameterProperties, i, 0, &properties), 1);
         EXPECT_EQ(properties.shortLabel, name);
+        if (i == 0 || std::string(name) == "Oversmp") { // a switch, and five states
+            EXPECT_EQ(properties.flags,
+                      i == 0 ? kParameterIsSwitch : kParameterHasIntegerRange | kParameterHasFloatSteps);
+            EXPECT_EQ(properties.maxInteger, i == 0 ? 0 : 4);
+            EXPECT_EQ(properties.stepFloat, i == 0 ? 0.0f : 0.25f);
+        } else if (std::string(name).find("Gain") != std::string::npos) {
+            EXPECT_EQ(properties.flags, 0) << name;
+        }
         for (int step = 0; step <= 20; ++step) {
             host.set(i, static_cast<float>(step) / 20.0f);
             const float value = host.get(i);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
@@ -201,6 +202,77 @@ TEST(RudeHost, AccumulatingAddsToWhatIsThere)
     }
 }
 
+// A host passes as many pointers as its arrangement has channels; behind them may stand anything.
+TEST(RudeHost, TouchesNoMoreChannelsThanWereArranged)
+{
+    Host host;
+    VstSpeakerArrangement stereo{};
+    stereo.numChannels = 2;
+    host.start();
+    host.call(kSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&stereo), &stereo);
+    for (const bool isRestarted : {false, true}) {
+        if (isRestarted) {
+            host.stop();
+            host.start();
+        }
+        Channels<float> signal = drums<float>(1000);
+        auto* const nowhere = reinterpret_cast<float*>(std::uintptr_t{8});
+        std::vector<float*> channels(8, nowhere);
+        channels[0] = signal[0].data();
+        channels[1] = signal[1].data();
+        host->process(host.effect(), channels.data(), channels.data(), 1000);
+        host->processReplacing(host.effect(), channels.data(), channels.data(), 1000);
+        EXPECT_TRUE(std::isfinite(signal[0][999]));
+    }
+}
+
+TEST(RudeHost, ANewRateCountsFromTheNextBlock)
+{
+    const auto at48k = [](bool isLate) {
+        return inChild([isLate] {
+            Host host;
+            host.setAll(5);
+            host.start(isLate ? 44100.0f : 48000.0f);
+            if (isLate) {
+                host.call(kSetSampleRate, 0, 0, nullptr, 48000.0f);
+                host.call(kSetBlockSize, 0, 64);
+            }
+            return flat(host.run(drums<float>(20000), {512}));
+        });
+    };
+    const std::vector<double> early = at48k(false);
+    EXPECT_EQ(firstDifference(at48k(true), early), early.size());
+}
+
+TEST(RudeHost, KnowsItsDelayBeforeTheFirstBlock)
+{
+    std::int32_t oversampling = 0;
+    Host host;
+    while (host.text(kGetParamName, 8, oversampling) != "Oversmp") {
+        ASSERT_LT(++oversampling, host->numParams);
+    }
+    for (int mode = 0; mode <= 4; ++mode) { // automatic, then 1 to 8 times
+        host.stop();
+        host.set(oversampling, static_cast<float>(mode) / 4.0f);
+        host.start();
+        const std::int32_t foreseen = host->initialDelay;
+        host.run(drums<float>(2000), {512});
+        EXPECT_EQ(host->initialDelay, foreseen) << mode;
+        EXPECT_EQ(foreseen > 0, mode != 1) << mode;
+
+        Bytes state = host.chunk(true);
+        Host other;
+        other.load(state, true);
+        EXPECT_EQ(other->initialDelay, foreseen) << mode;
+        EXPECT_EQ(other.ioChanges, mode == 1 ? 0 : 1) << mode;
+        other.start();
+        EXPECT_EQ(other->initialDelay, foreseen) << mode;
+        other.run(drums<float>(2000), {512});
+        EXPECT_EQ(other->initialDelay, foreseen) << mode;
+        EXPECT_EQ(other.ioChanges, mode == 1 ? 0 : 1) << mode;
+    }
+}
+
 TEST(RudeHost, StoppingForgetsWhatRang)
 {
     Host host;
@@ -262,6 +334,75 @@ TEST(RudeHost, AutomatesFromSeveralThreadsWhileProcessing)
     EXPECT_NEAR(host.get(5), 0.25f, 1e-3);
 }
 
+// No host may, and some do.
+TEST(RudeHost, IsTurnedOffAndOnAndRearrangedWhileProcessing)
+{
+    using Clock = std::chrono::steady_clock;
+#ifdef DRUMFELL_SANITIZED
+    constexpr std::chrono::seconds kLength(10);
+#else
+    constexpr std::chrono::seconds kLength(2);
+#endif
+    Host host;
+    host.start();
+    std::atomic<bool> isOver{false};
+    std::thread audio([&] {
+        Channels<float> signal = drums<float>(2048, 8);
+        std::vector<float*> channels;
+        for (auto& channel : signal) {
+            channels.push_back(channel.data());
+        }
+        std::vector<std::vector<float>> made(8, std::vector<float>(2048));
+        std::vector<float*> outputs;
+        for (auto& channel : made) {
+            outputs.push_back(channel.data());
+        }
+        for (unsigned turn = 0; !isOver; ++turn) {
+            const int count = 1 + static_cast<int>(turn * 37 % 2048);
+            const auto process = turn % 5 ? host->processReplacing : host->process;
+            process(host.effect(), channels.data(), outputs.data(), count);
+            ASSERT_TRUE(std::isfinite(outputs[0][0]));
+        }
+    });
+    std::mt19937 random(1);
+    const Bytes preset = host.chunk(true);
+    const Bytes bank = host.chunk(false);
+    for (const auto end = Clock::now() + kLength; Clock::now() < end;) {
+        VstSpeakerArrangement arrangement{};
+        arrangement.numChannels = 1 + static_cast<std::int32_t>(random() % 8);
+        switch (random() % 8) {
+        case 0:
+            host.stop();
+            break;
+        case 1:
+            host.call(kMainsChanged, 0, 1);
+            break;
+        case 2:
+            host.call(kSetSampleRate, 0, 0, nullptr, random() % 2 ? 44100.0f : 96000.0f);
+            break;
+        case 3:
+            host.call(kSetBlockSize, 0, 64 << random() % 5);
+            break;
+        case 4:
+            host.call(kSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&arrangement), &arrangement);
+            break;
+        case 5:
+            host.load(random() % 2 ? preset : host.chunk(true), true);
+            break;
+        case 6:
+            host.load(bank, false);
+            break;
+        default:
+            host.call(kSetProgram, 0, static_cast<std::intptr_t>(random() % 3));
+            host.set(static_cast<std::int32_t>(random() % 24), static_cast<float>(random() % 100) / 99.0f);
+        }
+    }
+    isOver = true;
+    audio.join();
+    host.start();
+    EXPECT_TRUE(std::isfinite(host.run(drums<float>(2000), {512})[0][1999]));
+}
+
 TEST(RudeHost, TheAudioThreadWaitsForNobodyOnceWarm)
 {
     if (!AllocationGuard::kCounts) {
@@ -277,6 +418,10 @@ TEST(RudeHost, TheAudioThreadWaitsForNobodyOnceWarm)
     // ended.
     for (const bool isWarm : {false, false, true}) {
         for (unsigned seed = 1; seed < 40; ++seed) {
+            if (seed % 10 == 0) {
+                host.stop();
+                host.start();
+            }
             const AllocationGuard::Counts counts = [&] {
                 AllocationGuard guard;
                 host.set(static_cast<std::int32_t>(seed % 24), static_cast<float>(seed % 7) / 6.0f);

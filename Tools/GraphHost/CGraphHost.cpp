@@ -10,7 +10,6 @@
 #include "Definitions/CAudioProcessDefBase.h"
 
 #include <algorithm>
-#include <cstring>
 #include <stdexcept>
 
 namespace qel::tools {
@@ -76,11 +75,10 @@ CGraphHost::CGraphHost(const CTreeNode& sharedTree, const Options& options) : CG
 CGraphHost::~CGraphHost()
 {
     if (drainLink_) {
-        feedLink_->disconnect();
         drainLink_->disconnect();
     }
+    feed_.reset();
     tree_.release();
-    feedLink_.reset();
     drainLink_.reset();
     graph_.reset();
     CObject::releaseObject(instance_);
@@ -104,10 +102,7 @@ void CGraphHost::makeInstance()
 
 void CGraphHost::connect()
 {
-    feed_ = std::make_unique<CAudioOutputPort>(*graph_);
-    feedLink_ = std::make_unique<CAudioLink>(*graph_, *feed_);
-    feedLink_->connect();
-    root().input(0).addLink(*feedLink_);
+    feed_ = std::make_unique<CAudioFeed>(*graph_, root(), 0);
     drainLink_ = std::make_unique<CAudioLink>(*graph_, root().output(0));
     drainLink_->connect();
 }
@@ -148,17 +143,11 @@ void CGraphHost::runBlock(const CChannels& input, std::size_t start, int count)
     CAudioEnv& env = params().getEnv();
     env.setInProcess(true);
     params().applyPending(env.getPositionSec());
-    CChannelMask mask = 0;
+    feed_->setChannelCount(static_cast<int>(input.size()));
     for (std::size_t channel = 0; channel < input.size(); ++channel) {
-        mask |= CChannelMask{1} << channel;
-    }
-    feed_->setChannels(mask);
-    for (std::size_t channel = 0; channel < input.size(); ++channel) {
-        const CBufferRef buffer = kernels().allocateSamples(static_cast<std::size_t>(count));
-        std::memcpy(kernels().samples(buffer), input[channel].data() + start,
-                    static_cast<std::size_t>(count) * sizeof(double));
         const auto number = static_cast<int>(channel);
-        feed_->emit(number, buffer, count, graph_->formats.intern(formatOf(number)));
+        std::copy_n(input[channel].begin() + static_cast<std::ptrdiff_t>(start), count,
+                    feed_->append(number, count, formatOf(number)));
     }
     graph_->positionSec = env.getPositionSec();
     root().process();

@@ -1,7 +1,7 @@
 // Runs the signal graph of a compiled tree without a host around it.
 #pragma once
 
-#include "CAudioLink.h"
+#include "CAudioFeed.h"
 #include "CAudioParamCollector.h"
 #include "CAudioProcessTree.h"
 #include "CObject.h"
@@ -72,8 +72,7 @@ private:
     CAudioParamCollector* params_ = nullptr;
     std::unique_ptr<CAudioGraph> graph_;
     CAudioProcessTree tree_;
-    std::unique_ptr<CAudioOutputPort> feed_;
-    std::unique_ptr<CAudioLink> feedLink_;
+    std::unique_ptr<CAudioFeed> feed_;
     std::unique_ptr<CAudioLink> drainLink_;
 };
 

@@ -277,10 +277,26 @@ CString CAudioExtParam::getDisplayOf(double norm, CAudioParamConverter::TextMode
     return now && !std::isnan(norm) ? textOf(*now, now->valueOf(norm), mode) : CString();
 }
 
+bool CAudioExtParam::Projection::isEnumeration() const
+{
+    return dynamic_cast<const CAudioParamConverterEnum*>(converter) != nullptr;
+}
+
+std::int32_t CAudioExtParam::getStepCount() const
+{
+    const Projection* now = projection();
+    if (!now || !now->isEnumeration()) {
+        return 0;
+    }
+    const auto at = static_cast<std::size_t>(now->element);
+    return static_cast<std::int32_t>(
+        std::lround(std::fabs(now->info.maxValues[at] - now->info.minValues[at])));
+}
+
 std::optional<double> CAudioExtParam::Projection::normOfState(const CString& text) const
 {
     using TextMode = CAudioParamConverter::TextMode;
-    if (!dynamic_cast<const CAudioParamConverterEnum*>(converter)) {
+    if (!isEnumeration()) {
         return std::nullopt;
     }
     const auto at = static_cast<std::size_t>(element);

@@ -64,6 +64,8 @@ public:
     std::optional<double> getNormalizedOf(const CString& text) const;
     CString getLabel() const;
     CString getVisualName() const;
+    // From one state of an enumeration to the last; 0 for what has no states.
+    std::int32_t getStepCount() const;
 
     // --- audio thread: no locks, no allocation
 
@@ -80,6 +82,7 @@ private:
 
         double valueOf(double norm) const;
         double normOf(double value) const;
+        bool isEnumeration() const;
         // Of an enumeration's state by its name; a converter takes states by number only.
         std::optional<double> normOfState(const CString& text) const;
     };

@@ -91,13 +91,14 @@ public:
     void syncLinks() override;
     void applyEvents() override;
 
+    // Of the bands at work, at this process's rate.
+    double latencySamples(int channelGroup) const;
+
 protected:
     CModFilterModule::Settings readSettings(const CAudioModulePlace& place) const override;
     CAudioStreamFormat outputFormat(const CAudioStreamFormat& input) const override;
 
 private:
-    double latencySamples(int channelGroup) const;
-
     const CModFilterDef& definition_;
     CInlineArray<double, 8> latencies_; // as places()
 };

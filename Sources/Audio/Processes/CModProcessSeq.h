@@ -39,6 +39,7 @@ protected:
     // Builds one more member at the end, as the process "<sequence>.<name>". Building thread.
     CError addMember(const CAudioProcessDefBase& def, const CString& name);
     std::size_t memberCount() const { return members_.size(); }
+    const CAudioProcessBase& member(std::size_t place) const { return *members_[place].process; }
     // From the next step on the members from `first` to before `end` work.
     void activate(std::size_t first, std::size_t end);
     void step(int count) override;

@@ -1,6 +1,7 @@
 // Raises or lowers the sample rate by 1, 2, 4 or 8.
 #include "CModResampler.h"
 
+#include "CModFilter.h"
 #include "Definitions/CAudioProcessDefBase.h"
 #include "ParamRounding.h"
 
@@ -73,6 +74,17 @@ CError CModResampler::init()
         }
     }
     return {};
+}
+
+double CModResampler::latencySamples(int stages) const
+{
+    double latency = 0.0;
+    for (int stage = 0; stage < stages; ++stage) {
+        const int place = isUpsampler_ ? 2 * stage + 1 : 2 * (kMaxStages - 1 - stage);
+        const auto& filter = dynamic_cast<const CModFilter&>(member(static_cast<std::size_t>(place)));
+        latency += filter.latencySamples(0) / (2 << stage);
+    }
+    return latency;
 }
 
 bool CModResampler::process()

@@ -27,6 +27,9 @@ public:
 
     // Factors of two at work.
     int stages() const { return stages_; }
+    // By how much the filters of so many stages make the stream late, in samples of the outer rate. Before
+    // the first step: it reads the filters' settings, which are fixed, where they stand.
+    double latencySamples(int stages) const;
 
 protected:
     int slotCount() const override { return 2; }

@@ -4,6 +4,7 @@
 #include "AEffEditor.h"
 #include "Vst24.h"
 
+#include <atomic>
 #include <memory>
 
 // Holds the record that a host works with and turns its calls into virtual ones. The host owns the effect: it
@@ -57,8 +58,8 @@ public:
                                    float opt);
 
 protected:
-    float getSampleRate() const { return sampleRateHz_; }
-    std::int32_t getBlockSize() const { return blockSize_; }
+    float getSampleRate() const { return sampleRateHz_.load(std::memory_order_relaxed); }
+    std::int32_t getBlockSize() const { return blockSize_.load(std::memory_order_relaxed); }
 
     // --- what the host reads
     void setUniqueID(std::int32_t id) { effect_.uniqueID = id; }
@@ -92,6 +93,6 @@ private:
     AEffect effect_{};
     AudioMasterCallback audioMaster_;
     std::unique_ptr<AEffEditor> editor_;
-    float sampleRateHz_ = 44100.0f;
-    std::int32_t blockSize_ = 1024;
+    std::atomic<float> sampleRateHz_{44100.0f};
+    std::atomic<std::int32_t> blockSize_{1024};
 };

@@ -1,8 +1,10 @@
-// One plug-in instance behind the VST 2.4 interface: beginning, processing and channels.
+// One plug-in instance behind the VST 2.4 interface.
 #include "CAudioWrapperVST.h"
 
 #include "CAudioEnv.h"
 #include "CAudioExtParamList.h"
+#include "CAudioParam.h"
+#include "CAudioParamCollector.h"
 #include "CAudioParamRegistry.h"
 #include "CFailureReport.h"
 #include "CHostTraits.h"
@@ -20,10 +22,43 @@ namespace qel {
 
 namespace {
 
+using vst24::kEffectNameBytes;
+using vst24::kParameterTextBytes;
+using vst24::kProgramNameBytes;
+using vst24::kVendorTextBytes;
+
+constexpr std::size_t kMaxQuestionBytes = 64; // of a canDo(); no host asks longer ones
+constexpr std::size_t kMaxTypedBytes = 256;   // of a parameter's text
+
+constexpr std::intptr_t kCockosExtensions = 0xBEEF0000;
+constexpr std::int32_t kCockosDisplay = 7; // vendorSpecific(): the text of any value
+constexpr std::intptr_t kCockosDone = 0xBEEF;
+constexpr std::int32_t kWheelIndex = 0x73744341;  // "stCA"
+constexpr std::intptr_t kWheelValue = 0x57686565; // "Whee"
+
+// Their places are the interface's numbers.
+constexpr const char* kCategories[] = {
+    "kPlugCategUnknown",     "kPlugCategEffect",         "kPlugCategSynth",  "kPlugCategAnalysis",
+    "kPlugCategMastering",   "kPlugCategSpacializer",    "kPlugCategRoomFx", "kPlugSurroundFx",
+    "kPlugCategRestoration", "kPlugCategOfflineProcess", "kPlugCategShell",  "kPlugCategGenerator",
+};
+
 constexpr std::int32_t kMultiChannelVersion = 2300;
 constexpr std::int32_t kStereo = 2;
 constexpr std::int32_t kDeclaredSpeakers = std::extent_v<decltype(VstSpeakerArrangement::speakers)>;
 constexpr int kPrecisionCount = 2; // single and double
+constexpr std::int32_t kMaxPiece = CAudioHostStream::kMaxSlice;
+
+// The whole text, or the short one where the whole does not fit.
+template <class Display>
+void writeDisplay(char* text, Display&& display)
+{
+    CString shown = display(CAudioParamConverter::TextMode::kNormal);
+    if (shown.length() >= kParameterTextBytes) {
+        shown = display(CAudioParamConverter::TextMode::kShort);
+    }
+    vst24::writeText(text, kParameterTextBytes, shown);
+}
 
 } // namespace
 
@@ -42,7 +77,14 @@ AEffect* createEffect(AudioMasterCallback audioMaster)
 
 CAudioWrapperVST::CAudioWrapperVST(AudioMasterCallback audioMaster) : AudioEffectX(audioMaster, 1, 1) {}
 
-CAudioWrapperVST::~CAudioWrapperVST() = default;
+// The window looks into the tree, which the base class ends.
+CAudioWrapperVST::~CAudioWrapperVST()
+{
+    if (AEffEditor* const editor = getEditor()) {
+        editor->close();
+        setEditor(nullptr);
+    }
+}
 
 CError CAudioWrapperVST::init()
 {
@@ -51,7 +93,7 @@ CError CAudioWrapperVST::init()
     describeEffect();
     const AEffect& effect = *getAeffect();
     setDefaultLayout(effect.numInputs, effect.numOutputs);
-    accumulated_.resize(static_cast<std::size_t>(effect.numOutputs) * kMaxSlice);
+    accumulated_.resize(static_cast<std::size_t>(effect.numOutputs) * kMaxPiece);
     for (std::int32_t i = 0; i < effect.numInputs; ++i) {
         inputLabels_.push_back(CString::number(i));
     }
@@ -76,14 +118,14 @@ void CAudioWrapperVST::readHost()
 
 void CAudioWrapperVST::describeEffect()
 {
-    setUniqueID(getPluginCode());
+    setUniqueID(getIdentity().code);
     setVersion(getVendorVersion());
     setNumPrograms(getRegistry().getProgramCount());
     setNumParams(getExtParams().getCount());
     programsAreChunks(true);
     canProcessReplacing(true);
     canDoubleReplacing(true);
-    const std::int32_t channels = isMultiChannel_ ? getInternalChannelCount() : kStereo;
+    const std::int32_t channels = isMultiChannel_ ? getIdentity().channelCount : kStereo;
     setNumInputs(channels);
     setNumOutputs(channels);
 }
@@ -102,14 +144,22 @@ void CAudioWrapperVST::suspend()
 void CAudioWrapperVST::resume()
 {
     const auto section = enterHostSection();
-    const AEffect& effect = *getAeffect();
     CAudioHostSetup setup;
-    setup.sampleRateHz = getSampleRate();
-    setup.blockSize = getBlockSize();
-    setup.inputCount = inputArrangement_ ? inputArrangement_->numChannels : effect.numInputs;
-    setup.outputCount = outputArrangement_ ? outputArrangement_->numChannels : effect.numOutputs;
+    setup.sampleRateHz = double{getSampleRate()};
+    {
+        const AEffect& effect = *getAeffect();
+        const CLock lock(getEnv().getLock());
+        setup.inputCount = inputArrangement_ ? inputArrangement_->numChannels : effect.numInputs;
+        setup.outputCount = outputArrangement_ ? outputArrangement_->numChannels : effect.numOutputs;
+    }
     CAudioWrapper::resume(setup);
-    setInitialDelay(getLatencySamples());
+}
+
+// Some hosts change the rate without a stop.
+void CAudioWrapperVST::setSampleRate(float rateHz)
+{
+    AudioEffectX::setSampleRate(rateHz);
+    CAudioWrapper::setSampleRate(double{getSampleRate()});
 }
 
 // --- audio thread
@@ -142,31 +192,32 @@ void CAudioWrapperVST::processHostBlock(const void* const* inputs, void* const* 
 void CAudioWrapperVST::process(float** inputs, float** outputs, std::int32_t frames)
 {
     const auto section = enterHostSection();
-    for (std::int32_t start = 0; start < frames; start += kMaxSlice) {
-        accumulatePiece(inputs, outputs, start, std::min(kMaxSlice, frames - start));
+    const CAudioHostSetup setup = beginBlock();
+    for (std::int32_t start = 0; start < frames; start += kMaxPiece) {
+        accumulatePiece(setup, inputs, outputs, start, std::min(kMaxPiece, frames - start));
     }
 }
 
-void CAudioWrapperVST::accumulatePiece(float** inputs, float** outputs, std::int32_t start,
-                                       std::int32_t count)
+void CAudioWrapperVST::accumulatePiece(const CAudioHostSetup& setup, float** inputs, float** outputs,
+                                       std::int32_t start, std::int32_t count)
 {
+    // Longer than the host's: the setup may grow between two pieces.
     const void* in[kMaxChannels] = {};
     void* out[kMaxChannels] = {};
-    const std::int32_t inputCount = std::min(getAeffect()->numInputs, kMaxChannels);
-    const std::int32_t outputCount = std::min(getAeffect()->numOutputs, kMaxChannels);
-    for (std::int32_t i = 0; inputs && i < inputCount; ++i) {
+    for (int i = 0; inputs && i < setup.inputCount; ++i) {
         in[i] = inputs[i] ? inputs[i] + start : nullptr;
     }
-    // An output that the arrangement has not is not written.
-    std::fill(accumulated_.begin(), accumulated_.end(), 0.0f);
-    for (std::int32_t i = 0; i < outputCount; ++i) {
-        out[i] = accumulated_.data() + std::ptrdiff_t{i} * kMaxSlice;
+    for (int i = 0; outputs && i < setup.outputCount; ++i) {
+        out[i] = outputs[i] ? accumulated_.data() + std::ptrdiff_t{i} * kMaxPiece : nullptr;
     }
-    processHostBlock(in, out, count, false);
-    for (std::int32_t i = 0; outputs && i < outputCount; ++i) {
-        const float* from = accumulated_.data() + std::ptrdiff_t{i} * kMaxSlice;
-        if (float* to = outputs[i] ? outputs[i] + start : nullptr) {
-            std::transform(from, from + count, to, to, std::plus<float>());
+    CAudioHostBlock block;
+    block.inputs = in;
+    block.outputs = out;
+    block.count = count;
+    processBlock(block);
+    for (int i = 0; i < setup.outputCount; ++i) {
+        if (const auto* from = static_cast<const float*>(out[i])) {
+            std::transform(from, from + count, outputs[i] + start, outputs[i] + start, std::plus<float>());
         }
     }
 }
@@ -220,11 +271,11 @@ bool CAudioWrapperVST::setSpeakerArrangement(const VstSpeakerArrangement* input,
 {
     ArrangementPtr newInput = copyOf(*input, getAeffect()->numInputs);
     ArrangementPtr newOutput = copyOf(*output, getAeffect()->numOutputs);
+    announceLayout(newInput->numChannels, newOutput->numChannels);
     const CLock lock(getEnv().getLock());
     inputArrangement_ = std::move(newInput);
     outputArrangement_ = std::move(newOutput);
     nameInputs(*inputArrangement_);
-    requestRestart();
     return true;
 }
 
@@ -254,6 +305,249 @@ bool CAudioWrapperVST::getSpeakerArrangement(VstSpeakerArrangement** input, VstS
 bool CAudioWrapperVST::setProcessPrecision(std::int32_t precision)
 {
     return precision >= 0 && precision < kPrecisionCount;
+}
+
+// --- parameters
+
+void CAudioWrapperVST::setParameter(std::int32_t index, float value)
+{
+    if (CAudioExtParam* param = getExtParams().get(index)) {
+        param->postNormalized(value);
+    }
+}
+
+float CAudioWrapperVST::getParameter(std::int32_t index)
+{
+    const CAudioExtParam* param = getExtParams().get(index);
+    return param ? static_cast<float>(param->getNormalized()) : 0.0f;
+}
+
+void CAudioWrapperVST::getParameterLabel(std::int32_t index, char* text)
+{
+    const CAudioExtParam* param = getExtParams().get(index);
+    vst24::writeText(text, kParameterTextBytes, param ? param->getLabel() : CString());
+}
+
+void CAudioWrapperVST::getParameterDisplay(std::int32_t index, char* text)
+{
+    const CAudioExtParam* param = getExtParams().get(index);
+    writeDisplay(text, [&](auto mode) { return param ? param->getDisplay(mode) : CString(); });
+}
+
+void CAudioWrapperVST::getParameterName(std::int32_t index, char* text)
+{
+    const CAudioExtParam* param = getExtParams().get(index);
+    vst24::writeText(text, kParameterTextBytes, param ? param->getExtName() : CString());
+}
+
+bool CAudioWrapperVST::string2parameter(std::int32_t index, const char* text)
+{
+    CAudioExtParam* param = getExtParams().get(index);
+    if (!param || !text) {
+        return param != nullptr;
+    }
+    const std::optional<double> norm = param->getNormalizedOf(vst24::readText(text, kMaxTypedBytes));
+    if (norm) {
+        param->postNormalized(*norm);
+    }
+    return norm.has_value();
+}
+
+bool CAudioWrapperVST::getParameterProperties(std::int32_t index, VstParameterProperties* properties)
+{
+    const CAudioExtParam* param = getExtParams().get(index);
+    if (!param) {
+        return false;
+    }
+    *properties = {};
+    vst24::writeText(properties->label, sizeof(properties->label), param->getVisualName());
+    vst24::writeText(properties->shortLabel, sizeof(properties->shortLabel), param->getExtName());
+    const std::int32_t steps = param->getStepCount();
+    if (steps == 1) {
+        properties->flags = vst24::kParameterIsSwitch;
+    } else if (steps > 1) {
+        properties->flags = vst24::kParameterHasIntegerRange | vst24::kParameterHasFloatSteps;
+        properties->maxInteger = steps;
+        properties->stepFloat = properties->smallStepFloat = properties->largeStepFloat =
+            1.0f / static_cast<float>(steps);
+    }
+    return true;
+}
+
+// --- programs and state
+
+std::int32_t CAudioWrapperVST::getProgram()
+{
+    return getRegistry().getProgram();
+}
+
+void CAudioWrapperVST::setProgram(std::int32_t program)
+{
+    curProgram_ = program;
+    releaseError(activateProgram(program));
+}
+
+void CAudioWrapperVST::setProgramName(const char* text)
+{
+    renameProgram(vst24::readText(text, kProgramNameBytes));
+}
+
+void CAudioWrapperVST::getProgramName(char* text)
+{
+    vst24::writeText(text, kProgramNameBytes, getRegistry().getCurrentProgramName());
+}
+
+bool CAudioWrapperVST::getProgramNameIndexed(std::int32_t, std::int32_t index, char* text)
+{
+    const bool exists = index >= 0 && index < getRegistry().getProgramCount();
+    vst24::writeText(text, kProgramNameBytes, exists ? getRegistry().getProgramName(index) : CString());
+    return exists;
+}
+
+std::intptr_t CAudioWrapperVST::getChunk(void** data, bool isPreset)
+{
+    CByteBuffer chunk;
+    if (const CError error = saveChunk(chunk, isPreset, true)) {
+        chunkBuffer_.release();
+        *data = nullptr;
+        return 0;
+    }
+    chunkBuffer_ = std::move(chunk);
+    *data = chunkBuffer_.data();
+    return static_cast<std::intptr_t>(chunkBuffer_.size());
+}
+
+bool CAudioWrapperVST::setChunk(const void* data, std::intptr_t size, bool isPreset)
+{
+    if (!data || size < 0) {
+        return false;
+    }
+    const std::span bytes(static_cast<const std::uint8_t*>(data), static_cast<std::size_t>(size));
+    return !loadChunk(bytes, isPreset, true);
+}
+
+// --- names and abilities
+
+CObject* CAudioWrapperVST::project() const
+{
+    return getRoot()->findObject("shared::project");
+}
+
+bool CAudioWrapperVST::getEffectName(char* text)
+{
+    vst24::writeText(text, kEffectNameBytes, getIdentity().name);
+    return true;
+}
+
+bool CAudioWrapperVST::getVendorString(char* text)
+{
+    vst24::writeText(text, kVendorTextBytes, getIdentity().vendor);
+    return true;
+}
+
+bool CAudioWrapperVST::getProductString(char* text)
+{
+    vst24::writeText(text, kVendorTextBytes,
+                     getIdentity().name + " " + project()->getAttrString("app-version"));
+    return true;
+}
+
+std::int32_t CAudioWrapperVST::getVendorVersion()
+{
+    const CPluginIdentity& version = getIdentity();
+    return version.major << 16 | version.minor << 8 | version.patch;
+}
+
+std::intptr_t CAudioWrapperVST::vendorSpecific(std::int32_t index, std::intptr_t value, void* ptr, float opt)
+{
+    if (index == kWheelIndex && value == kWheelValue) {
+        return getEditor() && getEditor()->onWheel(opt);
+    }
+    const CAudioExtParam* param = getExtParams().get(toIndex(value));
+    if (index == kCockosDisplay && ptr && param) {
+        writeDisplay(static_cast<char*>(ptr), [&](auto mode) { return param->getDisplayOf(opt, mode); });
+        return kCockosDone;
+    }
+    return 0;
+}
+
+std::intptr_t CAudioWrapperVST::canDo(const char* text)
+{
+    const CString question = vst24::readText(text, kMaxQuestionBytes);
+    if (question == "hasCockosExtensions") {
+        return kCockosExtensions;
+    }
+    return question == "receiveVstMidiEvent" || question == "receiveVstTimeInfo";
+}
+
+std::int32_t CAudioWrapperVST::getPlugCategory()
+{
+    const CString name = project()->getAttrString("plugin-category-vst");
+    const auto found = std::find_if(std::begin(kCategories), std::end(kCategories),
+                                    [&](const char* each) { return name == each; });
+    return found == std::end(kCategories) ? 0 : static_cast<std::int32_t>(found - std::begin(kCategories));
+}
+
+void CAudioWrapperVST::fillPin(VstPinProperties& pin, std::int32_t index, std::int32_t count,
+                               const CString& label)
+{
+    pin = {};
+    vst24::writeText(pin.label, sizeof(pin.label), label);
+    vst24::writeText(pin.shortLabel, sizeof(pin.shortLabel), label);
+    const bool hasPartner = (index | 1) < count;
+    pin.flags = vst24::kPinActive | (hasPartner ? vst24::kPinStereo : 0);
+}
+
+bool CAudioWrapperVST::getInputProperties(std::int32_t index, VstPinProperties* properties)
+{
+    const std::int32_t count = getAeffect()->numInputs;
+    if (index < 0 || index >= count) {
+        return false;
+    }
+    const CString name =
+        getParams().getParam("plugin.modMain.io-params.in-channel-names").getString(0, index);
+    fillPin(*properties, index, count, name.isEmpty() ? CString("In ") + CString::number(index + 1) : name);
+    return true;
+}
+
+bool CAudioWrapperVST::getOutputProperties(std::int32_t index, VstPinProperties* properties)
+{
+    const std::int32_t count = getAeffect()->numOutputs;
+    if (index < 0 || index >= count) {
+        return false;
+    }
+    fillPin(*properties, index, count, CString("Out ") + CString::number(index + 1));
+    return true;
+}
+
+// --- to the host
+
+void CAudioWrapperVST::setParameterAutomated(std::int32_t index, double norm)
+{
+    if (!isHostActivating()) {
+        AudioEffectX::setParameterAutomated(index, static_cast<float>(norm));
+    }
+}
+
+void CAudioWrapperVST::updateDisplay()
+{
+    if (hasHost()) {
+        AudioEffectX::updateDisplay();
+    }
+}
+
+void CAudioWrapperVST::beginEdit(std::int32_t index)
+{
+    if (hasHost()) {
+        AudioEffectX::beginEdit(index);
+    }
+}
+
+void CAudioWrapperVST::endEdit(std::int32_t index)
+{
+    if (hasHost()) {
+        AudioEffectX::endEdit(index);
+    }
 }
 
 } // namespace qel

@@ -27,6 +27,7 @@ public:
     // --- processing starts and stops
     void suspend() override;
     void resume() override;
+    void setSampleRate(float rateHz) override;
 
     // --- audio thread
     // The samples are as wide as the call says, whatever setProcessPrecision() was told: a host that
@@ -94,7 +95,8 @@ private:
     void describeEffect();
     void processHostBlock(const void* const* inputs, void* const* outputs, std::int32_t frames,
                           bool isDouble);
-    void accumulatePiece(float** inputs, float** outputs, std::int32_t start, std::int32_t count);
+    void accumulatePiece(const CAudioHostSetup& setup, float** inputs, float** outputs, std::int32_t start,
+                         std::int32_t count);
     std::unique_lock<CCriticalSection> enterHostSection();
     CObject* project() const;
     void nameInputs(const VstSpeakerArrangement& arrangement);
@@ -104,9 +106,10 @@ private:
     // Only for a host that suspends and resumes in overlap with processing; null in all others.
     std::unique_ptr<CCriticalSection> hostSection_;
     CByteBuffer chunkBuffer_; // the host's until its next getChunk()
+    // The next three with CAudioEnv's lock.
     ArrangementPtr inputArrangement_;
     ArrangementPtr outputArrangement_;
-    std::vector<CString> inputLabels_; // with CAudioEnv's lock
+    std::vector<CString> inputLabels_;
     std::int32_t hostVersion_ = 0;
     CString hostVendor_;
     CString hostProduct_;

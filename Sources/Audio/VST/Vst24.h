@@ -161,6 +161,14 @@ inline constexpr std::int32_t kVersion = 2400;
 inline constexpr std::int32_t kTempoValid = 1 << 10;
 inline constexpr std::int32_t kMidiEventType = 1;
 
+// Of VstParameterProperties.
+enum ParameterFlag : std::int32_t
+{
+    kParameterIsSwitch = 1 << 0,
+    kParameterHasIntegerRange = 1 << 1,
+    kParameterHasFloatSteps = 1 << 2,
+};
+
 enum AEffectFlag : std::int32_t
 {
     kHasEditor = 1 << 0,

@@ -44,7 +44,6 @@ public:
     {
         CAudioHostSetup setup;
         setup.sampleRateHz = rateHz;
-        setup.blockSize = 512;
         setup.inputCount = channels;
         setup.outputCount = channels;
         resume(setup);

@@ -137,7 +137,6 @@ public:
     {
         CAudioHostSetup setup;
         setup.sampleRateHz = 48000.0;
-        setup.blockSize = 512;
         setup.inputCount = channels;
         setup.outputCount = channels;
         resume(setup);

@@ -1,13 +1,11 @@
-// One plug-in instance without a host interface: building, blocks, state, and the audio thread's manners.
-#include "AllocationGuard.h"
+// One plug-in instance without a host interface: building, blocks, state, and its end.
+#include "CAudioWrapperVST.h"
 #include "WrapperRig.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
 #include <limits>
-#include <thread>
 
 namespace qel {
 namespace {
@@ -155,14 +153,6 @@ TEST(Wrapper, RestoresItsStateToTheLastByte)
         bringUp(fresh);
         test::requireOk(fresh.loadChunk(chunk.bytes(), isPreset, true));
         EXPECT_EQ(soundOf(fresh), soundOf(other));
-
-        other.set("modGain.gain", 0.5);
-        for (std::size_t size = 0; size < chunk.size(); ++size) {
-            const bool isShort = size <= 16; // no more than the header: nothing to load, and no fault
-            EXPECT_EQ(static_cast<bool>(other.loadChunk(chunk.bytes().first(size), isPreset, true)), !isShort)
-                << size;
-        }
-        EXPECT_EQ(other.get("modGain.gain"), 0.5);
     }
 }
 
@@ -190,7 +180,7 @@ TEST(Wrapper, StartsAfreshAfterAPauseAndTakesANewRateAndLayout)
     setup.inputCount = 4;
     setup.outputCount = 3;
     host.resume(setup);
-    EXPECT_EQ(host.delays, (std::vector<std::int32_t>{0, 0, 0}));
+    EXPECT_EQ(host.delays, (std::vector<std::int32_t>{0, 0, 0, 0}));
     const double startSec = host.getParams().getEnv().getPositionSec();
     auto wide = steady(4);
     std::fill(wide[3].begin(), wide[3].end(), 5.0);
@@ -198,9 +188,51 @@ TEST(Wrapper, StartsAfreshAfterAPauseAndTakesANewRateAndLayout)
     EXPECT_NEAR(host.getParams().getEnv().getPositionSec() - startSec, 100 / 32000.0, 1e-12);
     EXPECT_NEAR(output[2][0], (3 * 2.5 + 12.5) / 4 + 3.0, 1e-9); // the fourth channel is part of the mean
     EXPECT_EQ(output[3][0], 0.0);                                // and not written
-    // What the links hold may go when they are made anew, but the stream goes on.
-    host.updateProcessConfig();
-    EXPECT_NEAR(host.run(wide, {100})[2][50], output[2][50], 1e-9);
+}
+
+// A window left open when the host ends the effect still looks into the tree.
+TEST(Wrapper, EndsItsWindowBeforeItsTree)
+{
+    class Editor : public AEffEditor
+    {
+    public:
+        Editor(CAudioWrapperVST& effect, std::string& log) : AEffEditor(&effect), wrapper_(effect), log_(log)
+        {}
+        ~Editor() override { log_ += wrapper_.getRoot()->findObject("plugin.audio-env") ? "ended" : "late"; }
+        void close() override { log_ += "closed "; }
+
+    private:
+        CAudioWrapperVST& wrapper_;
+        std::string& log_;
+    };
+    class Effect : public CAudioWrapperVST
+    {
+    public:
+        explicit Effect(std::string& log)
+            : CAudioWrapperVST([](AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*,
+                                  float) -> std::intptr_t { return 0; })
+        {
+            setEditor(std::make_unique<Editor>(*this, log));
+        }
+    };
+    const TestApplication application(test::wrapperTree());
+    std::string log;
+    auto* const effect = new Effect(log);
+    test::requireOk(effect->init());
+    AEffect* const face = effect->getAeffect();
+    face->dispatcher(face, vst24::kClose, 0, 0, nullptr, 0.0f);
+    EXPECT_EQ(log, "closed ended");
+}
+
+TEST(Wrapper, FollowsTheSettingOfAutomaticOversampling)
+{
+    const TestApplication application(test::wrapperTree());
+    TestHost host;
+    bringUp(host);
+    EXPECT_EQ(host.get("host-oversampling-mode"), 1.0);
+    CApplicationData& store = CApplication::get()->getGlobalData();
+    test::requireOk(store.saveString("oversampling-level", "3", nullptr));
+    EXPECT_EQ(host.get("host-oversampling-mode"), 3.0);
 }
 
 TEST(Wrapper, FollowsTheHostsTempoAndProcessLevel)
@@ -231,81 +263,6 @@ TEST(Wrapper, NamesChannelsAsAStepThatCanBeUndone)
     host.importChannelLabels();
     CAudioParam& names = host.getParams().getParam("plugin.modMain.io-params.in-channel-names");
     EXPECT_EQ(names.getString(0, 1), "Snare");
-}
-
-TEST(Wrapper, AllocatesAndWaitsForNothingOnceWarmWhileOthersWrite)
-{
-    if (!test::AllocationGuard::kCounts) {
-        GTEST_SKIP() << "counting is off under sanitizers";
-    }
-    const TestApplication application(test::wrapperTree());
-    TestHost host;
-    bringUp(host);
-    const auto input = sines<float>(512);
-    std::vector<float> out[2] = {std::vector<float>(512), std::vector<float>(512)};
-    const void* inputs[] = {input[0].data(), input[1].data()};
-    void* outputs[] = {out[0].data(), out[1].data()};
-    CAudioHostBlock block;
-    block.inputs = inputs;
-    block.outputs = outputs;
-    block.count = 512;
-    // Warm: every fade and switch has been under way together with every other.
-    for (int i = 0; i < 1000; ++i) {
-        host.set("modGain.gain", i % 3 ? 1.0 : 0.5);
-        host.set("mix.mix", i % 4 ? 1.0 : 0.5);
-        host.set("wet", i % 5 ? 1.0 : 0.0);
-        host.processBlock(block);
-    }
-    std::atomic<bool> isDone{false};
-    std::vector<std::thread> writers;
-    for (const char* name : {"modGain.gain", "mix.mix", "wet"}) {
-        writers.emplace_back([&host, &isDone, name] {
-            for (int i = 0; !isDone; ++i) {
-                host.set(name, i % 2 ? 1.0 : 0.5);
-            }
-        });
-    }
-    // States come and go as a whole besides.
-    CByteBuffer chunk;
-    test::requireOk(host.saveChunk(chunk, true, false));
-    writers.emplace_back([&host, &isDone, &chunk] {
-        while (!isDone) {
-            test::requireOk(host.loadChunk(chunk.bytes(), true, false));
-        }
-    });
-    long counted = 0;
-    for (int i = 0; i < 3000; ++i) {
-        block.count = 1 + (i * 37) % 512;
-        test::AllocationGuard guard;
-        host.processBlock(block);
-        counted += guard.stop().total();
-    }
-    isDone = true;
-    for (std::thread& writer : writers) {
-        writer.join();
-    }
-    EXPECT_EQ(counted, 0);
-}
-
-TEST(Wrapper, TakesWritesFromTwoThreadsWhileAThirdProcesses)
-{
-    const TestApplication application(test::wrapperTree());
-    TestHost host;
-    bringUp(host);
-    std::vector<std::thread> writers;
-    for (const char* name : {"modGain.gain", "mix.mix"}) {
-        writers.emplace_back([&host, name] {
-            for (int i = 0; i < 3000; ++i) {
-                host.set(name, 0.25 + 0.5 * (i % 2));
-            }
-        });
-    }
-    std::thread audio([&host] { host.run(sines<double>(100000), {64, 512}); });
-    for (std::thread& writer : writers) {
-        writer.join();
-    }
-    audio.join();
-    EXPECT_EQ(host.get("modGain.gain"), 0.75);
 }
 
 } // namespace

@@ -1,0 +1,449 @@
+// The host-independent half of one plug-in instance.
+#include "CAudioWrapper.h"
+
+#include "CApplication.h"
+#include "CAudioCCTable.h"
+#include "CAudioEnv.h"
+#include "CAudioExtParamList.h"
+#include "CAudioGlobalParam.h"
+#include "CAudioInterfaceBase.h"
+#include "CAudioParam.h"
+#include "CAudioParamCollector.h"
+#include "CAudioParamRegistry.h"
+#include "CAudioParamUndoStep.h"
+#include "CAudioProcess.h"
+#include "CAudioVizCollector.h"
+#include "CDCDAWContextObject.h"
+#include "CModOutput.h"
+#include "CModResampler.h"
+#include "Definitions/CAudioProcessDef.h"
+#include "NumberSyntax.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace qel {
+
+namespace {
+
+constexpr const char* kMainName = "plugin.modMain";
+constexpr const char* kOutputName = "plugin.modOutput";
+constexpr const char* kLevelSetting = "oversampling-level";
+constexpr int kOfflineLevel = 4;
+
+template <class T>
+CError require(T*& out, CObject& root, const char* path, const char* message)
+{
+    out = dynamic_cast<T*>(root.findObject(path));
+    if (!out) {
+        QEL_FAIL({}, message);
+    }
+    return {};
+}
+
+} // namespace
+
+CAudioWrapper::CAudioWrapper() = default;
+
+CAudioWrapper::~CAudioWrapper()
+{
+    paramListener_.detach();
+    levelBridge_.detach();
+    globalParams_.clear();
+    if (extParams_) {
+        extParams_->setHostBridge(nullptr);
+        interfaceBase_->setHost(nullptr, nullptr);
+    }
+    state_.reset();
+    stream_.reset();
+    output_.release();
+    main_.release();
+    graph_.reset();
+    if (CApplication* application = CApplication::get()) {
+        application->releaseRootObject(root_);
+    }
+}
+
+// --- building
+
+CError CAudioWrapper::init()
+{
+    CApplication* application = CApplication::get();
+    if (!application) {
+        QEL_FAIL({}, "@qelstr_CAudioWrapper_init_NoApp No application object created.");
+    }
+    QEL_TRY(application->initRootObject(root_), {});
+    CObject* created = nullptr;
+    QEL_TRY(root_->createChild(created, "plugin", "plugin", true), {});
+    QEL_TRY(require(plugin_, *root_, "plugin",
+                    "@qelstr_CAudioWrapper_init_PluginTree "
+                    "Plug-in tree object with the name 'plugin' is required."),
+            {});
+    hasSidechain_ = plugin_->getAttrBool("sidechain");
+    QEL_TRY(initProject(), {});
+    QEL_TRY(findObjects(), {});
+    state_ =
+        std::make_unique<CAudioHostState>(*registry_, *params_, *extParams_, [this] { programChanged(); });
+    findHostParams();
+    QEL_TRY(buildProcesses(), {});
+    findLatencies();
+    bindGlobalParams();
+    extParams_->setHostBridge(this);
+    return {};
+}
+
+CError CAudioWrapper::initProject()
+{
+    CObject* project = nullptr;
+    QEL_TRY(require(project, *root_, "shared::project",
+                    "@qelstr_CAudioWrapper_init_ProjectRoot "
+                    "Shared project root 'shared::project' object is required."),
+            {});
+    QEL_TRY(identity_.read(*project), {});
+    return {};
+}
+
+CError CAudioWrapper::findObjects()
+{
+    QEL_TRY(require(context_, *root_, "plugin.dcdaw-context",
+                    "@qelstr_CAudioWrapper_init_ContextObject "
+                    "No valid DCDAW context object with the name 'plugin.dcdaw-context' defined."),
+            {});
+    QEL_TRY(require(env_, *root_, "plugin.audio-env",
+                    "@qelstr_CAudioWrapper_init_AudioEnv "
+                    "No valid env object with the name 'plugin.audio-env' defined."),
+            {});
+    QEL_TRY(require(params_, *root_, "plugin.param-collector",
+                    "@qelstr_CAudioWrapper_init_ParamCollector "
+                    "No valid parameter collector object with the name 'plugin.param-collector' defined."),
+            {});
+    QEL_TRY(require(viz_, *root_, "plugin.viz-collector",
+                    "@qelstr_CAudioWrapper_init_VizCollector "
+                    "No valid visual object collector object with the name 'plugin.viz-collector' defined."),
+            {});
+    QEL_TRY(
+        require(interfaceBase_, *root_, "plugin.interface-base",
+                "@qelstr_CAudioWrapper_init_InterfaceBase "
+                "No valid interface base collector object with the name 'plugin.interface-base' defined."),
+        {});
+    QEL_TRY(require(extParams_, *root_, "plugin.ext-param-list",
+                    "@qelstr_CAudioWrapper_init_ExtParamList "
+                    "No valid CAudioExtParamList* object with the name 'plugin.ext-param-list' defined."),
+            {});
+    QEL_TRY(require(ccTable_, *root_, "plugin.cctable",
+                    "@qelstr_CAudioWrapper_init_CCTable "
+                    "No valid CAudioCCTable* object with the name 'plugin.cctable' defined."),
+            {});
+    QEL_TRY(require(registry_, *root_, "plugin.param-registry",
+                    "@qelstr_CAudioWrapper_init_ParamRegistry "
+                    "No valid parameter registry object with the name 'plugin.param-registry' defined."),
+            {});
+    QEL_TRY(require(mainDef_, *root_, "shared::audio.modMain",
+                    "@qelstr_CAudioWrapper_init_NoMainProcessDef "
+                    "No main process definition object with the name 'shared::audio.modMain' found."),
+            {});
+    QEL_TRY(require(outputDef_, *root_, "shared::audio.modOutput",
+                    "@qelstr_CAudioWrapper_init_NoOutProcessDef "
+                    "No output process definition object with the name 'shared::audio.modOutput' found."),
+            {});
+    return {};
+}
+
+void CAudioWrapper::findHostParams()
+{
+    hostParams_[kOversampling] = &params_->getParam("plugin.modMain.oversampling");
+    hostParams_[kOversamplingMode] = &params_->getParam("plugin.modMain.host-oversampling-mode");
+    hostParams_[kOffline] = &params_->getParam("plugin.modMain.host-offline");
+    hostParams_[kLatencyChange] = &params_->getParam("plugin.modMain.host-latency-change");
+    hostParams_[kBpm] = &params_->getParam("plugin.modMain.host-bpm");
+    hostParams_[kBypass] = &params_->getParam("plugin.modMain.modBypass.enable");
+}
+
+CError CAudioWrapper::buildProcesses()
+{
+    graph_ = std::make_unique<CAudioGraph>(CAudioGraph{*context_->context(), *params_, {}, {}, viz_});
+    QEL_TRY(main_.build(*graph_, *mainDef_, kMainName), {});
+    QEL_TRY(output_.build(*graph_, *outputDef_, kOutputName), {});
+    auto* const output = dynamic_cast<CModOutput*>(output_.root());
+    if (!output) {
+        QEL_FAIL({}, "@qelstr_CAudioWrapper_init_InvalidOutProcessType Output process object "
+                     "'shared::audio.modOutput' is not of required 'CModOutput' type.");
+    }
+    stream_ = std::make_unique<CAudioHostStream>(*graph_, *main_.root(), *output, hasSidechain_);
+    return {};
+}
+
+// Nothing but the filters of the rate changes makes the stream late, and theirs are fixed.
+void CAudioWrapper::findLatencies()
+{
+    const auto& main = dynamic_cast<const CAudioProcess&>(*main_.root());
+    for (const char* name : {"modUpsampler", "modDownsampler"}) {
+        if (const auto* resampler = dynamic_cast<const CModResampler*>(main.findProcess(name))) {
+            for (int stages = 0; stages <= kMaxOversamplingLevel; ++stages) {
+                latencies_[stages] += resampler->latencySamples(stages);
+            }
+        }
+    }
+}
+
+void CAudioWrapper::bindGlobalParams()
+{
+    CApplication& application = *CApplication::get();
+    const auto bind = [&](const char* param, CApplicationData& store, const char* setting) {
+        globalParams_.push_back(std::make_unique<CAudioGlobalParam>(*params_, param, store, setting));
+    };
+    bind("plugin.modMain.meter-rmstime", application.getLocalData(), "integration-time");
+    bind("plugin.modMain.meter-releasetime", application.getLocalData(), "release-time");
+    bind("plugin.modMain.meter-peaktime", application.getLocalData(), "peak-level-hold-time");
+    bind("plugin.modMain.denorm-enable", application.getGlobalData(), "denorm-enable");
+    levelBridge_.attachSetting(application.getGlobalData(), kLevelSetting);
+    followOversamplingLevel(nullptr, 0);
+}
+
+// Auto oversampling needs a level that is the same offline, so that a render sounds like what was heard.
+void CAudioWrapper::followOversamplingLevel(CBridge*, std::uintptr_t)
+{
+    const CString text = CApplication::get()->getGlobalData().loadString(kLevelSetting, "1");
+    const std::int32_t level = std::clamp(parseInteger(text).value_or(1), 0, kMaxOversamplingLevel);
+    CAudioParamContext context(CAudioParamOrigin::kHost);
+    hostParams_[kOversamplingMode]->setValue(0, 0, 0, level, context);
+}
+
+CError CAudioWrapper::finishInit()
+{
+    interfaceBase_->setHost(this, extParams_);
+    tellEnvironment();
+    state_->attach();
+    params_->finalize();
+    QEL_TRY(registry_->startProgram(), {});
+    params_->resendAll();
+    env_->setLatencySamples(expectedLatencySamples());
+    setInitialDelay(env_->getLatencySamples());
+    paramListener_.attach(params_);
+    return {};
+}
+
+// --- what the audio thread is to do at its next block
+
+template <class Change>
+void CAudioWrapper::order(Change&& change)
+{
+    const CLock lock(env_->getLock());
+    change(ordered_);
+    mailbox_.put(ordered_);
+    env_->setSampleRateHz(ordered_.setup.sampleRateHz);
+}
+
+CAudioHostSetup CAudioWrapper::clamped(const CAudioHostSetup& setup) const
+{
+    CAudioHostSetup result = setup;
+    result.inputCount = std::clamp(setup.inputCount, 0, kMaxChannels);
+    result.outputCount = std::clamp(setup.outputCount, 0, kMaxChannels);
+    result.sidechainCount = hasSidechain_ ? std::clamp(setup.sidechainCount, 0, result.inputCount) : 0;
+    return result;
+}
+
+void CAudioWrapper::resume(const CAudioHostSetup& setup)
+{
+    order([&](CAudioHostMailbox::Order& order) {
+        const CAudioHostSetup wanted = clamped(setup);
+        const bool isNewLayout = wanted.inputCount != order.setup.inputCount ||
+                                 wanted.sidechainCount != order.setup.sidechainCount ||
+                                 wanted.outputCount != order.setup.outputCount;
+        if (env_->takeRestart() || isNewLayout) {
+            ++order.resetCount;
+        }
+        order.setup = wanted;
+    });
+    // What the host has set of a stopped effect counts for the latency as well.
+    params_->takeChangesFromAudio();
+    extParams_->showPosted();
+    env_->setLatencySamples(expectedLatencySamples());
+    setInitialDelay(env_->getLatencySamples());
+    tellEnvironment();
+}
+
+void CAudioWrapper::suspend()
+{
+    order([](CAudioHostMailbox::Order& order) { ++order.resetCount; });
+    interfaceBase_->clearClients();
+}
+
+void CAudioWrapper::setSampleRate(double rateHz)
+{
+    order([&](CAudioHostMailbox::Order& order) { order.setup.sampleRateHz = rateHz; });
+    tellEnvironment();
+}
+
+void CAudioWrapper::setDefaultLayout(int inputCount, int outputCount)
+{
+    order([&](CAudioHostMailbox::Order& order) {
+        order.setup.inputCount = inputCount;
+        order.setup.outputCount = outputCount;
+        order.setup = clamped(order.setup);
+    });
+}
+
+void CAudioWrapper::announceLayout(int inputCount, int outputCount)
+{
+    env_->requestRestart();
+    order([&](CAudioHostMailbox::Order& order) {
+        order.setup.inputCount = std::min(inputCount, order.setup.inputCount);
+        order.setup.outputCount = std::min(outputCount, order.setup.outputCount);
+        order.setup = clamped(order.setup);
+    });
+}
+
+void CAudioWrapper::tellEnvironment()
+{
+    CAudioHostSetup setup;
+    {
+        const CLock lock(env_->getLock());
+        setup = ordered_.setup;
+    }
+    interfaceBase_->setEnvironment({.sampleRateHz = setup.sampleRateHz,
+                                    .hostInputs = setup.inputCount,
+                                    .hostOutputs = setup.outputCount,
+                                    .internalChannels = identity_.channelCount,
+                                    .groups = identity_.groupCount});
+}
+
+// --- latency
+
+std::int32_t CAudioWrapper::getLatencySamples() const
+{
+    return env_->getLatencySamples();
+}
+
+std::int32_t CAudioWrapper::expectedLatencySamples() const
+{
+    const auto read = [this](HostParam param) {
+        return static_cast<int>(std::lround(hostParams_[param]->getValue(0, 0)));
+    };
+    const int mode = read(kOversampling); // 0: automatic, else the number of doublings plus one
+    const int stages = mode == 0 ? read(kOversamplingMode) : mode - 1;
+    return static_cast<std::int32_t>(std::lround(latencies_[std::clamp(stages, 0, kMaxOversamplingLevel)]));
+}
+
+// Hosts that ask once, before the first block or after a load, are to hear what the stream will have.
+void CAudioWrapper::foreseeLatency()
+{
+    const std::int32_t latency = expectedLatencySamples();
+    if (latency != env_->getLatencySamples()) {
+        env_->setLatencySamples(latency);
+        ioChanged();
+    }
+}
+
+// While a state is loaded the host is told once, at its end.
+void CAudioWrapper::onParamChange(const CAudioParamNotice& notice)
+{
+    if ((notice.param == hostParams_[kOversampling] || notice.param == hostParams_[kOversamplingMode]) &&
+        !isHostActivating()) {
+        foreseeLatency();
+    }
+}
+
+// --- state
+
+CError CAudioWrapper::saveChunk(CByteBuffer& outBuffer, bool isPreset, bool withHeader)
+{
+    return state_->save(outBuffer, isPreset, withHeader);
+}
+
+CError CAudioWrapper::loadChunk(std::span<const std::uint8_t> data, bool isPreset, bool hasHeader)
+{
+    CError error = state_->load(data, isPreset, hasHeader);
+    foreseeLatency();
+    return error;
+}
+
+CError CAudioWrapper::activateProgram(std::int32_t index)
+{
+    CError error = state_->activateProgram(index);
+    foreseeLatency();
+    return error;
+}
+
+void CAudioWrapper::importChannelLabels()
+{
+    CAudioParam& names = params_->getParam("plugin.modMain.io-params.in-channel-names");
+    const std::vector<CString> labels = hostChannelLabels();
+    CAudioParamUndoStep step("Channel label import", this);
+    CAudioParamContext context;
+    context.recorder = &step;
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        names.setString(0, static_cast<std::int32_t>(i), labels[i], context);
+    }
+    interfaceBase_->addStep(std::move(step));
+}
+
+// --- audio thread
+
+const CAudioHostSetup& CAudioWrapper::beginBlock()
+{
+    const std::uint32_t resetCount = active_.resetCount;
+    if (mailbox_.take(active_) && active_.resetCount != resetCount) {
+        stream_->reset(env_->getPositionSec());
+        viz_->reset();
+    }
+    return active_.setup;
+}
+
+void CAudioWrapper::processBlock(const CAudioHostBlock& block)
+{
+    env_->setInProcess(true);
+    const CAudioHostSetup& setup = beginBlock();
+    viz_->beginBlock();
+    params_->applyPending(env_->getPositionSec());
+    extParams_->applyPosted(env_->getPositionSec());
+    updateProcessLevel();
+    updateTempo();
+    stream_->process(setup, block, env_->getPositionSec());
+    env_->advance(block.count / setup.sampleRateHz);
+    env_->setInProcess(false);
+    updateLatency();
+}
+
+// A change that finds no room on the audio side's road is made at the next block.
+void CAudioWrapper::updateProcessLevel()
+{
+    const int level = hostProcessLevel();
+    const bool isOffline = level == kOfflineLevel;
+    if (isOffline != (lastProcessLevel_ == kOfflineLevel)) {
+        isOfflinePosted_ = false;
+    }
+    lastProcessLevel_ = level;
+    if (!isOfflinePosted_) {
+        isOfflinePosted_ =
+            params_->changeFromAudio(*hostParams_[kOffline], isOffline ? 1.0 : 0.0, env_->getPositionSec());
+    }
+}
+
+void CAudioWrapper::updateTempo()
+{
+    if (!identity_.usesHostBpm) {
+        return;
+    }
+    const std::optional<double> tempo = hostTempo();
+    if (tempo && *tempo != lastBpm_ &&
+        params_->changeFromAudio(*hostParams_[kBpm], *tempo, env_->getPositionSec())) {
+        lastBpm_ = *tempo;
+    }
+}
+
+// A change that was foreseen has been told already.
+void CAudioWrapper::updateLatency()
+{
+    const std::int32_t latency = stream_->latencySamples();
+    if (latency == foundLatency_) {
+        return;
+    }
+    foundLatency_ = latency;
+    if (latency != env_->getLatencySamples()) {
+        env_->setLatencySamples(latency);
+        ioChanged();
+    }
+}
+
+} // namespace qel
