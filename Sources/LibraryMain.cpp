@@ -4,6 +4,14 @@
 #include "CTrace.h"
 #include "CreatorTable.h"
 
+#ifdef DRUMFELL_OWN_RUNTIME
+// The C++ runtime keeps memory for exceptions in times of need and leaves it to the end of the process, which
+// a library with a runtime of its own does not wait for.
+namespace __gnu_cxx {
+void __freeres();
+}
+#endif
+
 extern "C" const qel::CResourceRow drumfellResourceDirectory[];
 
 namespace {
@@ -20,7 +28,13 @@ public:
         parts.resources = drumfellResourceDirectory;
         qel::traceError(qel::CApplication::start(parts));
     }
-    ~CLibrary() { qel::CApplication::finish(); }
+    ~CLibrary()
+    {
+        qel::CApplication::finish();
+#ifdef DRUMFELL_OWN_RUNTIME
+        __gnu_cxx::__freeres();
+#endif
+    }
     CLibrary(const CLibrary&) = delete;
     CLibrary& operator=(const CLibrary&) = delete;
 };
