@@ -1,6 +1,7 @@
 // Abstract writer of bytes, and the wire primitives that every file format here is made of.
 #include "Streams/COutputStream.h"
 
+#include "Streams/CInputStream.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "Streams/COutputZipStream.h"
 
@@ -19,7 +20,8 @@ constexpr std::size_t kMaxWireSize = std::numeric_limits<std::uint32_t>::max();
 CError COutputStream::writeString(const CString& string)
 {
     const std::string bytes = string.toUtf8();
-    if (bytes.size() > kMaxWireSize) {
+    // What could not be read again is not written.
+    if (bytes.size() > CInputStream::kMaxStringBytes) {
         QEL_FAIL({}, "@qelstr_COutputStream_writeString_TooLong String length %1 too long in writeString().",
                  bytes.size());
     }

@@ -7,12 +7,25 @@
 
 namespace qel {
 
+namespace {
+
+// From the root of a file system on, or from a drive's.
+bool isAbsolutePath(const CString& name)
+{
+    return name.startsWith("/") || name.startsWith("\\") || (name.length() > 1 && name[1] == u':');
+}
+
+} // namespace
+
 CError CResourceReader::open(const CString& name)
 {
     QEL_TRY(close(), {});
     if (const auto bytes = findResource(name)) {
         inner_ = std::make_unique<CMemoryReader>(*bytes);
         return {};
+    }
+    if (!isAbsolutePath(name)) {
+        QEL_FAIL({}, "@qelstr_CResourceReader_open_NotFound There is no built-in resource '%1'.", name);
     }
     auto file = std::make_unique<CFileReader>();
     QEL_TRY(file->open(name, 0), {});

@@ -7,9 +7,10 @@
 
 namespace qel {
 
-// The only way to the program's resources: a name that the resource map knows gives the built-in bytes, any
-// other is taken as the path of a file, so that every resource may also be a real file. Owned by the opener;
-// owns the stream it forwards to. Every call but open() and close() fails while nothing is open.
+// The only way to the program's resources: a name means the built-in bytes of that name, and nothing else; an
+// absolute path means a file. A relative path would be looked up in the host's working directory, where
+// anybody may have put a file of that name. Owned by the opener; owns the stream it forwards to. Every call
+// but open() and close() fails while nothing is open.
 class CResourceReader : public CPosInputStream
 {
 public:

@@ -167,17 +167,15 @@ TEST_F(Application, NumbersItsInstancesAndForgetsThemWhenTheyAreReleased)
     application().releaseRootObject(nullptr);
 }
 
-TEST_F(Application, ReadsTheInterfaceScaleAndFallsBackToOne)
+TEST_F(Application, TakesTheInterfaceScaleAsItIsNowAndFallsBackToOne)
 {
+    ASSERT_OK(start());
     const std::pair<const char*, double> cases[] = {{"1.25", 1.25}, {"0.8", 0.8}, {"2", 2.0},
                                                     {"", 1.0},      {"big", 1.0}, {"-1", 1.0},
                                                     {"0", 1.0},     {"1e1", 1.0}, {"99999999", 1.0}};
     for (const auto& [text, scale] : cases) {
-        CLocalData store;
-        ASSERT_OK(store.saveString("ui-scale", text, nullptr));
-        ASSERT_OK(start());
+        ASSERT_OK(application().getLocalData().saveString("ui-scale", text, nullptr));
         EXPECT_EQ(application().getUIScale(), scale) << text;
-        CApplication::finish();
     }
 }
 

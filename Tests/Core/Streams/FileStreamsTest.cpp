@@ -71,10 +71,22 @@ TEST_F(FileStreams, AWriterCanGoBackAndPatch)
     ASSERT_TRUE(succeeded(writer.close()));
 
     CResourceReader reader;
-    ASSERT_TRUE(succeeded(reader.open(name))) << "a name that is no resource is a path";
+    ASSERT_TRUE(succeeded(reader.open(name))) << "an absolute path is a file";
     char text[8];
     ASSERT_TRUE(succeeded(reader.read(text, 8)));
     EXPECT_EQ(std::string(text, 8), "headtail");
+}
+
+// The host's working directory is nobody's: whoever can put a file there is not to change the plug-in.
+TEST_F(FileStreams, ResourcesAreNotLookedForInTheWorkingDirectory)
+{
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(folder_.path(""));
+    writeFile("Planted.xml", "planted");
+    CResourceReader reader;
+    const std::string failure = message(reader.open("Planted.xml"));
+    std::filesystem::current_path(before);
+    EXPECT_EQ(failure, "There is no built-in resource 'Planted.xml'.");
 }
 
 TEST_F(FileStreams, TheEndIsAnErrorOnlyForWhoNeedsMore)

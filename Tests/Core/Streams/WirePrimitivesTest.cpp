@@ -103,6 +103,10 @@ TEST(WirePrimitives, StringLengthsAreJudgedBeforeAnythingIsRead)
     const std::string longest(61440, 'x');
     EXPECT_EQ(readBack(withLength(61440, longest), result), "");
     EXPECT_EQ(result.length(), 61440u);
+    CMemoryWriteBuffer buffer; // what could not be read is not written either
+    EXPECT_TRUE(succeeded(buffer.writeString(CString(longest))));
+    EXPECT_EQ(message(buffer.writeString(CString(longest + "x"))),
+              "String length 61441 too long in writeString().");
     EXPECT_EQ(readBack(withLength(61441, longest + "x"), result),
               "String length 61441 too long in readString().");
     EXPECT_TRUE(result.isEmpty());
