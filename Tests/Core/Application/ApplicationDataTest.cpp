@@ -197,14 +197,6 @@ TEST_F(ApplicationData, AFailedSaveLeavesTheOldValueAndNoOtherFile)
     EXPECT_EQ(filesIn(home_.storeFolder()).size(), 2u);
 }
 
-TEST_F(ApplicationData, AnUnwritableFolderFailsTheSave)
-{
-    putFile(home_.root() / "file", {});
-    home_.use((home_.root() / "file").string());
-    EXPECT_FAILS(save(local_, "x", {1}), "Unable to create folder");
-    EXPECT_EQ(load(local_, "x"), Bytes{});
-}
-
 // Counts what it is told and reads the setting while it is.
 class CListener
 {
@@ -282,7 +274,7 @@ TEST_F(ApplicationData, ProcessesThatSaveTheSameSettingNeverLeaveATornFile)
 {
     EXPECT_OK(savePattern(global_, 0));
     constexpr std::uint32_t kWriters = 3;
-    constexpr std::uint32_t kSaves = 150;
+    constexpr std::uint32_t kSaves = 40;
     std::vector<pid_t> writers;
     for (std::uint32_t writer = 1; writer <= kWriters; ++writer) {
         const pid_t child = fork();

@@ -68,55 +68,6 @@ TEST(CompressedChunk, HeadIsIdThenSizeThenAdlerOfTheSizeBytes)
     EXPECT_EQ(Bytes(chunk.begin(), chunk.begin() + kHeadBytes), head);
 }
 
-TEST(CompressedChunk, DamageInTheHeadIsNamed)
-{
-    Bytes chunk = chunkOf(noise(100));
-    CByteBuffer out;
-    EXPECT_EQ(readChunk(chunk, out, 1),
-              "Invalid ID encountered when reading compressed data (expected 1, read 1819113571).");
-    chunk[4] = 101;
-    EXPECT_EQ(readChunk(chunk, out),
-              "Invalid CRC encountered when reading compressed data (expected 26476645, read 26738790).");
-}
-
-TEST(CompressedChunk, CutAnywhereIsRefused)
-{
-    // Two blocks of input, so that the trailer can lie alone in the last one.
-    for (const Bytes& data : {noise(50), noise(2 * CInputZipStream::kBlockBytes)}) {
-        const Bytes chunk = chunkOf(data);
-        const std::size_t step = chunk.size() > 1000 ? 251 : 1;
-        for (std::size_t length = chunk.size() - 1; length > kHeadBytes; length -= std::min(length, step)) {
-            CByteBuffer out;
-            EXPECT_EQ(readChunk(Bytes(chunk.begin(), chunk.begin() + static_cast<long>(length)), out),
-                      "Premature end of file.")
-                << length;
-        }
-    }
-    const Bytes chunk = chunkOf(noise(50));
-    for (std::size_t length = 0; length < kHeadBytes; ++length) {
-        CByteBuffer out;
-        EXPECT_NE(readChunk(Bytes(chunk.begin(), chunk.begin() + static_cast<long>(length)), out), "")
-            << length;
-    }
-}
-
-TEST(CompressedChunk, AChangedByteInTheZlibStreamNeverChangesTheData)
-{
-    const Bytes data = noise(80);
-    const Bytes whole = chunkOf(data);
-    std::size_t unnoticed = 0;
-    for (std::size_t i = kHeadBytes; i < whole.size(); ++i) {
-        Bytes chunk = whole;
-        chunk[i] ^= 0x10;
-        CByteBuffer out;
-        if (readChunk(chunk, out).empty()) {
-            EXPECT_TRUE(holds(out, data)) << i;
-            ++unnoticed;
-        }
-    }
-    EXPECT_LE(unnoticed, 1u) << "only the padding bits of a stored block are free";
-}
-
 TEST(CompressedChunk, AChecksumInABlockOfItsOwnIsStillChecked)
 {
     const Bytes data = noise(400);
@@ -162,7 +113,7 @@ TEST(CompressedChunk, ALyingSizeNeitherHangsNorTakesMemory)
 
 TEST(CompressedChunk, MoreThanTheFirstHelpingStillArrivesWhole)
 {
-    Bytes data(40u << 20, 3);
+    Bytes data(20u << 20, 3);
     std::ranges::copy(noise(1000), data.end() - 1000);
     const Bytes chunk = chunkOf(data);
     CByteBuffer out;
@@ -187,21 +138,6 @@ TEST(CompressedChunk, ATargetThatFailsIsReportedWhereverItHappens)
     }
     CFullTarget target(whole.size());
     EXPECT_TRUE(succeeded(target.writeCompressedData(data, kId)));
-}
-
-TEST(CInputZipStream, RefusesWhatItCannotDo)
-{
-    CInputZipStream zip;
-    std::uint8_t byte = 0;
-    EXPECT_EQ(message(zip.read(&byte, 1)), "Input stream not specified.");
-    EXPECT_EQ(message(zip.consume(0)), "Consuming is not supported in zip streams.");
-    EXPECT_TRUE(succeeded(zip.close()));
-
-    const Bytes garbage = noise(10);
-    CMemoryReader reader(garbage);
-    ASSERT_TRUE(succeeded(zip.open(reader)));
-    EXPECT_TRUE(succeeded(zip.read(&byte, 0)));
-    EXPECT_EQ(message(zip.read(&byte, 1)), "zlib inflate error -3 (incorrect header check).");
 }
 
 TEST(CInputZipStream, StreamedReadingStopsAtTheEndOfTheZlibStream)
@@ -237,13 +173,6 @@ TEST(CInputZipStream, StreamedReadingStopsAtTheEndOfTheZlibStream)
     count = 1;
     ASSERT_TRUE(succeeded(in.readStreamed(result.data(), count)));
     EXPECT_EQ(count, 0u);
-}
-
-TEST(COutputZipStream, RefusesALevelThatZlibDoesNotKnow)
-{
-    CMemoryWriteBuffer target;
-    COutputZipStream zip;
-    EXPECT_EQ(message(zip.open(target, 77)), "zlib deflateInit error -2 (stream error).");
 }
 
 } // namespace qel

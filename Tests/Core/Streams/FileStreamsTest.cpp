@@ -107,31 +107,6 @@ TEST_F(FileStreams, TheEndIsAnErrorOnlyForWhoNeedsMore)
               "Unable to read from file '" + name.toUtf8() + "' (required 8 bytes, read 2 bytes).");
 }
 
-TEST_F(FileStreams, FailuresNameTheFileWithForwardSlashes)
-{
-    CFileReader reader;
-    const std::string shown = path("no/such").toUtf8();
-    EXPECT_EQ(message(reader.open(path("no\\such"), 3))
-                  .find("Unable to open file '" + shown + "' for reading (error "),
-              0u);
-    EXPECT_NE(message(reader.open(path("none"), 3)).find(", flags 3)."), std::string::npos);
-    std::int64_t value = 0;
-    char byte = 0;
-    EXPECT_NE(message(reader.getSize(value)).find("Unable to get file's"), std::string::npos);
-    EXPECT_NE(message(reader.read(&byte, 1)).find("Unable to read from file"), std::string::npos);
-    EXPECT_NE(message(reader.consume(1)).find("consume position"), std::string::npos);
-    EXPECT_TRUE(succeeded(reader.close()));
-
-    CFileWriter writer;
-    EXPECT_EQ(message(writer.open(path("no/such"), 1, true)), "Unable to open file '" + shown +
-                                                                  "' for appending (error " +
-                                                                  std::to_string(ENOENT) + ", flags 1).");
-    EXPECT_EQ(message(writer.open(path("no/such"), 0, false)), "Unable to open file '" + shown +
-                                                                   "' for rewriting (error " +
-                                                                   std::to_string(ENOENT) + ", flags 0).");
-    EXPECT_NE(message(writer.write(&byte, 1)).find("Unable to write to file"), std::string::npos);
-}
-
 TEST_F(FileStreams, AChunkTravelsThroughAFile)
 {
     const CString name = path("chunk");
