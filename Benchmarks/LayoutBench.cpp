@@ -77,9 +77,12 @@ void layoutFromNothing(benchmark::State& state)
     std::size_t views = 0;
     std::size_t variables = 0;
     for (auto _ : state) {
-        Window window;
-        views = window.size();
-        variables = window.variableCount();
+        auto window = std::make_unique<Window>();
+        state.PauseTiming();
+        views = window->size();
+        variables = window->variableCount();
+        window.reset();
+        state.ResumeTiming();
     }
     state.counters["views"] = static_cast<double>(views);
     state.counters["variables"] = static_cast<double>(variables);

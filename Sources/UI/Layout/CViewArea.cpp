@@ -362,6 +362,12 @@ void CViewArea::queueReport()
     }
 }
 
+void CViewArea::requestReport()
+{
+    isReportForced_ = true;
+    queueReport();
+}
+
 void CViewArea::queueReportOfAll()
 {
     queueReport();
@@ -396,9 +402,10 @@ void CViewArea::report()
             clipSource_ ? widened(ownRect(), spread_).intersectedWith(clipSource_->visible_) : getRect();
     }
     const bool isClipChanged = !isSame(visible, visible_);
-    if (!isClipChanged && isSame(whole, whole_)) {
+    if (!isClipChanged && isSame(whole, whole_) && !isReportForced_) {
         return;
     }
+    isReportForced_ = false;
     visible_ = visible;
     whole_ = whole;
     if (isClipChanged) {

@@ -96,6 +96,8 @@ public:
     // What was reported last.
     const CRect& getVisibleRect() const { return visible_; }
     const CRect& getWholeRect() const { return whole_; }
+    // Reports the rectangles with the next solve, changed or not: to a view that has just become interested.
+    void requestReport();
 
     // --- for the context
 
@@ -162,6 +164,7 @@ private:
 
     bool isRebuildQueued_ = false;
     bool isReportQueued_ = false;
+    bool isReportForced_ = false;
     bool isSettledQueued_ = false;
     CRect visible_;
     CRect whole_;

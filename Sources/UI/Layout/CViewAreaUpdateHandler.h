@@ -19,8 +19,8 @@ public:
     // view may be made or released here.
     virtual void onAreaBounds(const CRect& visible, const CRect& whole) = 0;
 
-    // The layout has settled after such a change. May set attributes, and make and release views; the layout
-    // is solved once more afterwards.
+    // The layout has settled after such a change. May set attributes, and make and release views but for the
+    // root; the layout is solved once more afterwards.
     virtual CError onAreaSettled() { return {}; }
 };
 

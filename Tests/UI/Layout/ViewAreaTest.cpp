@@ -96,13 +96,16 @@ TEST_F(ViewArea, IsToldOfChangesOnceAndOfHidingAsOfAnEmptyPlace)
     tree_->change(".a", "width", "100.00005");
     tree_->change(".a", "height", "90");
     EXPECT_EQ(view.reports_, 1);
-    tree_->change(".a", "is-visible", "0");
+    view.getViewArea().requestReport();
+    tree_->solve();
     EXPECT_EQ(view.reports_, 2);
+    tree_->change(".a", "is-visible", "0");
+    EXPECT_EQ(view.reports_, 3);
     EXPECT_EQ(view.visible_, CRect());
     EXPECT_EQ(view.whole_, CRect());
     tree_->change(".a.b", "is-visible", "0");
     tree_->change(".a", "is-visible", "1");
-    EXPECT_EQ(view.reports_, 2);
+    EXPECT_EQ(view.reports_, 3);
     tree_->change(".a.b", "is-visible", "1");
     EXPECT_EQ(view.whole_, (CRect{10, 10, 20, 20}));
 
