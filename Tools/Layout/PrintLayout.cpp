@@ -46,6 +46,18 @@ void drawOutline(CCanvas& canvas, const CRect& rect, CColour colour)
     }
 }
 
+// Another corner for each depth, since views often share a corner with their parent.
+void drawName(CCanvas& canvas, const CRect& rect, std::size_t depth, const std::string& name, CColour colour)
+{
+    constexpr double kTextPx = 9.0;
+    constexpr double kGapPx = 3.0;
+    const bool isLeft = depth % 2 != 0;
+    const bool isTop = depth % 4 == 1 || depth % 4 == 2;
+    const double x = isLeft ? rect.x + kGapPx : rect.right() - kGapPx;
+    const double y = isTop ? rect.y + kTextPx + 1.0 : rect.bottom() - kGapPx;
+    canvas.text({x, y}, name, kTextPx, colour, isLeft ? CAlign::kLeft : CAlign::kRight);
+}
+
 } // namespace
 
 void printLayoutText(const std::vector<CLayoutTree::View>& views, std::ostream& out)
@@ -75,7 +87,6 @@ void drawLayout(const std::vector<CLayoutTree::View>& views, const std::filesyst
     constexpr CColour kGround = {0.09, 0.1, 0.11};
     constexpr CColour kColours[] = {
         {0.9, 0.9, 0.92}, {1.0, 0.7, 0.29}, {0.33, 0.69, 1.0}, {0.42, 0.87, 0.6}, {1.0, 0.42, 0.37}};
-    constexpr double kTextPx = 9.0;
     CRect all;
     for (const auto& view : views) {
         all = all.unitedWith(view.rect);
@@ -92,7 +103,7 @@ void drawLayout(const std::vector<CLayoutTree::View>& views, const std::filesyst
         const CColour colour = kColours[depth % std::size(kColours)];
         drawOutline(canvas, rect, colour);
         canvas.clipTo({rect.x, rect.y, rect.width, rect.height});
-        canvas.text({rect.x + 2.0, rect.y + kTextPx}, lastName(path), kTextPx, colour);
+        drawName(canvas, rect, depth, lastName(path), colour);
         canvas.unclip();
     }
     if (!canvas.writePng(png)) {
