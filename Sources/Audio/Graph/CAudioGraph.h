@@ -22,6 +22,10 @@ struct CAudioGraph
     CAudioVizCollector* visual = nullptr;
     // Stream time at which the process that is called now starts; set by whoever runs it.
     double positionSec = 0.0;
+    // While it is set, streams take up no changes; they wait in the queues.
+    bool holdsSettings = false;
+    // Goes up whenever a process has taken up changes.
+    std::uint32_t settingsTaken = 0;
 };
 
 } // namespace qel

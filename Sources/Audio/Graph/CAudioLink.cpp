@@ -42,6 +42,7 @@ void CAudioLink::disconnect()
 {
     source_.disconnect(*this);
     isConnected_ = false;
+    fade_.stop();
     clear();
 }
 

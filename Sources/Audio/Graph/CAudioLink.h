@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CAudioGraph.h"
+#include "CAudioLinkFade.h"
 #include "CInlineArray.h"
 #include "CKernelContext.h"
 
@@ -59,7 +60,9 @@ private:
 class CAudioLink
 {
 public:
-    CAudioLink(CAudioGraph& graph, CAudioOutputPort& source) : graph_(graph), source_(source) {}
+    CAudioLink(CAudioGraph& graph, CAudioOutputPort& source)
+        : graph_(graph), source_(source), fade_(graph.kernels)
+    {}
     ~CAudioLink() { clear(); }
     CAudioLink(const CAudioLink&) = delete;
     CAudioLink& operator=(const CAudioLink&) = delete;
@@ -68,6 +71,11 @@ public:
     void connect();
     void disconnect();
     bool isConnected() const { return isConnected_; }
+
+    // What is pushed from now on is faded in, or out, over the length of a cut; behind that it passes, or is
+    // silence. A disconnection ends it too.
+    void startFade(bool isIn) { fade_.start(isIn); }
+    void endFade() { fade_.stop(); }
 
     CAudioOutputPort& source() const { return source_; }
     // Channels that carry samples, or will.
@@ -78,6 +86,9 @@ public:
     // Takes over one reference on the buffer.
     void push(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format)
     {
+        if (fade_.isRunning()) [[unlikely]] {
+            buffer = fade_.apply(channel, buffer, count, format->sampleRateHz);
+        }
         CAudioChunk* chunk = graph_.chunks.take();
         *chunk = {nullptr, format, buffer, count};
         Queue& queue = queues_[static_cast<std::size_t>(channel)];
@@ -120,6 +131,7 @@ private:
 
     CAudioGraph& graph_;
     CAudioOutputPort& source_;
+    CAudioLinkFade fade_;
     std::array<Queue, kMaxChannels> queues_;
     CChannelMask queued_ = 0;
     bool isConnected_ = false;

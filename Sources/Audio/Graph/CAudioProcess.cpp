@@ -19,6 +19,7 @@ CAudioProcess::~CAudioProcess()
 
 CError CAudioProcess::init()
 {
+    QEL_TRY(compoundDef_.checkShape(), fullName());
     QEL_TRY(CAudioProcessBase::init(), fullName());
     ownSource(0);
     ownSink(0);
@@ -140,12 +141,16 @@ void CAudioProcess::disconnectAll()
         port->clearLinks();
     }
     CAudioProcessBase::disconnectAll();
+    clearRoles();
     areLinksDirty_ = true;
 }
 
 void CAudioProcess::reset(double positionSec)
 {
     CAudioProcessBase::reset(positionSec);
+    if (fadeSamplesLeft_ > 0) {
+        endFade();
+    }
     for (const auto& child : children_) {
         child->process->reset(positionSec);
     }
@@ -181,6 +186,7 @@ void CAudioProcess::applyEvents()
     for (CAudioBypassState& state : states_) {
         areLinksDirty_ |= state.evaluate(slots(), group() == kGroupOfChannel ? 0 : group());
     }
+    takeUpStates();
 }
 
 bool CAudioProcess::isStateActive(int id) const
@@ -193,11 +199,13 @@ bool CAudioProcess::isStateActive(int id) const
     return false;
 }
 
+int CAudioProcess::limitStep(int count) const
+{
+    return fadeSamplesLeft_ > 0 ? std::min(count, fadeSamplesLeft_) : count;
+}
+
 void CAudioProcess::step(int count)
 {
-    if (areLinksDirty_) {
-        schedule();
-    }
     const bool isWeighted = compoundDef_.isWeightedInput();
     for (std::size_t port = 0; port < ownSources_.size(); ++port) {
         CAudioInputPort& from = input(static_cast<int>(port));
@@ -221,11 +229,17 @@ void CAudioProcess::step(int count)
     for (std::size_t port = 0; port < ownSinks_.size(); ++port) {
         ownSinks_[port]->forwardTo(output(static_cast<int>(port)), isWeighted);
     }
+    if (fadeSamplesLeft_ > 0 && (fadeSamplesLeft_ -= count) == 0) {
+        endFade();
+    }
 }
 
 void CAudioProcess::beSilent()
 {
     CAudioProcessBase::idle();
+    if (fadeSamplesLeft_ > 0) {
+        endFade();
+    }
     step(0);
 }
 
@@ -235,6 +249,15 @@ void CAudioProcess::idle()
     for (const auto& child : children_) {
         child->process->idle();
     }
+}
+
+std::uint32_t CAudioProcess::layout() const
+{
+    std::uint32_t sum = 0;
+    for (const auto& child : children_) {
+        sum = sum * 31 + child->process->layout();
+    }
+    return sum;
 }
 
 void CAudioProcess::visit(CGraphVisitor& visitor) const

@@ -4,6 +4,8 @@
 #include "CAudioBypassState.h"
 #include "CAudioProcessBase.h"
 
+#include <algorithm>
+#include <functional>
 #include <map>
 
 namespace qel {
@@ -17,6 +19,11 @@ class CAudioProcessDef;
 // Bypass states add and remove links at run time; the schedule is derived anew before the step in which a
 // state has changed. Links that stay keep what they have queued. Links once made are kept for the next time,
 // so that switching a state to and fro allocates nothing.
+//
+// In a running stream nothing is cut: where a child is fed before and after a change, a link that joins is
+// faded in and one that leaves is faded out over cutFadeSamples(), and what feeds a leaving link works on
+// until the fade is over. Steps are cut where it ends. A state that changes during a fade is taken up behind
+// it. Averaged inputs are cut all the same, since their weights change at once.
 class CAudioProcess : public CAudioProcessBase
 {
 public:
@@ -31,6 +38,7 @@ public:
     void disconnectAll() override;
     void reset(double positionSec) override;
     void idle() override;
+    std::uint32_t layout() const override;
     void visit(CGraphVisitor& visitor) const override;
 
     // Adds a child that has been placed. Fails if the name is taken.
@@ -41,10 +49,19 @@ public:
 protected:
     void beginStep() override;
     void step(int count) override;
+    int limitStep(int count) const override;
     void beSilent() override;
 
 private:
     struct Child;
+
+    enum class ERole : std::uint8_t
+    {
+        kSteady, // in or out, as its active count says
+        kJoins,  // is faded in
+        kLeaves, // is faded out
+        kFeeds,  // no longer active, but feeds one that leaves
+    };
 
     // A possible connection. Explicit ones come from the definition; implicit ones chain children in their
     // order.
@@ -56,7 +73,13 @@ private:
         int order; // links are summed in this order; implicit links have kImplicit
         int activeCount = 0;
         int previousCount = 0;
+        ERole role = ERole::kSteady;
         std::unique_ptr<CAudioLink> link = nullptr; // made when it first becomes active
+
+        bool isActive() const { return activeCount > 0; }
+        bool wasActive() const { return previousCount > 0; }
+        // Carries samples, be it only until the fade is over.
+        bool isLive() const { return isActive() || role == ERole::kLeaves || role == ERole::kFeeds; }
     };
     struct Child
     {
@@ -66,6 +89,15 @@ private:
         bool isBypassed = false;
         bool isPlaced = false;
         std::vector<LinkRecord> links; // into this child
+
+        bool isFed() const
+        {
+            return std::any_of(links.begin(), links.end(), std::mem_fn(&LinkRecord::isActive));
+        }
+        bool wasFed() const
+        {
+            return std::any_of(links.begin(), links.end(), std::mem_fn(&LinkRecord::wasActive));
+        }
     };
     struct ExplicitLink
     {
@@ -82,6 +114,17 @@ private:
     CError buildStates();
     bool isStateActive(int id) const;
 
+    // Calls function(child) for every child and for the compound's own output.
+    template <class Function>
+    void forEachSink(Function&& function)
+    {
+        for (const auto& child : children_) {
+            function(*child);
+        }
+        function(sink_);
+    }
+
+    void takeUpStates();
     void schedule();
     void clearActiveCounts();
     void activateAutoLinks();
@@ -89,8 +132,13 @@ private:
     void activate(Child& destination, int destinationPort, Child* source, int sourcePort, int order);
     bool reachesInput(const Child& child) const;
     void prune();
-    void reconnect(Child& child);
-    void orderChildren();
+    bool assignRoles();
+    void keepFeedsOf(Child& child);
+    void clearRoles();
+    void endFade();
+    void wire(Child& child);
+    bool orderChildren();
+    void dropUnplaced();
 
     CAudioOutputPort& ownSource(int port);
     CAudioInputPort& ownSink(int port);
@@ -105,6 +153,7 @@ private:
     std::vector<std::unique_ptr<CAudioOutputPort>> ownSources_; // "*" as a source, by port
     std::vector<std::unique_ptr<CAudioInputPort>> ownSinks_;    // "*" as a destination, by port
     bool areLinksDirty_ = true;
+    int fadeSamplesLeft_ = 0;
 };
 
 } // namespace qel

@@ -73,6 +73,7 @@ void CAudioProcessBase::reset(double positionSec)
 {
     basePositionSec_ = positionSec;
     positionSamples_ = 0;
+    isBeginning_ = true;
     for (const auto& port : inputs_) {
         for (CAudioLink* link : port->links()) {
             link->clear();
@@ -108,8 +109,7 @@ bool CAudioProcessBase::process()
         if (offered == 0) {
             return false;
         }
-        if (wasSilent_ && offered != CAudioInputPort::kNoStream) {
-            wasSilent_ = false;
+        if (isBeginning_ && offered != CAudioInputPort::kNoStream) {
             basePositionSec_ = graph_->positionSec;
             positionSamples_ = 0;
         }
@@ -118,7 +118,7 @@ bool CAudioProcessBase::process()
             mustApplyEvents_ = true;
         }
         if (offered == CAudioInputPort::kNoStream) {
-            wasSilent_ = true;
+            isBeginning_ = true;
             beSilent();
             return true;
         }
@@ -128,6 +128,7 @@ bool CAudioProcessBase::process()
         }
         const int count = limitToNextEvent(limitStep(offered));
         step(count);
+        isBeginning_ = false;
         positionSamples_ += count;
         bool isDry = false;
         for (const auto& port : inputs_) {
@@ -141,9 +142,15 @@ bool CAudioProcessBase::process()
 
 void CAudioProcessBase::idle()
 {
-    if (slots_.hasEvents() && slots_.applyUntil(std::numeric_limits<double>::infinity())) {
+    if (slots_.hasEvents() && takeChangesUntil(std::numeric_limits<double>::infinity())) {
         mustApplyEvents_ = true;
     }
+}
+
+bool CAudioProcessBase::takeChangesUntil(double limitSec)
+{
+    ++graph_->settingsTaken;
+    return slots_.applyUntil(limitSec);
 }
 
 int CAudioProcessBase::available() const
@@ -179,19 +186,22 @@ bool CAudioProcessBase::takeUpFormats()
 }
 
 // A change dated t reaches this process when the stream is there: the stream is late by the latency in front
-// of it. One sample of tolerance covers the rounding of times, and the comparison is strict.
+// of it. One sample of tolerance covers the rounding of times, and the comparison is strict. Where a stream
+// begins there is no older signal that a change could come too early for: all that is due at its position
+// holds from its first sample.
 bool CAudioProcessBase::applyDueEvents()
 {
-    if (!slots_.hasEvents()) {
+    if (!slots_.hasEvents() || graph_->holdsSettings) {
         return false;
     }
-    return slots_.applyUntil(positionSec() + 1.0 / format_.sampleRateHz - timeShiftSec());
+    const double shiftSec = isBeginning_ ? 0.0 : timeShiftSec();
+    return takeChangesUntil(positionSec() + 1.0 / format_.sampleRateHz - shiftSec);
 }
 
 // Behind a latency a change falls due within a step, wherever the host's blocks end.
 int CAudioProcessBase::limitToNextEvent(int count) const
 {
-    if (!slots_.hasEvents()) {
+    if (!slots_.hasEvents() || graph_->holdsSettings) {
         return count;
     }
     constexpr double kRounding = 1e-6; // of times, in samples

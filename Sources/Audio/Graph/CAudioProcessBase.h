@@ -90,6 +90,14 @@ public:
     };
     const CInlineArray<Channel, 8>& channels() const { return channels_; }
 
+    // A number that is another one wherever the settings taken up so far give the stream other rates,
+    // channels or groups, which no fade inside the graph could lead over.
+    virtual std::uint32_t layout() const { return 0; }
+
+    // True until the first step of a stream is done: at its start, after silence and after a reset. What is
+    // changed then has nothing to fade from.
+    bool isBeginning() const { return isBeginning_; }
+
     // For printing a live graph.
     virtual void visit(CGraphVisitor& visitor) const;
 
@@ -105,6 +113,9 @@ protected:
     virtual void beSilent() { idle(); }
     // Called at the start of each step, before the inputs are looked at.
     virtual void beginStep() {}
+
+    // Takes up the changes dated before this time. True if there were any.
+    bool takeChangesUntil(double limitSec);
 
     CAudioGraph& graph() const { return *graph_; }
     CAudioProcessSlots& slots() { return slots_; }
@@ -133,7 +144,7 @@ private:
     double basePositionSec_ = 0.0;     // where the stream had this rate first
     std::int64_t positionSamples_ = 0; // since then
     bool mustApplyEvents_ = true;
-    bool wasSilent_ = false; // time has passed that no sample has counted
+    bool isBeginning_ = true;
 };
 
 } // namespace qel

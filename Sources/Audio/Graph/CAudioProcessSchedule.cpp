@@ -10,7 +10,12 @@ namespace qel {
 
 void CAudioProcess::beginStep()
 {
-    if (areLinksDirty_) {
+    takeUpStates();
+}
+
+void CAudioProcess::takeUpStates()
+{
+    if (areLinksDirty_ && fadeSamplesLeft_ == 0) {
         schedule();
     }
 }
@@ -28,25 +33,31 @@ void CAudioProcess::schedule()
     }
     activateExplicitLinks();
     prune();
-    for (const auto& child : children_) {
-        reconnect(*child);
+    const bool fades = assignRoles() && orderChildren();
+    if (!fades) {
+        clearRoles(); // there is no order in which the links of before and after could work together
+        if (!orderChildren()) {
+            dropUnplaced();
+        }
     }
-    reconnect(sink_);
-    orderChildren();
+    forEachSink([this](Child& child) { wire(child); });
+    for (const auto& child : children_) {
+        if (child->isFed() && !child->wasFed()) {
+            // It comes back into a stream that has gone on without it: what it remembers would click.
+            child->process->reset(positionSec());
+        }
+    }
+    fadeSamplesLeft_ = fades ? cutFadeSamples(sampleRateHz()) : 0;
 }
 
 void CAudioProcess::clearActiveCounts()
 {
-    const auto clear = [](Child& child) {
+    forEachSink([](Child& child) {
         for (LinkRecord& record : child.links) {
             record.previousCount = record.activeCount;
             record.activeCount = 0;
         }
-    };
-    for (const auto& child : children_) {
-        clear(*child);
-    }
-    clear(sink_);
+    });
 }
 
 void CAudioProcess::activate(Child& destination, int destinationPort, Child* source, int sourcePort,
@@ -137,52 +148,111 @@ void CAudioProcess::prune()
     }
 }
 
-void CAudioProcess::reconnect(Child& child)
+// True if there is something to fade.
+bool CAudioProcess::assignRoles()
+{
+    clearRoles();
+    if (isBeginning()) {
+        return false;
+    }
+    bool fades = false;
+    forEachSink([&](Child& child) {
+        const CAudioProcessDefBase& def = child.process ? child.process->def() : compoundDef_;
+        if (!child.isFed() || !child.wasFed() || def.isWeightedInput()) {
+            return;
+        }
+        for (LinkRecord& record : child.links) {
+            if (record.isActive() != record.wasActive()) {
+                record.role = record.isActive() ? ERole::kJoins : ERole::kLeaves;
+                fades = true;
+            }
+        }
+    });
+    forEachSink([this](Child& child) {
+        for (const LinkRecord& record : child.links) {
+            if (record.role == ERole::kLeaves && record.source) {
+                keepFeedsOf(*record.source);
+            }
+        }
+    });
+    return fades;
+}
+
+void CAudioProcess::keepFeedsOf(Child& child)
+{
+    for (LinkRecord& record : child.links) {
+        if (record.role == ERole::kSteady && record.wasActive() && !record.isActive()) {
+            record.role = ERole::kFeeds;
+            if (record.source) {
+                keepFeedsOf(*record.source);
+            }
+        }
+    }
+}
+
+void CAudioProcess::clearRoles()
+{
+    forEachSink([](Child& child) {
+        for (LinkRecord& record : child.links) {
+            record.role = ERole::kSteady;
+        }
+    });
+    fadeSamplesLeft_ = 0;
+}
+
+void CAudioProcess::endFade()
+{
+    clearRoles();
+    forEachSink([this](Child& child) { wire(child); });
+    orderChildren();
+}
+
+// Brings the ports and links into a child in line with its records.
+void CAudioProcess::wire(Child& child)
 {
     const auto portOf = [&](int port) -> CAudioInputPort& {
         return child.process ? child.process->input(port) : ownSink(port);
     };
-    bool wasFed = false;
-    bool isFed = false;
-    for (LinkRecord& record : child.links) {
+    for (const LinkRecord& record : child.links) {
         portOf(record.destinationPort).clearLinks();
-        wasFed |= record.previousCount > 0;
-        isFed |= record.activeCount > 0;
     }
     for (LinkRecord& record : child.links) {
-        if (record.activeCount > 0) {
-            if (!record.link) {
-                CAudioOutputPort& source = record.source ? record.source->process->output(record.sourcePort)
-                                                         : ownSource(record.sourcePort);
-                record.link = std::make_unique<CAudioLink>(graph(), source);
+        if (!record.isLive()) {
+            if (record.link && record.link->isConnected()) {
+                record.link->disconnect();
             }
-            if (!record.link->isConnected()) {
-                record.link->connect();
-            }
-            portOf(record.destinationPort).addLink(*record.link);
-        } else if (record.link && record.link->isConnected()) {
-            record.link->disconnect();
+            continue;
         }
-    }
-    if (child.process && isFed && !wasFed) {
-        // It comes back into a stream that has gone on without it: what it remembers would click.
-        child.process->reset(positionSec());
+        if (!record.link) {
+            CAudioOutputPort& source = record.source ? record.source->process->output(record.sourcePort)
+                                                     : ownSource(record.sourcePort);
+            record.link = std::make_unique<CAudioLink>(graph(), source);
+        }
+        if (!record.link->isConnected()) {
+            record.link->connect();
+        }
+        portOf(record.destinationPort).addLink(*record.link);
+        if (record.role == ERole::kJoins || record.role == ERole::kLeaves) {
+            record.link->startFade(record.role == ERole::kJoins);
+        } else {
+            record.link->endFade();
+        }
     }
 }
 
-void CAudioProcess::orderChildren()
+// False if some child that is fed waits, over any number of others, for itself.
+bool CAudioProcess::orderChildren()
 {
     order_.clear();
-    std::size_t unfed = 0;
+    std::size_t fed = 0;
     for (const auto& child : children_) {
         child->isPlaced = false;
-        unfed += std::none_of(child->links.begin(), child->links.end(),
-                              [](const LinkRecord& record) { return record.activeCount > 0; });
+        fed += std::any_of(child->links.begin(), child->links.end(), std::mem_fn(&LinkRecord::isLive));
     }
     const auto isReady = [](const Child& child) {
         bool isFed = false;
         for (const LinkRecord& record : child.links) {
-            if (record.activeCount > 0) {
+            if (record.isLive()) {
                 isFed = true;
                 if (record.source && !record.source->isPlaced) {
                     return false;
@@ -201,9 +271,26 @@ void CAudioProcess::orderChildren()
             }
         }
     }
-    if (order_.size() + unfed != children_.size() && isTracing()) {
+    return order_.size() == fed;
+}
+
+// What is in a circle never runs: samples sent there would pile up, and whoever waited for it would be dumb.
+void CAudioProcess::dropUnplaced()
+{
+    if (isTracing()) {
         trace("process seq err", fullName());
     }
+    forEachSink([this](Child& child) {
+        for (LinkRecord& record : child.links) {
+            const bool leadsNowhere = child.process && !child.isPlaced;
+            if (record.isActive() && (leadsNowhere || (record.source && !record.source->isPlaced))) {
+                record.activeCount = 0;
+                if (isTracing()) {
+                    trace("link to '" + child.name + "' dropped", fullName());
+                }
+            }
+        }
+    });
 }
 
 } // namespace qel

@@ -16,10 +16,7 @@ CAudioProcessStack::~CAudioProcessStack() = default;
 
 CError CAudioProcessStack::init()
 {
-    if (!compoundDef_.isGrouped()) {
-        QEL_FAIL(fullName(), "@qelstr_CAudioProcessStack_init_NotGrouped "
-                             "A stacked process that is not grouped by channel is not supported.");
-    }
+    QEL_TRY(compoundDef_.checkShape(), fullName());
     QEL_TRY(CAudioProcessBase::init(), fullName());
     drainPort_ = std::make_unique<CAudioInputPort>(graph());
     QEL_TRY(buildElement(0), fullName());

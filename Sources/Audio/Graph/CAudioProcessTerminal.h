@@ -48,7 +48,7 @@ public:
             } else if (unit.next) {
                 unit.isStale = !(settings == unit.settings);
             } else if (!(settings == unit.settings)) {
-                change(unit, settings);
+                isBeginning() ? begin(unit, settings) : change(unit, settings);
             }
         }
     }
@@ -124,6 +124,14 @@ private:
         instance->configure(settings, place);
         instance->reset();
         return instance;
+    }
+
+    // Where a stream begins nothing is heard yet that the new settings could fade from.
+    void begin(Unit& unit, const typename Module::Settings& settings)
+    {
+        unit.settings = settings;
+        unit.running->configure(settings, unit.place);
+        unit.running->reset();
     }
 
     void change(Unit& unit, const typename Module::Settings& settings)

@@ -15,6 +15,7 @@ std::span<const CKernelDef> biquadKernels();
 std::span<const CKernelDef> firstOrderKernels();
 std::span<const CKernelDef> halfBandKernels();
 std::span<const CKernelDef> allPassKernels();
+std::span<const CKernelDef> equalizerKernels();
 std::span<const CKernelDef> spectralKernels();
 std::span<const CKernelDef> resamplingKernels();
 std::span<const CKernelDef> noiseKernels();

@@ -10,13 +10,18 @@
 namespace qel {
 
 // k for a follower y += (input - y) * k whose -3 dB point is at `w` radians a sample, 0 or more:
-// k = 1 + sqrt(x^2 - 1) - x with x = 2 - cos w. At pi it is 0.83, and stays there for every w beyond: the
-// formula alone would close the filter again, down to a standstill at 2 pi. Low sample rates get there (the
-// saturator's smoothers at 8 kHz), and so do corners of filters near half the rate.
+// k = 1 + sqrt(x^2 - 1) - x with x = 2 - cos w. It is 0.83 at pi and falls again beyond, down to 0 at 2 pi.
 inline double onePoleGain(double w)
 {
-    const double x = 2.0 - math::cos(std::min(w, std::numbers::pi));
+    const double x = 2.0 - math::cos(w);
     return 1.0 + std::sqrt(x * x - 1.0) - x;
+}
+
+// The same for envelopes, which stay at their fastest for every w beyond pi: at low sample rates they get
+// there (the saturator's smoothers at 8 kHz, times near 0), and would stand still at 2 pi.
+inline double envelopeGain(double w)
+{
+    return onePoleGain(std::min(w, std::numbers::pi));
 }
 
 // Four followers in series move smoothly where a single one would start with a corner. The envelopes set

@@ -59,7 +59,7 @@ CWellKnownKernels registerWellKnownKernels(CKernelContext& context)
         }
     }
     for (const auto table : {biquadKernels(), firstOrderKernels(), halfBandKernels(), allPassKernels(),
-                             spectralKernels(), resamplingKernels(), noiseKernels()}) {
+                             equalizerKernels(), spectralKernels(), resamplingKernels(), noiseKernels()}) {
         context.addKernels(table);
     }
     for (std::size_t i = 0; i < kFilterFamilies; ++i) {

@@ -72,7 +72,7 @@ enum class EFilterFamily : std::uint8_t
     kHalfBand14,
     kHalfBand16,
     kFree,
-    kHighOrderEqualizer, // no kernels: nothing makes sections of this kind, so its identifiers stay -1
+    kHighOrderEqualizer, // nothing makes sections of this kind
     kAllPassChain,
 };
 inline constexpr std::size_t kFilterFamilies = 24;

@@ -1,13 +1,15 @@
-// Switch between the processed and the unprocessed signal.
+// Switch between the processed and the unprocessed signal, and the solo of channel groups.
 #pragma once
 
 #include "CAudioProcessTerminal.h"
+#include "CNoiseSource.h"
 #include "Definitions/CAudioModuleDef.h"
 
 namespace qel {
 
-// One channel: port 1 while `enable` (slot 0) is on, else port 0, by reference. Slot 1, `group-solo`, is
-// declared and follows its parameter, and changes nothing of the sound.
+// One channel: port 1 while `enable` (slot 0) is on, else port 0, by reference. Slot 1, `group-solo`, has one
+// entry for each channel group: while some group is soloed, the channels of all others fall silent, bypassed
+// or not, which is noise of +-1e-11.
 class CModBypassModule : public CAudioModule
 {
 public:
@@ -17,18 +19,27 @@ public:
     struct Settings
     {
         bool isBypassed = false;
+        bool isSilent = false;
         bool operator==(const Settings&) const = default;
     };
     static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place)
     {
-        return {slots.value(0, place.group) >= 0.5};
+        bool isAnySoloed = false;
+        for (int group = 0; group < slots.entryCount(1, 0); ++group) {
+            isAnySoloed = isAnySoloed || slots.value(1, 0, group) >= 0.5;
+        }
+        return {slots.value(0, place.group) >= 0.5, isAnySoloed && slots.value(1, 0, place.group) < 0.5};
     }
 
-    explicit CModBypassModule(CKernelContext&) {}
-    void resolveKernels(CKernelContext&) override {}
+    explicit CModBypassModule(CKernelContext& kernels) : noise_(kernels) {}
+    void resolveKernels(CKernelContext&) override { noise_.resolveKernels(); }
     void configure(const Settings& settings, const CAudioModulePlace&) { settings_ = settings; }
     void process(CAudioModuleStep& step)
     {
+        if (settings_.isSilent) {
+            step.setOutput(noise_.make(step.count));
+            return;
+        }
         const CBufferRef chosen = step.input(settings_.isBypassed ? 1 : 0);
         step.kernels.addRef(chosen);
         step.setOutput(chosen);
@@ -36,6 +47,7 @@ public:
 
 private:
     Settings settings_;
+    CNoiseSource noise_;
 };
 
 using CModBypass = CAudioProcessTerminal<CModBypassModule>;

@@ -26,47 +26,20 @@ CModCrunchAtkModule::Settings CModCrunchAtkModule::readSettings(const CAudioProc
             slots.value(kInverseSlot, place.group) >= 0.5};
 }
 
-void CModCrunchAtkModule::resolveKernels(CKernelContext& kernels)
-{
-    runKernel_ = kernels.findShortName("crunchatk");
-    initKernel_ = kernels.findShortName("crunchatki");
-    updateKernel_ = kernels.findShortName("crunchatku");
-    clearKernel_ = kernels.findShortName("crunchatkc");
-}
-
 void CModCrunchAtkModule::configure(const Settings& settings, const CAudioModulePlace& place)
 {
-    if (CrunchAtkState* state = state_.get()) {
-        state->attackSec = settings.attackSec;
-        state->type = settings.type;
-        state->isShaped = false; // nothing asks for the reciprocal
-        state->isInverse = settings.isInverse;
+    if (CrunchAtkState* record = state()) {
+        record->attackSec = settings.attackSec;
+        record->type = settings.type;
+        record->isShaped = false; // nothing asks for the reciprocal
+        record->isInverse = settings.isInverse;
     }
-    const bool isRunning = sampleRateHz_ > 0.0;
-    sampleRateHz_ = place.sampleRateHz;
-    if (isRunning) {
-        kernels_.submit(updateKernel_, 0, sampleRateHz_, {state_.ref(), state_.ref()});
-    } else {
-        kernels_.submit(initKernel_, 0, sampleRateHz_, {state_.ref()});
-    }
+    beginOrGoOn(place.sampleRateHz);
 }
 
 void CModCrunchAtkModule::takeUp(CAudioModule& running)
 {
-    kernels_.submit(updateKernel_, 0, sampleRateHz_,
-                    {state_.ref(), static_cast<CModCrunchAtkModule&>(running).state_.ref()});
-}
-
-void CModCrunchAtkModule::reset()
-{
-    kernels_.submit(clearKernel_, 0, 0.0, {state_.ref()});
-}
-
-void CModCrunchAtkModule::process(CAudioModuleStep& step)
-{
-    const CBufferRef output = step.allocate();
-    step.submit(runKernel_, 0.0, {output, state_.ref(), step.input(0)});
-    step.setOutput(output);
+    goOnFrom(static_cast<CModCrunchAtkModule&>(running), sampleRateHz_);
 }
 
 } // namespace qel

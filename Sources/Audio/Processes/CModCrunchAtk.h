@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CAudioProcessTerminal.h"
-#include "CKernelState.h"
+#include "CStateModule.h"
 #include "CrunchKernels.h"
 #include "Definitions/CAudioModuleDef.h"
 
@@ -11,10 +11,9 @@ namespace qel {
 // One channel: a gain that jumps becomes one that moves. Slots: 0 `attack` (seconds), 1 `attack-type` (0 a
 // fixed time; 1 and 2 a time that depends on how far the gain has to move), 2 `inverse`. A change keeps the
 // gain that is running.
-class CModCrunchAtkModule : public CAudioModule
+class CModCrunchAtkModule : public CStateModule<CrunchAtkState>
 {
 public:
-    static constexpr int kInputPorts = 1;
     static constexpr int kSlots = 3;
 
     struct Settings
@@ -26,21 +25,9 @@ public:
     };
     static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
-    explicit CModCrunchAtkModule(CKernelContext& kernels) : kernels_(kernels), state_(kernels) {}
-    void resolveKernels(CKernelContext& kernels) override;
+    explicit CModCrunchAtkModule(CKernelContext& kernels) : CStateModule(kernels, "crunchatk") {}
     void configure(const Settings& settings, const CAudioModulePlace& place);
     void takeUp(CAudioModule& running) override;
-    void reset() override;
-    void process(CAudioModuleStep& step);
-
-private:
-    CKernelContext& kernels_;
-    CKernelState<CrunchAtkState> state_;
-    double sampleRateHz_ = 0.0; // 0 until configured
-    int runKernel_ = -1;
-    int initKernel_ = -1;
-    int updateKernel_ = -1;
-    int clearKernel_ = -1;
 };
 
 class CModCrunchAtk : public CAudioProcessTerminal<CModCrunchAtkModule>

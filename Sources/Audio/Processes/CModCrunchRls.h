@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CAudioProcessTerminal.h"
-#include "CKernelState.h"
+#include "CStateModule.h"
 #include "CrunchKernels.h"
 #include "Definitions/CAudioModuleDef.h"
 
@@ -11,10 +11,9 @@ namespace qel {
 // One channel: a rectified level becomes a gain that falls at once and recovers in a time that depends on how
 // far it has fallen. Slots: 0 `release` (seconds), 1 `drive` (linear), 2 `inverse`. A change keeps the gain
 // that is running.
-class CModCrunchRlsModule : public CAudioModule
+class CModCrunchRlsModule : public CStateModule<CrunchRlsState>
 {
 public:
-    static constexpr int kInputPorts = 1;
     static constexpr int kSlots = 3;
 
     struct Settings
@@ -26,24 +25,14 @@ public:
     };
     static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
-    explicit CModCrunchRlsModule(CKernelContext& kernels) : kernels_(kernels), state_(kernels) {}
-    void resolveKernels(CKernelContext& kernels) override;
+    explicit CModCrunchRlsModule(CKernelContext& kernels) : CStateModule(kernels, "crunchrls") {}
     void configure(const Settings& settings, const CAudioModulePlace& place);
     void takeUp(CAudioModule& running) override;
-    void reset() override;
-    void process(CAudioModuleStep& step);
 
 private:
     void writeParameters();
 
-    CKernelContext& kernels_;
-    CKernelState<CrunchRlsState> state_;
     Settings settings_;
-    double sampleRateHz_ = 0.0; // 0 until configured
-    int runKernel_ = -1;
-    int initKernel_ = -1;
-    int updateKernel_ = -1;
-    int clearKernel_ = -1;
 };
 
 class CModCrunchRls : public CAudioProcessTerminal<CModCrunchRlsModule>

@@ -169,29 +169,8 @@ void CModFilterModule::takeUp(CAudioModule& running)
         for (std::size_t j = 0; j < std::min(band.stages.size(), from.size()); ++j) {
             if (band.stages[j].kind == from[j].kind) {
                 load(band.sections[j], band.stages[j], &from[j]);
-                scaleMemory(band.stages[j], other.bands_[i].sections[j], band.sections[j]);
             }
         }
-    }
-}
-
-// A biquad's memory is its input through the poles alone, so at low frequencies as large as these are near 1.
-// Taken up as it is by a corner far above, it would be many times too large and be heard as a click. The
-// other way it stays: what lies above both corners is as large for either, and scaled up would be heard as a
-// thump.
-void CModFilterModule::scaleMemory(const Stage& stage, const CFilterSection& from, const CFilterSection& to)
-{
-    if (stage.kind > EFilterFamily::kBiquadNotch) {
-        return;
-    }
-    const double scale = (1.0 - from.poles[0] - from.poles[1]) / (1.0 - to.poles[0] - to.poles[1]);
-    if (!(scale < 1.0)) {
-        return;
-    }
-    constexpr int kMemory = 4; // its place in the state, behind the coefficients
-    for (const CBufferRef state : stage.states) {
-        const CBufferRef memory = state.advancedBy(kMemory);
-        kernels_.submit(EKernel::kMulCi, 2, scale, {memory});
     }
 }
 

@@ -68,7 +68,6 @@ private:
     // Gives the stage the section's coefficients, and the memory of `running`, which may be the stage itself;
     // null clears it.
     void load(const CFilterSection& section, Stage& stage, const Stage* running);
-    void scaleMemory(const Stage& stage, const CFilterSection& from, const CFilterSection& to);
     void runStage(CAudioModuleStep& step, const CFilterSection& section, const Stage& stage,
                   std::size_t channel);
     void dropStages(RunningBand& band, std::size_t count);

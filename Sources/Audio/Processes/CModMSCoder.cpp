@@ -34,18 +34,27 @@ void CModMSCoder::syncLinks()
 
 void CModMSCoder::applyEvents()
 {
-    const int readGroup = group() == kGroupOfChannel ? 0 : group();
-    isDecoder_ = roundParam(slots().value(kModeSlot, readGroup)) == 1;
+    isDecoder_ = roundParam(slots().value(kModeSlot, readGroup())) == 1;
     pairs_.clear();
     uncoded_.clear();
-    if (slots().value(kBypassSlot, readGroup) >= 0.5) {
+    if (slots().value(kBypassSlot, readGroup()) >= 0.5) {
         uncoded_ = channels();
     } else {
-        findPairs(readGroup);
+        findPairs();
     }
 }
 
-void CModMSCoder::findPairs(int readGroup)
+std::uint32_t CModMSCoder::layout() const
+{
+    std::uint32_t sum = slots().value(kBypassSlot, readGroup()) >= 0.5;
+    for (int channel = 0; channel < kMaxChannels; ++channel) {
+        sum = sum * 31 +
+              static_cast<std::uint32_t>(roundParam(slots().value(kPairsSlot, readGroup(), channel)));
+    }
+    return sum;
+}
+
+void CModMSCoder::findPairs()
 {
     struct Half
     {
@@ -55,7 +64,7 @@ void CModMSCoder::findPairs(int readGroup)
     };
     std::array<Half, kMaxPair + 1> halves;
     for (const Channel& channel : channels()) {
-        const int number = roundParam(slots().value(kPairsSlot, readGroup, channel.number));
+        const int number = roundParam(slots().value(kPairsSlot, readGroup(), channel.number));
         if (number < 1 || number > kMaxPair || halves[static_cast<std::size_t>(number)].isDone) {
             uncoded_.push(channel);
             continue;

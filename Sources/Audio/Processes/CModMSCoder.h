@@ -18,6 +18,7 @@ public:
     void resolveKernels() override;
     void syncLinks() override;
     void applyEvents() override;
+    std::uint32_t layout() const override;
 
 protected:
     int slotCount() const override { return 3; }
@@ -30,7 +31,8 @@ private:
         Channel second;
     };
 
-    void findPairs(int group);
+    int readGroup() const { return group() == kGroupOfChannel ? 0 : group(); }
+    void findPairs();
     void code(const Pair& pair, int count);
 
     int encodeKernel_ = -1;

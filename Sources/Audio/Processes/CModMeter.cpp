@@ -149,7 +149,7 @@ void CModMeterModule::emit()
     }
     CAudioVizDataMeter data;
     data.id = target_.source;
-    data.group = place_.group;
+    data.group = group_;
     data.element = place_.channels.isEmpty() ? 0 : place_.channels[0];
     data.timeSec = values[0];
     data.level = values[1];
@@ -188,13 +188,15 @@ void CModMeter::syncLinks()
 void CModMeter::applyEvents()
 {
     for (Unit& unit : units_) {
-        const auto settings = CModMeterModule::readSettings(slots(), unit.place);
-        if (!unit.isNew && settings == unit.settings) {
-            continue;
-        }
         if (!unit.module) {
             unit.module = std::make_unique<CModMeterModule>(graph().kernels, def_);
             unit.module->resolveKernels(graph().kernels);
+        }
+        // Settings may be those of group 0; what is measured still belongs to the channel's own.
+        unit.module->setGroup(unit.place.outputFormats[0]->group);
+        const auto settings = CModMeterModule::readSettings(slots(), unit.place);
+        if (!unit.isNew && settings == unit.settings) {
+            continue;
         }
         unit.isNew = false;
         unit.settings = settings;
@@ -219,6 +221,9 @@ int CModMeter::slotCount() const
 
 void CModMeter::step(int count)
 {
+    if (graph().holdsSettings) {
+        return; // another copy of the graph takes over, and reports already
+    }
     for (Unit& unit : units_) {
         CAudioModuleStep moduleStep(graph().kernels, count, unit.place.channels.size());
         CAudioOwnedInputs owned(graph().kernels);

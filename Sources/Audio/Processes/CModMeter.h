@@ -65,6 +65,8 @@ public:
     void reset() override;
     // Starts afresh with these settings; the clock runs on.
     void configure(const Settings& settings, const CAudioModulePlace& place, const Target& target);
+    // Of the channel; its findings bear it.
+    void setGroup(int group) { group_ = group; }
     void process(CAudioModuleStep& step);
 
 private:
@@ -85,6 +87,7 @@ private:
     Settings settings_;
     CAudioModulePlace place_;
     Target target_;
+    int group_ = 0;
     int frameLength_ = 1;
     int samplesLeft_ = 0; // of the frame that runs
 

@@ -19,13 +19,6 @@ CModPShiftModule::Settings CModPShiftModule::readSettings(const CAudioProcessSlo
     return {static_cast<std::int32_t>(grain + 0.5)};
 }
 
-void CModPShiftModule::resolveKernels(CKernelContext& kernels)
-{
-    runKernel_ = kernels.findShortName("pshift");
-    initKernel_ = kernels.findShortName("pshifti");
-    clearKernel_ = kernels.findShortName("pshiftc");
-}
-
 void CModPShiftModule::releaseRing()
 {
     if (!ring_.isNone()) {
@@ -39,8 +32,8 @@ void CModPShiftModule::configure(const Settings& settings, const CAudioModulePla
     releaseRing();
     // Not a sample buffer: all of those get the room of the longest, and the ring is longer than any step.
     ring_ = kernels_.allocate(PShiftState::ringSamples(settings.grain) * sizeof(double));
-    if (PShiftState* state = state_.get()) {
-        state->grain = settings.grain;
+    if (PShiftState* record = state()) {
+        record->grain = settings.grain;
     }
     kernels_.submit(initKernel_, 0, 0.0, {state_.ref(), ring_});
 }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CAudioProcessTerminal.h"
-#include "CKernelState.h"
+#include "CStateModule.h"
 #include "Definitions/CAudioModuleDef.h"
 #include "PShiftKernels.h"
 
@@ -11,10 +11,9 @@ namespace qel {
 // One channel, an octave down. Slot: 0 `block-size`, the length of a grain in samples, at any sample rate. An
 // instance begins with an empty ring and the first sample it sees, so a change is heard through the fade
 // only.
-class CModPShiftModule : public CAudioModule
+class CModPShiftModule : public CStateModule<PShiftState>
 {
 public:
-    static constexpr int kInputPorts = 1;
     static constexpr int kSlots = 1;
     static constexpr std::int32_t kMinGrain = 16;
     static constexpr std::int32_t kMaxGrain = 8192;
@@ -26,9 +25,8 @@ public:
     };
     static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
-    explicit CModPShiftModule(CKernelContext& kernels) : kernels_(kernels), state_(kernels) {}
+    explicit CModPShiftModule(CKernelContext& kernels) : CStateModule(kernels, "pshift") {}
     ~CModPShiftModule() override { releaseRing(); }
-    void resolveKernels(CKernelContext& kernels) override;
     void configure(const Settings& settings, const CAudioModulePlace& place);
     void reset() override;
     void process(CAudioModuleStep& step);
@@ -36,12 +34,7 @@ public:
 private:
     void releaseRing();
 
-    CKernelContext& kernels_;
-    CKernelState<PShiftState> state_;
     CBufferRef ring_;
-    int runKernel_ = -1;
-    int initKernel_ = -1;
-    int clearKernel_ = -1;
 };
 
 class CModPShift : public CAudioProcessTerminal<CModPShiftModule>

@@ -4,6 +4,8 @@
 #include "CGraphVisitor.h"
 #include "Definitions/CAudioProcessDefBase.h"
 
+#include <algorithm>
+
 namespace qel {
 
 // --- building
@@ -82,15 +84,64 @@ void CModProcessSeq::disconnectAll()
 
 void CModProcessSeq::activate(std::size_t first, std::size_t end)
 {
-    for (std::size_t i = first; i < end; ++i) {
-        if (!isActive(i)) {
+    wanted_ = {first, end};
+    if (fadeSamplesLeft_ > 0) {
+        endFade();
+    }
+    start(wanted_);
+}
+
+void CModProcessSeq::fadeTo(std::size_t first, std::size_t end)
+{
+    wanted_ = {first, end};
+    if (isBeginning()) {
+        activate(first, end);
+    } else if (fadeSamplesLeft_ == 0 && !(wanted_ == run_)) {
+        leaving_ = run_;
+        start(wanted_);
+        fadeSamplesLeft_ = cutFadeSamples(sampleRateHz());
+        wire();
+        lastLink(leaving_).startFade(false);
+        lastLink(run_).startFade(true);
+    }
+}
+
+void CModProcessSeq::start(const Run& run)
+{
+    for (std::size_t i = run.first; i < run.end; ++i) {
+        if (!run_.has(i)) {
             members_[i].process->reset(positionSec());
         }
     }
-    first_ = first;
-    end_ = end;
+    run_ = run;
     isWired_ = false;
 }
+
+void CModProcessSeq::endFade()
+{
+    fadeSamplesLeft_ = 0;
+    lastLink(run_).endFade();
+    wire();
+}
+
+int CModProcessSeq::limitStep(int count) const
+{
+    return fadeSamplesLeft_ > 0 ? std::min(count, fadeSamplesLeft_) : count;
+}
+
+namespace {
+
+void setLink(CAudioLink& link, bool isWanted, CAudioInputPort& destination)
+{
+    if (isWanted != link.isConnected()) {
+        isWanted ? link.connect() : link.disconnect();
+    }
+    if (isWanted) {
+        destination.addLink(link);
+    }
+}
+
+} // namespace
 
 // Links that are not in use must be out of the ports too: a port waits for every link that it knows.
 void CModProcessSeq::wire()
@@ -99,28 +150,27 @@ void CModProcessSeq::wire()
     while (static_cast<int>(feeds_.size()) < inputCount()) {
         addPort();
     }
-    const auto set = [](CAudioLink& link, bool isWanted, CAudioInputPort& destination) {
-        if (isWanted != link.isConnected()) {
-            isWanted ? link.connect() : link.disconnect();
-        }
-        if (isWanted) {
-            destination.addLink(link);
-        }
-    };
     drain_->clearLinks();
-    set(*throughLink_, first_ == end_, *drain_);
+    setLink(*throughLink_, run_.isEmpty() || (fadeSamplesLeft_ > 0 && leaving_.isEmpty()), *drain_);
     for (std::size_t i = 0; i < members_.size(); ++i) {
-        Member& member = members_[i];
-        for (std::size_t port = 0; port < feeds_.size(); ++port) {
-            CAudioInputPort& in = member.process->input(static_cast<int>(port));
-            in.clearLinks();
-            set(*member.feedLinks[port], isActive(i) && i == first_, in);
-        }
-        if (member.chainLink) {
-            set(*member.chainLink, isActive(i) && i != first_, member.process->input(0));
-        }
-        set(*member.drainLink, isActive(i) && i + 1 == end_, *drain_);
+        wireMember(i);
     }
+}
+
+void CModProcessSeq::wireMember(std::size_t place)
+{
+    Member& member = members_[place];
+    const Run& run = run_.has(place) ? run_ : leaving_;
+    const bool isWanted = isAtWork(place);
+    for (std::size_t port = 0; port < feeds_.size(); ++port) {
+        CAudioInputPort& in = member.process->input(static_cast<int>(port));
+        in.clearLinks();
+        setLink(*member.feedLinks[port], isWanted && place == run.first, in);
+    }
+    if (member.chainLink) {
+        setLink(*member.chainLink, isWanted && place != run.first, member.process->input(0));
+    }
+    setLink(*member.drainLink, isWanted && place + 1 == run.end, *drain_);
 }
 
 void CModProcessSeq::step(int count)
@@ -131,7 +181,7 @@ void CModProcessSeq::step(int count)
     feed(count);
     const double startSec = positionSec();
     for (std::size_t i = 0; i < members_.size(); ++i) {
-        if (isActive(i)) {
+        if (isAtWork(i)) {
             graph().positionSec = startSec;
             members_[i].process->process();
         } else {
@@ -139,11 +189,18 @@ void CModProcessSeq::step(int count)
         }
     }
     drain_->forwardTo(output(0));
+    if (fadeSamplesLeft_ > 0 && (fadeSamplesLeft_ -= count) == 0) {
+        endFade();
+        fadeTo(wanted_.first, wanted_.end);
+    }
 }
 
 void CModProcessSeq::beSilent()
 {
     CAudioProcessBase::idle();
+    if (fadeSamplesLeft_ > 0) {
+        activate(wanted_.first, wanted_.end);
+    }
     step(0);
 }
 
@@ -163,6 +220,9 @@ void CModProcessSeq::feed(int count)
 void CModProcessSeq::reset(double positionSec)
 {
     CAudioProcessBase::reset(positionSec);
+    if (fadeSamplesLeft_ > 0) {
+        activate(wanted_.first, wanted_.end);
+    }
     for (const Member& member : members_) {
         member.process->reset(positionSec);
         member.drainLink->clear();
@@ -182,10 +242,10 @@ void CModProcessSeq::visit(CGraphVisitor& visitor) const
 {
     visitor.enterCompound(*this);
     const CAudioProcessBase* previous = nullptr;
-    for (std::size_t i = first_; i < end_; ++i) {
+    for (std::size_t i = run_.first; i < run_.end; ++i) {
         members_[i].process->visit(visitor);
     }
-    for (std::size_t i = first_; i < end_; ++i) {
+    for (std::size_t i = run_.first; i < run_.end; ++i) {
         visitor.link({*this, previous, 0, members_[i].process.get(), 0, 1});
         previous = members_[i].process.get();
     }

@@ -15,8 +15,9 @@ namespace qel {
 //
 // Members that rest keep their settings up to date. One that starts to work forgets the signal it had, and a
 // run that stays at work across a change keeps it: call activate() only between steps, when all that was
-// taken has been worked off. Members read port 0 of the member before them; the first reads all ports of the
-// sequence.
+// taken has been worked off. fadeTo() lets the old run work on beside the new one until the crossfade between
+// them is over; steps are cut where it ends, and what comes meanwhile is taken up behind it. Members read
+// port 0 of the member before them; the first reads all ports of the sequence.
 class CModProcessSeq : public CAudioProcessBase
 {
 public:
@@ -31,9 +32,9 @@ public:
     void idle() override;
     void visit(CGraphVisitor& visitor) const override;
 
-    // The members at work, in order.
-    std::size_t activeCount() const { return end_ - first_; }
-    const CAudioProcessBase& active(std::size_t place) const { return *members_[first_ + place].process; }
+    // The members at work, in order, without those that are faded out.
+    std::size_t activeCount() const { return run_.end - run_.first; }
+    const CAudioProcessBase& active(std::size_t place) const { return *members_[run_.first + place].process; }
 
 protected:
     // Builds one more member at the end, as the process "<sequence>.<name>". Building thread.
@@ -42,6 +43,10 @@ protected:
     const CAudioProcessBase& member(std::size_t place) const { return *members_[place].process; }
     // From the next step on the members from `first` to before `end` work.
     void activate(std::size_t first, std::size_t end);
+    // The same with a crossfade, if a stream is running. The runs may share no member, and all members must
+    // leave rate and latency as they are.
+    void fadeTo(std::size_t first, std::size_t end);
+    int limitStep(int count) const override;
     void step(int count) override;
     void beSilent() override;
 
@@ -55,17 +60,39 @@ private:
         std::unique_ptr<CAudioLink> drainLink;
     };
 
-    bool isActive(std::size_t member) const { return member >= first_ && member < end_; }
+    struct Run
+    {
+        std::size_t first = 0;
+        std::size_t end = 0;
+
+        bool has(std::size_t member) const { return member >= first && member < end; }
+        bool isEmpty() const { return first == end; }
+        bool operator==(const Run&) const = default;
+    };
+
+    bool isAtWork(std::size_t member) const
+    {
+        return run_.has(member) || (fadeSamplesLeft_ > 0 && leaving_.has(member));
+    }
+    void start(const Run& run);
+    void endFade();
     void addPort();
     void wire();
+    void wireMember(std::size_t place);
+    CAudioLink& lastLink(const Run& run)
+    {
+        return run.isEmpty() ? *throughLink_ : *members_[run.end - 1].drainLink;
+    }
     void feed(int count);
 
     std::vector<std::unique_ptr<CAudioOutputPort>> feeds_; // by port
     std::unique_ptr<CAudioInputPort> drain_;
     std::unique_ptr<CAudioLink> throughLink_; // from feed to drain while no member works
     std::vector<Member> members_;
-    std::size_t first_ = 0;
-    std::size_t end_ = 0;
+    Run run_;
+    Run leaving_; // is faded out
+    Run wanted_;  // taken up when the fade is over
+    int fadeSamplesLeft_ = 0;
     bool isWired_ = false;
 };
 

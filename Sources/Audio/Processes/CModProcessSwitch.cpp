@@ -150,7 +150,7 @@ void CModProcessSwitch::select(std::int32_t index)
     const std::size_t place = switchDef_.place(index);
     if (place != selected_) {
         selected_ = place;
-        activate(place, std::min(place + 1, memberCount()));
+        fadeTo(place, std::min(place + 1, memberCount()));
     }
 }
 

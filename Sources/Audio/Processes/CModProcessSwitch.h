@@ -49,8 +49,8 @@ private:
 // Runs the child that slot 0, `index`, selects. All children are built at init under the name
 // `def-child-name` (their own where there is none), so their slots follow the same parameters, and a change
 // of the index swaps which of them gets the stream: it allocates nothing, cannot fail and loses no sample.
-// The child that starts forgets any signal it had before; there is no crossfade. If neither the index nor
-// `def-index` is listed, the stream passes by reference.
+// The child that starts forgets any signal it had before, and is faded in over the one that ends. If neither
+// the index nor `def-index` is listed, the stream passes by reference.
 class CModProcessSwitch : public CModProcessSeq
 {
 public:

@@ -96,9 +96,9 @@ bool CModResampler::process()
 
 void CModResampler::takeDueChanges()
 {
-    if (slots().hasEvents()) {
+    if (slots().hasEvents() && !graph().holdsSettings) {
         const double outerRateHz = isUpsampler_ ? sampleRateHz() : sampleRateHz() / (1 << stages_);
-        slots().applyUntil(positionSec() + 1.0 / outerRateHz);
+        takeChangesUntil(positionSec() + 1.0 / outerRateHz);
     }
 }
 

@@ -16,7 +16,8 @@ namespace qel {
 // Everything between an upsampler and its downsampler sees a stream of the higher rate. The two must change
 // at the same sample, or the stream would come out at a wrong rate: so a resampler takes up parameters only
 // where a call of process() starts, which is once in a step of the compound, at times counted at the outer
-// rate, and without the time shift that would let the later one lag behind.
+// rate, and without the time shift that would let the later one lag behind. The change itself is a cut; under
+// a CAudioProcessOverlap it is made in a stream that is not heard yet.
 class CModResampler : public CModProcessSeq
 {
 public:
@@ -24,6 +25,7 @@ public:
 
     CError init() override;
     bool process() override;
+    std::uint32_t layout() const override { return static_cast<std::uint32_t>(wantedStages()); }
 
     // Factors of two at work.
     int stages() const { return stages_; }

@@ -52,6 +52,18 @@ void CModRouter::applyEvents()
     finishTable();
 }
 
+std::uint32_t CModRouter::layout() const
+{
+    std::uint32_t sum = 0;
+    for (const int slot : {kRoutingSlot, kGroupingSlot}) {
+        for (int i = 0; i < kMaxChannels; ++i) {
+            sum =
+                sum * 31 + static_cast<std::uint32_t>(roundParam(slots().valueOrLast(slot, readGroup(), i)));
+        }
+    }
+    return sum;
+}
+
 void CModRouter::clearTable()
 {
     for (Destination& destination : table_) {

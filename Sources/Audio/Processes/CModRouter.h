@@ -34,6 +34,7 @@ public:
 
     void syncLinks() override;
     void applyEvents() override;
+    std::uint32_t layout() const override;
 
 protected:
     int slotCount() const override { return 2; }

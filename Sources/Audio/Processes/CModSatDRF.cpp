@@ -22,33 +22,14 @@ CModSatDRFModule::Settings CModSatDRFModule::readSettings(const CAudioProcessSlo
             slots.value(kDriveSlot, place.group), slots.value(kPhaseFreqSlot, place.group)};
 }
 
-void CModSatDRFModule::resolveKernels(CKernelContext& kernels)
-{
-    runKernel_ = kernels.findShortName("satdrf");
-    initKernel_ = kernels.findShortName("satdrfi");
-    clearKernel_ = kernels.findShortName("satdrfc");
-}
-
 void CModSatDRFModule::configure(const Settings& settings, const CAudioModulePlace& place)
 {
-    if (SatDRFState* state = state_.get()) {
-        state->mode = settings.mode;
-        state->drive = settings.drive;
-        state->phaseFreqHz = settings.phaseFreqHz;
+    if (SatDRFState* record = state()) {
+        record->mode = settings.mode;
+        record->drive = settings.drive;
+        record->phaseFreqHz = settings.phaseFreqHz;
     }
-    kernels_.submit(initKernel_, 0, place.sampleRateHz, {state_.ref()});
-}
-
-void CModSatDRFModule::reset()
-{
-    kernels_.submit(clearKernel_, 0, 0.0, {state_.ref()});
-}
-
-void CModSatDRFModule::process(CAudioModuleStep& step)
-{
-    const CBufferRef output = step.allocate();
-    step.submit(runKernel_, 0.0, {output, state_.ref(), step.input(0)});
-    step.setOutput(output);
+    begin(place.sampleRateHz);
 }
 
 } // namespace qel

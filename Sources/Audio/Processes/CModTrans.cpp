@@ -31,28 +31,22 @@ CModTransModule::Settings CModTransModule::readSettings(const CAudioProcessSlots
 
 void CModTransModule::resolveKernels(CKernelContext& kernels)
 {
+    CStateModule::resolveKernels(kernels);
     std::transform(kDetectNames.begin(), kDetectNames.end(), detectKernels_.begin(),
                    [&](const char* name) { return kernels.findShortName(name); });
     decayKernel_ = kernels.findShortName("transdecay");
-    initKernel_ = kernels.findShortName("transi");
-    clearKernel_ = kernels.findShortName("transc");
 }
 
 void CModTransModule::configure(const Settings& settings, const CAudioModulePlace& place)
 {
     curve_ = settings.curve;
-    if (TransState* state = state_.get()) {
-        state->sense = settings.sense;
-        state->scale = settings.scale;
-        state->timeSec = settings.timeSec;
-        state->decaySec = settings.decaySec;
+    if (TransState* record = state()) {
+        record->sense = settings.sense;
+        record->scale = settings.scale;
+        record->timeSec = settings.timeSec;
+        record->decaySec = settings.decaySec;
     }
-    kernels_.submit(initKernel_, 0, place.sampleRateHz, {state_.ref()});
-}
-
-void CModTransModule::reset()
-{
-    kernels_.submit(clearKernel_, 0, 0.0, {state_.ref()});
+    begin(place.sampleRateHz);
 }
 
 void CModTransModule::process(CAudioModuleStep& step)

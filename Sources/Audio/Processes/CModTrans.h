@@ -2,7 +2,7 @@
 #pragma once
 
 #include "CAudioProcessTerminal.h"
-#include "CKernelState.h"
+#include "CStateModule.h"
 #include "Definitions/CAudioModuleDef.h"
 #include "TransKernels.h"
 
@@ -13,10 +13,9 @@ namespace qel {
 // One channel: a rectified level becomes a control signal between 0 and 1 that rises where the level changes.
 // Slots: 0 `sensefunc` (which of five curves), 1 `sense` (0 to 1), 2 `scale` (linear), 3 `time`, 4
 // `decay-time` (both in seconds). A change of any of them starts the detector anew.
-class CModTransModule : public CAudioModule
+class CModTransModule : public CStateModule<TransState>
 {
 public:
-    static constexpr int kInputPorts = 1;
     static constexpr int kSlots = 5;
     static constexpr int kCurves = 5;
 
@@ -31,20 +30,19 @@ public:
     };
     static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
-    explicit CModTransModule(CKernelContext& kernels) : kernels_(kernels), state_(kernels) {}
+    explicit CModTransModule(CKernelContext& kernels) : CStateModule(kernels, "trans") {}
     void resolveKernels(CKernelContext& kernels) override;
     void configure(const Settings& settings, const CAudioModulePlace& place);
-    void reset() override;
     void process(CAudioModuleStep& step);
 
 private:
-    CKernelContext& kernels_;
-    CKernelState<TransState> state_;
     int curve_ = 0;
     std::array<int, kCurves> detectKernels_{};
     int decayKernel_ = -1;
-    int initKernel_ = -1;
-    int clearKernel_ = -1;
+};
+int decayKernel_ = -1;
+int initKernel_ = -1;
+int clearKernel_ = -1;
 };
 
 class CModTrans : public CAudioProcessTerminal<CModTransModule>

@@ -79,9 +79,9 @@ void fillTables(CrunchAtkState& state, double sampleRateHz)
     for (std::size_t i = 1; i < CrunchTables::kEntries; ++i) {
         const double w =
             std::max(q / (static_cast<double>(i) * state.attackSec / CrunchTables::kSteps), kMinW);
-        tables.first[i] = onePoleGain(first * w);
-        tables.middle[i] = onePoleGain(middle * w);
-        tables.last[i] = onePoleGain(last * w);
+        tables.first[i] = envelopeGain(first * w);
+        tables.middle[i] = envelopeGain(middle * w);
+        tables.last[i] = envelopeGain(last * w);
     }
     // A time of 0 has no frequency.
     tables.first[0] = tables.first[1];

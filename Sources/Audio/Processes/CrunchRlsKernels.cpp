@@ -93,9 +93,9 @@ void fillTables(CrunchRlsState& state, double sampleRateHz)
     CrunchTables& tables = state.tables;
     for (std::size_t i = 1; i < CrunchTables::kEntries; ++i) {
         const double w = q * static_cast<double>(i) / (CrunchTables::kSteps * state.releaseSec);
-        tables.first[i] = onePoleGain(kCascadeFirst * w);
-        tables.middle[i] = onePoleGain(kCascadeMiddle * w);
-        tables.last[i] = onePoleGain(kCascadeLast * w);
+        tables.first[i] = envelopeGain(kCascadeFirst * w);
+        tables.middle[i] = envelopeGain(kCascadeMiddle * w);
+        tables.last[i] = envelopeGain(kCascadeLast * w);
     }
     // A frequency of 0 would let the gain stick.
     tables.first[0] = tables.first[1];

@@ -31,7 +31,7 @@ double extreme(double a, double b)
 // Coefficient of a one-pole follower with its -3 dB point at `cutoffHz`.
 double onePole(double cutoffHz, double sampleRateHz)
 {
-    return onePoleGain(2.0 * kernelmath::kPi * cutoffHz / sampleRateHz);
+    return envelopeGain(2.0 * kernelmath::kPi * cutoffHz / sampleRateHz);
 }
 
 double releaseCoefficient(double releaseSec, double sampleRateHz)

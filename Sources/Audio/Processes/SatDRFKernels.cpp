@@ -113,12 +113,12 @@ SatDRFState::Coefficients coefficientsOf(const SatDRFState& state, double sample
     k.b2 = 1.0 / kPoleRadiusSquared;
     k.c1 = 2.0 * kPoleRadius * cosine;
     k.c2 = -kPoleRadiusSquared;
-    k.smooth = onePoleGain(kSmoothHz * q);
-    k.pumpFirst = onePoleGain(kPumpHz * q);
+    k.smooth = envelopeGain(kSmoothHz * q);
+    k.pumpFirst = envelopeGain(kPumpHz * q);
     constexpr double kMultiples[] = {kCascadeFirst, kCascadeMiddle, kCascadeMiddle, kCascadeLast};
     for (int i = 0; i < 4; ++i) {
-        k.pumpUp[i] = onePoleGain(kMultiples[i] * up);
-        k.pumpDown[i] = onePoleGain(kMultiples[i] * down);
+        k.pumpUp[i] = envelopeGain(kMultiples[i] * up);
+        k.pumpDown[i] = envelopeGain(kMultiples[i] * down);
     }
     return k;
 }

@@ -147,19 +147,19 @@ void init(const CKernelCall& call)
 
     const double slow = kSlowRate / state.timeSec / sampleRateHz;
     const double part = 0.6 * state.sense + 0.2;
-    state.slow = onePoleGain(slow);
-    state.rise = onePoleGain(slow * part);
-    state.fall = onePoleGain(slow * (part * part));
+    state.slow = envelopeGain(slow);
+    state.rise = envelopeGain(slow * part);
+    state.fall = envelopeGain(slow * (part * part));
 
     const double smooth = kSmoothRate / sampleRateHz;
-    state.smooth[0] = onePoleGain(kCascadeFirst * smooth);
-    state.smooth[1] = onePoleGain(kCascadeMiddle * smooth);
+    state.smooth[0] = envelopeGain(kCascadeFirst * smooth);
+    state.smooth[1] = envelopeGain(kCascadeMiddle * smooth);
     state.smooth[2] = state.smooth[1];
-    state.smooth[3] = onePoleGain(kCascadeLast * smooth);
+    state.smooth[3] = envelopeGain(kCascadeLast * smooth);
 
     constexpr double kTwoPi = 2.0 * std::numbers::pi;
-    state.attack = onePoleGain(kTwoPi / state.timeSec / sampleRateHz);
-    state.decay = onePoleGain(kTwoPi / state.decaySec / sampleRateHz);
+    state.attack = envelopeGain(kTwoPi / state.timeSec / sampleRateHz);
+    state.decay = envelopeGain(kTwoPi / state.decaySec / sampleRateHz);
     clearSignal(state);
 }
 

@@ -91,6 +91,10 @@ void CAudioVizCollector::changeListeners(std::int32_t id, std::int32_t by)
         return;
     }
     Source& source = sources_[static_cast<std::size_t>(id)];
+    const auto isHeard = [](const Source& each) { return each.listeners > 0; };
+    if (by > 0 && std::none_of(sources_.begin(), sources_.end(), isHeard)) {
+        isStale_.store(true, std::memory_order_release);
+    }
     const bool wasEnabled = source.listeners > 0;
     source.listeners = std::max(source.listeners + by, 0);
     const bool isEnabled = source.listeners > 0;
@@ -105,52 +109,61 @@ void CAudioVizCollector::take(std::vector<CAudioVizDataMeter>& out)
     if (!buffer) {
         return;
     }
-    const auto end = buffer->data.begin() + static_cast<std::ptrdiff_t>(buffer->count);
-    out.insert(out.end(), buffer->data.begin(), end);
+    if (!isStale_.load(std::memory_order_acquire)) {
+        const auto end = buffer->data.begin() + static_cast<std::ptrdiff_t>(buffer->count);
+        out.insert(out.end(), buffer->data.begin(), end);
+    }
     buffer->count = 0;
     free_.store(buffer, std::memory_order_release);
 }
 
 void CAudioVizCollector::reset()
 {
-    if (Buffer* buffer = finished_.exchange(nullptr, std::memory_order_acq_rel)) {
-        buffer->count = 0;
-        free_.store(buffer, std::memory_order_release);
+    if (Buffer* unread = finished_.exchange(nullptr, std::memory_order_acq_rel)) {
+        unread->count = 0;
+        free_.store(unread, std::memory_order_release);
     }
     current_->count = 0;
 }
 
 void CAudioVizCollector::beginBlock()
 {
+    if (isStale_.load(std::memory_order_acquire)) {
+        reset();
+        isStale_.store(false, std::memory_order_release);
+    }
     if (current_->count == 0) {
         return;
     }
-    if (Buffer* next = free_.exchange(nullptr, std::memory_order_acq_rel)) {
+    if (Buffer* unread = finished_.exchange(nullptr, std::memory_order_acq_rel)) {
+        append(*unread, *current_);
+        current_->count = 0;
+        finished_.store(unread, std::memory_order_release);
+    } else if (Buffer* next = free_.exchange(nullptr, std::memory_order_acq_rel)) {
         finished_.store(current_, std::memory_order_release);
         current_ = next;
     }
 }
 
-bool CAudioVizCollector::dropUnread()
+// The oldest go where there is no room for all.
+void CAudioVizCollector::append(Buffer& older, const Buffer& newer)
 {
-    beginBlock(); // a reader may have come since
-    if (current_->count == 0) {
-        return true;
-    }
-    Buffer* oldest = finished_.exchange(nullptr, std::memory_order_acq_rel);
-    if (!oldest) {
-        return false;
-    }
-    oldest->count = 0;
-    finished_.store(current_, std::memory_order_release);
-    current_ = oldest;
-    return true;
+    const std::size_t kept = std::min(older.count, kBufferSize - newer.count);
+    const auto at = [](auto& buffer, std::size_t index) {
+        return buffer.data.begin() + static_cast<std::ptrdiff_t>(index);
+    };
+    std::copy(at(older, older.count - kept), at(older, older.count), at(older, 0));
+    std::copy(at(newer, 0), at(newer, newer.count), at(older, kept));
+    older.count = kept + newer.count;
 }
 
 void CAudioVizCollector::push(const CAudioVizDataMeter& data)
 {
-    if (current_->count == kBufferSize && !dropUnread()) {
-        return;
+    if (current_->count == kBufferSize) {
+        beginBlock();
+    }
+    if (current_->count == kBufferSize) {
+        return; // a reader is at the other buffer
     }
     current_->data[current_->count++] = data;
 }

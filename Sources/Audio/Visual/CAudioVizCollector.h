@@ -20,8 +20,10 @@ class CAudioParamCollector;
 //
 // A source registers by name and gets an identifier and a parameter, the name plus "-enable", which is 1
 // while somebody listens: the graph cuts off what is not looked at. Findings go into one of two buffers,
-// which the audio thread alone fills; when the other one is free they change places at the start of a
-// processing call. A reader that stalls loses the oldest findings and holds up nobody.
+// which the audio thread alone fills. At the start of a processing call it finishes the buffer: hands it over
+// or, where the reader has not fetched the one before, takes that back and adds to it. So a reader gets all
+// up to the latest call; one that stalls loses the oldest findings and holds up nobody. The first listener
+// finds nothing of what was measured before it came.
 class CAudioVizCollector : public CObject
 {
 public:
@@ -69,9 +71,7 @@ private:
     };
 
     void changeListeners(std::int32_t id, std::int32_t by);
-    // Makes room in the audio thread's buffer at the cost of what nobody has read; false if a reader is at
-    // it.
-    bool dropUnread();
+    static void append(Buffer& older, const Buffer& newer);
 
     CString envPath_;
     CString paramsPath_;
@@ -87,6 +87,7 @@ private:
     Buffer* current_ = &(*buffers_)[0]; // the audio thread's
     std::atomic<Buffer*> free_{&(*buffers_)[1]};
     std::atomic<Buffer*> finished_{nullptr};
+    std::atomic<bool> isStale_{false}; // what there is was measured before anybody listened
 };
 
 } // namespace qel

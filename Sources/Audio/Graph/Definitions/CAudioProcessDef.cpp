@@ -13,6 +13,27 @@ void CAudioProcessDef::buildClassInfo(CClassInfo& info)
     using Self = CAudioProcessDef;
     CAudioProcessDefBase::buildClassInfo(info);
     info.bind<&Self::isAutoLinks_>("is-auto-links", true);
+    info.bind<&Self::isOverlapped_>("is-overlapped", false);
+}
+
+// Better no instance than one that is deaf to what its tree asks for.
+CError CAudioProcessDef::checkShape() const
+{
+    if (isMultiband() || !multibandFreqParam().isEmpty() || !multibandCountParam().isEmpty()) {
+        QEL_FAIL(getFullName(), "@qelstr_CAudioProcessDef_checkShape_Multiband "
+                                "A process that is split into frequency bands is not supported.");
+    }
+    if (isStacked() && !isGrouped()) {
+        QEL_FAIL(getFullName(), "@qelstr_CAudioProcessDef_checkShape_NotGrouped "
+                                "A stacked process that is not grouped by channel is not supported.");
+    }
+    if (!stackParam().isEmpty()) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CAudioProcessDef_checkShape_StackParam "
+                 "A stack whose elements are chosen by a parameter ('%1') is not supported.",
+                 stackParam());
+    }
+    return {};
 }
 
 CError CAudioProcessDef::initChilds()

@@ -23,11 +23,13 @@ public:
     static void buildClassInfo(CClassInfo& info);
 
     CError initChilds() override;
-    // A CAudioProcess, a CAudioProcessStack if isStacked(), a CAudioProcessMB if isMultiband().
+    // A CAudioProcess, a CAudioProcessStack if isStacked(), a CAudioProcessOverlap if isOverlapped().
     std::unique_ptr<CAudioProcessBase> createProcess() const override;
 
     // Children are chained in their order, from the compound's input to its output.
     bool isAutoLinks() const { return isAutoLinks_; }
+    // Attribute `is-overlapped`, for the root of a graph: changes of rates and routes are faded.
+    bool isOverlapped() const { return isOverlapped_; }
 
     // Prototypes are among them.
     const std::vector<const CAudioProcessDefBase*>& processDefs() const { return processDefs_; }
@@ -39,10 +41,15 @@ public:
     // The child process definition of this name, or null.
     const CAudioProcessDefBase* findProcessDef(const CString& name) const;
 
+    // Fails on shapes that no run-time class has: frequency bands, and stacks whose elements are not the
+    // channel groups. Asked by the process when it is built.
+    CError checkShape() const;
+
 private:
     void sortChildren();
 
     bool isAutoLinks_ = true;
+    bool isOverlapped_ = false;
     std::vector<const CAudioProcessDefBase*> processDefs_;
     std::vector<const CAudioProcessLinkDef*> linkDefs_;
     std::vector<const CAudioProcessBypassStateDef*> bypassStateDefs_;

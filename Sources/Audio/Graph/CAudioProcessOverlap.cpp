@@ -1,0 +1,230 @@
+// Two copies of a compound, so that changes of rates and routes can be faded.
+#include "CAudioProcessOverlap.h"
+
+#include "CGraphVisitor.h"
+#include "Definitions/CAudioProcessDef.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace qel {
+
+namespace {
+
+// Nearly two time constants of the lowest usual DC filter, and longer than the attacks of the envelopes.
+constexpr double kSettleSec = 0.1;
+
+} // namespace
+
+CAudioProcessOverlap::CAudioProcessOverlap(const CAudioProcessDef& definition)
+    : CAudioProcessBase(definition), compoundDef_(definition)
+{}
+
+CAudioProcessOverlap::~CAudioProcessOverlap() = default;
+
+// --- building
+
+CError CAudioProcessOverlap::init()
+{
+    QEL_TRY(CAudioProcessBase::init(), fullName());
+    drain_ = std::make_unique<CAudioInputPort>(graph());
+    for (Copy& copy : copies_) {
+        QEL_TRY(build(copy), fullName());
+    }
+    wireDrain();
+    return {};
+}
+
+CError CAudioProcessOverlap::build(Copy& copy)
+{
+    copy.graph =
+        std::make_unique<CAudioGraph>(CAudioGraph{graph().kernels, graph().params, {}, {}, graph().visual});
+    copy.process = std::make_unique<CAudioProcess>(compoundDef_);
+    copy.process->place(*copy.graph, fullName(), group());
+    QEL_TRY(copy.process->init(), fullName());
+    copy.drainLink = std::make_unique<CAudioLink>(*copy.graph, copy.process->output(0));
+    addFeeds(copy);
+    return {};
+}
+
+void CAudioProcessOverlap::addFeeds(Copy& copy)
+{
+    const int wanted = std::max(inputCount(), copy.process->inputCount());
+    for (int port = static_cast<int>(copy.feeds.size()); port < wanted; ++port) {
+        copy.feeds.push_back(std::make_unique<CAudioOutputPort>(*copy.graph));
+        copy.feedLinks.push_back(std::make_unique<CAudioLink>(*copy.graph, *copy.feeds.back()));
+        copy.feedLinks.back()->connect();
+        copy.process->input(port).addLink(*copy.feedLinks.back());
+        input(port);
+    }
+}
+
+CError CAudioProcessOverlap::bindParams()
+{
+    QEL_TRY(CAudioProcessBase::bindParams(), fullName());
+    for (Copy& copy : copies_) {
+        QEL_TRY(copy.process->bindParams(), fullName());
+    }
+    return {};
+}
+
+void CAudioProcessOverlap::registerKernels()
+{
+    copies_[0].process->registerKernels();
+}
+
+void CAudioProcessOverlap::resolveKernels()
+{
+    for (Copy& copy : copies_) {
+        copy.process->resolveKernels();
+    }
+}
+
+void CAudioProcessOverlap::disconnectAll()
+{
+    for (Copy& copy : copies_) {
+        copy.process->disconnectAll();
+    }
+    CAudioProcessBase::disconnectAll();
+}
+
+// --- audio thread
+
+void CAudioProcessOverlap::reset(double positionSec)
+{
+    CAudioProcessBase::reset(positionSec);
+    takeOver();
+    current().process->reset(positionSec);
+    current().drainLink->clear();
+}
+
+void CAudioProcessOverlap::idle()
+{
+    CAudioProcessBase::idle();
+    for (Copy& copy : copies_) {
+        copy.process->idle();
+    }
+}
+
+void CAudioProcessOverlap::beSilent()
+{
+    takeOver();
+    CAudioProcessBase::idle();
+    step(0);
+}
+
+int CAudioProcessOverlap::limitStep(int count) const
+{
+    return phase_ == EPhase::kSingle ? count : std::min(count, samplesLeft_);
+}
+
+// Called before the copy at work has heard of the changes that the other one has taken up at once.
+void CAudioProcessOverlap::startNext()
+{
+    current().graph->holdsSettings = true;
+    other().graph->positionSec = positionSec();
+    other().process->reset(positionSec());
+    nextLayout_ = other().process->layout();
+    enter(EPhase::kSettles);
+}
+
+void CAudioProcessOverlap::enter(EPhase phase)
+{
+    phase_ = phase;
+    samplesLeft_ = phase == EPhase::kSettles ? static_cast<int>(std::lround(kSettleSec * sampleRateHz()))
+                                             : cutFadeSamples(sampleRateHz());
+    wireDrain();
+    if (phase == EPhase::kFades) {
+        other().graph->holdsSettings = true;
+        current().drainLink->startFade(false);
+        other().drainLink->startFade(true);
+    }
+}
+
+// Ends the overlap, wherever it is: from here on the next copy is the one at work.
+void CAudioProcessOverlap::takeOver()
+{
+    if (phase_ == EPhase::kSingle) {
+        return;
+    }
+    current().process->reset(positionSec());
+    current_ = 1 - current_;
+    phase_ = EPhase::kSingle;
+    for (Copy& copy : copies_) {
+        copy.graph->holdsSettings = false;
+    }
+    seenChanges_ = other().graph->settingsTaken - 1; // look again
+    current().drainLink->endFade();
+    wireDrain();
+}
+
+void CAudioProcessOverlap::wireDrain()
+{
+    drain_->clearLinks();
+    for (std::size_t i = 0; i < copies_.size(); ++i) {
+        CAudioLink& link = *copies_[i].drainLink;
+        const bool isHeard = i == current_ || phase_ == EPhase::kFades;
+        if (isHeard != link.isConnected()) {
+            isHeard ? link.connect() : link.disconnect();
+        }
+        if (isHeard) {
+            drain_->addLink(link);
+        }
+    }
+}
+
+// Whether another layout is wanted shows in the copy at rest, which takes up all changes at once.
+void CAudioProcessOverlap::beginStep()
+{
+    if (phase_ != EPhase::kSingle) {
+        return;
+    }
+    other().process->idle();
+    if (std::exchange(seenChanges_, other().graph->settingsTaken) == other().graph->settingsTaken) {
+        return;
+    }
+    if (!isBeginning() && other().process->layout() != current().process->layout()) {
+        startNext();
+    }
+}
+
+void CAudioProcessOverlap::step(int count)
+{
+    const std::uint32_t nextChanges = other().graph->settingsTaken;
+    run(current(), count);
+    if (phase_ != EPhase::kSingle) {
+        run(other(), count);
+    }
+    drain_->forwardTo(output(0));
+    if (phase_ == EPhase::kSettles && other().graph->settingsTaken != nextChanges &&
+        std::exchange(nextLayout_, other().process->layout()) != nextLayout_) {
+        enter(EPhase::kSettles);
+    } else if (phase_ != EPhase::kSingle && (samplesLeft_ -= count) == 0) {
+        phase_ == EPhase::kSettles ? enter(EPhase::kFades) : takeOver();
+    }
+}
+
+void CAudioProcessOverlap::run(Copy& copy, int count)
+{
+    if (static_cast<int>(copy.feeds.size()) < inputCount()) {
+        addFeeds(copy);
+    }
+    for (std::size_t port = 0; port < copy.feeds.size(); ++port) {
+        const CAudioInputPort& from = input(static_cast<int>(port));
+        copy.feeds[port]->setChannels(from.channels());
+        forEachChannel(from.channels(), [&](int channel) {
+            copy.feeds[port]->emit(channel, from.gather(channel, count, def().isWeightedInput()), count,
+                                   from.format(channel));
+        });
+    }
+    copy.graph->positionSec = positionSec();
+    copy.process->process();
+}
+
+void CAudioProcessOverlap::visit(CGraphVisitor& visitor) const
+{
+    copies_[current_].process->visit(visitor);
+}
+
+} // namespace qel
