@@ -40,10 +40,6 @@ private:
     std::array<int, kCurves> detectKernels_{};
     int decayKernel_ = -1;
 };
-int decayKernel_ = -1;
-int initKernel_ = -1;
-int clearKernel_ = -1;
-};
 
 class CModTrans : public CAudioProcessTerminal<CModTransModule>
 {

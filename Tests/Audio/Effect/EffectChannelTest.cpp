@@ -82,6 +82,32 @@ TEST_F(EffectChannels, GroupsProcessTheirChannelsByThemselves)
     EXPECT_GT(worstDifference(together[1], ofFirst[1]), 0.1);
 }
 
+TEST_F(EffectChannels, SoloSilencesTheOtherGroups)
+{
+    EffectHost host;
+    host.setList("io-params.grouping", {0, 1});
+    host.open(kRateHz);
+    const Signals input(2, sine(1000.0, kRateHz, 4800, 0.5));
+    const auto levels = [&](double ofFirst, double ofSecond, double isBypassed) {
+        host.setList("io-params.channel-group-solo", {ofFirst, ofSecond});
+        host.set("modBypass.enable", isBypassed);
+        const Signals output = host.run<double>(input, {512});
+        return std::pair(peak(output[0], 2400) > 0.4     ? 1
+                         : peak(output[0], 2400) < 1e-10 ? 0
+                                                         : -1,
+                         peak(output[1], 2400) > 0.4     ? 1
+                         : peak(output[1], 2400) < 1e-10 ? 0
+                                                         : -1);
+    };
+    for (const double isBypassed : {0.0, 1.0}) {
+        EXPECT_EQ(levels(0, 0, isBypassed), std::pair(1, 1));
+        EXPECT_EQ(levels(1, 0, isBypassed), std::pair(1, 0));
+        EXPECT_EQ(levels(0, 1, isBypassed), std::pair(0, 1));
+        EXPECT_EQ(levels(1, 1, isBypassed), std::pair(1, 1));
+    }
+    EXPECT_FALSE(host.parameter("io-params.channel-group-solo").getInfo().isStorable) << "in no preset";
+}
+
 TEST_F(EffectChannels, UnusedGroupsCostNothing)
 {
     EffectHost host{Settings()};

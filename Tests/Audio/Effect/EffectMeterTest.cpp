@@ -54,6 +54,8 @@ TEST_F(EffectMeters, OutputMeterTellsLevelAndPeakOfEachChannelAtASteadyRate)
         std::map<int, std::vector<CAudioVizDataMeter>> byChannel;
         for (const CAudioVizDataMeter& data : findings) {
             byChannel[data.element].push_back(data);
+            ASSERT_EQ(data.group, data.element == 0 ? 0 : 5)
+                << "of its channel, though settings are those of 0";
         }
         ASSERT_EQ(byChannel.size(), 2u);
         for (const auto& [channel, list] : byChannel) {

@@ -33,6 +33,13 @@ TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
             Signals output = host.run<double>({before, before}, sizes);
             host.set(".mix-gain", 2.0); // behind the latency, so within a step
             host.set(".xover-freq", 150.0);
+            for (const char* name :
+                 {".sub-enable", ".sat-enable", ".mono-enable", ".comp-enable", ".xover-type"}) {
+                host.set(name, 0.0); // links and filters that fade
+            }
+            if (oversampling == 3) {
+                host.set("oversampling", 2.0); // two streams that overlap
+            }
             const Signals rest = host.run<double>({after, after}, sizes);
             for (std::size_t channel = 0; channel < 2; ++channel) {
                 output[channel].insert(output[channel].end(), rest[channel].begin(), rest[channel].end());
@@ -43,6 +50,29 @@ TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
             EXPECT_EQ(output, reference) << "blocks of " << sizes[0] << ", oversampling " << oversampling;
         }
         EXPECT_GT(peak(reference[0]), 0.1);
+    }
+}
+
+// Offline renders set everything before the first block, and some hosts between two passes.
+TEST_F(EffectStream, BeginsWithItsSettingsAtEveryRate)
+{
+    constexpr std::size_t kBegin = 240;
+    const Signal low = sine(40.0, 48000.0, 4800, 0.5);
+    for (int oversampling = 1; oversampling <= 4; ++oversampling) {
+        EffectHost host({{".mix-gain", linear(-24.0)}, {".lf-mon", 1}, {"oversampling", oversampling}});
+        Signal output = host.run<double>({low, low}, {512})[0];
+        output.resize(kBegin);
+        EXPECT_LT(peak(output), 0.05) << oversampling;
+        host.set(".lf-mon", 0);
+        host.set(".mix-gain", 1.0);
+        host.run<double>({low, low}, {512});
+        host.suspend();
+        host.set(".lf-mon", 1);
+        host.set(".mix-gain", linear(-24.0));
+        host.open(48000.0);
+        output = host.run<double>({low, low}, {512})[0];
+        output.resize(kBegin);
+        EXPECT_LT(peak(output), 0.05) << oversampling << ", behind a stop";
     }
 }
 

@@ -63,18 +63,6 @@ Signal directTransform(const Signal& x)
     return packed;
 }
 
-// Bin by bin, by the complex type of the library.
-Signal directProduct(const Signal& a, const Signal& b)
-{
-    Signal product = {a[0] * b[0], a[1] * b[1]};
-    for (std::size_t i = 2; i < a.size(); i += 2) {
-        const Complex value = Complex(a[i], a[i + 1]) * Complex(b[i], b[i + 1]);
-        product.push_back(value.real());
-        product.push_back(value.imag());
-    }
-    return product;
-}
-
 void expectNear(const Signal& a, const Signal& b, double tolerance)
 {
     ASSERT_EQ(a.size(), b.size());
@@ -93,43 +81,6 @@ TEST(SpectralKernels, TransformAsTheDefiningSumAndBack)
         expectNear(rig.read(data, length), directTransform(signal), 1e-12 * std::sqrt(length));
         rig.inverse(data, length);
         expectNear(rig.read(data, length), signal, 1e-14);
-    }
-}
-
-TEST(SpectralKernels, LeaveALengthThatIsNoPowerOfTwoAlone)
-{
-    SpectralRig rig(64);
-    for (const std::size_t length : {0U, 1U, 12U}) {
-        const Signal signal = noiseSignal(16, 32);
-        const CBufferRef data = rig.buffer(signal);
-        rig.forward(data, length);
-        rig.inverse(data, length);
-        EXPECT_TRUE(isSameBits(rig.read(data, 16), signal)) << length;
-    }
-}
-
-TEST(SpectralKernels, MultiplyTheTwoEndsAsRealsAndTheRestAsComplexNumbers)
-{
-    for (const std::size_t length : {2U, 4U, 64U}) {
-        KernelRig rig;
-        const Signal a = noiseSignal(length, 33);
-        const Signal b = noiseSignal(length, 34);
-        const Signal held = noiseSignal(length, 35);
-        const CBufferRef out = rig.buffer(held);
-        rig.run("rdftm", length, 0, {out, rig.buffer(a), rig.buffer(b)});
-        expectNear(rig.read(out, length), directProduct(a, b), 1e-15);
-
-        const CBufferRef sum = rig.buffer(held);
-        rig.run("rdftma", length, 0, {sum, rig.buffer(a), rig.buffer(b)});
-        Signal expected = directProduct(a, b);
-        for (std::size_t i = 0; i < length; ++i) {
-            expected[i] += held[i];
-        }
-        expectNear(rig.read(sum, length), expected, 1e-15);
-
-        const CBufferRef square = rig.buffer(a);
-        rig.run("rdftsqr", length, 0, {square});
-        expectNear(rig.read(square, length), directProduct(a, a), 1e-15);
     }
 }
 
@@ -193,20 +144,6 @@ TEST(SpectralKernels, PartitionedConvolutionEqualsDirectConvolution)
             }
         }
         expectNear(out, expected, 1e-13 * static_cast<double>(length));
-    }
-}
-
-TEST(SpectralKernels, ConvolutionStepsStayInsideTheSpectrum)
-{
-    for (const char* name : {"convmult", "convmultadd", "convacquire"}) {
-        for (const double first : {-7.0, 5.0, 1e30, std::nan("")}) {
-            KernelRig rig;
-            const Signal held = noiseSignal(16, 39);
-            const CBufferRef out = rig.buffer(held);
-            rig.run(name, CKernelCall::spectralCount(1000, 3), first,
-                    {out, rig.buffer(held), rig.buffer(held)});
-            EXPECT_TRUE(isSameBits(rig.read(out, 16), held)) << name << " from bin " << first;
-        }
     }
 }
 

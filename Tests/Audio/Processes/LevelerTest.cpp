@@ -98,22 +98,6 @@ TEST(Leveler, MergesAnyNumberOfChannelsAndLeavesNoBufferBehind)
     }
 }
 
-TEST(Leveler, CallsNoMoreKernelsThanItNeeds)
-{
-    const auto calls = [](const CModLevelerModule::Settings& settings, std::size_t channels) {
-        LevelerRig rig;
-        rig.process(settings, levels(channels));
-        return rig.kernelCalls();
-    };
-    EXPECT_EQ(calls({false, 0.5, 0.0}, 8), 0u); // no linking
-    EXPECT_EQ(calls({false, 0.0, 1.0}, 1), 0u);
-    EXPECT_EQ(calls({false, 1.0, 1.0}, 1), 0u);
-    EXPECT_EQ(calls({false, 1.0, 1.0}, 2), 1u);
-    EXPECT_EQ(calls({false, 0.0, 1.0}, 4), 1u);
-    EXPECT_EQ(calls({false, 0.0, 1.0}, 8), 3u);
-    EXPECT_EQ(calls({false, 0.0, 0.5}, 2), 3u);
-}
-
 TEST(Leveler, LinksTheChannelsOfOneGroupAndNotOfAnother)
 {
     test::ModuleGraph<CModLevelerDef> graph({{"mode", 0.0}, {"mix", 0.0}, {"linking", 1.0}},

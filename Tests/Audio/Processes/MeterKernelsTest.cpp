@@ -3,7 +3,6 @@
 #include "../Kernels/KernelRig.h"
 
 #include <cmath>
-#include <deque>
 #include <gtest/gtest.h>
 #include <numbers>
 
@@ -61,7 +60,6 @@ public:
         return rig_.read(out_, 3);
     }
     const CMeterState& state() const { return *state_; }
-    Signal history() { return rig_.read(history_, static_cast<std::size_t>(state_->historyLength)); }
 
 private:
     test::KernelRig rig_;
@@ -73,47 +71,6 @@ private:
     CMeterState* state_;
 };
 
-// What a meter is, written down without frames cut into calls or a maximum kept along.
-struct Reference
-{
-    explicit Reference(const MeterSetup& wanted, bool isSmallest = false)
-        : setup(wanted), sign(isSmallest ? -1.0 : 1.0),
-          frames(static_cast<std::size_t>(wanted.history), wanted.start)
-    {
-        const double x = 2.0 - std::cos(2.0 * std::numbers::pi / setup.rmsSec / kRate);
-        c = 1.0 + std::sqrt(x * x - 1.0) - x;
-        release = setup.releaseSec < 0.0001 ? 1.0 : 1.0 - std::pow(0.01, 1.0 / (setup.releaseSec * kRate));
-        s1 = s2 = held = frameMax = setup.start;
-    }
-    double extreme(double a, double b) const { return sign * a > sign * b ? a : b; }
-    void feed(double x)
-    {
-        s1 += (x * x - s1) * c;
-        s2 += (s1 - s2) * c;
-        held = sign * s2 > sign * held ? s2 : held + (s2 - held) * release;
-        frameMax = extreme(frameMax, extreme(x * x, held));
-        if (++samples % setup.frame == 0) {
-            frames.pop_front();
-            frames.push_back(frameMax);
-            frameMax = held;
-        }
-    }
-    double peak() const
-    {
-        double found = frameMax;
-        for (const double frame : frames) {
-            found = extreme(found, frame);
-        }
-        return std::sqrt(found);
-    }
-
-    MeterSetup setup;
-    double sign;
-    std::deque<double> frames;
-    double c, release, s1, s2, held, frameMax;
-    std::int64_t samples = 0;
-};
-
 // Bursts of falling loudness with silence between them, so that maxima expire and ties happen.
 Signal bursts(std::size_t count)
 {
@@ -123,52 +80,6 @@ Signal bursts(std::size_t count)
         signal[i] *= burst % 3 == 2 ? 0.0 : 1.0 / static_cast<double>(1 + burst % 7);
     }
     return signal;
-}
-
-TEST(MeterKernels, FollowTheirDefinitionSampleBySample)
-{
-    for (const bool isCompression : {false, true}) {
-        for (const MeterSetup& setup :
-             {MeterSetup{}, MeterSetup{.history = 1}, MeterSetup{.history = 3, .frame = 1},
-              MeterSetup{.start = 1.0, .history = 7, .frame = 333, .releaseSec = 0.0}}) {
-            Meter meter(setup, isCompression ? "meterc" : "meter", isCompression ? "metersubc" : "metersub");
-            Reference reference(setup, isCompression);
-            const Signal in = bursts(20000);
-            for (std::size_t at = 0, block = 0; at < in.size(); ++block) {
-                const std::size_t size = std::min<std::size_t>(block * 37 % 500, in.size() - at);
-                meter.feed(
-                    Signal(in.begin() + static_cast<long>(at), in.begin() + static_cast<long>(at + size)));
-                for (std::size_t i = at; i < at + size; ++i) {
-                    reference.feed(in[i]);
-                }
-                at += size;
-                const Signal out = meter.read(2.0);
-                ASSERT_NEAR(out[0], static_cast<double>(at) / kRate, 1e-12);
-                ASSERT_NEAR(out[1], 2.0 * std::sqrt(reference.held), 1e-9) << at;
-                ASSERT_NEAR(out[2], 2.0 * reference.peak(), 1e-9) << at;
-            }
-        }
-    }
-}
-
-TEST(MeterKernels, GiveTheSameBitsHoweverTheInputIsCut)
-{
-    const Signal a = bursts(5000);
-    const Signal b = noiseSignal(5000, 8);
-    for (const bool isDifference : {false, true}) {
-        Meter whole({}, isDifference ? "meterd" : "meter", isDifference ? "metersubd" : "metersub");
-        Meter cut({}, isDifference ? "meterd" : "meter", isDifference ? "metersubd" : "metersub");
-        whole.feed(a, isDifference ? b : Signal());
-        for (std::size_t at = 0, size = 0; at < a.size(); at += size) {
-            size = std::min<std::size_t>(1 + at % 250, a.size() - at);
-            const auto part = [&](const Signal& s) {
-                return Signal(s.begin() + static_cast<long>(at), s.begin() + static_cast<long>(at + size));
-            };
-            cut.feed(part(a), isDifference ? part(b) : Signal());
-        }
-        EXPECT_TRUE(isSameBits(whole.history(), cut.history()));
-        EXPECT_TRUE(isSameBits(whole.read(), cut.read()));
-    }
 }
 
 TEST(MeterKernels, HoldAPeakForExactlyTheHistoryAndLetItFallInOneStep)

@@ -72,24 +72,6 @@ std::complex<double> measure(const std::vector<double>& signal, double cycles, s
     return sum;
 }
 
-TEST(ResamplerFilters, GiveBackTheSignalAsLateAsTheStreamSays)
-{
-    for (int stages = 1; stages <= 3; ++stages) {
-        FilteredGraph graph(kUp + kDown);
-        OutputProbe probe(graph);
-        graph.set("mode", stages + 1);
-        const double cycles = 1.0 / 480.0; // 100 Hz, where delay and group delay are one
-        const Channels input = sine(cycles, 9600);
-        const Channels output = graph.run(input, {480});
-        const std::complex<double> ratio = measure(output[0], cycles, 4800) / measure(input[0], cycles, 4800);
-        EXPECT_NEAR(std::abs(ratio), 1.0, 1e-5) << stages;
-        const double delay = -std::arg(ratio) / (2.0 * std::numbers::pi * cycles);
-        ASSERT_TRUE(probe.format(0));
-        EXPECT_GT(probe.format(0)->latencySamples, 1.0);
-        EXPECT_NEAR(delay, probe.format(0)->latencySamples, 1e-2) << stages;
-    }
-}
-
 TEST(ResamplerFilters, RemoveTheImagesOnTheWayUpAndWhatWouldFoldOnTheWayDown)
 {
     for (const double cycles : {0.1, 0.25, 0.408}) { // up to 18 kHz of 44.1

@@ -127,20 +127,6 @@ TEST(Resampler, CarriesRateAndLatencyInTheFormat)
     }
 }
 
-TEST(Resampler, StuffsZerosAndDoublesTheLevel)
-{
-    ResamplerGraph graph(resamplerTree(kUp));
-    graph.set("mode", 3.0);
-    const Channels input = noise(2, 500, 4);
-    const Channels output = graph.run(input, {7, 64, 1});
-    for (std::size_t channel = 0; channel < 2; ++channel) {
-        ASSERT_EQ(output[channel].size(), 2000u);
-        for (std::size_t i = 0; i < 2000; ++i) {
-            ASSERT_EQ(output[channel][i], i % 4 == 0 ? 4.0 * input[channel][i / 4] : 0.0) << i;
-        }
-    }
-}
-
 TEST(Decimator, KeepsItsGridOverChunksOfAnyLength)
 {
     const std::string tree = R"(<audio:process-def name="main"><audio:modDecimator name="a"/>
@@ -194,49 +180,6 @@ TEST(Resampler, ChangesBothEndsAtTheSameSample)
                     << i << " at latency " << latencySamples;
             }
         }
-    }
-}
-
-TEST(Resampler, ShowsItsChainToAVisitor)
-{
-    struct Names final : CGraphVisitor
-    {
-        void enterCompound(const CAudioProcessBase& compound) override
-        {
-            text += compound.fullName().toUtf8() + "{";
-        }
-        void leaveCompound(const CAudioProcessBase&) override { text += "}"; }
-        void terminal(const CAudioProcessBase& process) override
-        {
-            text += process.fullName().toUtf8() + ";";
-        }
-        void link(const CGraphLink& link) override { links += link.compound.fullName() == "plugin.main.up"; }
-        std::string text;
-        int links = 0;
-    };
-    ResamplerGraph graph(resamplerTree(kUp));
-    graph.set("mode", 2.0);
-    graph.run(noise(1, 10, 11), {10});
-    Names names;
-    graph.root().visit(names);
-    EXPECT_EQ(names.text,
-              "plugin.main{plugin.main.up{plugin.main.up.modInterpDecim;plugin.main.up.modFilter;}}");
-    EXPECT_EQ(names.links, 3);
-}
-
-TEST(Resampler, NamesThePartThatIsMissing)
-{
-    const char* const messages[] = {
-        "No module definition object with the name 'shared::audio.modUpsamplerInterpolator' found.",
-        "No filter 1 module definition object with the name 'shared::audio.modUpsamplerFilter1' found.",
-        "No filter 2 module definition object with the name 'shared::audio.modUpsamplerFilter2' found.",
-        "No module definition object with the name 'shared::audio.modDownsamplerDecimator' found.",
-        "No filter 1 module definition object with the name 'shared::audio.modDownsamplerFilter1' found.",
-        "No filter 2 module definition object with the name 'shared::audio.modDownsamplerFilter2' found.",
-    };
-    for (int part = 0; part < 6; ++part) {
-        const std::string message = buildMessage<ResamplerGraph>(resamplerTree(kUp + kDown, part));
-        EXPECT_NE(message.find(messages[part]), std::string::npos) << message;
     }
 }
 

@@ -1,5 +1,4 @@
 // Host channels to internal channels and groups, and back.
-#include "AllocationGuard.h"
 #include "GraphHost/CKernelRecording.h"
 #include "ProcessTestTree.h"
 
@@ -166,31 +165,6 @@ TEST(Router, StopsTheStreamWhereNothingIsRoutedAndTakesItUpAgain)
     // The second of silence has passed for those who heard nothing, too: a change made now does not wait for
     // it.
     EXPECT_EQ(back[0][4800], input[0][4800] * 0.5);
-}
-
-TEST(Router, RoutesAnewWithoutTouchingTheHeap)
-{
-    if (!AllocationGuard::kCounts) {
-        GTEST_SKIP() << "nothing is counted in this build";
-    }
-    GraphFixture graph(kWholeWay);
-    const Channels input = noise(2, 64, 7);
-    const std::vector<std::vector<double>> routings = {
-        {1, 2, 0, 0}, {0, 0, 0, 0}, {1, 1, 2, 2}, {2, 0, 0, 1}};
-    for (std::size_t block = 0; block < 40; ++block) {
-        const auto& routing = routings[block % 4];
-        setList(graph, "in.routing", routing);
-        setList(graph, "out.routing", {routing[3], routing[2], routing[1], routing[0]});
-        setList(graph, "in.grouping", {0, double(block % 3), double(block % 2), 0});
-        AllocationGuard guard;
-        graph.runBlock(input, 0, 64);
-        const AllocationCounts counts = guard.stop();
-        graph.discard();
-        if (block >= 24) {
-            EXPECT_EQ(counts.total(), 0u) << "block " << block;
-        }
-    }
-    EXPECT_EQ(graph.kernels().pool().slotsInUse(), 0u);
 }
 
 } // namespace

@@ -74,7 +74,37 @@ TEST_F(VizCollectorTest, HandsFindingsOverInOrderAndLosesTheOldestWhenNobodyRead
     for (std::size_t i = 0; i < got.size(); ++i) {
         ASSERT_EQ(got[i].timeSec, static_cast<double>(count) - static_cast<double>(got.size() - i));
     }
-    viz_->push(meterData(0.0));
+}
+
+// What was measured before a pause, or before an editor was closed, is of no use to who looks now.
+TEST_F(VizCollectorTest, ShowsTheLatestBehindAPauseAndNothingOldToAFirstListener)
+{
+    const std::int32_t source = viz_->registerSource("plugin.modMain.modMeterOut");
+    viz_->addListener(source);
+    for (int i = 0; i < 10; ++i) { // a reader that sleeps, but not for long
+        viz_->beginBlock();
+        viz_->push(meterData(i));
+    }
+    viz_->beginBlock();
+    std::vector<CAudioVizDataMeter> got;
+    viz_->take(got);
+    ASSERT_EQ(got.size(), 10u) << "the last call's findings are there at the first look";
+    EXPECT_EQ(got.back().timeSec, 9.0);
+
+    viz_->push(meterData(10.0));
+    viz_->removeListener(source);
+    viz_->beginBlock();
+    viz_->push(meterData(11.0));
+    viz_->addListener(source);
+    got.clear();
+    viz_->take(got);
+    viz_->beginBlock();
+    viz_->push(meterData(12.0));
+    viz_->beginBlock();
+    viz_->take(got);
+    ASSERT_EQ(got.size(), 1u);
+    EXPECT_EQ(got[0].timeSec, 12.0);
+    viz_->push(meterData(13.0));
     viz_->reset();
     viz_->beginBlock();
     got.clear();
