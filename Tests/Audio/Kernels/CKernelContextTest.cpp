@@ -54,59 +54,13 @@ TEST(CKernelContext, RefusesThe513thKernelButStillKnowsTheOthers)
     }
 }
 
-TEST(CKernelContext, KeepsColliderNamesApart)
-{
-    KernelRig rig;
-    CKernelContext& context = rig.context();
-    // 97 * 33 + 66 = 98 * 33 + 33: the same bucket.
-    const int first = context.addKernel("aB", doNothing, 1, 1);
-    const int second = context.addKernel("b!", doNothing, 2, 1);
-    EXPECT_NE(first, second);
-    EXPECT_EQ(context.findKernel("aB"), first);
-    EXPECT_EQ(context.findKernel("b!"), second);
-    EXPECT_EQ(context.findKernel("aC"), -1);
-}
-
-TEST(CKernelContext, CutsANameAt64Characters)
-{
-    KernelRig rig;
-    CKernelContext& context = rig.context();
-    const std::string whole(70, 'x');
-    const int id = context.addKernel(whole, doNothing, 1, 1);
-    EXPECT_EQ(context.findKernel(whole.substr(0, 64)), id);
-    EXPECT_EQ(context.findKernel(whole), -1);
-    EXPECT_EQ(context.findKernel(whole.substr(0, 63)), -1);
-    EXPECT_EQ(context.addKernel(whole, doNothing, 1, 1), id);
-    const CKernelDef longShortName{whole.c_str(), doNothing, 1, 1};
-    const int longId = context.addKernel(longShortName);
-    EXPECT_EQ(longId, id + 1);
-    EXPECT_EQ(context.findKernel("qel.dcdaw." + whole.substr(0, 54)), longId);
-}
-
-TEST(CKernelContext, GivesTheGeneralKernelsTheirFixedOrder)
-{
-    KernelRig rig;
-    const char* names[] = {"copy",     "addc",  "addcid",  "add2",    "add2i", "add3",  "add4",   "sub2",
-                           "max2",     "max2i", "max3",    "max4",    "min2",  "min3",  "min4",   "mix",
-                           "mix2",     "mixb",  "add2mul", "add3mul", "mulc",  "mulci", "mul2",   "mul2i",
-                           "mul2addi", "abs",   "sqrt",    "fill0",   "fillc", "filld", "xfadei", "xfade"};
-    ASSERT_EQ(std::size(names), kGeneralKernels);
-    for (std::size_t i = 0; i < kGeneralKernels; ++i) {
-        const int id = rig.context().kernel(static_cast<EKernel>(i));
-        EXPECT_EQ(id, static_cast<int>(i));
-        EXPECT_EQ(id, rig.context().findShortName(names[i])) << names[i];
-    }
-    EXPECT_EQ(rig.context().kernel(EKernel::kMul2Addi), rig.context().findShortName("mul2addi"));
-    EXPECT_EQ(rig.context().kernel(EKernel::kXfade), rig.context().findShortName("xfade"));
-}
-
 TEST(CKernelContext, GivesEachFilterFamilyItsKernelsAndStateSize)
 {
     KernelRig rig;
     CKernelContext& context = rig.context();
     for (int kind = 0; kind < static_cast<int>(kFilterFamilies); ++kind) {
         const CFilterKernels& family = context.filterKernels(kind);
-        const bool isEmpty = kind == 21 || kind == 22;
+        const bool isEmpty = kind == 21;
         for (const int id : {family.init, family.update, family.run, family.gainRun}) {
             EXPECT_EQ(id == -1, isEmpty) << "kind " << kind;
         }
