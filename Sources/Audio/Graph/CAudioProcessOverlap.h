@@ -32,6 +32,9 @@ public:
     std::uint32_t layout() const override { return copies_[current_].process->layout(); }
     void visit(CGraphVisitor& visitor) const override;
 
+    // The copy at work.
+    const CAudioProcess& running() const { return *copies_[current_].process; }
+
 protected:
     void beginStep() override;
     int limitStep(int count) const override;

@@ -11,7 +11,7 @@
 #include "CAudioParamCollector.h"
 #include "CAudioParamRegistry.h"
 #include "CAudioParamUndoStep.h"
-#include "CAudioProcess.h"
+#include "CAudioProcessOverlap.h"
 #include "CAudioVizCollector.h"
 #include "CDCDAWContextObject.h"
 #include "CModOutput.h"
@@ -176,9 +176,12 @@ CError CAudioWrapper::buildProcesses()
 // Nothing but the filters of the rate changes makes the stream late, and theirs are fixed.
 void CAudioWrapper::findLatencies()
 {
-    const auto& main = dynamic_cast<const CAudioProcess&>(*main_.root());
+    const auto* overlap = dynamic_cast<const CAudioProcessOverlap*>(main_.root());
+    const CAudioProcess* main =
+        overlap ? &overlap->running() : dynamic_cast<const CAudioProcess*>(main_.root());
     for (const char* name : {"modUpsampler", "modDownsampler"}) {
-        if (const auto* resampler = dynamic_cast<const CModResampler*>(main.findProcess(name))) {
+        if (const auto* resampler =
+                main ? dynamic_cast<const CModResampler*>(main->findProcess(name)) : nullptr) {
             for (int stages = 0; stages <= kMaxOversamplingLevel; ++stages) {
                 latencies_[stages] += resampler->latencySamples(stages);
             }
