@@ -96,36 +96,6 @@ TEST_F(ParamTransportTest, DatesEventsOnTheClockAndKeepsThemUntilTheirTime)
     EXPECT_EQ(slot.queue.peek()->event->getTime(), 2.0 + 0.01 + 0.01);
 }
 
-TEST_F(ParamTransportTest, SlotsSeeOnlyTheGroupsAndEntriesTheyAskFor)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {0, 0, 0}));
-    Slot all(param);
-    Slot group1(param, 1);
-    Slot entry2(param, -1, 2);
-    callAudio();
-    for (Slot* slot : {&all, &group1, &entry2}) {
-        slot->drain();
-    }
-    set(param, 5.0, 0.0, 1, 0);
-    callAudio();
-    EXPECT_EQ(all.drain(), 1);
-    EXPECT_EQ(group1.drain(), 1);
-    EXPECT_FALSE(entry2.isDirty);
-    set(param, 6.0, 0.0, 0, 2);
-    callAudio();
-    EXPECT_EQ(all.drain(), 1);
-    EXPECT_FALSE(group1.isDirty);
-    EXPECT_EQ(entry2.drain(), 1);
-    // A list cut in front of an entry changes it, and a whole replacement everything.
-    EXPECT_TRUE(param.change({.group = 0, .count = 0, .resize = true}, context_));
-    callAudio();
-    EXPECT_EQ(entry2.drain(), 1);
-    param.clearToDefault(-1, -1, context_);
-    callAudio();
-    EXPECT_TRUE(group1.isDirty);
-    EXPECT_TRUE(entry2.isDirty);
-}
-
 TEST_F(ParamTransportTest, AnUnboundSlotLeavesNothingBehind)
 {
     CAudioParam& param = addParam("p", floatInfo("p", {0.0}));

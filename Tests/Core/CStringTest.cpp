@@ -8,24 +8,6 @@ namespace {
 
 const CString kEuro = CString(std::u16string_view(u"\u20ac"));
 
-TEST(CString, ComparesNarrowAndWideByCharacterValue)
-{
-    CString wide = kEuro + "abc";
-    wide = wide.substring(1) + kEuro;
-    EXPECT_TRUE(CString("abc") < wide);
-    EXPECT_TRUE(CString("abd") > wide);
-    EXPECT_EQ(wide.substring(0, 3), CString("abc"));
-    EXPECT_TRUE(CString(std::u16string_view(u"\u00ff")) < kEuro);
-    EXPECT_FALSE(CString("\xe9") == CString("e"));
-    EXPECT_TRUE(CString("\xe9") == "\xe9");
-
-    CStringMap<int> map;
-    map[wide] = 1;
-    map["abc"] = 2;
-    map["abc"] = 3;
-    EXPECT_EQ(map.size(), 2u);
-}
-
 TEST(CString, KeepsItsTextWhereverItLives)
 {
     // Around the inline room in both widths: growth, widening in place, copies and moves.

@@ -63,30 +63,6 @@ struct TextCase
     const char* compact;
 };
 
-TEST_F(ConvertersTest, GainTextIsInDecibels)
-{
-    const CAudioParamInfo info = infoOf("gain", "-12", "12");
-    EXPECT_EQ(parse(info, "0"), 1.0);
-    EXPECT_NEAR(parse(info, "6"), 1.99526231, 1e-8);
-    EXPECT_EQ(parse(info, "6,5"), parse(info, "6.5"));
-    EXPECT_NEAR(parse(info, "24"), 15.8489319, 1e-7);
-    EXPECT_EQ(parseClamped(info, "24"), info.maxValues[0]);
-    EXPECT_EQ(parseClamped(info, "-24"), info.minValues[0]);
-    EXPECT_EQ(parseClamped(info, "999999"), info.maxValues[0]) << "more than a double can hold";
-    expectUnusable(info, "abc", info.minValues[0], info.minValues[0]);
-    expectUnusable(info, "", info.minValues[0], info.minValues[0]);
-
-    EXPECT_EQ(textOf(info, 1.0), "0.0");
-    EXPECT_EQ(textOf(info, 0.99999), "0.0");
-    EXPECT_EQ(textOf(info, parse(info, "-6.5")), "-6.5");
-    EXPECT_EQ(textOf(info, parse(info, "-6.5"), Mode::kCompact), "-7");
-    EXPECT_EQ(textOf(info, parse(info, "-6.5"), Mode::kShort), "-6.5");
-    for (const double noGain : {0.0, -1.0, std::nan("")}) {
-        EXPECT_EQ(textOf(info, noGain), "-12.0");
-    }
-    EXPECT_EQ(textOf(info, kInfinity), "");
-}
-
 TEST_F(ConvertersTest, FrequencyTextKeepsThreeDigitsOrSo)
 {
     const CAudioParamInfo info = infoOf("freq", "20", "20k");
@@ -133,44 +109,6 @@ TEST_F(ConvertersTest, TypedTextMayCarryItsUnitAndASign)
     for (const char* text : {"3 Hz", "dB", "+-3", "++3", "3 dB dB", "3 d B"}) {
         expectUnusable(gain, text, gain.minValues[0], gain.minValues[0]);
     }
-}
-
-TEST_F(ConvertersTest, TimeTextIsInDisplayUnits)
-{
-    const CAudioParamInfo info = infoOf("time", "0", "5000");
-    EXPECT_EQ(parse(info, "25"), 0.025);
-    expectUnusable(info, "1.5*", 0.0, 0.0);
-    const TextCase cases[] = {
-        {0.0045, "4.50", "4.5"}, {0.0095, "9.5", "10"},   {0.00949, "9.49", "9.5"}, {0.0255, "25.5", "25"},
-        {0.0994, "99.4", "99"},  {0.0996, "100", "0.1*"}, {0.25, "250", "0.3*"},    {1.5, "1500", "1.5*"},
-    };
-    for (const TextCase& c : cases) {
-        EXPECT_EQ(textOf(info, c.value), c.normal) << c.value;
-        EXPECT_EQ(textOf(info, c.value, Mode::kCompact), c.compact) << c.value;
-    }
-    const CAudioParamInfo exact = infoOf("time-exact", "0", "5000");
-    EXPECT_EQ(textOf(exact, 0.0045), "4.500");
-    EXPECT_EQ(textOf(exact, 1.5), "1500.000");
-    const CAudioParamInfo seconds = infoOf("time-sec", "0", "10");
-    EXPECT_EQ(parse(seconds, "2.5"), 2.5);
-    EXPECT_EQ(textOf(seconds, 2.5), "2.50");
-}
-
-TEST_F(ConvertersTest, RatiosAreReciprocals)
-{
-    const CAudioParamInfo info = infoOf("ratio", "1:1", "20:1");
-    EXPECT_EQ(info.minValues[0], 0.999) << "1:1 stays just below unity";
-    EXPECT_EQ(parse(info, "4:1"), 0.25);
-    EXPECT_EQ(parse(info, "3:2"), 2.0 / 3.0);
-    EXPECT_EQ(parse(info, "1000:1001"), 0.999);
-    EXPECT_EQ(parseClamped(info, "4:1"), 0.25);
-    EXPECT_EQ(parseClamped(info, "40:1"), 0.05) << "the limits of an inverted range are swapped";
-    for (const char* text : {"4", "", ":", "4:", ":1", "0:1", "1:0", "-4:1", "4:1:1"}) {
-        expectUnusable(info, text, 0.5, info.minValues[0]);
-    }
-    EXPECT_EQ(textOf(info, 0.25), "4.0:1");
-    EXPECT_EQ(textOf(info, 0.05, Mode::kCompact), "20:1");
-    EXPECT_EQ(textOf(info, 0.005), "200:1");
 }
 
 TEST_F(ConvertersTest, EnumerationsShowNamesAndTakeNumbers)

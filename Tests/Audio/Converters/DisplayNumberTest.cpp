@@ -11,19 +11,6 @@
 namespace qel {
 namespace {
 
-TEST(DisplayNumber, GivesTheNearestDoubleForTextsOfUpTo15Digits)
-{
-    constexpr unsigned kSeed = 20240611;
-    std::mt19937_64 random(kSeed);
-    for (int i = 0; i < 20000; ++i) {
-        std::string text = std::to_string(random() % 1000000000000000u);
-        text.insert(random() % (text.size() + 1), ".");
-        double expected = 0.0;
-        std::from_chars(text.data(), text.data() + text.size(), expected);
-        ASSERT_EQ(parseDisplayNumber(CString(text)), expected) << text << ", seed " << kSeed;
-    }
-}
-
 TEST(DisplayNumber, RoundsHalvesAwayFromZero)
 {
     const struct

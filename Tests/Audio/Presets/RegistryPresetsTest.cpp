@@ -21,26 +21,6 @@ protected:
     }
 };
 
-TEST_F(RegistryPresets, HoldWhatIsStorableAndForTheHostWhatIsPersistentToo)
-{
-    EXPECT_EQ(keysOf(acquired(*master_)),
-              (Texts{"dc.freq", "dc.name", "drive", "gain", "io-params.routing", "oversampling"}));
-    EXPECT_EQ(
-        keysOf(acquired(*master_, -1, true)),
-        (Texts{"dc.freq", "dc.name", "drive", "gain", "instance-name", "io-params.routing", "oversampling"}));
-    EXPECT_EQ(keysOf(acquired(*io_)), (Texts{"routing"}));
-    EXPECT_EQ(keysOf(acquired(*dcFilter_)), (Texts{"freq"}));
-
-    // Only the host puts the instance's name back.
-    instanceName_->setString(0, 0, "Kick", context_);
-    const CAudioPreset host = acquired(*master_, -1, true);
-    instanceName_->setString(0, 0, "Snare", context_);
-    ASSERT_OK(activate(*master_, host));
-    EXPECT_EQ(instanceName_->getString(0, 0), "Snare");
-    ASSERT_OK(activate(*master_, host, true));
-    EXPECT_EQ(instanceName_->getString(0, 0), "Kick");
-}
-
 TEST_F(RegistryPresets, OfAnotherRegistryAreRefused)
 {
     edit(*gain_, 5.0);

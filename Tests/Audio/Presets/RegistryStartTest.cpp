@@ -120,20 +120,6 @@ TEST_F(RegistryStart, TheUsersDefaultIsTheFirstProgramAndWhatResetReturnsTo)
     EXPECT_EQ(gain_->getValue(0, 0), 7.0);
 }
 
-TEST_F(RegistryStart, AForeignOrDamagedDefaultIsNone)
-{
-    const Bytes whole = bodyOf(presetOf("7qtz:Mine", {{"gain", 6.0}}));
-    for (const Bytes& body :
-         {Bytes(whole.begin(), whole.end() - 1), bodyOf(presetOf("QLIO:Mine", {{"gain", 6.0}}))}) {
-        storeDefault(body);
-        CAudioParamRegistry* master = makeMaster();
-        EXPECT_EQ(master->getCurrentProgramName(), "Default");
-        master->masterReset();
-        EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-        CObject::releaseObject(master);
-    }
-}
-
 TEST_F(RegistryStart, AParameterSelectsFromAStoredList)
 {
     CAudioPresetBank list;

@@ -50,23 +50,6 @@ private:
     int* gone_;
 };
 
-TEST(Bridge, OutlivesItsSourceWhichLearnsThatSomeStayed)
-{
-    int gone = 0;
-    CProbe probe;
-    {
-        CCountingSource source(gone);
-        probe.bridge.attach(&source);
-    }
-    EXPECT_EQ(gone, 1);
-    {
-        CCountingSource source(gone);
-        probe.bridge.attach(&source);
-        probe.bridge.detach();
-    }
-    EXPECT_EQ(gone, 1);
-}
-
 TEST(Bridge, UpdatesMayNestAndChangeWhoIsAttached)
 {
     CBridgeBase source;
