@@ -2,7 +2,7 @@
 // of scale.
 //
 // DRUMFELL_TEST_GUEST lists how it behaves, in words: "plain" (no chunks), "reads" (sets parameters from
-// texts), "lies" (says so and does not), "extension" (tells the display of any value), "nan" (from sample
+// texts), "lies" (says so and does not), "nan" (from sample
 // 1000 on), "slow" (a millisecond a block), "single" (no double precision), "null" (makes no effect), "magic"
 // (makes something else). Where a host breaks the rules of the interface, it puts out NaN, which no test
 // takes for sound.
@@ -87,17 +87,17 @@ private:
     int delayOf(float norm) const { return static_cast<int>(std::lround(norm * kLongestDelay)); }
 
     static std::intptr_t dispatched(AEffect* effect, std::int32_t opcode, std::int32_t index,
-                                    std::intptr_t value, void* ptr, float opt)
+                                    std::intptr_t value, void* ptr, float)
     {
         TestGuest& self = of(effect);
         if (opcode == vst24::kClose) {
             delete &self;
             return 0;
         }
-        return self.answer(opcode, index, value, static_cast<char*>(ptr), opt);
+        return self.answer(opcode, index, value, static_cast<char*>(ptr));
     }
 
-    std::intptr_t answer(std::int32_t opcode, std::int32_t index, std::intptr_t value, char* text, float opt)
+    std::intptr_t answer(std::int32_t opcode, std::int32_t index, std::intptr_t value, char* text)
     {
         const auto say = [text](std::string_view words) {
             text[words.copy(text, words.size())] = '\0';
@@ -123,11 +123,6 @@ private:
             return say(display(index, values()[number]));
         case vst24::kString2Parameter:
             return readText(index, text);
-        case vst24::kCanDo:
-            return behaves("extension") && std::strcmp(text, "hasCockosExtensions") == 0 ? 0xBEEF0000 : 0;
-        case vst24::kVendorSpecific:
-            return behaves("extension") && index == 7 ? (say(display(static_cast<int>(value), opt)), 0xBEEF)
-                                                      : 0;
         case vst24::kSetBlockSize:
             longestBlock_ = static_cast<int>(value);
             return 0;

@@ -70,8 +70,7 @@ protected:
     CRenderResult render(const CRenderSettings& settings, const std::filesystem::path& input,
                          const std::string& output = "out.wav")
     {
-        std::atomic<std::int64_t> progress = 0;
-        return CFileRender(library(), settings, {input, folder_ / output, {}}).run(progress);
+        return CFileRender(library(), settings, {input, folder_ / output, {}}).run();
     }
     static CExitCode codeOf(const std::function<void()>& action)
     {

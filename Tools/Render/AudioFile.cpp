@@ -156,14 +156,11 @@ int CAudioFileReader::read(CSignal& target, int offset, int frames)
 
 CAudioFileWriter::CAudioFileWriter(const std::filesystem::path& path, const CAudioFileReader& like,
                                    int channelCount, CSampleFormat format, std::int64_t expectedFrames)
-    : pending_(path), onDisk_(pending_.path())
+    : pending_(path)
 {
-    if (!onDisk_.isOpen()) {
-        throw CRenderError(CExitCode::kOutput, path.string() + ": " + std::strerror(errno));
-    }
     const int chosen = formatFor(path, like, channelCount, format, expectedFrames);
     bits_ = bitsOf(chosen & SF_FORMAT_SUBMASK);
-    file_ = SndfileHandle(CWatchedFile::access(), &onDisk_, SFM_WRITE, chosen, channelCount, like.rateHz());
+    file_ = SndfileHandle(pending_.path().c_str(), SFM_WRITE, chosen, channelCount, like.rateHz());
     if (file_.error() != SF_ERR_NO_ERROR) {
         throw CRenderError(CExitCode::kOutput, path.string() + ": " + file_.strError());
     }
@@ -231,20 +228,20 @@ void CAudioFileWriter::require(sf_count_t written, int frames)
     if (written != frames) {
         throw CRenderError(CExitCode::kOutput, pending_.target().string() + ": " + file_.strError());
     }
+    written_ += frames;
 }
 
+// Coders write what they hold back when the file is closed, and tell nobody if that fails; so the file is
+// read again.
 void CAudioFileWriter::finish()
 {
-    file_.writeSync();
-    const int error = file_.error();
-    std::string reason = file_.strError();
-    file_ = SndfileHandle(); // closes, which writes what the header tells and what coders hold back
-    const bool isWhole = onDisk_.close();
-    if (error == SF_ERR_NO_ERROR && !isWhole) {
-        reason = "not all of it could be written";
-    }
-    if (error != SF_ERR_NO_ERROR || !isWhole) {
-        throw CRenderError(CExitCode::kOutput, pending_.target().string() + ": " + reason);
+    file_ = SndfileHandle();
+    SndfileHandle check(pending_.path().c_str());
+    std::vector<float> last(static_cast<std::size_t>(check.channels()));
+    if (check.frames() != written_ ||
+        (written_ > 0 && (check.seek(written_ - 1, SEEK_SET) < 0 || check.readf(last.data(), 1) != 1))) {
+        throw CRenderError(CExitCode::kOutput,
+                           pending_.target().string() + ": not all of it could be written");
     }
     pending_.commit();
 }

@@ -2,7 +2,6 @@
 #pragma once
 
 #include "Render/CPendingFile.h"
-#include "Render/CWatchedFile.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -72,7 +71,7 @@ private:
     void require(sf_count_t written, int frames);
 
     CPendingFile pending_;
-    CWatchedFile onDisk_;
+    std::int64_t written_ = 0;
     SndfileHandle file_;
     int bits_ = 0; // 0: floating point or coded
     std::int64_t clippedCount_ = 0;

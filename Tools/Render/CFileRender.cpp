@@ -1,7 +1,6 @@
 // One file through one instance of a guest.
 #include "Render/CFileRender.h"
 
-#include "Render/CParameterSetter.h"
 #include "Render/RenderError.h"
 
 #include <algorithm>
@@ -17,6 +16,10 @@ namespace {
 // Longer delays are taken for a fault: feeding them out would keep the tool busy for ever.
 constexpr double kLongestLatencySec = 60.0;
 
+// Silence before the file, after which the effect is reset: its settings have then arrived, and its delay is
+// known.
+constexpr double kPrerollSec = 0.25;
+
 // One library's instances are made, set up and ended one after another.
 std::mutex& controlLock()
 {
@@ -29,21 +32,15 @@ CSignal silence(std::size_t channels, int frames)
     return CSignal(channels, std::vector<double>(static_cast<std::size_t>(frames)));
 }
 
-int resultChannels(const CRenderSettings& settings, const CAudioFileReader& reader, const CGuestPlugin& guest)
-{
-    return std::min(settings.channels.value_or(reader.channelCount()), guest.outputCount());
-}
-
 } // namespace
 
 CFileRender::CFileRender(std::shared_ptr<CGuestLibrary> library, const CRenderSettings& settings,
                          const CRenderJob& job)
-    : settings_(settings), job_(job), reader_(job.input), random_(settings.seed),
+    : settings_(settings), job_(job), reader_(job.input),
       inputGain_(std::pow(10.0, settings.inputGainDb / 20.0)),
       input_(silence(static_cast<std::size_t>(reader_.channelCount()), settings.blockSize)),
       before_(reader_.channelCount(), reader_.rateHz()), after_(1, reader_.rateHz())
 {
-    checkFile();
     openGuest(std::move(library));
 }
 
@@ -51,15 +48,6 @@ CFileRender::~CFileRender()
 {
     const std::scoped_lock lock(controlLock());
     guest_.reset();
-}
-
-void CFileRender::checkFile() const
-{
-    if (settings_.rateHz && *settings_.rateHz != reader_.rateHz()) {
-        throw CRenderError(CExitCode::kInput, job_.input.string() + ": the file has a rate of " +
-                                                  std::to_string(reader_.rateHz()) + " Hz, not " +
-                                                  std::to_string(*settings_.rateHz));
-    }
 }
 
 void CFileRender::openGuest(std::shared_ptr<CGuestLibrary> library)
@@ -76,19 +64,17 @@ void CFileRender::openGuest(std::shared_ptr<CGuestLibrary> library)
 
 void CFileRender::prepare()
 {
-    if (reader_.channelCount() > guest_->inputCount() && !settings_.dropsChannels) {
+    if (reader_.channelCount() > guest_->inputCount()) {
         throw CRenderError(CExitCode::kInput,
                            job_.input.string() + ": the file has " + std::to_string(reader_.channelCount()) +
-                               " channels, and the effect takes " + std::to_string(guest_->inputCount()) +
-                               "; --drop-channels uses those");
+                               " channels, and the effect takes " + std::to_string(guest_->inputCount()));
     }
-    const int channels = resultChannels(settings_, reader_, *guest_);
+    const int channels = std::min(reader_.channelCount(), guest_->outputCount());
     if (channels == 0) {
         throw CRenderError(CExitCode::kLibrary,
                            guest_->library().path().string() + ": the effect has no outputs");
     }
     configureGuest(*guest_, settings_);
-    resolveAutomation();
     presetName_ = guest_->programCount() > 0 ? guest_->programName(guest_->program()) : "";
     runner_ = std::make_unique<CBlockRunner>(*guest_);
     output_ = silence(static_cast<std::size_t>(channels), settings_.blockSize);
@@ -101,25 +87,10 @@ void CFileRender::prepare()
     preroll();
 }
 
-void CFileRender::resolveAutomation()
-{
-    CParameterSetter setter(*guest_);
-    for (const CAutomationLine& line : settings_.automation) {
-        try {
-            const int index = setter.find(line.parameter);
-            automation_.push_back(
-                {std::llround(line.timeSec * reader_.rateHz()), index, setter.normFor(index, line.value)});
-        } catch (const CRenderError& error) {
-            throw CRenderError(error.code(),
-                               "line " + std::to_string(line.number) + " of the automation: " + error.what());
-        }
-    }
-}
-
 void CFileRender::preroll()
 {
     guest_->resume();
-    const auto frames = std::llround(settings_.prerollSec * reader_.rateHz());
+    const auto frames = std::llround(kPrerollSec * reader_.rateHz());
     if (frames > 0) {
         CBlockRunner quiet(*guest_);
         const CSignal nothing = silence(input_.size(), settings_.blockSize);
@@ -135,15 +106,14 @@ void CFileRender::preroll()
     toSkip_ = latency_;
 }
 
-CRenderResult CFileRender::run(std::atomic<std::int64_t>& progress)
+CRenderResult CFileRender::run()
 {
     while (!isAtEnd_ || emitted_ < wanted_) {
         if (CPendingFile::isInterrupted()) {
             throw CRenderError(CExitCode::kInterrupted, "interrupted");
         }
-        applyAutomation();
-        const int frames = nextBlockLength();
-        progress += readBlock(frames);
+        const int frames = settings_.blockSize;
+        readBlock(frames);
         runner_->run(input_, output_, frames, fed_);
         fed_ += frames;
         emit(frames);
@@ -158,7 +128,6 @@ CRenderResult CFileRender::run(std::atomic<std::int64_t>& progress)
                          std::move(before_),
                          std::move(after_),
                          latency_,
-                         latencyChanges_,
                          runner_->processSec(),
                          writer_ ? writer_->clippedCount() : 0};
     if (writer_) {
@@ -167,27 +136,7 @@ CRenderResult CFileRender::run(std::atomic<std::int64_t>& progress)
     return result;
 }
 
-// Up to the next change of automation, which so falls on the beginning of a block.
-int CFileRender::nextBlockLength()
-{
-    int frames = settings_.blockSize;
-    if (settings_.hasRandomBlocks) {
-        frames = std::uniform_int_distribution<int>(1, settings_.blockSize)(random_);
-    }
-    if (nextPoint_ < automation_.size()) {
-        frames = static_cast<int>(std::min<std::int64_t>(frames, automation_[nextPoint_].frame - fed_));
-    }
-    return frames;
-}
-
-void CFileRender::applyAutomation()
-{
-    for (; nextPoint_ < automation_.size() && automation_[nextPoint_].frame <= fed_; ++nextPoint_) {
-        guest_->setParameter(automation_[nextPoint_].parameter, automation_[nextPoint_].norm);
-    }
-}
-
-int CFileRender::readBlock(int frames)
+void CFileRender::readBlock(int frames)
 {
     int got = 0;
     while (!isAtEnd_ && got < frames) {
@@ -207,7 +156,6 @@ int CFileRender::readBlock(int frames)
     // With its tail of silence, so that levels before and after are of the same time.
     const std::int64_t counted = isAtEnd_ ? std::min<std::int64_t>(frames, wanted_ - fed_) : frames;
     before_.add(input_, 0, static_cast<int>(std::max<std::int64_t>(0, counted)));
-    return got;
 }
 
 void CFileRender::emit(int frames)
@@ -216,7 +164,6 @@ void CFileRender::emit(int frames)
     if (latency != latency_) {
         toSkip_ += latency - latency_;
         latency_ = latency;
-        ++latencyChanges_;
     }
     if (latency_ > kLongestLatencySec * reader_.rateHz()) {
         throw CRenderError(CExitCode::kLibrary,

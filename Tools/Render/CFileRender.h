@@ -5,10 +5,8 @@
 #include "Render/RenderSettings.h"
 #include "Render/SignalMeters.h"
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -25,7 +23,6 @@ struct CRenderResult
     CSignalMeters before;
     CSignalMeters after;
     int latencySamples = 0; // at the end
-    int latencyChanges = 0; // while the file ran
     double processSec = 0.0;
     std::int64_t clippedCount = 0; // samples limited by an integer format
 };
@@ -45,19 +42,14 @@ public:
     CFileRender(const CFileRender&) = delete;
     CFileRender& operator=(const CFileRender&) = delete;
 
-    // Adds the samples it has done to `progress` as it goes. Throws CRenderError; nothing is left of the
-    // output then.
-    CRenderResult run(std::atomic<std::int64_t>& progress);
+    // Throws CRenderError; nothing is left of the output then.
+    CRenderResult run();
 
 private:
     void openGuest(std::shared_ptr<CGuestLibrary> library);
     void prepare();
-    void checkFile() const;
-    void resolveAutomation();
     void preroll();
-    int nextBlockLength();
-    void applyAutomation();
-    int readBlock(int frames);
+    void readBlock(int frames);
     void emit(int frames);
     void pass(const CSignal& signal, int offset, int frames);
     void requireFinite(int offset, int frames) const;
@@ -70,9 +62,6 @@ private:
     std::unique_ptr<CAudioFileWriter> writer_;
     std::string presetName_;
 
-    std::vector<CAutomationPoint> automation_;
-    std::size_t nextPoint_ = 0;
-    std::mt19937 random_;
     double inputGain_;
 
     CSignal input_;
@@ -86,7 +75,6 @@ private:
     std::int64_t emitted_ = 0; // samples of output
     std::int64_t toSkip_ = 0;  // samples of the guest's output still to cut
     int latency_ = 0;          // samples
-    int latencyChanges_ = 0;
 };
 
 } // namespace qel::tools

@@ -20,13 +20,9 @@ constexpr std::int32_t kPpqPosValid = 1 << 9;
 constexpr std::int32_t kBarsValid = 1 << 11;
 constexpr std::int32_t kTimeSignatureValid = 1 << 13;
 constexpr int kBeatsInBar = 4;
+constexpr double kTempoBpm = 120.0;
 constexpr std::intptr_t kEnglish = 1;
 constexpr std::intptr_t kHostVersion = 1000;
-
-// The extension by which an effect tells the display of any value.
-constexpr std::int32_t kDisplayOfValue = 7;
-constexpr std::intptr_t kHasExtensions = 0xBEEF0000;
-constexpr std::intptr_t kAnswered = 0xBEEF;
 
 // The effect calls back before it has a record to be known by.
 thread_local CGuestPlugin* beingMade = nullptr;
@@ -93,8 +89,6 @@ void CGuestPlugin::open()
     dispatch(vst24::kSetSampleRate, 0, 0, nullptr, static_cast<float>(setup_.rateHz));
     dispatch(vst24::kSetBlockSize, 0, setup_.maxBlock);
     dispatch(vst24::kSetProcessPrecision, 0, setup_.isDouble ? 1 : 0);
-    char question[] = "hasCockosExtensions";
-    tellsDisplays_ = (dispatch(vst24::kCanDo, 0, 0, question) & 0xFFFFFFFF) == kHasExtensions;
 }
 
 std::intptr_t CGuestPlugin::dispatch(std::int32_t opcode, std::int32_t index, std::intptr_t value, void* ptr,
@@ -156,12 +150,6 @@ std::string CGuestPlugin::programName(int index)
     return name;
 }
 
-void CGuestPlugin::setProgramName(const std::string& name)
-{
-    std::string copy = name.substr(0, vst24::kProgramNameBytes - 1);
-    dispatch(vst24::kSetProgramName, 0, 0, copy.data());
-}
-
 std::string CGuestPlugin::parameterName(int index)
 {
     return text(vst24::kGetParamName, index);
@@ -177,16 +165,6 @@ std::string CGuestPlugin::parameterDisplay(int index)
     return text(vst24::kGetParamDisplay, index);
 }
 
-std::optional<std::string> CGuestPlugin::displayAt(int index, float norm)
-{
-    std::array<char, kTextBytes> bytes{};
-    if (!tellsDisplays_ ||
-        dispatch(vst24::kVendorSpecific, kDisplayOfValue, index, bytes.data(), norm) != kAnswered) {
-        return std::nullopt;
-    }
-    return cleaned(bytes.data(), bytes.size());
-}
-
 bool CGuestPlugin::setParameterText(int index, const std::string& value)
 {
     std::array<char, kTextBytes> bytes{};
@@ -195,17 +173,6 @@ bool CGuestPlugin::setParameterText(int index, const std::string& value)
 }
 
 // --- state
-
-std::vector<std::uint8_t> CGuestPlugin::chunk(bool isPreset)
-{
-    void* bytes = nullptr;
-    const std::intptr_t size = dispatch(vst24::kGetChunk, isPreset ? 1 : 0, 0, &bytes);
-    if (size <= 0 || !bytes) {
-        return {};
-    }
-    const auto* first = static_cast<const std::uint8_t*>(bytes);
-    return {first, first + size};
-}
 
 bool CGuestPlugin::setChunk(std::span<const std::uint8_t> bytes, bool isPreset)
 {
@@ -239,8 +206,8 @@ void CGuestPlugin::setPosition(std::int64_t position)
     time_.samplePos = static_cast<double>(position);
     time_.sampleRate = setup_.rateHz;
     time_.nanoSeconds = time_.samplePos / setup_.rateHz * 1e9;
-    time_.tempo = setup_.tempoBpm;
-    time_.ppqPos = time_.samplePos / setup_.rateHz * setup_.tempoBpm / 60.0;
+    time_.tempo = kTempoBpm;
+    time_.ppqPos = time_.samplePos / setup_.rateHz * kTempoBpm / 60.0;
     time_.barStartPos = std::floor(time_.ppqPos / kBeatsInBar) * kBeatsInBar;
     time_.timeSigNumerator = kBeatsInBar;
     time_.timeSigDenominator = 4;

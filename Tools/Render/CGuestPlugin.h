@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -25,7 +24,6 @@ public:
         double rateHz = 48000.0;
         int maxBlock = 512; // samples
         bool isDouble = false;
-        double tempoBpm = 120.0;
     };
 
     // Throws CRenderError (kLibrary) if there is no effect or it is not able to do what `setup` says.
@@ -42,7 +40,6 @@ public:
     std::int32_t version() const { return effect_->version; }
     int inputCount() const { return effect_->numInputs; }
     int outputCount() const { return effect_->numOutputs; }
-    bool hasChunks() const { return effect_->flags & vst24::kProgramChunks; }
     bool canDouble() const { return effect_->flags & vst24::kCanDoubleReplace; }
 
     // Programs and parameters count from 0; indices are the caller's to check.
@@ -50,7 +47,6 @@ public:
     int program();
     void setProgram(int index);
     std::string programName(int index);
-    void setProgramName(const std::string& name);
 
     int parameterCount() const { return effect_->numParams; }
     std::string parameterName(int index);
@@ -58,13 +54,9 @@ public:
     std::string parameterDisplay(int index);
     float parameter(int index) { return effect_->getParameter(effect_, index); }
     void setParameter(int index, float norm) { effect_->setParameter(effect_, index, norm); }
-    // What the parameter would show at `norm`, from effects that tell without being set to it.
-    std::optional<std::string> displayAt(int index, float norm);
     // Lets the effect read the text and set itself. False if it does not.
     bool setParameterText(int index, const std::string& text);
 
-    // Empty if the effect gives none.
-    std::vector<std::uint8_t> chunk(bool isPreset);
     bool setChunk(std::span<const std::uint8_t> bytes, bool isPreset);
 
     void resume();
@@ -91,7 +83,6 @@ private:
     AEffect* effect_ = nullptr;
     VstTimeInfo time_{};
     bool isRunning_ = false;
-    bool tellsDisplays_ = false;
     std::string folder_; // of the library, as the effect may ask for it
 };
 

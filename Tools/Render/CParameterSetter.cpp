@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <optional>
 
@@ -18,10 +17,10 @@ namespace {
 constexpr int kTravelSteps = 512;
 // Down to neighbouring floats.
 constexpr int kHalvings = 30;
-// A value that no position shows exactly is taken for its neighbour within half of the last digit shown, or
-// within what positions of 32 bits can tell apart of the whole travel.
+// A value that no position shows exactly is taken for its neighbour within half of the last digit shown, or a
+// little more: positions have 32 bits.
 constexpr double kLastDigitShare = 0.5001;
-constexpr double kFinestShare = 1e-6;
+constexpr double kFinestDigit = 1e-4;
 
 // What one more in the last digit of the text means.
 double lastDigit(const std::string& text)
@@ -36,7 +35,8 @@ double lastDigit(const std::string& text)
         ++digits;
     }
     const bool isThousands = text.find_first_of("kK") != text.npos;
-    return std::pow(10.0, -static_cast<double>(digits)) * (isThousands ? 1000.0 : 1.0);
+    return std::max(kFinestDigit,
+                    std::pow(10.0, -static_cast<double>(digits)) * (isThousands ? 1000.0 : 1.0));
 }
 
 } // namespace
@@ -103,12 +103,6 @@ float CParameterSetter::normFor(int index, const std::string& value)
     const CHold hold(guest_, index);
     const std::string label = guest_.parameterLabel(index);
     const std::optional<double> wanted = parseDisplayNumber(value, label);
-    // Where it stands may be finer than any text.
-    const std::string shown = guest_.parameterDisplay(index);
-    const std::optional<double> shownNumber = parseDisplayNumber(shown, label);
-    if (equalsIgnoringCase(shown, value) || (wanted && shownNumber && *wanted == *shownNumber)) {
-        return guest_.parameter(index);
-    }
     float norm = 0.0f;
     if (readByGuest(index, value, label, norm)) {
         return norm;
@@ -134,22 +128,14 @@ bool CParameterSetter::readByGuest(int index, const std::string& value, const st
                          : equalsIgnoringCase(shown, value);
 }
 
-std::string CParameterSetter::displayAt(int index, float norm)
-{
-    if (std::optional<std::string> told = guest_.displayAt(index, norm)) {
-        return *told;
-    }
-    guest_.setParameter(index, norm);
-    return guest_.parameterDisplay(index);
-}
-
 const std::vector<CParameterSetter::CShown>& CParameterSetter::travelOf(int index)
 {
     std::vector<CShown>& travel = travels_[index];
     if (travel.empty()) {
         for (int step = 0; step <= kTravelSteps; ++step) {
             const float norm = static_cast<float>(step) / kTravelSteps;
-            travel.push_back({norm, displayAt(index, norm)});
+            guest_.setParameter(index, norm);
+            travel.push_back({norm, guest_.parameterDisplay(index)});
         }
     }
     return travel;
@@ -180,21 +166,7 @@ float CParameterSetter::normForText(int index, const std::string& value)
                                                     "'; it goes from '" + travel.front().text + "' to '" +
                                                     travel.back().text + "'");
     }
-    return middleOfRun(index, found->norm, found->text);
-}
-
-double CParameterSetter::spanOf(const std::vector<CShown>& travel, const std::string& label)
-{
-    double least = std::numeric_limits<double>::infinity();
-    double greatest = -least;
-    for (const CShown& shown : travel) {
-        const std::optional<double> number = parseDisplayNumber(shown.text, label);
-        if (number && std::isfinite(*number)) {
-            least = std::min(least, *number);
-            greatest = std::max(greatest, *number);
-        }
-    }
-    return std::max(0.0, greatest - least);
+    return middleOfRun(index, *found);
 }
 
 float CParameterSetter::normForNumber(int index, const std::string& value, double wanted,
@@ -206,7 +178,7 @@ float CParameterSetter::normForNumber(int index, const std::string& value, doubl
     const auto weigh = [&](float norm, const std::string& text) {
         const std::optional<double> number = parseDisplayNumber(text, label);
         const double error = !number             ? std::numeric_limits<double>::infinity()
-                             : *number == wanted ? 0.0
+                             : *number == wanted ? 0.0 // both may be infinite
                                                  : std::abs(*number - wanted);
         if (error < bestError) {
             bestError = error;
@@ -223,56 +195,39 @@ float CParameterSetter::normForNumber(int index, const std::string& value, doubl
             float high = travel[i].norm;
             for (int step = 0; step < kHalvings && bestError > 0.0; ++step) {
                 const float middle = 0.5f * (low + high);
-                const std::optional<double> number = weigh(middle, displayAt(index, middle));
+                guest_.setParameter(index, middle);
+                const std::optional<double> number = weigh(middle, guest_.parameterDisplay(index));
                 (number && (*number < wanted) == isRising ? low : high) = middle;
             }
         }
         before = here;
     }
-    const double finest = kFinestShare * spanOf(travel, label);
-    if (!best || !(bestError <= std::max(finest, kLastDigitShare * lastDigit(best->text)))) {
+    if (!best || !(bestError <= kLastDigitShare * lastDigit(best->text))) {
         const std::string nearest = best ? "; the closest it comes is '" + best->text + "'" : "";
         throw CRenderError(CExitCode::kSetting, guest_.parameterName(index) + " cannot be '" + value +
                                                     "': it goes from '" + travel.front().text + "' to '" +
                                                     travel.back().text + "'" + nearest);
     }
-    return middleOfRun(index, best->norm, best->text);
+    return middleOfRun(index, *best);
 }
 
 // Of all neighbouring positions with this text the middle is the closest to what it says; but a run that
 // reaches an end of the travel means that end.
-float CParameterSetter::middleOfRun(int index, float norm, const std::string& text)
+float CParameterSetter::middleOfRun(int index, const CShown& found)
 {
     const std::vector<CShown>& travel = travelOf(index);
-    auto first = std::ranges::find_if(travel, [norm](const CShown& shown) { return shown.norm >= norm; });
-    auto last = first;
-    while (last != travel.end() && last->text == text) {
-        ++last;
-    }
-    while (first != travel.begin() && std::prev(first)->text == text) {
-        --first;
-    }
-    if (first == travel.begin()) {
+    const auto isOther = [&](const CShown& shown) { return shown.text != found.text; };
+    const auto at =
+        std::ranges::find_if(travel, [&](const CShown& shown) { return shown.norm >= found.norm; });
+    const auto last = std::find_if(at, travel.end(), isOther);
+    const auto before = std::find_if(std::make_reverse_iterator(at), travel.rend(), isOther);
+    if (before == travel.rend()) {
         return travel.front().norm;
     }
     if (last == travel.end()) {
         return travel.back().norm;
     }
-    const bool isBetweenSamples = first == last;
-    const float lowest = isBetweenSamples ? norm : std::min(norm, first->norm);
-    const float highest = isBetweenSamples ? norm : std::max(norm, std::prev(last)->norm);
-    const float low = edgeOfRun(index, lowest, std::prev(first)->norm, text);
-    const float high = edgeOfRun(index, highest, last->norm, text);
-    return 0.5f * (low + high);
-}
-
-float CParameterSetter::edgeOfRun(int index, float inside, float outside, const std::string& text)
-{
-    for (int step = 0; step < kHalvings; ++step) {
-        const float middle = 0.5f * (inside + outside);
-        (displayAt(index, middle) == text ? inside : outside) = middle;
-    }
-    return inside;
+    return last - before.base() < 2 ? found.norm : 0.5f * (before.base()->norm + std::prev(last)->norm);
 }
 
 } // namespace qel::tools

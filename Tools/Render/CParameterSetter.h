@@ -34,13 +34,10 @@ private:
     };
     class CHold;
 
-    std::string displayAt(int index, float norm);
     const std::vector<CShown>& travelOf(int index);
-    static double spanOf(const std::vector<CShown>& travel, const std::string& label);
     float normForText(int index, const std::string& value);
     float normForNumber(int index, const std::string& value, double wanted, const std::string& label);
-    float middleOfRun(int index, float norm, const std::string& text);
-    float edgeOfRun(int index, float inside, float outside, const std::string& text);
+    float middleOfRun(int index, const CShown& found);
     bool readByGuest(int index, const std::string& value, const std::string& label, float& outNorm);
 
     CGuestPlugin& guest_;

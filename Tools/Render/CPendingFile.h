@@ -21,17 +21,15 @@ public:
     void commit();
 
     // From here on SIGINT, SIGTERM and SIGHUP ask for an orderly end; a second one ends the program at once,
-    // with the pending files removed, in case an effect never comes back.
+    // in case an effect never comes back.
     static void catchSignals();
     static bool isInterrupted() { return interrupted.load(std::memory_order_relaxed); }
 
 private:
     static std::atomic<bool> interrupted;
-    static void onSignal(int);
 
     std::filesystem::path target_;
     std::filesystem::path path_;
-    std::size_t slot_;
 };
 
 } // namespace qel::tools

@@ -19,10 +19,9 @@ struct CRenderOutcome
 };
 
 // Renders every job, `workers` at a time, each with an instance of its own, and draws the plots; one that
-// fails does not stop the others, an interruption does. While it runs, a bar is drawn on standard error if
-// that is a terminal and `showsProgress`. Outcomes are in the order of the jobs.
+// fails does not stop the others, an interruption does. Outcomes are in the order of the jobs.
 std::vector<CRenderOutcome> renderAll(const std::shared_ptr<CGuestLibrary>& library,
                                       const CRenderSettings& settings, const std::vector<CRenderJob>& jobs,
-                                      int workers, const std::string& effectName, bool showsProgress);
+                                      int workers, const std::string& effectName);
 
 } // namespace qel::tools

@@ -31,10 +31,6 @@ Json metersJson(const CSignalMeters& meters)
     const COverallLevels overall = overallLevels(meters);
     Json json = levelsJson(overall.peak, overall.power, overall.lowPower);
     json["frames"] = meters.frameCount();
-    for (int channel = 0; channel < meters.channelCount(); ++channel) {
-        json["channels"].push_back(levelsJson(meters.peak(channel), meters.meanSquare(channel),
-                                              meters.spectrum().powerBelow(channel, kLowBandHz)));
-    }
     return json;
 }
 
@@ -48,7 +44,6 @@ Json resultJson(const CRenderResult& result)
             {"outputFormat", result.outputFormat},
             {"rateHz", result.rateHz},
             {"latencySamples", result.latencySamples},
-            {"latencyChanges", result.latencyChanges},
             {"processSeconds", result.processSec},
             {"realTimeFactor", realTimeFactor(result)},
             {"clippedSamples", result.clippedCount},
@@ -58,14 +53,12 @@ Json resultJson(const CRenderResult& result)
 
 Json settingsJson(const CRenderSettings& settings)
 {
-    Json json = {{"blockSize", settings.blockSize},      {"randomBlocks", settings.hasRandomBlocks},
-                 {"doublePrecision", settings.isDouble}, {"inputGainDb", settings.inputGainDb},
-                 {"tailSeconds", settings.tailSec},      {"lowBandHz", kLowBandHz},
-                 {"set", settings.assignments}};
-    if (settings.hasRandomBlocks) {
-        json["seed"] = settings.seed;
-    }
-    return json;
+    return {{"blockSize", settings.blockSize},
+            {"doublePrecision", settings.isDouble},
+            {"inputGainDb", settings.inputGainDb},
+            {"tailSeconds", settings.tailSec},
+            {"lowBandHz", kLowBandHz},
+            {"set", settings.assignments}};
 }
 
 std::string change(const char* name, double before, double after)
@@ -113,12 +106,7 @@ std::string jsonReport(CGuestPlugin& guest, const CRenderSettings& settings,
                   {{"library", guest.library().path().string()},
                    {"name", guest.name()},
                    {"vendor", guest.vendor()},
-                   {"uniqueId", guest.uniqueId()},
-                   {"version", guest.version()},
-                   {"inputs", guest.inputCount()},
-                   {"outputs", guest.outputCount()},
-                   {"parameters", guest.parameterCount()},
-                   {"presets", guest.programCount()}}},
+                   {"version", guest.version()}}},
                  {"settings", settingsJson(settings)},
                  {"files", Json::array()},
                  {"failed", Json::array()}};

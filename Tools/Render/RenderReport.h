@@ -21,8 +21,8 @@ struct CRenderFailure
     std::string error;
 };
 
-// One JSON document: the effect, the settings, and for each file format, levels of every channel and of all
-// together before and after, delay and speed; then the files that failed. Silence has the level null.
+// One JSON document: the effect, the settings, and for each file its format, levels before and after, delay
+// and speed; then the files that failed. Silence has the level null.
 std::string jsonReport(CGuestPlugin& guest, const CRenderSettings& settings,
                        const std::vector<CRenderResult>& results,
                        const std::vector<CRenderFailure>& failures);

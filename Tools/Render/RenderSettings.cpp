@@ -48,7 +48,7 @@ void configureGuest(CGuestPlugin& guest, const CRenderSettings& settings)
 
 CGuestPlugin::Setup guestSetup(const CRenderSettings& settings, double rateHz)
 {
-    return {rateHz, settings.blockSize, settings.isDouble, settings.tempoBpm};
+    return {rateHz, settings.blockSize, settings.isDouble};
 }
 
 } // namespace qel::tools

@@ -2,11 +2,9 @@
 #pragma once
 
 #include "Render/AudioFile.h"
-#include "Render/Automation.h"
 #include "Render/CGuestPlugin.h"
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,21 +16,11 @@ struct CRenderSettings
     std::vector<std::filesystem::path> stateFiles;
     std::string preset; // name or number; empty: as the effect starts
     std::vector<std::string> assignments;
-    std::vector<CAutomationLine> automation;
 
-    int blockSize = 512; // samples; with random blocks, the longest
-    bool hasRandomBlocks = false;
-    unsigned seed = 1;
+    int blockSize = 512; // samples
     bool isDouble = false;
-    double tempoBpm = 120.0;
     double inputGainDb = 0.0; // before the effect; levels "before" are those behind it
     double tailSec = 0.0;
-    // Silence before the file, after which the effect is reset: its settings have then arrived, and its delay
-    // is known.
-    double prerollSec = 0.25;
-    std::optional<int> rateHz;   // the files must have it
-    std::optional<int> channels; // of the results; else those of the file
-    bool dropsChannels = false;  // of a file with more than the effect has inputs
     CSampleFormat format = CSampleFormat::kSame;
 };
 
