@@ -16,6 +16,7 @@ test_packages=(dpf-plugins-vst xvfb libx11-data xkb-data dbus-daemon)
 demo_packages=(jq sonic-pi-samples)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
 fuzz_packages=(clang libclang-rt-14-dev)
+check_packages=(clang-format)
 
 usage() {
     cat <<'TEXT'
@@ -23,6 +24,7 @@ usage: drumfell.sh COMMAND
 
   demo       build, do the main job on real input and show the result
   test       build and run all tests
+  check      tell which sources are not laid out as .clang-format says
   bench      build and run the benchmarks (arguments go to Google Benchmark)
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
@@ -43,7 +45,13 @@ need() {
     done
     [ ${#missing[@]} -eq 0 ] && return
     local as_root=()
-    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    if [ "$(id -u)" -ne 0 ]; then
+        if ! command -v sudo >/dev/null; then
+            echo "Missing packages, which only root can install: apt-get install ${missing[*]}" >&2
+            exit 1
+        fi
+        as_root=(sudo)
+    fi
     echo "Installing ${missing[*]}"
     "${as_root[@]}" apt-get update -qq
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
@@ -151,6 +159,10 @@ test)
     need "${build_packages[@]}" "${test_packages[@]}"
     build release
     run_tests release
+    ;;
+check)
+    need "${check_packages[@]}"
+    find Sources Tests Tools Benchmarks -name '*.h' -o -name '*.cpp' | xargs clang-format --dry-run --Werror
     ;;
 bench)
     shift
