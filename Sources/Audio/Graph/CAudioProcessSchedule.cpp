@@ -274,7 +274,8 @@ bool CAudioProcess::orderChildren()
     return order_.size() == fed;
 }
 
-// What is in a circle never runs: samples sent there would pile up, and whoever waited for it would be dumb.
+// What is in a cycle never runs: samples sent there would pile up, and whoever waits for it would stay
+// silent.
 void CAudioProcess::dropUnplaced()
 {
     if (isTracing()) {

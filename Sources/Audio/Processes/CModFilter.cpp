@@ -25,7 +25,7 @@ int rounded(double value, int lowest, int highest)
         std::clamp(std::round(value), static_cast<double>(lowest), static_cast<double>(highest)));
 }
 
-// What is not a number never counts as a change.
+// NaN never counts as a change.
 bool differs(double a, double b)
 {
     return a < b || a > b;

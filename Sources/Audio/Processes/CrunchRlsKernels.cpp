@@ -14,7 +14,7 @@ constexpr double kDriveScale = 0.375;
 // Below this the law is flat; it keeps the quotient clear of 0 / 0.
 constexpr double kMinLevel = 0.005;
 
-// What is no number becomes the least level.
+// NaN becomes the least level.
 inline double drivenLevel(double x, double drive)
 {
     const double v = x * drive;
@@ -45,7 +45,7 @@ void runGain(const CKernelCall& call)
     CrunchStages stages = state.stages;
     for (std::size_t i = 0; i < call.count; ++i) {
         const double target = targetGain(drivenLevel(in[i], drive), norm);
-        // Asked this way round, a gain that is no number is replaced by the next target.
+        // Asked this way round, a NaN gain is replaced by the next target.
         if (!(stages.e4 < target)) {
             stages.set(target);
         } else {

@@ -85,7 +85,7 @@ void detect(const CKernelCall& call)
         double v = kFloor;
         if (fastLevel < slowLevel) {
             v = Curve::measure(fastLevel / slowLevel) * gain + kFloor;
-            // In this form what is no number becomes 1 too, and cannot settle in the followers behind.
+            // In this form NaN becomes 1 too, and cannot settle in the followers behind.
             v = v < 1.0 ? v : 1.0;
         }
         s0 += (v - s0) * k0;

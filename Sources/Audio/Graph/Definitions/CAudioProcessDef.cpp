@@ -16,7 +16,7 @@ void CAudioProcessDef::buildClassInfo(CClassInfo& info)
     info.bind<&Self::isOverlapped_>("is-overlapped", false);
 }
 
-// Better no instance than one that is deaf to what its tree asks for.
+// Better no instance than one that ignores what its tree asks for.
 CError CAudioProcessDef::checkShape() const
 {
     if (isMultiband() || !multibandFreqParam().isEmpty() || !multibandCountParam().isEmpty()) {
