@@ -204,6 +204,7 @@ TEST_F(InterfaceTest, AnswersOnlyTheClientThatAsksAndForgetsOneThatLeaves)
     EXPECT_EQ(screen_.id, id);
     CAudioParam& enable = collector_->getParam("meter-enable");
     EXPECT_EQ(enable.getValue(0, 0), 1.0);
+    viz_->beginBlock();
     viz_->push(meterData(1.5));
     viz_->push(meterData(2.5));
     viz_->beginBlock();
