@@ -13,6 +13,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <iostream>
 
 namespace {
@@ -166,7 +167,12 @@ int main(int argc, char** argv)
     app.add_option("--scale", layout.scale, "Interface scale")
         ->capture_default_str()
         ->needs(isLayout)
-        ->check(CLI::Range(0.25, 8.0));
+        ->check(CLI::Range(0.25, 8.0) & CLI::Validator(
+                                            [](const std::string& text) {
+                                                // A range lets NaN through: it is neither below nor above.
+                                                return std::isnan(std::stod(text)) ? "not a number" : "";
+                                            },
+                                            ""));
     app.add_flag("--json", layout.asJson, "Print JSON")->needs(isLayout);
     app.add_option("--png", layout.png, "Draw the outlines of the views")->needs(isLayout);
     CLI11_PARSE(app, argc, argv);

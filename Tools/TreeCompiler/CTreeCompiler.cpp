@@ -66,7 +66,8 @@ pugi::xml_node CTreeCompiler::rootElement(CXmlSource& source, Root expected)
         }
     }
     if (!root) {
-        diagnostics_.push_back({source.shownName(), 1, 1, "no root element <tree>"});
+        diagnostics_.push_back({source.shownName(), 1, 1,
+                                expected == Root::kTree ? "no root element <tree>" : "no root element"});
     }
     return root;
 }

@@ -277,9 +277,6 @@ CError CViewArea::writeSize(CAxis axis)
         formula = sizeFormula(axis, wanted.value_or(CViewSize()));
     }
     formula.append(var(Var::kMin, axis)).max2();
-    if (!parent_) {
-        formula.round(); // a window has whole pixels
-    }
     return network().setFormula(target, formula);
 }
 

@@ -83,7 +83,8 @@ public:
     // --- the view and its window; valid from init on
 
     CError solveLayout() { return area_->getContext().solveLayout(); }
-    // Gives a root view the size of its window, in window pixels, in place of "width" and "height".
+    // Gives a root view the size of its window, in whole window pixels, in place of "width" and "height",
+    // which the layout does not round.
     CError setRootSize(double width, double height);
 
     CViewArea& getViewArea() { return *area_; }

@@ -102,8 +102,8 @@ const Case kCases[] = {
      0.8,
      R"(width="540" height="373")",
      R"(<v n="c" width="100%" height="full"/>)",
-     {{"", {0, 0, 432, 298}}, {".c", {0, 0, 432, 298}}}},
-    {"window of the design size", 1.25, R"(width="540" height="373")", "", {{"", {0, 0, 675, 466}}}},
+     {{"", {0, 0, 432, 298.4}}, {".c", {0, 0, 432, 298.4}}}},
+    {"window of the design size", 1.25, R"(width="540" height="373")", "", {{"", {0, 0, 675, 466.25}}}},
 
     {"a window as large as what is docked in it",
      1.0,

@@ -27,7 +27,7 @@ TEST(PrintLayout, ShowsEachViewByItsPathInShortNumbers)
     const std::vector<CLayoutTree::View> views = CLayoutTree(compileLayout(file), 0.8).views();
     std::ostringstream text;
     printLayoutText(views, text);
-    EXPECT_EQ(text.str(), "root 0 0 34 16\nroot.a 2 2 34.4 5.6\nroot.a#1 0 0 0 0\n");
+    EXPECT_EQ(text.str(), "root 0 0 34.4 16\nroot.a 2 2 34.4 5.6\nroot.a#1 0 0 0 0\n");
     std::ostringstream json;
     printLayoutJson({views[1]}, json);
     EXPECT_EQ(json.str(),
