@@ -64,6 +64,13 @@
 #include "CPaletteObject.h"
 #include "CSharedAttribute.h"
 #include "CTimer.h"
+#include "CView.h"
+#include "CViewColorSlot.h"
+#include "CViewCommand.h"
+#include "CViewState.h"
+#include "CViewStateSwitch.h"
+#include "CViewStateSwitchObject.h"
+#include "CWindowSharedData.h"
 #include "Definitions/CAudioParamAllocDef.h"
 #include "Definitions/CAudioParamRemapDef.h"
 #include "Definitions/CAudioProcessBypassStateDef.h"
@@ -93,6 +100,14 @@ const CCreatorRow kCreatorTable[] = {
     row<CFontObject>("font"),
     row<CImageSetObject>("imageset"),
     row<CPaletteObject>("palette"),
+
+    row<CView>("ui:view"),
+    row<CViewColorSlot>("ui:view-color-slot"),
+    row<CViewCommand>("ui:view-command"),
+    row<CViewState>("ui:view-state"),
+    row<CViewStateSwitch>("ui:view-state-switch"),
+    row<CWindowSharedData>("ui:window-shared-data"),
+    row<CViewStateSwitchObject>("view-state-switch-object"),
 
     row<CAudioEnv>("audio:audio-env"),
     row<CAudioCCTable>("audio:cctable"),

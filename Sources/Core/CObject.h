@@ -83,6 +83,11 @@ public:
     virtual void detach();
     // An attribute that this object follows has changed on `sender`; `key` is the name here.
     virtual CError onAttrChanged(CObject& sender, const CString& key, const CAttrValue& value);
+    // What "{}" in a value of attribute `key` stands for: the value that it has here or inherits.
+    virtual CString getPresentValue(const CString& key) const { return inheritedAttribute(key); }
+    // Asked before a value is stored. True if the class has kept it elsewhere, with the result in `outError`:
+    // then the attribute stays as it is.
+    virtual bool divertAttribute(const CString&, const CAttrValue&, CError& /*outError*/) { return false; }
     // Handler of the event "release-child-bridged": releases the object whose full name is the parameter
     // `sender`, so that an object can end from inside its own event handling.
     virtual CError onReleaseChild(const CAttrMap& parameters);
@@ -167,6 +172,8 @@ public:
     }
     // Sets all entries in key order with their handlers deferred, then runs them if `applyNow`.
     CError setAttributes(const CAttrMap& attributes, bool applyNow);
+    // Takes an own attribute away, as if it had never been set; its handler runs now.
+    CError removeAttribute(const CString& key);
     // The expansion of one reference: what "{expression}" stands for on this object.
     CString getAttribute(const CString& expression);
 
@@ -177,6 +184,9 @@ public:
     CString getAttrString(const CString& name, const CString& fallback = {}) const;
     // This object's own attribute, or null.
     const CAttrValue* findAttr(const CString& name) const;
+
+    // All attributes of this object.
+    const CAttrMap& getAttributes() const { return attributes_; }
 
     // From now on a change of `targetName` on `target` sets `ownName` here. Empty names follow every
     // attribute under its own key.

@@ -100,6 +100,10 @@ CError CObject::setAttributes(const CAttrMap& attributes, bool applyNow)
 CError CObject::storeAttribute(const CString& key, CAttrValue value, bool immediate)
 {
     const CHold hold(*this); // the handler and the followers may release this
+    CError diverted;
+    if (divertAttribute(key, value, diverted)) {
+        return diverted;
+    }
     attributes_[key] = value;
     const std::int32_t index = classInfo_->attrIndex(key);
     if (index != CClassInfo::kNoIndex && immediate) {
@@ -109,6 +113,19 @@ CError CObject::storeAttribute(const CString& key, CAttrValue value, bool immedi
         pendingAttrs_[static_cast<std::size_t>(index)] = 1;
     }
     return attributeListeners_.empty() ? CError() : tellListeners(key, value);
+}
+
+CError CObject::removeAttribute(const CString& key)
+{
+    const CHold hold(*this);
+    if (isReadOnly_ || attributes_.erase(key) == 0) {
+        return {};
+    }
+    const std::int32_t index = classInfo_->attrIndex(key);
+    if (index != CClassInfo::kNoIndex) {
+        QEL_TRY(classInfo_->runHandler(index, *this), fullName_);
+    }
+    return tellListeners(key, CAttrValue());
 }
 
 CError CObject::applyPendingAttrs()
@@ -213,7 +230,7 @@ CError CObject::expand(const CString& key, CString& value)
 CString CObject::resolveReference(const CString& reference, const CString& key)
 {
     if (reference.isEmpty()) {
-        return inheritedAttribute(key);
+        return getPresentValue(key);
     }
     if (reference[0] == u'*') {
         return resolveLiveReference(reference.substring(1), key);

@@ -69,6 +69,11 @@ CError CSharedAttribute::onAttrChanged(CObject& sender, const CString& key, cons
     return {};
 }
 
+CError CSharedAttribute::reset()
+{
+    return getParent() ? getParent()->setAttribute(attribute_, default_, true) : CError();
+}
+
 // May come in any thread.
 void CSharedAttribute::onStoreChanged(CBridge*, std::uintptr_t)
 {

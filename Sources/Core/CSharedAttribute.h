@@ -34,6 +34,9 @@ public:
 
     virtual CError onUpdate(const CAttrMap& parameters);
 
+    // Sets the parent's attribute, and so the setting, to "def-value".
+    CError reset();
+
 private:
     void onStoreChanged(CBridge* sender, std::uintptr_t userWord);
     CString readStore() const;

@@ -117,6 +117,14 @@ CError CViewBasePlacement::init()
     return {};
 }
 
+// The children are gone by now. A view that is held beyond its release must not look for its window's layout
+// when it ends.
+void CViewBasePlacement::detach()
+{
+    CObject::detach();
+    area_.reset();
+}
+
 CError CViewBasePlacement::initParents()
 {
     if (isRootWanted_) {
@@ -179,6 +187,10 @@ CError CViewBasePlacement::setRootSize(double width, double height)
 
 CError CViewBasePlacement::readAlignment(const char* name, CAxis axis, std::optional<CAlignment>& out) const
 {
+    if (!findAttr(name)) {
+        out = CAlignment::kStart;
+        return {};
+    }
     const CString text = getAttrString(name);
     out = parseAlignment(text, axis);
     if (!out) {
@@ -328,7 +340,7 @@ CViewArea* CViewBasePlacement::findMatch()
 
 CError CViewBasePlacement::attrPlacement()
 {
-    const CString text = getAttrString(kPlacement);
+    const CString text = getAttrString(kPlacement, "inline");
     const std::optional<CPlacement> placement = parsePlacement(text);
     if (!placement) {
         QEL_FAIL(getFullName(), "@qelstr_CViewBasePlacement_attrPlacement_Invalid Invalid placement '%1'.",

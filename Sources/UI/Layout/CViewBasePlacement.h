@@ -45,6 +45,8 @@ public:
 
     // Fails without a parent view, or when the window has no layout variables left.
     CError init() override;
+    // Takes the view out of the layout.
+    void detach() override;
 
     // --- handlers of attributes
 
@@ -80,7 +82,7 @@ public:
     // window for its new size.
     virtual CError solveAndAdoptWindowSize();
 
-    // --- the view and its window; valid from init on
+    // --- the view and its window; valid from init on and until the view is released
 
     CError solveLayout() { return area_->getContext().solveLayout(); }
     // Gives a root view the size of its window, in whole window pixels, in place of "width" and "height",
@@ -97,7 +99,7 @@ public:
     double getInterfaceScale() const { return interfaceScale_; }
 
     bool isRootView() const { return rootView_ == this; }
-    bool isScrollable() const { return area_->isScrollable(); }
+    bool isScrollable() const { return isScrollable_; }
     bool isDecorative() const { return isDecorative_; }
     bool isDisabled() const { return isDisabled_; }
     // Repainted often, so that it is kept apart from what is not: by "is-dynamic", or as the parent is.
