@@ -69,7 +69,7 @@ TEST_F(States, NeedAView)
 {
     for (const char* tag : {"ui:view-state", "ui:view-command", "ui:view-color-slot"}) {
         test::TreeRoot root;
-        EXPECT_FAILS(root.load(node("", "", {}, {node(tag, "x")})), "Parent object is not a view.") << tag;
+        EXPECT_FAILS(root.load(node("", "", {}, {node(tag, "x")})), "Parent object is not a view.");
     }
 }
 

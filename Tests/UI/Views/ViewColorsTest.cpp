@@ -32,7 +32,7 @@ TEST_F(ViewColors, ComeFromSlotsStatesAndPalettes)
     EXPECT_EQ(color("w.v", 1), (Rgb{1, 2, 3}));
     EXPECT_EQ(color("w.v", 2), (Rgb{200, 0, 0})) << "a slot without a colour has that of slot 0";
     EXPECT_EQ(color("w.shared", 1), (Rgb{1, 2, 3}));
-    EXPECT_EQ(color("w.child"), (Rgb{1, 2, 3}));
+    EXPECT_EQ(color("w.v.child"), (Rgb{1, 2, 3}));
 
     EXPECT_OK(at("w.v").setState("hover", true));
     EXPECT_EQ(color("w.v"), (Rgb{0, 200, 0}));
@@ -42,22 +42,22 @@ TEST_F(ViewColors, ComeFromSlotsStatesAndPalettes)
     CTraceHook hook = setTraceHook([&](const CString& line) { traced += line.toUtf8() + "\n"; });
     EXPECT_EQ(color("w.v", 3), (Rgb{9, 9, 9}));
     EXPECT_NE(traced.find("WRONG SLOT INDEX 3"), std::string::npos);
-    set("w.child", "color", "Gone");
-    EXPECT_EQ(color("w.child"), (Rgb{9, 9, 9}));
+    set("w.v.child", "color", "Gone");
+    EXPECT_EQ(color("w.v.child"), (Rgb{9, 9, 9}));
     EXPECT_NE(traced.find("Color not found: 'Gone'"), std::string::npos);
     setTraceHook(hook);
 
-    set("w.child", "color", "Panel");
+    set("w.v.child", "color", "Panel");
     set("w.v", "is-disabled", "true");
     EXPECT_EQ(color("w.v", 1), (Rgb{50, 50, 50}));
-    EXPECT_EQ(color("w.child"), (Rgb{50, 50, 50}));
-    EXPECT_EQ(at("w.child").getDisabledTextColor()->red[255], 60);
+    EXPECT_EQ(color("w.v.child"), (Rgb{50, 50, 50}));
+    EXPECT_EQ(at("w.v.child").getDisabledTextColor()->red[255], 60);
     set("w.v", "is-disabled", "false");
 
     // The scheme of the interface changes; a view with a palette of its own stays.
     set("w.shared", "palette", "Test");
     set("ui", "palette-name", "Blue");
-    EXPECT_EQ(color("w.child"), (Rgb{0, 0, 9}));
+    EXPECT_EQ(color("w.v.child"), (Rgb{0, 0, 9}));
     EXPECT_EQ(at("w.shared").getPalette()->findColor("Knob")->red[255], 200);
     EXPECT_FAILS(at("w.v").setAttribute("palette", "Pink", true), "Unable to find palette object 'Pink'.");
     EXPECT_FAILS(at("w.v").setAttribute("palette", "Test.x", true), "Unable to find palette object");
@@ -91,11 +91,12 @@ TEST_F(ViewColors, ArePaintedWithoutTouchingTheHeap)
     EXPECT_OK(at("w.v").setState("hover"));
     setTime(0.5);
     context().tickTimer();
-    ASSERT_TRUE(map().isDirty());
+    CSectorMap& sectors = map();
+    ASSERT_TRUE(sectors.isDirty());
     test::AllocationGuard guard;
-    map().paintDirty();
+    sectors.paintDirty();
     EXPECT_EQ(guard.stop().total(), 0U);
-    EXPECT_EQ(pixel(5, 5), 0x323200U) << "half of both sides, over black";
+    EXPECT_EQ(pixel(5, 5), 0x363604U) << "half of both sides, over the root";
 }
 
 TEST_F(ViewColors, GoWithTheirView)
