@@ -80,8 +80,8 @@ double CAudioExtParam::Projection::normOf(double value) const
 double CAudioExtParam::getNormalized() const
 {
     const Projection* now = projection();
-    if (now && isWaiting()) {
-        const double norm = now->normOf(now->valueOf(lastPosted_.load(std::memory_order_acquire)));
+    if (now && posted_.getState().isUnsettled()) {
+        const double norm = now->normOf(now->valueOf(posted_.getLatest()));
         if (!std::isnan(norm)) {
             return norm;
         }
@@ -91,31 +91,29 @@ double CAudioExtParam::getNormalized() const
 
 void CAudioExtParam::postNormalized(double norm)
 {
-    if (!projection() || std::isnan(norm)) {
-        return;
+    if (projection() && !std::isnan(norm)) {
+        posted_.put(norm);
     }
-    lastPosted_.store(norm, std::memory_order_release);
-    postCount_.fetch_add(1, std::memory_order_acq_rel);
-    isPosted_.store(true, std::memory_order_release);
 }
 
 void CAudioExtParam::applyPosted(double timeSec)
 {
     const Projection* now = projection();
-    if (!now || !goesByAudio(*now) || !isPosted_.exchange(false)) {
+    if (!now || !goesByAudio(*now)) {
         return;
     }
+    const std::optional<double> norm = posted_.take();
     // Behind what control threads have sent so far, or that would overwrite it at the next block.
-    const double value = now->valueOf(lastPosted_.load(std::memory_order_acquire));
-    if (param_->isOverridden() || !param_->getCollector().changeFromAudio(*param_, value, timeSec)) {
-        isPosted_.store(true, std::memory_order_release);
+    if (norm && (param_->isOverridden() ||
+                 !param_->getCollector().changeFromAudio(*param_, now->valueOf(*norm), timeSec))) {
+        posted_.putBack();
     }
 }
 
 void CAudioExtParam::takePosted()
 {
-    if (isPosted_.exchange(false, std::memory_order_acq_rel)) {
-        write(EWrite::kSend, lastPosted_.load(std::memory_order_acquire), 0.0);
+    if (const std::optional<double> norm = posted_.take()) {
+        write(EWrite::kSend, *norm, 0.0);
     }
 }
 
@@ -137,16 +135,16 @@ void CAudioExtParam::showPosted()
 bool CAudioExtParam::settleIfOvertaken()
 {
     const CLock lock(param_->getLock());
-    const std::uint32_t posts = postCount_.load(std::memory_order_acquire);
-    const bool isOld = std::exchange(shownPostCount_, posts) == posts;
-    const bool isOvertaken = isOld && isWaiting() && !isPosted_.load(std::memory_order_acquire);
+    const CAudioParamMailbox::State state = posted_.getState();
+    const bool isOld = std::exchange(shownSequence_, state.getSequence()) == state.getSequence();
+    const bool isOvertaken = isOld && state.isUnsettled() && !state.isWaiting();
     return isOvertaken && !param_->isChangedByAudio() && refresh(false);
 }
 
 void CAudioExtParam::setNormalized(double norm, double timeSec)
 {
     if (!std::isnan(norm)) {
-        isPosted_.store(false, std::memory_order_release);
+        posted_.drop();
         write(EWrite::kSend, norm, timeSec);
     }
 }
@@ -165,10 +163,10 @@ void CAudioExtParam::write(EWrite way, double norm, double timeSec)
     if (way == EWrite::kShow) {
         // What the audio thread has taken by now comes back from there. It takes first and then looks for
         // events on their way, so what is still here goes behind all that was written so far.
-        if (!isPosted_) {
+        if (!posted_.getState().isWaiting()) {
             return;
         }
-        norm = lastPosted_.load(std::memory_order_acquire);
+        norm = posted_.getLatest();
     }
     param_->setValue(group_, 0, elementIndex_, now->valueOf(norm), context, timeSec);
     refresh(false);
@@ -192,11 +190,11 @@ bool CAudioExtParam::refresh(bool isFromAudio)
     refreshProjection();
     const Projection* now = projection();
     const double value = now ? param_->getValue(group_, 0, elementIndex_) : 0.0;
-    const std::uint32_t posts = postCount_.load(std::memory_order_acquire);
+    const CAudioParamMailbox::State state = posted_.getState();
     const double known = getNormalized();
     bool isHostsOwn = false;
-    if (now && isWaiting()) {
-        isHostsOwn = isFromAudio && value == now->valueOf(lastPosted_.load(std::memory_order_acquire));
+    if (now && state.isUnsettled()) {
+        isHostsOwn = isFromAudio && value == now->valueOf(posted_.getLatest());
         if (isFromAudio && !isHostsOwn) {
             return false;
         }
@@ -206,9 +204,9 @@ bool CAudioExtParam::refresh(bool isFromAudio)
         return false;
     }
     norm_.store(norm, std::memory_order_release);
-    // With nothing left in the post box, another's write has overtaken what was on its way.
-    if (isHostsOwn || !isPosted_.load(std::memory_order_acquire)) {
-        settledCount_.store(posts, std::memory_order_release);
+    // With nothing left in the mailbox, another's write has overtaken what was on its way.
+    if (isHostsOwn || !state.isWaiting()) {
+        posted_.settle(state);
     }
     return norm != known && !isHostsOwn;
 }
@@ -266,8 +264,8 @@ CString CAudioExtParam::getDisplay(CAudioParamConverter::TextMode mode) const
         return {};
     }
     // A value on its way from the audio side is not in the parameter yet.
-    const double value = isWaiting() ? now->valueOf(lastPosted_.load(std::memory_order_acquire))
-                                     : param_->getValue(group_, 0, elementIndex_);
+    const double value = posted_.getState().isUnsettled() ? now->valueOf(posted_.getLatest())
+                                                          : param_->getValue(group_, 0, elementIndex_);
     return textOf(*now, value, mode);
 }
 

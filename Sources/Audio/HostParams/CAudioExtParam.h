@@ -4,6 +4,7 @@
 #include "CAudioParam.h"
 #include "CAudioParamConverter.h"
 #include "CAudioParamListener.h"
+#include "CAudioParamMailbox.h"
 #include "CObject.h"
 
 #include <atomic>
@@ -108,11 +109,6 @@ private:
         kShow  // what is posted, and stays so
     };
     void write(EWrite way, double norm, double timeSec);
-    // True while a value of the host is on its way to the parameter.
-    bool isWaiting() const
-    {
-        return postCount_.load(std::memory_order_acquire) != settledCount_.load(std::memory_order_acquire);
-    }
     // Single numbers of group 0 have a short way to the slots, through the audio thread.
     bool goesByAudio(const Projection& projection) const { return group_ == 0 && projection.info.esize == 1; }
     // True if the host does not know the number.
@@ -134,13 +130,10 @@ private:
     std::int32_t index_ = -1;
 
     std::atomic<double> norm_{0.0}; // of the parameter
-    // The host's latest number, which counts in place of the parameter's until it has come there. It alone
-    // says what was posted, so that threads that post at once cannot leave it in contradiction to itself.
-    std::atomic<double> lastPosted_{0.0};
-    std::atomic<bool> isPosted_{false}; // not taken by the audio side so far
-    std::atomic<std::uint32_t> postCount_{0};
-    std::uint32_t shownPostCount_ = 0;           // at the last showPosted(), under the parameter's lock
-    std::atomic<std::uint32_t> settledCount_{0}; // of postCount_, when the parameter last had the latest
+    // From the host to the parameter. Its latest number counts in place of the parameter's until it has come
+    // there: while it is unsettled.
+    CAudioParamMailbox posted_;
+    std::uint32_t shownSequence_ = 0; // at the last showPosted(), under the parameter's lock
 
     std::atomic<const Projection*> projection_{nullptr};
     std::vector<std::unique_ptr<const Projection>> projections_; // under the parameter's lock

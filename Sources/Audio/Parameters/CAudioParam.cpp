@@ -147,7 +147,7 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
         collector_.postChange(*this, written, context.batch);
     } else if (context.origin == CAudioParamOrigin::kAudio) {
         // What follows from another goes before its own.
-        isChangedByAudio_.store(false, std::memory_order_relaxed);
+        fromAudio_.drop();
     }
     announce(change, context);
     return true;
@@ -496,8 +496,9 @@ void CAudioParam::deliverTo(CAudioParamBinding& binding, CAudioParamEvent& event
 bool CAudioParam::receive(CAudioParamEvent& event, std::uint32_t generation)
 {
     if (event.getChange().touches(0, 0) && !event.isAudioOwned()) {
-        // The later of the two. First the flag, then the count that keeps control threads from looking at it.
-        isChangedByAudio_.store(false, std::memory_order_relaxed);
+        // The later of the two. First the mailbox, then the count that keeps control threads from looking
+        // into it.
+        fromAudio_.drop();
         event.arrive();
     }
     event.retain();
@@ -535,8 +536,7 @@ bool CAudioParam::filterFromAudio(double value, double timeSec)
 
 void CAudioParam::publishFromAudio(double value)
 {
-    valueFromAudio_.store(value, std::memory_order_relaxed);
-    isChangedByAudio_.store(true, std::memory_order_release);
+    fromAudio_.put(value);
 }
 
 bool CAudioParam::takeFromAudio()
@@ -546,11 +546,10 @@ bool CAudioParam::takeFromAudio()
     const CAudioParamContext::Scope scope(context);
     const CLock lock(lock_);
     if (isOverridden()) {
-        return !isChangedByAudio_.load(std::memory_order_relaxed);
+        return !isChangedByAudio();
     }
-    if (isChangedByAudio_.exchange(false, std::memory_order_acquire)) {
-        const double value = valueFromAudio_.load(std::memory_order_relaxed);
-        const CAudioParamChange change{.count = 1, .values = &value};
+    if (const std::optional<double> value = fromAudio_.take()) {
+        const CAudioParamChange change{.count = 1, .values = &*value};
         if (current_.write(change)) {
             announce(change, context);
         }

@@ -4,6 +4,7 @@
 #include "CAudioParamBinding.h"
 #include "CAudioParamContext.h"
 #include "CAudioParamInfo.h"
+#include "CAudioParamMailbox.h"
 #include "CAudioParamStorage.h"
 #include "CCriticalSection.h"
 
@@ -120,7 +121,7 @@ public:
     // Takes it over into `current` and tells the listeners. False if a write that will overwrite it there is
     // still on its way: then it waits for that to arrive, or to be dropped.
     bool takeFromAudio();
-    bool isChangedByAudio() const { return isChangedByAudio_.load(std::memory_order_acquire); }
+    bool isChangedByAudio() const { return fromAudio_.getState().isWaiting(); }
     // Counts the events on their way to the audio side that set the first entry of group 0.
     void addOverride() { overrides_.fetch_add(1); }
     void endOverride() { overrides_.fetch_sub(1, std::memory_order_release); }
@@ -166,8 +167,7 @@ private:
     std::uint32_t changedGeneration_ = 0;
 
     std::atomic<std::int32_t> bindingCount_{0};
-    std::atomic<double> valueFromAudio_{0.0};
-    std::atomic<bool> isChangedByAudio_{false};
+    CAudioParamMailbox fromAudio_;
     std::atomic<std::int32_t> overrides_{0};
 };
 
