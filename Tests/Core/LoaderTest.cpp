@@ -3,7 +3,6 @@
 #include "Streams/CResourceMap.h"
 #include "TestTree.h"
 
-
 namespace qel {
 namespace {
 
