@@ -34,13 +34,16 @@ public:
 // |in|
 using CModAbs = CAudioProcessTerminal<CKernelModule<EKernel::kAbs, 0>>;
 using CModAbsDef = CAudioModuleDef<CModAbs>;
+extern template class CAudioModuleDef<CModAbs>;
 
 // port 0 * port 1
 using CModMult = CAudioProcessTerminal<CKernelModule<EKernel::kMul2, 0, 1>>;
 using CModMultDef = CAudioModuleDef<CModMult>;
+extern template class CAudioModuleDef<CModMult>;
 
 // port 1 + (port 0 - port 1) * port 2, sample by sample
 using CModSignalMix = CAudioProcessTerminal<CKernelModule<EKernel::kMixB, 0, 1, 2>>;
 using CModSignalMixDef = CAudioModuleDef<CModSignalMix>;
+extern template class CAudioModuleDef<CModSignalMix>;
 
 } // namespace qel

@@ -22,28 +22,12 @@ public:
         bool isSilent = false;
         bool operator==(const Settings&) const = default;
     };
-    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place)
-    {
-        bool isAnySoloed = false;
-        for (int group = 0; group < slots.entryCount(1, 0); ++group) {
-            isAnySoloed = isAnySoloed || slots.value(1, 0, group) >= 0.5;
-        }
-        return {slots.value(0, place.group) >= 0.5, isAnySoloed && slots.value(1, 0, place.group) < 0.5};
-    }
+    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
     explicit CModBypassModule(CKernelContext& kernels) : noise_(kernels) {}
     void resolveKernels(CKernelContext&) override { noise_.resolveKernels(); }
     void configure(const Settings& settings, const CAudioModulePlace&) { settings_ = settings; }
-    void process(CAudioModuleStep& step)
-    {
-        if (settings_.isSilent) {
-            step.setOutput(noise_.make(step.count));
-            return;
-        }
-        const CBufferRef chosen = step.input(settings_.isBypassed ? 1 : 0);
-        step.kernels.addRef(chosen);
-        step.setOutput(chosen);
-    }
+    void process(CAudioModuleStep& step);
 
 private:
     Settings settings_;
@@ -52,5 +36,6 @@ private:
 
 using CModBypass = CAudioProcessTerminal<CModBypassModule>;
 using CModBypassDef = CAudioModuleDef<CModBypass>;
+extern template class CAudioModuleDef<CModBypass>;
 
 } // namespace qel

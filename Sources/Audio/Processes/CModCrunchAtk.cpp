@@ -42,4 +42,6 @@ void CModCrunchAtkModule::takeUp(CAudioModule& running)
     goOnFrom(static_cast<CModCrunchAtkModule&>(running), sampleRateHz_);
 }
 
+template class CAudioModuleDef<CModCrunchAtk>;
+
 } // namespace qel

@@ -37,5 +37,6 @@ public:
     void registerKernels() override { graph().kernels.addKernels(crunchAtkKernels()); }
 };
 using CModCrunchAtkDef = CAudioModuleDef<CModCrunchAtk>;
+extern template class CAudioModuleDef<CModCrunchAtk>;
 
 } // namespace qel

@@ -44,4 +44,6 @@ void CModCrunchRlsModule::takeUp(CAudioModule& running)
     goOnFrom(static_cast<CModCrunchRlsModule&>(running), sampleRateHz_);
 }
 
+template class CAudioModuleDef<CModCrunchRls>;
+
 } // namespace qel

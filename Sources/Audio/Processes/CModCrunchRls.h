@@ -42,5 +42,6 @@ public:
     void registerKernels() override { graph().kernels.addKernels(crunchRlsKernels()); }
 };
 using CModCrunchRlsDef = CAudioModuleDef<CModCrunchRls>;
+extern template class CAudioModuleDef<CModCrunchRls>;
 
 } // namespace qel

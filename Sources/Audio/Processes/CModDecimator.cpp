@@ -51,4 +51,6 @@ void CModDecimator::step(int count)
     }
 }
 
+template class CAudioModuleDef<CModDecimator>;
+
 } // namespace qel

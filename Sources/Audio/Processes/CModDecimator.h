@@ -30,5 +30,6 @@ private:
 };
 
 using CModDecimatorDef = CAudioModuleDef<CModDecimator>;
+extern template class CAudioModuleDef<CModDecimator>;
 
 } // namespace qel

@@ -23,7 +23,7 @@ public:
     explicit CModDenormModule(CKernelContext& kernels) : noise_(kernels) {}
     void resolveKernels(CKernelContext&) override { noise_.resolveKernels(); }
     void configure(const Settings&, const CAudioModulePlace&) {}
-    void process(CAudioModuleStep& step) { step.setOutput(noise_.addTo(step.input(0), step.count)); }
+    void process(CAudioModuleStep& step);
 
 private:
     CNoiseSource noise_;
@@ -31,5 +31,6 @@ private:
 
 using CModDenorm = CAudioProcessTerminal<CModDenormModule>;
 using CModDenormDef = CAudioModuleDef<CModDenorm>;
+extern template class CAudioModuleDef<CModDenorm>;
 
 } // namespace qel

@@ -13,5 +13,6 @@ public:
 };
 
 using CModDownsamplerDef = CAudioModuleDef<CModDownsampler>;
+extern template class CAudioModuleDef<CModDownsampler>;
 
 } // namespace qel

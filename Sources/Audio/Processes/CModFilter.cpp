@@ -308,4 +308,9 @@ CError CModFilterDef::init()
     return {};
 }
 
+std::unique_ptr<CAudioProcessBase> CModFilterDef::createProcess() const
+{
+    return std::make_unique<CModFilter>(*this);
+}
+
 } // namespace qel

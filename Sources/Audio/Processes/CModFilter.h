@@ -110,10 +110,7 @@ public:
     static void buildClassInfo(CClassInfo& info);
 
     CError init() override;
-    std::unique_ptr<CAudioProcessBase> createProcess() const override
-    {
-        return std::make_unique<CModFilter>(*this);
-    }
+    std::unique_ptr<CAudioProcessBase> createProcess() const override;
 
     const CAudioFilterGenArray& generators() const { return *generators_; }
     // True if some generator of the array has one.

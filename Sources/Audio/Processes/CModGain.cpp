@@ -45,4 +45,6 @@ void CModGainModule::process(CAudioModuleStep& step)
     }
 }
 
+template class CAudioModuleDef<CModGain>;
+
 } // namespace qel

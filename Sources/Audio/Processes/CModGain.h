@@ -37,5 +37,6 @@ private:
 
 using CModGain = CAudioProcessTerminal<CModGainModule>;
 using CModGainDef = CAudioModuleDef<CModGain>;
+extern template class CAudioModuleDef<CModGain>;
 
 } // namespace qel

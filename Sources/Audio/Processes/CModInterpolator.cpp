@@ -36,4 +36,6 @@ void CModInterpolator::step(int count)
     }
 }
 
+template class CAudioModuleDef<CModInterpolator>;
+
 } // namespace qel

@@ -26,5 +26,6 @@ private:
 };
 
 using CModInterpolatorDef = CAudioModuleDef<CModInterpolator>;
+extern template class CAudioModuleDef<CModInterpolator>;
 
 } // namespace qel

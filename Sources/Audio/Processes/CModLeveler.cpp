@@ -127,4 +127,6 @@ CBufferRef CModLevelerModule::mean(CAudioModuleStep& step) const
     return sum.takeMean();
 }
 
+template class CAudioModuleDef<CModLeveler>;
+
 } // namespace qel

@@ -42,5 +42,6 @@ private:
 
 using CModLeveler = CAudioProcessTerminal<CModLevelerModule>;
 using CModLevelerDef = CAudioModuleDef<CModLeveler>;
+extern template class CAudioModuleDef<CModLeveler>;
 
 } // namespace qel

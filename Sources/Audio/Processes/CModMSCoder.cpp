@@ -112,4 +112,6 @@ void CModMSCoder::code(const Pair& pair, int count)
     output(0).emit(pair.second.number, out2, count, pair.second.format);
 }
 
+template class CAudioModuleDef<CModMSCoder>;
+
 } // namespace qel

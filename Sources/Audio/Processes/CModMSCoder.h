@@ -43,5 +43,6 @@ private:
 };
 
 using CModMSCoderDef = CAudioModuleDef<CModMSCoder>;
+extern template class CAudioModuleDef<CModMSCoder>;
 
 } // namespace qel

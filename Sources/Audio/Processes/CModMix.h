@@ -18,20 +18,12 @@ public:
         double mix = 0.0;
         bool operator==(const Settings&) const = default;
     };
-    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place)
-    {
-        return {slots.value(0, place.group)};
-    }
+    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
     explicit CModMixModule(CKernelContext&) {}
     void resolveKernels(CKernelContext&) override {}
     void configure(const Settings& settings, const CAudioModulePlace&) { settings_ = settings; }
-    void process(CAudioModuleStep& step)
-    {
-        const CBufferRef output = step.allocate();
-        step.submit(EKernel::kMix, settings_.mix, {output, step.input(1), step.input(0)});
-        step.setOutput(output);
-    }
+    void process(CAudioModuleStep& step);
 
 private:
     Settings settings_;
@@ -39,5 +31,6 @@ private:
 
 using CModMix = CAudioProcessTerminal<CModMixModule>;
 using CModMixDef = CAudioModuleDef<CModMix>;
+extern template class CAudioModuleDef<CModMix>;
 
 } // namespace qel

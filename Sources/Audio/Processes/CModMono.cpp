@@ -24,4 +24,6 @@ void CModMono::step(int count)
     graph().kernels.release(mean);
 }
 
+template class CAudioModuleDef<CModMono>;
+
 } // namespace qel

@@ -18,5 +18,6 @@ protected:
 };
 
 using CModMonoDef = CAudioModuleDef<CModMono>;
+extern template class CAudioModuleDef<CModMono>;
 
 } // namespace qel

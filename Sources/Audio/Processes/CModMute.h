@@ -19,22 +19,12 @@ public:
         bool isMuted = false;
         bool operator==(const Settings&) const = default;
     };
-    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place)
-    {
-        return {slots.value(0, place.group) >= 0.5};
-    }
+    static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
     explicit CModMuteModule(CKernelContext& kernels) : noise_(kernels) {}
     void resolveKernels(CKernelContext&) override { noise_.resolveKernels(); }
     void configure(const Settings& settings, const CAudioModulePlace&) { settings_ = settings; }
-    void process(CAudioModuleStep& step)
-    {
-        if (settings_.isMuted) {
-            step.setOutput(noise_.make(step.count));
-        } else {
-            step.passThrough();
-        }
-    }
+    void process(CAudioModuleStep& step);
 
 private:
     Settings settings_;
@@ -43,5 +33,6 @@ private:
 
 using CModMute = CAudioProcessTerminal<CModMuteModule>;
 using CModMuteDef = CAudioModuleDef<CModMute>;
+extern template class CAudioModuleDef<CModMute>;
 
 } // namespace qel

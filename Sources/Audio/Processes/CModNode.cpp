@@ -16,4 +16,6 @@ void CModNode::step(int count)
     }
 }
 
+template class CAudioModuleDef<CModNode>;
+
 } // namespace qel

@@ -19,5 +19,6 @@ protected:
 };
 
 using CModNodeDef = CAudioModuleDef<CModNode>;
+extern template class CAudioModuleDef<CModNode>;
 
 } // namespace qel

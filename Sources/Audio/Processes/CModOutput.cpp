@@ -67,4 +67,6 @@ void CModOutput::fillWithSilence(int channel, int written)
     }
 }
 
+template class CAudioModuleDef<CModOutput>;
+
 } // namespace qel

@@ -40,5 +40,6 @@ private:
 };
 
 using CModOutputDef = CAudioModuleDef<CModOutput>;
+extern template class CAudioModuleDef<CModOutput>;
 
 } // namespace qel

@@ -50,4 +50,6 @@ void CModPShiftModule::process(CAudioModuleStep& step)
     step.setOutput(output);
 }
 
+template class CAudioModuleDef<CModPShift>;
+
 } // namespace qel

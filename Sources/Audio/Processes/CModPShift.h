@@ -44,5 +44,6 @@ public:
     void registerKernels() override { graph().kernels.addKernels(pshiftKernels()); }
 };
 using CModPShiftDef = CAudioModuleDef<CModPShift>;
+extern template class CAudioModuleDef<CModPShift>;
 
 } // namespace qel

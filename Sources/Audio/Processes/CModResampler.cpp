@@ -1,7 +1,9 @@
 // Raises or lowers the sample rate by 1, 2, 4 or 8.
 #include "CModResampler.h"
 
+#include "CModDownsampler.h"
 #include "CModFilter.h"
+#include "CModUpsampler.h"
 #include "Definitions/CAudioProcessDefBase.h"
 #include "ParamRounding.h"
 
@@ -126,5 +128,8 @@ void CModResampler::setStages(int stages)
         activate(memberCount() - working, memberCount());
     }
 }
+
+template class CAudioModuleDef<CModDownsampler>;
+template class CAudioModuleDef<CModUpsampler>;
 
 } // namespace qel

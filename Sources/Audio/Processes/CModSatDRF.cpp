@@ -32,4 +32,6 @@ void CModSatDRFModule::configure(const Settings& settings, const CAudioModulePla
     begin(place.sampleRateHz);
 }
 
+template class CAudioModuleDef<CModSatDRF>;
+
 } // namespace qel

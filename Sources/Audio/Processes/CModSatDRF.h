@@ -35,5 +35,6 @@ public:
     void registerKernels() override { graph().kernels.addKernels(satDRFKernels()); }
 };
 using CModSatDRFDef = CAudioModuleDef<CModSatDRF>;
+extern template class CAudioModuleDef<CModSatDRF>;
 
 } // namespace qel

@@ -57,4 +57,6 @@ void CModTransModule::process(CAudioModuleStep& step)
     step.setOutput(output);
 }
 
+template class CAudioModuleDef<CModTrans>;
+
 } // namespace qel

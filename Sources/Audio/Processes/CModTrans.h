@@ -48,5 +48,6 @@ public:
     void registerKernels() override { graph().kernels.addKernels(transKernels()); }
 };
 using CModTransDef = CAudioModuleDef<CModTrans>;
+extern template class CAudioModuleDef<CModTrans>;
 
 } // namespace qel

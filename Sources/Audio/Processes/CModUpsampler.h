@@ -13,5 +13,6 @@ public:
 };
 
 using CModUpsamplerDef = CAudioModuleDef<CModUpsampler>;
+extern template class CAudioModuleDef<CModUpsampler>;
 
 } // namespace qel

@@ -6,15 +6,20 @@
 
 namespace qel {
 
-// Makes processes of one class from the attributes that every definition has.
+// Makes processes of one class from the attributes that every definition has. The process's header declares
+// its instance `extern` and its source file defines it, so that the process, a template itself as a rule, is
+// compiled there alone and not again with the table of tags.
 template <class Process>
 class CAudioModuleDef : public CAudioProcessDefBase
 {
 public:
-    std::unique_ptr<CAudioProcessBase> createProcess() const override
-    {
-        return std::make_unique<Process>(*this);
-    }
+    std::unique_ptr<CAudioProcessBase> createProcess() const override;
 };
+
+template <class Process>
+std::unique_ptr<CAudioProcessBase> CAudioModuleDef<Process>::createProcess() const
+{
+    return std::make_unique<Process>(*this);
+}
 
 } // namespace qel
