@@ -104,7 +104,8 @@ int main(int argc, char** argv)
     app.add_option("--colours", options.look.colours, "Its colours for the slots from 0 on, by commas")
         ->delimiter(',')
         ->needs(sheet);
-    app.add_option("--state", options.look.state, "State of the colours: Hover, Active or ActiveHover")
+    app.add_option("--state", options.look.state, "State of the colours")
+        ->check(CLI::IsMember({"Hover", "Active", "ActiveHover"}))
         ->needs(sheet);
     app.add_option("--scale", options.look.scale, "Scale to show")->capture_default_str()->needs(sheet);
     app.add_option("--zoom", options.look.zoom, "Pixels of the sheet for one of the graphics")

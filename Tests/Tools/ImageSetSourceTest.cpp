@@ -131,6 +131,10 @@ TEST_F(ImageSetSource, SaysWhereASourceIsWrong)
          "set.xml:2:15: a number or a name expected in '2 +'\n"},
         {"<image id=\"1\" width=\"2\" height=\"3000\"/>\n",
          "set.xml:2:1: an image has 1 to 2048 pixels a side\n"},
+        {"<image id=\"1\" width=\"0\" height=\"2\" margin=\"4 4 4 4\"/>\n",
+         "set.xml:2:1: an image has 1 to 2048 pixels a side\n"},
+        {"<image id=\"1\" width=\"2\" height=\"2\"><layer><circel r=\"1\"/></layer></image>\n",
+         "set.xml:2:43: <circel> is no element of a drawing\n"},
         {"<image id=\"1\" width=\"2\" height=\"2\" sizes=\"2x2\"/>\n",
          "set.xml:2:36: three sizes expected, such as \"60x60 74x74 93x93\"\n"},
         {"<image id=\"1\" width=\"2\" height=\"2\"><layer>\n<g><rect x=\"{w + "

@@ -3,6 +3,8 @@
 
 #include "TreeCompiler/ToolError.h"
 
+#include <algorithm>
+
 namespace qel::tools {
 
 namespace {
@@ -27,6 +29,16 @@ void appendEscaped(std::string& svg, std::string_view text)
             svg += c;
         }
     }
+}
+
+// The renderer leaves out what it does not know, so that a slip of the pen would be seen on the screen only.
+bool isSvgElement(std::string_view name)
+{
+    constexpr std::string_view kNames[] = {
+        "circle",         "clipPath",       "defs", "ellipse", "filter",  "g",
+        "linearGradient", "line",           "mask", "path",    "pattern", "polygon",
+        "polyline",       "radialGradient", "rect", "stop",    "symbol",  "use"};
+    return name.starts_with("fe") || std::ranges::find(kNames, name) != std::end(kNames);
 }
 
 } // namespace
@@ -185,6 +197,9 @@ void CDrawing::insert(CXmlSource& source, pugi::xml_node node, const CScope& sco
 void CDrawing::plain(CXmlSource& source, pugi::xml_node node, const CScope& scope, std::string& svg)
 {
     const std::string name = node.name();
+    if (!isSvgElement(name)) {
+        fail(source, node, "<" + name + "> is no element of a drawing");
+    }
     svg += "<" + name;
     for (const pugi::xml_attribute attribute : node.attributes()) {
         svg += ' ';

@@ -280,7 +280,8 @@ private:
         }
         const int width = geometry.left + geometry.width + geometry.right;
         const int height = geometry.top + geometry.height + geometry.bottom;
-        if (width < 1 || height < 1 || width > kLargestSide || height > kLargestSide) {
+        if (std::min({width, height, geometry.width, geometry.height}) < 1 ||
+            std::max(width, height) > kLargestSide) {
             fail(node, "an image has 1 to " + std::to_string(kLargestSide) + " pixels a side");
         }
         return geometry;
