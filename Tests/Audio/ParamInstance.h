@@ -46,12 +46,12 @@ struct Slot
         binding.isDirty = &isDirty;
         binding.group = group;
         binding.entry = entry;
-        isBound = param.bind(binding);
+        isBound = param.audioSide().bind(binding);
     }
     ~Slot()
     {
         if (binding.param) {
-            binding.param->unbind(binding);
+            binding.param->audioSide().unbind(binding);
         }
     }
     Slot(const Slot&) = delete;

@@ -95,7 +95,7 @@ TEST_F(ParamThreadsTest, ValuesArriveInOrderAndTheLastOneStays)
     for (const double value : last) {
         EXPECT_EQ(value, kWrites);
     }
-    EXPECT_EQ(a.getAudio().get(0, 0), kWrites);
+    EXPECT_EQ(a.audioSide().getValues().get(0, 0), kWrites);
     EXPECT_EQ(slotText.storage.getString(0, 0), text.getString(0, 0));
     EXPECT_EQ(listener.notices.load(),
               2 * (2 * kWrites + kWrites / 16 + (kBatchGroups - 1) * (kWrites / 64)));

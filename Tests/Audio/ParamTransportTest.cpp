@@ -102,15 +102,15 @@ TEST_F(ParamTransportTest, AnUnboundSlotLeavesNothingBehind)
     CAudioParamEventQueue shared;
     Slot kept(param);
     Slot gone(param);
-    gone.binding.param->unbind(gone.binding);
+    gone.binding.param->audioSide().unbind(gone.binding);
     gone.binding.queue = &shared;
-    kept.binding.param->unbind(kept.binding);
+    kept.binding.param->audioSide().unbind(kept.binding);
     kept.binding.queue = &shared;
-    EXPECT_TRUE(param.bind(kept.binding));
-    EXPECT_TRUE(param.bind(gone.binding));
+    EXPECT_TRUE(param.audioSide().bind(kept.binding));
+    EXPECT_TRUE(param.audioSide().bind(gone.binding));
     set(param, 1.0);
     callAudio();
-    param.unbind(gone.binding);
+    param.audioSide().unbind(gone.binding);
     int events = 0;
     while (const CAudioParamEventNode* node = shared.peek()) {
         EXPECT_EQ(node->binding, &kept.binding);
@@ -122,7 +122,7 @@ TEST_F(ParamTransportTest, AnUnboundSlotLeavesNothingBehind)
     callAudio();
     EXPECT_EQ(shared.peek()->binding, &kept.binding);
     shared.clear();
-    param.unbind(kept.binding);
+    param.audioSide().unbind(kept.binding);
 }
 
 TEST_F(ParamTransportTest, WhatTheAudioThreadSetsReachesSlotsAtOnceAndControlThreadsWhenTheyAsk)
@@ -246,9 +246,11 @@ TEST_F(ParamTransportTest, RandomWritesEndEqualOnBothSides)
         for (std::int32_t g = 0; g < 5; ++g) {
             for (std::int32_t e = 0; e < 6; ++e) {
                 ASSERT_EQ(numberSlot.storage.get(g, e), number.getValue(g, e)) << seed << ' ' << step;
-                ASSERT_EQ(number.getAudio().get(g, e), number.getValue(g, e)) << seed << ' ' << step;
+                ASSERT_EQ(number.audioSide().getValues().get(g, e), number.getValue(g, e))
+                    << seed << ' ' << step;
                 ASSERT_EQ(textSlot.storage.getString(g, e), text.getString(g, e)) << seed << ' ' << step;
-                ASSERT_EQ(text.getAudio().getString(g, e), text.getString(g, e)) << seed << ' ' << step;
+                ASSERT_EQ(text.audioSide().getValues().getString(g, e), text.getString(g, e))
+                    << seed << ' ' << step;
             }
             ASSERT_EQ(group2.storage.get(2, g), number.getValue(2, g)) << seed << ' ' << step;
         }

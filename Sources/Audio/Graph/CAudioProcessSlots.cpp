@@ -27,7 +27,7 @@ CAudioProcessSlots::~CAudioProcessSlots()
 {
     for (const auto& slot : slots_) {
         if (slot->param) {
-            slot->param->unbind(slot->binding);
+            slot->param->audioSide().unbind(slot->binding);
         }
     }
 }
@@ -82,7 +82,7 @@ void CAudioProcessSlots::follow(Slot& slot, CAudioParam& param, int group)
     slot.binding.storage = &slot.values;
     slot.binding.isDirty = &isDirty_;
     slot.binding.group = group;
-    param.bind(slot.binding);
+    param.audioSide().bind(slot.binding);
 }
 
 // --- audio thread

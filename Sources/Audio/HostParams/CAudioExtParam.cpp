@@ -104,7 +104,7 @@ void CAudioExtParam::applyPosted(double timeSec)
     }
     const std::optional<double> norm = posted_.take();
     // Behind what control threads have sent so far, or that would overwrite it at the next block.
-    if (norm && (param_->isOverridden() ||
+    if (norm && (param_->audioSide().isOverridden() ||
                  !param_->getCollector().changeFromAudio(*param_, now->valueOf(*norm), timeSec))) {
         posted_.putBack();
     }

@@ -3,7 +3,6 @@
 
 #include "CAudioParamCollector.h"
 #include "CAudioParamDef.h"
-#include "CAudioParamEventQueue.h"
 #include "CAudioParamFilter.h"
 
 #include <algorithm>
@@ -14,20 +13,6 @@
 namespace qel {
 
 namespace {
-
-// Queue nodes kept ready for a new slot: for the events that were made before it was bound.
-constexpr std::size_t kNodesPerSlot = 4;
-
-// A storage of the format and with the fill of `model`, with room for lists as long as its own.
-void formatLike(CAudioParamStorage& storage, const CAudioParamStorage& model)
-{
-    std::int32_t entries = model.getFillCount();
-    for (std::int32_t group = 0; group < model.getGroupCount(); ++group) {
-        entries = std::max(entries, model.getCount(group));
-    }
-    storage.format(model.getEsize(), model.getDtype(), model.getReserved(), entries);
-    storage.setFill(model.getFill(), &model.getFillPool());
-}
 
 const CAudioParamDef* definitionAt(const CString& path)
 {
@@ -74,10 +59,8 @@ private:
 } // namespace
 
 CAudioParam::CAudioParam(CAudioParamCollector& collector, CString fullName)
-    : collector_(collector), name_(std::move(fullName))
-{
-    audio_.setRetireList(&collector_.eventPool().retiredItems());
-}
+    : collector_(collector), name_(std::move(fullName)), audioSide_(*this, collector.eventPool())
+{}
 
 CAudioParam::~CAudioParam() = default;
 
@@ -104,12 +87,12 @@ void CAudioParam::setInfo(const CAudioParamInfo& info, const CString& defPath)
     info_ = info;
     defPath_ = defPath;
     current_.fillWithDefaults(info_);
-    formatLike(initial_, current_);
+    initial_.formatLike(current_);
     initial_.copyValues(current_);
     hasInfo_.store(true, std::memory_order_release);
 
     auto audio = std::make_unique<CAudioParamStorage>();
-    formatLike(*audio, current_);
+    audio->formatLike(current_);
     collector_.postReplacement(*this, std::move(audio));
     postAll(context);
     announce({.group = CAudioParamChange::kWholeParam}, context);
@@ -147,7 +130,7 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
         collector_.postChange(*this, written, context.batch);
     } else if (context.origin == CAudioParamOrigin::kAudio) {
         // What follows from another goes before its own.
-        fromAudio_.drop();
+        audioSide_.outbox().drop();
     }
     announce(change, context);
     return true;
@@ -231,7 +214,7 @@ void CAudioParam::clearToDefault(std::int32_t group, std::int32_t entry, CAudioP
         return;
     }
     CAudioParamStorage defaults;
-    formatLike(defaults, current_);
+    defaults.formatLike(current_);
     defaults.write({.count = current_.getFillCount(),
                     .esize = current_.getEsize(),
                     .dtype = current_.getDtype(),
@@ -396,7 +379,7 @@ CError CAudioParam::load(CInputStream& stream, CAudioParamContext& context, bool
         return {};
     }
     CAudioParamStorage loaded;
-    formatLike(loaded, current_);
+    loaded.formatLike(current_);
     QEL_TRY(loaded.load(stream), name_);
     loaded.clamp(info_.minValues, info_.maxValues);
     if (intoInitial) {
@@ -440,89 +423,6 @@ CError CAudioParam::save(COutputStream& stream, std::int32_t group) const
     return {};
 }
 
-bool CAudioParam::bind(CAudioParamBinding& binding)
-{
-    if (!hasInfo()) {
-        return false;
-    }
-    if (binding.param) {
-        binding.param->unbind(binding);
-    }
-    CAudioParamStorage& slot = *binding.storage;
-    if (audio_.isFormatted()) {
-        formatLike(slot, audio_);
-    } else {
-        // Before the first processing call: the audio side learns its format there.
-        const CLock lock(lock_);
-        formatLike(slot, current_);
-    }
-    slot.setRetireList(&collector_.eventPool().retiredItems());
-    slot.copyValues(audio_);
-    binding.param = this;
-    binding.next = bindings_;
-    bindings_ = &binding;
-    bindingCount_.fetch_add(1, std::memory_order_relaxed);
-    collector_.eventPool().growNodeReserve(kNodesPerSlot);
-    for (CAudioParamEvent* event = firstPending_; event; event = event->next) {
-        deliverTo(binding, *event);
-    }
-    *binding.isDirty = true;
-    return true;
-}
-
-void CAudioParam::unbind(CAudioParamBinding& binding)
-{
-    for (CAudioParamBinding** link = &bindings_; *link; link = &(*link)->next) {
-        if (*link == &binding) {
-            *link = binding.next;
-            bindingCount_.fetch_sub(1, std::memory_order_relaxed);
-            binding.queue->remove(binding);
-            binding.storage->setRetireList(nullptr);
-            binding.next = nullptr;
-            binding.param = nullptr;
-            return;
-        }
-    }
-}
-
-void CAudioParam::deliverTo(CAudioParamBinding& binding, CAudioParamEvent& event)
-{
-    if (!event.isReplacement() && event.getChange().touches(binding.group, binding.entry)) {
-        binding.queue->push(event, binding, collector_.eventPool());
-        *binding.isDirty = true;
-    }
-}
-
-bool CAudioParam::receive(CAudioParamEvent& event, std::uint32_t generation)
-{
-    if (event.getChange().touches(0, 0) && !event.isAudioOwned()) {
-        // The later of the two. First the mailbox, then the count that keeps control threads from looking
-        // into it.
-        fromAudio_.drop();
-        event.arrive();
-    }
-    event.retain();
-    event.next = nullptr;
-    (lastPending_ ? lastPending_->next : firstPending_) = &event;
-    lastPending_ = &event;
-    for (CAudioParamBinding* binding = bindings_; binding; binding = binding->next) {
-        deliverTo(*binding, event);
-    }
-    return std::exchange(changedGeneration_, generation) != generation;
-}
-
-void CAudioParam::applyPendingToAudio()
-{
-    CAudioParamEvent* event = std::exchange(firstPending_, nullptr);
-    lastPending_ = nullptr;
-    while (event) {
-        CAudioParamEvent* following = event->next;
-        event->applyToAudio(audio_);
-        event->release();
-        event = following;
-    }
-}
-
 bool CAudioParam::filterFromAudio(double value, double timeSec)
 {
     if (!hasFilters_.load(std::memory_order_acquire)) {
@@ -534,21 +434,16 @@ bool CAudioParam::filterFromAudio(double value, double timeSec)
            });
 }
 
-void CAudioParam::publishFromAudio(double value)
-{
-    fromAudio_.put(value);
-}
-
 bool CAudioParam::takeFromAudio()
 {
     CAudioParamContext context(CAudioParamOrigin::kAudio);
     context.isKnownToAudio = true; // what filters derive included
     const CAudioParamContext::Scope scope(context);
     const CLock lock(lock_);
-    if (isOverridden()) {
+    if (audioSide_.isOverridden()) {
         return !isChangedByAudio();
     }
-    if (const std::optional<double> value = fromAudio_.take()) {
+    if (const std::optional<double> value = audioSide_.outbox().take()) {
         const CAudioParamChange change{.count = 1, .values = &*value};
         if (current_.write(change)) {
             announce(change, context);

@@ -1,20 +1,17 @@
 // One parameter of an instance, with its values on both sides.
 #pragma once
 
-#include "CAudioParamBinding.h"
+#include "CAudioParamAudioSide.h"
 #include "CAudioParamContext.h"
 #include "CAudioParamInfo.h"
-#include "CAudioParamMailbox.h"
 #include "CAudioParamStorage.h"
 #include "CCriticalSection.h"
 
 #include <atomic>
-#include <memory>
 
 namespace qel {
 
 class CAudioParamCollector;
-class CAudioParamEvent;
 class CAudioParamFilter;
 class CAudioParamRegistryBase;
 
@@ -22,9 +19,9 @@ class CAudioParamRegistryBase;
 // stays valid that long. Without info it is inert: it holds nothing, ignores writes and is saved by nobody.
 //
 // Values live three times. `current` and `initial` are for control threads and guarded by the parameter's
-// lock. What is written there travels as an event to `audio`, which the audio thread alone touches, and into
-// the slots bound to the parameter. Taken after the collector's and a registry's lock, before that of
-// CAudioEnv; two parameters are held at once only by a filter, source before destination.
+// lock. What is written there travels as an event to the audio side, which the audio thread alone touches,
+// and into the slots bound to the parameter. Taken after the collector's and a registry's lock, before that
+// of CAudioEnv; two parameters are held at once only by a filter, source before destination.
 class CAudioParam
 {
 public:
@@ -93,41 +90,22 @@ public:
         }
     }
 
-    // --- audio thread, or while it stands still: locks nothing once the audio side has the format
+    // --- audio thread
 
-    // Ties a slot to this parameter: formats its storage, fills it with what the audio side has, and queues
-    // the changes that are still on their way there. Allocates. False without info.
-    bool bind(CAudioParamBinding& binding);
-    void unbind(CAudioParamBinding& binding);
-    // The values of the audio side. They are one processing call behind the events in the queues.
-    const CAudioParamStorage& getAudio() const { return audio_; }
+    CAudioParamAudioSide& audioSide() { return audioSide_; }
+    const CAudioParamAudioSide& audioSide() const { return audioSide_; }
 
     // --- for the collector
 
     // The registries that took the parameter; the collector guards them.
     CInlineArray<CAudioParamRegistryBase*, 2>& registries() { return registries_; }
-    // How many slots an event may have to go to.
-    std::int32_t getBindingCount() const { return bindingCount_.load(std::memory_order_relaxed); }
-    // Audio thread: hands an event to the slots and keeps it for `audio`; true if the parameter enters the
-    // list of changed ones for this generation.
-    bool receive(CAudioParamEvent& event, std::uint32_t generation);
-    // Audio thread: brings `audio` up to date.
-    void applyPendingToAudio();
     // Audio thread: tells the filters of a number that changeFromAudio() is about to set. False if one of
     // them cannot follow now, or another thread is at the list.
     bool filterFromAudio(double value, double timeSec);
-    // Audio thread: the value that changeFromAudio() has set, for control threads to fetch.
-    void publishFromAudio(double value);
-    // Takes it over into `current` and tells the listeners. False if a write that will overwrite it there is
-    // still on its way: then it waits for that to arrive, or to be dropped.
+    // Takes what the audio thread has set over into `current` and tells the listeners. False if a write that
+    // will overwrite it there is still on its way: then it waits for that to arrive, or to be dropped.
     bool takeFromAudio();
-    bool isChangedByAudio() const { return fromAudio_.getState().isWaiting(); }
-    // Counts the events on their way to the audio side that set the first entry of group 0.
-    void addOverride() { overrides_.fetch_add(1); }
-    void endOverride() { overrides_.fetch_sub(1, std::memory_order_release); }
-    bool isOverridden() const { return overrides_.load() > 0; }
-
-    CAudioParam* nextChanged = nullptr; // the collector's list
+    bool isChangedByAudio() const { return audioSide_.outbox().getState().isWaiting(); }
 
 private:
     // The record of `count` entries from `start` on, as they stand in `current`.
@@ -143,7 +121,6 @@ private:
     void postAll(CAudioParamContext& context);
     void announce(const CAudioParamChange& change, CAudioParamContext& context);
     void adoptDefinition(const CString& path);
-    void deliverTo(CAudioParamBinding& binding, CAudioParamEvent& event);
 
     CAudioParamCollector& collector_;
     const CString name_;
@@ -159,16 +136,7 @@ private:
     std::atomic<bool> hasFilters_{false}; // true once there was one
     CInlineArray<CAudioParamRegistryBase*, 2> registries_;
 
-    // The audio thread's own.
-    CAudioParamStorage audio_;
-    CAudioParamEvent* firstPending_ = nullptr;
-    CAudioParamEvent* lastPending_ = nullptr;
-    CAudioParamBinding* bindings_ = nullptr;
-    std::uint32_t changedGeneration_ = 0;
-
-    std::atomic<std::int32_t> bindingCount_{0};
-    CAudioParamMailbox fromAudio_;
-    std::atomic<std::int32_t> overrides_{0};
+    CAudioParamAudioSide audioSide_;
 };
 
 } // namespace qel

@@ -209,7 +209,7 @@ void CAudioParamCollector::postChange(CAudioParam& param, const CAudioParamChang
                                       CAudioParamBatch* batch)
 {
     const CLock lock(env_->getLock());
-    CAudioParamEvent& event = pool_.takeEvent(param.getBindingCount());
+    CAudioParamEvent& event = pool_.takeEvent(param.audioSide().getBindingCount());
     event.set(param, change);
     event.depart();
     postEvent(event, batch);
@@ -242,8 +242,8 @@ void CAudioParamCollector::applyPending(double timeOffsetSec)
 {
     CAudioParam* changed = std::exchange(firstChanged_, nullptr);
     while (changed) {
-        CAudioParam* following = changed->nextChanged;
-        changed->applyPendingToAudio();
+        CAudioParam* following = changed->audioSide().nextChanged;
+        changed->audioSide().applyPending();
         changed = following;
     }
     ++generation_;
@@ -271,7 +271,7 @@ bool CAudioParamCollector::changeFromAudio(CAudioParam& param, double value, dou
     if (!param.filterFromAudio(value, timeSec) || !sendFromAudio(param, value, timeSec)) {
         return false;
     }
-    param.publishFromAudio(value);
+    param.audioSide().outbox().put(value);
     hasChangesFromAudio_.store(true, std::memory_order_release);
     return true;
 }
@@ -289,8 +289,8 @@ bool CAudioParamCollector::sendFromAudio(CAudioParam& param, double value, doubl
 void CAudioParamCollector::receive(CAudioParamEvent& event)
 {
     CAudioParam& param = event.getParam();
-    if (param.receive(event, generation_)) {
-        param.nextChanged = std::exchange(firstChanged_, &param);
+    if (param.audioSide().receive(event, generation_)) {
+        param.audioSide().nextChanged = std::exchange(firstChanged_, &param);
     }
 }
 

@@ -36,14 +36,14 @@ void CAudioParamEvent::depart()
 {
     if (change_.touches(0, 0)) {
         isCounted_ = true;
-        param_->addOverride();
+        param_->audioSide().addOverride();
     }
 }
 
 void CAudioParamEvent::arrive()
 {
     if (std::exchange(isCounted_, false)) {
-        param_->endOverride();
+        param_->audioSide().endOverride();
     }
 }
 

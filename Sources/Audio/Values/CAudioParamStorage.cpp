@@ -38,6 +38,16 @@ void CAudioParamStorage::format(std::int32_t esize, std::int32_t dtype, std::int
     }
 }
 
+void CAudioParamStorage::formatLike(const CAudioParamStorage& model)
+{
+    std::int32_t entries = model.getFillCount();
+    for (std::int32_t group = 0; group < model.getGroupCount(); ++group) {
+        entries = std::max(entries, model.getCount(group));
+    }
+    format(model.getEsize(), model.getDtype(), model.getReserved(), entries);
+    setFill(model.getFill(), &model.getFillPool());
+}
+
 void CAudioParamStorage::setFill(std::span<const double> values, const CAudioParamData* pool)
 {
     fill_.clear();

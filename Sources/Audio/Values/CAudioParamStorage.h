@@ -35,6 +35,8 @@ public:
     // to make room for, in all of the first 8 groups.
     void format(std::int32_t esize, std::int32_t dtype, std::int32_t reserved = 0,
                 std::int32_t entriesExpected = 0);
+    // The format and the fill of `model`, with room for lists as long as its own.
+    void formatLike(const CAudioParamStorage& model);
     // The entries that fill holes: whole entries of esize numbers, identifiers of `pool`.
     void setFill(std::span<const double> values, const CAudioParamData* pool = nullptr);
     // See CAudioParamData; for storages of the audio thread.
