@@ -57,21 +57,6 @@ TEST_F(AttributeTest, ExpandsReferencesFromTheInsideOut)
     EXPECT_EQ(object_->getAttribute("inherited"), "from parent");
 }
 
-TEST_F(AttributeTest, BuildsOnTheValueThatStoodBefore)
-{
-    EXPECT_OK(object_->setAttribute("size", "a", false));
-    EXPECT_OK(object_->setAttribute("size", "{} b", false));
-    EXPECT_OK(object_->setAttribute("size", "{} c", false));
-    EXPECT_EQ(object_->getAttrString("size"), "a b c");
-    EXPECT_OK(parent_->setAttribute("edge", "P", false));
-    EXPECT_OK(object_->setAttribute("edge", "{}+", false));
-    EXPECT_EQ(object_->getAttrString("edge"), "P+");
-    EXPECT_OK(object_->setAttribute("fresh", "{}", false));
-    EXPECT_EQ(object_->getAttrString("fresh"), "");
-    EXPECT_OK(object_->setAttribute("", "x", false));
-    EXPECT_EQ(object_->findAttr(""), nullptr);
-}
-
 TEST_F(AttributeTest, RefusesValuesThatExpandWithoutEnd)
 {
     EXPECT_OK(object_->setAttribute("x", "kept", false));

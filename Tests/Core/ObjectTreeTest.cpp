@@ -189,18 +189,6 @@ TEST_F(CObjectTest, RunsEachNodeThroughItsLifeInOrder)
               (std::vector<std::string>{"outer release", "outer.inner#1 release", "outer.inner release"}));
 }
 
-TEST_F(CObjectTest, BindsTypedMembersWithTheirDefaults)
-{
-    CAttrMap attributes;
-    CProbe* probe = nullptr;
-    ASSERT_OK(root_->createChild(probe, "test:probe", "p", false, nullptr, &attributes));
-    EXPECT_EQ(probe->count_, 5); // the default, though the attribute never came
-    EXPECT_OK(probe->setAttribute("count", "0x10", true));
-    EXPECT_EQ(probe->count_, 16);
-    EXPECT_OK(probe->setAttribute("count", "many", true));
-    EXPECT_EQ(probe->count_, 5);
-}
-
 TEST_F(CObjectTest, InstantiatesTheNearestTemplate)
 {
     TreeNode body("test:probe");

@@ -15,7 +15,6 @@
 #include <fstream>
 #include <list>
 #include <random>
-#include <thread>
 
 namespace qel {
 namespace {
@@ -117,16 +116,6 @@ TEST_F(ApplicationData, AreLookedForWithTheUserThenForAllUsersThenBuiltIn)
     EXPECT_EQ(load(local_, "unheard-of"), Bytes{});
 }
 
-TEST_F(ApplicationData, NamesMayGiveTheResourceToFallBackOn)
-{
-    putResource("AppDataGlobal_fallback", chunkOf({9}, CApplicationData::kAttrList));
-    EXPECT_EQ(load(local_, "../mine|AppDataGlobal_fallback"), Bytes{9});
-    EXPECT_EQ(load(global_, "AppDataGlobal_fallback"), Bytes{9}); // names itself
-    EXPECT_OK(save(global_, "../fallback|AppDataGlobal_fallback", {5}));
-    CGlobalData next;
-    EXPECT_EQ(load(next, "fallback"), Bytes{5});
-}
-
 TEST_F(ApplicationData, NamesThatLeaveTheFolderAreRefused)
 {
     putFile(home_.storeFolder().parent_path() / "AppDataLocal_x", chunkOf({1}, CApplicationData::kAttrList));
@@ -136,36 +125,6 @@ TEST_F(ApplicationData, NamesThatLeaveTheFolderAreRefused)
         EXPECT_FAILS(save(local_, name, {1}), "Invalid setting name");
     }
     EXPECT_FALSE(fs::exists(home_.storeFolder()));
-}
-
-TEST_F(ApplicationData, ADamagedFileOrOneOfAnotherKindGivesNothing)
-{
-    Bytes damaged = chunkOf(Bytes(1000, 7), CApplicationData::kAttrList);
-    damaged.back() ^= 1;
-    putFile(home_.storeFolder() / "AppDataLocal_damaged", damaged);
-    EXPECT_EQ(load(local_, "damaged"), Bytes{});
-    EXPECT_OK(save(local_, "list", {1}));
-    EXPECT_EQ(load(local_, "list", CApplicationData::kString), Bytes{});
-    EXPECT_EQ(local_.loadString("list", "none"), "none");
-    EXPECT_EQ(load(local_, "list"), Bytes{1});
-    // A string cut short.
-    EXPECT_OK(local_.saveAppData("text", bufferOf({9, 0, 0, 0, 'x'}), nullptr, CApplicationData::kString));
-    EXPECT_EQ(local_.loadString("text", "none"), "none");
-}
-
-TEST_F(ApplicationData, AStoreWithoutAFolderStaysDisabled)
-{
-    const std::string homeBefore = std::getenv("HOME") ? std::getenv("HOME") : "";
-    home_.use("");
-    unsetenv("HOME");
-    putResource("AppDataLocal_builtin", chunkOf({1}, CApplicationData::kAttrList));
-    EXPECT_EQ(load(local_, "builtin"), Bytes{});
-    EXPECT_FAILS(save(local_, "builtin", {1}), "No folder for application data");
-    setenv("HOME", homeBefore.c_str(), 1);
-    home_.use(home_.root().string());
-    EXPECT_EQ(load(local_, "builtin"), Bytes{});
-    CLocalData next;
-    EXPECT_EQ(load(next, "builtin"), Bytes{1});
 }
 
 TEST_F(ApplicationData, AFailedSaveLeavesTheOldValueAndNoOtherFile)
@@ -195,50 +154,6 @@ TEST_F(ApplicationData, AFailedSaveLeavesTheOldValueAndNoOtherFile)
     fs::create_directories(home_.storeFolder() / "AppDataLocal_folder" / "content");
     EXPECT_FAILS(save(local_, "folder", {1}), "Unable to replace file");
     EXPECT_EQ(filesIn(home_.storeFolder()).size(), 2u);
-}
-
-// Counts what it is told and reads the setting while it is.
-class CListener
-{
-public:
-    CListener(CApplicationData& store, const CString& name) : store_(store), name_(name)
-    {
-        bridge.attachSetting(store, name);
-    }
-    void told(CBridge*, std::uintptr_t)
-    {
-        ++count;
-        text = store_.loadString(name_, "none");
-    }
-
-    int count = 0;
-    CString text;
-
-private:
-    CApplicationData& store_;
-    CString name_;
-
-public:
-    CApplicationDataBridge<CListener> bridge{*this, &CListener::told};
-};
-
-TEST_F(ApplicationData, TheOtherListenersOfASettingHearOfASave)
-{
-    CListener a(local_, "common");
-    CListener b(local_, "../common|whatever");
-    CListener stranger(local_, "other");
-    CListener elsewhere(global_, "common");
-    EXPECT_OK(local_.saveString("common", "new", &a.bridge));
-    EXPECT_EQ(a.count, 0);
-    EXPECT_EQ(b.count, 1);
-    EXPECT_EQ(b.text, "new");
-    EXPECT_EQ(stranger.count + elsewhere.count, 0);
-
-    home_.use("");
-    fs::remove_all(home_.storeFolder());
-    putFile(home_.storeFolder(), {}); // in the folder's place
-    EXPECT_TRUE(local_.saveString("shared", "lost", &a.bridge));
-    EXPECT_EQ(b.count, 1);
 }
 
 // --- several writers
@@ -301,24 +216,6 @@ TEST_F(ApplicationData, ProcessesThatSaveTheSameSettingNeverLeaveATornFile)
     }
     EXPECT_GT(reads, kWriters);
     EXPECT_EQ(filesIn(home_.storeFolder()).size(), 1u);
-}
-
-TEST_F(ApplicationData, ThreadsMaySaveAndLoadTheSameSetting)
-{
-    std::vector<std::thread> threads;
-    for (std::uint32_t writer = 0; writer < 3; ++writer) {
-        threads.emplace_back([this, writer] {
-            for (std::uint32_t i = 0; i < 40; ++i) {
-                EXPECT_OK(savePattern(local_, writer * 1000 + i));
-                EXPECT_TRUE(isWhole(load(local_, "torn", CApplicationData::kString)));
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    CLocalData next;
-    EXPECT_EQ(load(next, "torn", CApplicationData::kString), load(local_, "torn", CApplicationData::kString));
 }
 
 } // namespace

@@ -1,8 +1,6 @@
 // Start and end of the application, shared and instance trees, and settings shared between instances.
 #include "CApplication.h"
 #include "CEventLoop.h"
-#include "CFailureReport.h"
-#include "CFailureWindow.h"
 #include "CNotifyServer.h"
 #include "CSharedAttribute.h"
 #include "CTrace.h"
@@ -22,9 +20,6 @@ constexpr CCreatorRow kClasses[] = {
     {"core:object", newObject<CObject>, CObject::buildClassInfo},
     {"core:shared-attribute", newObject<CSharedAttribute>, CSharedAttribute::buildClassInfo},
     {nullptr, nullptr, nullptr}};
-constexpr CCreatorRow kDuplicates[] = {{"twice", newObject<CObject>, CObject::buildClassInfo},
-                                       {"twice", newObject<CObject>, CObject::buildClassInfo},
-                                       {nullptr, nullptr, nullptr}};
 
 // A resource record of a compiled tree: length, then the chunk. Lives as long as the process.
 const std::uint8_t* treeRecord(const TreeNode& root)
@@ -117,13 +112,6 @@ TEST_F(Application, StartsAndFinishesAsOftenAsAsked)
     CApplication::finish();
 }
 
-TEST_F(Application, ADuplicateTagEndsTheStart)
-{
-    EXPECT_FAILS(start("Shared.xml", kDuplicates), "Creator for 'twice' has already been registered.");
-    EXPECT_EQ(CApplication::get(), nullptr);
-    EXPECT_OK(start());
-}
-
 TEST_F(Application, ASharedTreeThatFailsToLoadLeavesInstancesToReportIt)
 {
     std::string lines;
@@ -137,34 +125,6 @@ TEST_F(Application, ASharedTreeThatFailsToLoadLeavesInstancesToReportIt)
     EXPECT_OK(application().initSharedObject({}));
     EXPECT_OK(application().initRootObject(root));
     application().releaseRootObject(root);
-}
-
-TEST_F(Application, RefusesASecondSharedObject)
-{
-    ASSERT_OK(start());
-    CObject* const first = CObject::sharedObject();
-    EXPECT_FAILS(application().initSharedObject("Shared.xml"), "Shared object already exists.");
-    EXPECT_EQ(CObject::sharedObject(), first);
-    EXPECT_TRUE(first->hasTemplate("plugin"));
-}
-
-TEST_F(Application, NumbersItsInstancesAndForgetsThemWhenTheyAreReleased)
-{
-    ASSERT_OK(start());
-    CObject* first = makeRoot();
-    CObject* second = makeRoot("Shared.xml");
-    EXPECT_EQ(first->getNotifyServer()->getInstanceNumber(), 1);
-    EXPECT_EQ(application().findInstance(2), second->getNotifyServer());
-    EXPECT_EQ(first->getObjectNumber(), 0);
-    EXPECT_EQ(second->getChild(0)->getObjectNumber(), 1);
-    application().releaseRootObject(first);
-    EXPECT_EQ(application().findInstance(1), nullptr);
-    CObject* failed = first;
-    EXPECT_TRUE(application().initRootObject(failed, "Broken.xml"));
-    EXPECT_EQ(failed, nullptr);
-    EXPECT_EQ(application().findInstance(3), nullptr);
-    application().releaseRootObject(second);
-    application().releaseRootObject(nullptr);
 }
 
 TEST_F(Application, TakesTheInterfaceScaleAsItIsNowAndFallsBackToOne)
@@ -227,34 +187,6 @@ TEST_F(Application, SharedAttributesAreSetOnTheThreadOfTheirTree)
     EXPECT_EQ(holder.getAttrString("mode"), "second");
     root->getNotifyServer()->setEventLoop(nullptr);
     application().releaseRootObject(root);
-}
-
-TEST_F(Application, ASettingThatCannotBeSavedStaysInForce)
-{
-    ASSERT_OK(start());
-    CObject* root = makeRoot();
-    CObject& holder = addShared(*root);
-    std::filesystem::create_directories(home_.storeFolder() / "AppDataLocal_app-mode" / "in-the-way");
-    EXPECT_OK(holder.setAttribute("mode", "fast", true));
-    EXPECT_EQ(holder.getAttrString("mode"), "fast");
-    application().releaseRootObject(root);
-}
-
-TEST(FailureWindow, ShowsTheLinesOfTheErrorOrThatThereAreNone)
-{
-    std::vector<std::string> shown;
-    const auto before = platform::setFailureWindowHook(
-        [&](const std::string& title, const std::string& text, const std::string& details) {
-            shown = {title, text, details};
-        });
-    showFailureWindow(makeError("A.cpp", 3, "here", "@id Broken %1.", "wheel"));
-    ASSERT_EQ(shown.size(), 3u);
-    EXPECT_EQ(shown[0], "Brintal Application Message");
-    EXPECT_TRUE(shown[1].starts_with("An issue has happened when executing Brintal application."));
-    EXPECT_EQ(shown[2], "A.cpp( 3 ) // here: Broken wheel.");
-    showFailureWindow({});
-    EXPECT_EQ(shown[2], "<no details>");
-    platform::setFailureWindowHook(before);
 }
 
 } // namespace

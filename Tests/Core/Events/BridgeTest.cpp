@@ -38,18 +38,6 @@ public:
     COwnedBridge<CProbe> bridge{*this, &CProbe::told};
 };
 
-class CCountingSource : public CBridgeBase
-{
-public:
-    explicit CCountingSource(int& gone) : gone_(&gone) {}
-    ~CCountingSource() override { releaseBridges(); }
-
-private:
-    void onLastBridgeGone() override { ++*gone_; }
-
-    int* gone_;
-};
-
 TEST(Bridge, UpdatesMayNestAndChangeWhoIsAttached)
 {
     CBridgeBase source;

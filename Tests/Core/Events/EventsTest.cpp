@@ -53,19 +53,6 @@ TEST_F(Events, ReachSubscribersAtOnceInOrderOfSubscription)
     EXPECT_EQ(takeLog(), Log{});
 }
 
-TEST_F(Events, OneHandlerIsUnsubscribedAtATime)
-{
-    a_.listenObject("sender", "go", "one");
-    a_.listenObject("sender", "go", "two");
-    a_.unlistenObject("^sender", "go", "one");
-    EXPECT_OK(sender_.notify("go", {}, false));
-    EXPECT_EQ(takeLog(), Log{"a:two:"});
-    a_.unlistenObject("sender", "go", "two");
-    a_.unlistenObject("sender", "go", "two");
-    EXPECT_OK(sender_.notify("go", {}, false));
-    EXPECT_EQ(takeLog(), Log{});
-}
-
 TEST_F(Events, ASubscriptionMayComeBeforeItsSenderAndEndsWithTheListener)
 {
     a_.listenObject("late", "go", "one");
@@ -132,28 +119,6 @@ TEST_F(Events, AHandlerMayReleaseItsOwnObjectAndGoOn)
     EXPECT_EQ(nameAfterwards, "a");
 }
 
-TEST_F(Events, TheFirstFailingHandlerStopsDelivery)
-{
-    a_.listenObject("sender", "go", "one");
-    b_.listenObject("sender", "go", "one");
-    CEventProbe::onEvent = [](CEventProbe&) -> CError { QEL_FAIL({}, "@id No luck."); };
-    EXPECT_FAILS(sender_.notify("go", {}, false), "// a");
-    EXPECT_EQ(takeLog(), Log{"a:one:"});
-}
-
-TEST_F(Events, ListenersReleasedByAnEarlierHandlerAreLeftOut)
-{
-    a_.listenObject("sender", "go", "one");
-    b_.listenObject("sender", "go", "one");
-    CEventProbe::onEvent = [&](CEventProbe&) {
-        CObject::releaseObject(&b_);
-        CObject::releaseObject(&sender_);
-        return CError();
-    };
-    EXPECT_OK(sender_.notify("go", {}, false));
-    EXPECT_EQ(takeLog(), Log{"a:one:"});
-}
-
 TEST_F(Events, AHandlerMayEndTheWholeTree)
 {
     a_.listenObject("sender", "go", "one");
@@ -166,18 +131,6 @@ TEST_F(Events, AHandlerMayEndTheWholeTree)
     EXPECT_EQ(takeLog(), Log{"a:one:"});
 }
 
-TEST_F(Events, WithoutALoopEvenPostedOnesArriveAtOnceInTheCallersThread)
-{
-    a_.listenObject("sender", "go", "one");
-    std::thread::id caller;
-    std::thread([&] {
-        caller = std::this_thread::get_id();
-        EXPECT_OK(sender_.notify("go", {}, true));
-    }).join();
-    ASSERT_EQ(takeLog(), Log{"a:one:"});
-    EXPECT_EQ(CEventProbe::threads.front(), caller);
-}
-
 class PostedEvents : public Events
 {
 protected:
@@ -187,27 +140,9 @@ protected:
         a_.listenObject("sender", "go", "one");
         b_.listenObject("sender", "go", "one");
     }
-    // As its owner ends it.
-    void endLoop()
-    {
-        tree_.server->setEventLoop(nullptr);
-        loop_.reset();
-    }
 
     std::optional<CEventLoop> loop_{std::in_place};
 };
-
-TEST_F(PostedEvents, ArriveInOrderWithTheirOwnCopyOfTheParameters)
-{
-    CAttrMap parameters = withX("1");
-    EXPECT_OK(sender_.notify("go", parameters, true));
-    parameters["x"] = CAttrValue("2");
-    EXPECT_OK(sender_.notify("go", parameters, true));
-    EXPECT_OK(sender_.notify("go", withX("0"), false)); // the tree's own thread, and not to be posted
-    EXPECT_EQ(takeLog(), (Log{"a:one:0", "b:one:0"}));
-    loop_->drain();
-    EXPECT_EQ(takeLog(), (Log{"a:one:1", "b:one:1", "a:one:2", "b:one:2"}));
-}
 
 TEST_F(PostedEvents, OfAllThreadsRunOnTheTreesThreadInEachThreadsOrder)
 {
@@ -259,26 +194,6 @@ TEST_F(PostedEvents, OutliveTheirSenderAndSkipListenersThatAreGone)
     tree_.add("probe", "a"); // of the same name, but another object
     loop_->drain();
     EXPECT_EQ(takeLog(), Log{"b:one:1"});
-}
-
-TEST_F(PostedEvents, AreDroppedWithTheLoopAfterWhichDeliveryIsAtOnce)
-{
-    EXPECT_OK(sender_.notify("go", withX("lost"), true));
-    endLoop();
-    EXPECT_OK(sender_.notify("go", withX("now"), true));
-    EXPECT_EQ(takeLog(), (Log{"a:one:now", "b:one:now"}));
-}
-
-TEST_F(PostedEvents, TraceAFailureThatNobodyWaitsFor)
-{
-    CEventProbe::onEvent = [](CEventProbe&) -> CError { QEL_FAIL({}, "@id No luck."); };
-    EXPECT_OK(sender_.notify("go", {}, true));
-    std::string lines;
-    const CTraceHook before = setTraceHook([&](const CString& line) { lines += line.toUtf8() + "\n"; });
-    loop_->drain();
-    setTraceHook(before);
-    EXPECT_NE(lines.find("No luck."), std::string::npos);
-    EXPECT_EQ(takeLog(), (Log{"a:one:", "b:one:"}));
 }
 
 TEST_F(PostedEvents, LetAnObjectEndFromInsideItsOwnHandler)

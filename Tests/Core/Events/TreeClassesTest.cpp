@@ -4,8 +4,6 @@
 #include "CTimer.h"
 #include "EventTestTree.h"
 
-#include <cmath>
-
 namespace qel {
 namespace {
 
@@ -44,11 +42,6 @@ protected:
         }
         return map;
     }
-    CError create(const CString& tag, const CAttrMap& attributes)
-    {
-        CObject* object = nullptr;
-        return (*tree_.root)->createChild(object, tag, "made", false, nullptr, &attributes);
-    }
     std::size_t ticksAt(double sec)
     {
         nowSec_ = sec;
@@ -85,44 +78,6 @@ TEST_F(TreeClasses, ATimerEndsWithItsReleaseEvenInItsOwnTick)
     };
     EXPECT_EQ(ticksAt(1.0), 1u);
     EXPECT_EQ(ticksAt(5.0), 0u);
-}
-
-TEST_F(TreeClasses, ADoublerSetsAllItsTargetsInOrder)
-{
-    CObject& a = tree_.add("core:object", "a");
-    CObject& b = tree_.add("core:object", "b");
-    CObject& doubler = tree_.add("core:attr-doubler", "doubler",
-                                 attributes({{"target", "^b  a"}, {"attr", "size"}, {"value", "1"}}));
-    EXPECT_EQ(a.getAttrInt("size"), 1);
-    EXPECT_EQ(b.getAttrInt("size"), 1);
-    a.listenAttribute(b, "size", "copy"); // so that b must come first
-    EXPECT_OK(doubler.setAttribute("value", "2", true));
-    EXPECT_EQ(a.getAttrInt("size"), 2);
-    EXPECT_EQ(a.getAttrInt("copy"), 2);
-    CObject::releaseObject(&b);
-    EXPECT_OK(doubler.setAttribute("value", "3", true));
-    EXPECT_EQ(a.getAttrInt("size"), 3);
-}
-
-TEST_F(TreeClasses, GlobalSettingsFollowWhatTheyReferTo)
-{
-    CObject& data = tree_.add("core:object", "data");
-    EXPECT_OK(data.setAttribute("tablet-mode", "true", true));
-    EXPECT_OK(data.setAttribute("drag-precision", "0.7", true));
-    auto& settings = tree_.add<CGlobalSettings>("core:global-settings", "settings",
-                                                attributes({{"tablet-mode", "{*/data tablet-mode}"},
-                                                            {"drag-precision", "{*/data drag-precision}"},
-                                                            {"mouse-wheel-precision", "fast"},
-                                                            {"show-knob-labels", "yes"}}));
-    EXPECT_TRUE(settings.isTabletMode());
-    EXPECT_EQ(settings.getDragPrecision(), 0.7);
-    EXPECT_EQ(settings.getMouseWheelPrecision(), 0.0);
-    EXPECT_FALSE(settings.isShowKnobLabels());
-    EXPECT_FALSE(settings.isBuiltinRefresh());
-    EXPECT_OK(data.setAttribute("drag-precision", "0.25", true));
-    EXPECT_EQ(settings.getDragPrecision(), 0.25);
-    EXPECT_OK(data.setAttribute("drag-precision", "", true));
-    EXPECT_EQ(settings.getDragPrecision(), 0.0);
 }
 
 } // namespace

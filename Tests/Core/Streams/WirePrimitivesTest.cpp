@@ -1,7 +1,5 @@
 #include "StreamTestSupport.h"
 
-#include <cmath>
-#include <limits>
 #include <string_view>
 
 namespace qel {
@@ -25,52 +23,6 @@ Bytes withLength(std::uint32_t length, std::string_view text)
 }
 
 } // namespace
-
-TEST(WirePrimitives, AreLittleEndian)
-{
-    CMemoryWriteBuffer buffer;
-    ASSERT_TRUE(succeeded(buffer.writeU32(0x89ABCDEF)));
-    ASSERT_TRUE(succeeded(buffer.writeI32(-2)));
-    ASSERT_TRUE(succeeded(buffer.writeU8(0xFE)));
-    ASSERT_TRUE(succeeded(buffer.writeBool(true)));
-    ASSERT_TRUE(succeeded(buffer.writeF32(-1.5f)));
-    ASSERT_TRUE(succeeded(buffer.writeF64(1.0)));
-    ASSERT_TRUE(succeeded(buffer.writeString(u"A\u00E9"sv)));
-    const Bytes expected = {0xEF, 0xCD, 0xAB, 0x89, 0xFE, 0xFF, 0xFF, 0xFF, 0xFE, 0x01,
-                            0x00, 0x00, 0xC0, 0xBF, 0,    0,    0,    0,    0,    0,
-                            0xF0, 0x3F, 3,    0,    0,    0,    'A',  0xC3, 0xA9};
-    EXPECT_EQ(contentsOf(buffer), expected);
-}
-
-TEST(WirePrimitives, RoundTripAtTheEdgesOfTheirRanges)
-{
-    CMemoryWriteBuffer buffer;
-    const float negativeZero = -0.0f;
-    const double denormal = std::numeric_limits<double>::denorm_min();
-    ASSERT_TRUE(succeeded(buffer.writeU32(0xFFFFFFFF)));
-    ASSERT_TRUE(succeeded(buffer.writeI32(std::numeric_limits<std::int32_t>::min())));
-    ASSERT_TRUE(succeeded(buffer.writeF32(negativeZero)));
-    ASSERT_TRUE(succeeded(buffer.writeF64(denormal)));
-    ASSERT_TRUE(succeeded(buffer.writeU8(2)));
-
-    const Bytes bytes = contentsOf(buffer);
-    CMemoryReader reader(bytes);
-    std::uint32_t u = 0;
-    std::int32_t i = 0;
-    float f = 1;
-    double d = 0;
-    bool b = false;
-    ASSERT_TRUE(succeeded(reader.readU32(u)));
-    ASSERT_TRUE(succeeded(reader.readI32(i)));
-    ASSERT_TRUE(succeeded(reader.readF32(f)));
-    ASSERT_TRUE(succeeded(reader.readF64(d)));
-    ASSERT_TRUE(succeeded(reader.readBool(b)));
-    EXPECT_EQ(u, 0xFFFFFFFF);
-    EXPECT_EQ(i, std::numeric_limits<std::int32_t>::min());
-    EXPECT_TRUE(f == 0 && std::signbit(f));
-    EXPECT_EQ(d, denormal);
-    EXPECT_TRUE(b) << "any byte but 0 is true";
-}
 
 TEST(WirePrimitives, StringsKeepTheirWidth)
 {
@@ -117,38 +69,6 @@ TEST(WirePrimitives, StringLengthsAreJudgedBeforeAnythingIsRead)
     EXPECT_TRUE(result.isEmpty());
     EXPECT_EQ(readBack(withLength(3, "ab"), result),
               "Premature end of memory resource while reading (pos 4, count 3, size 6).");
-}
-
-TEST(WirePrimitives, DamagedUtf8IsReadLeniently)
-{
-    CString result;
-    EXPECT_EQ(readBack(withLength(4, "a\x80\xFFz"), result), "");
-    EXPECT_EQ(result, "az");
-    EXPECT_EQ(readBack(withLength(3, "ab\xC3"), result), "");
-    EXPECT_EQ(result, "ab");
-}
-
-TEST(WirePrimitives, ARecordCutAnywhereIsRefused)
-{
-    CMemoryWriteBuffer buffer;
-    ASSERT_TRUE(succeeded(buffer.writeF64(3.25)));
-    ASSERT_TRUE(succeeded(buffer.writeString("name")));
-    ASSERT_TRUE(succeeded(buffer.writeBool(false)));
-    const Bytes whole = contentsOf(buffer);
-    const auto readAll = [](const Bytes& bytes) -> CError {
-        CMemoryReader reader(bytes);
-        double number = 0;
-        CString text;
-        bool flag = true;
-        QEL_TRY(reader.readF64(number), {});
-        QEL_TRY(reader.readString(text), {});
-        return reader.readBool(flag);
-    };
-    EXPECT_TRUE(succeeded(readAll(whole)));
-    for (std::size_t length = 0; length < whole.size(); ++length) {
-        EXPECT_FALSE(succeeded(readAll(Bytes(whole.begin(), whole.begin() + static_cast<long>(length)))))
-            << length;
-    }
 }
 
 } // namespace qel
