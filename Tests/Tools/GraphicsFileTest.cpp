@@ -50,13 +50,6 @@ CRaster simplified(CRaster raster)
     return raster;
 }
 
-CRaster uniform(int width, std::uint8_t alpha)
-{
-    CRaster raster(width, 1, 1);
-    std::ranges::fill(raster.pixels, alpha);
-    return raster;
-}
-
 CImageSetFile smallSet()
 {
     std::mt19937 generator(5);
@@ -93,40 +86,6 @@ TEST(RasterCode, BringsBackEveryPixelThatCanBeSeen)
     }
 }
 
-TEST(RasterCode, WritesRunsInTheShortestForm)
-{
-    using Bytes = std::vector<std::uint8_t>;
-    const auto runs = [](const CRaster& raster) {
-        const Bytes code = encodeRaster(raster);
-        return Bytes(code.begin() + 6, code.end());
-    };
-    EXPECT_EQ(runs(uniform(31, 255)), (Bytes{31 << 3 | 2}));
-    EXPECT_EQ(runs(uniform(32, 255)), (Bytes{6, 1}));
-    EXPECT_EQ(runs(uniform(8191, 255)), (Bytes{0xFE, 0xFF}));
-    EXPECT_EQ(runs(uniform(8192, 255)), (Bytes{0xFE, 0xFF, 1 << 3 | 2}));
-    EXPECT_EQ(runs(uniform(2, 100)), (Bytes{2 << 3 | 1, 100, 100}));
-    // An empty row has its runs, but no entry in the table.
-    EXPECT_EQ(encodeRaster(uniform(40, 3)), (Bytes{1, 0, 0, 0, 0, 0, 40 * 8 % 256 | 4, 1}));
-}
-
-TEST(RasterCode, TrimsMarginsAndLeavesThePictureInItsPlace)
-{
-    CImageVariant variant;
-    variant.originX = -2;
-    variant.originY = 1;
-    variant.raster = CRaster(6, 5, 1);
-    *variant.raster.at(0, 0) = 3; // not to be seen
-    *variant.raster.at(2, 1) = 4;
-    *variant.raster.at(4, 3) = 200;
-    trimMargins(variant);
-    EXPECT_EQ(variant.originX, 0);
-    EXPECT_EQ(variant.originY, 2);
-    EXPECT_EQ(variant.raster.width, 3);
-    EXPECT_EQ(variant.raster.height, 3);
-    EXPECT_EQ(*variant.raster.at(0, 0), 4);
-    EXPECT_EQ(*variant.raster.at(2, 2), 200);
-}
-
 TEST(GraphicsFile, KeepsAllThatItHolds)
 {
     CPaletteFile palette;
@@ -143,34 +102,6 @@ TEST(GraphicsFile, KeepsAllThatItHolds)
     for (const auto& [name, file] : files) {
         EXPECT_EQ(decodeGraphics(encodeGraphics(file), name), file) << name;
     }
-}
-
-TEST(GraphicsFile, RefusesDamageWithAMessageAndNeverReadsBeyondTheEnd)
-{
-    const auto good = encodeGraphics(CFontFile{smallSet(), 14, 3, 2});
-    for (std::size_t length = 0; length < good.size(); ++length) {
-        // Its own allocation, so that AddressSanitizer sees a read behind the end.
-        const std::vector<std::uint8_t> part(good.begin(),
-                                             good.begin() + static_cast<std::ptrdiff_t>(length));
-        try {
-            decodeGraphics(part, "a.fnt");
-            FAIL() << "taken although cut to " << length;
-        } catch (const CToolError& error) {
-            EXPECT_NE(std::string(error.what()).find("a.fnt: "), std::string::npos) << error.what();
-        }
-    }
-    std::mt19937 generator(2);
-    int refused = 0;
-    for (int round = 0; round < 3000; ++round) {
-        auto damaged = good;
-        damaged[generator() % damaged.size()] = static_cast<std::uint8_t>(generator());
-        try {
-            decodeGraphics(damaged, "a.fnt");
-        } catch (const CToolError&) {
-            ++refused;
-        }
-    }
-    EXPECT_GT(refused, 1000);
 }
 
 } // namespace qel::tools

@@ -4,57 +4,7 @@
 
 namespace qel::tools {
 
-namespace {
-
-class GraphicsSource : public CFolderTest
-{
-protected:
-    // All messages about the file, one a line, without the folder.
-    std::string faults(const std::string& file) const
-    {
-        std::string text;
-        for (CDiagnostic& diagnostic : compileGraphics(file).diagnostics) {
-            diagnostic.file = std::filesystem::path(diagnostic.file).filename().string();
-            text += diagnostic.text() + "\n";
-        }
-        return text;
-    }
-};
-
-} // namespace
-
-TEST_F(GraphicsSource, TellsWhereAFaultLies)
-{
-    write("few.xml", "<characters>\n<range first=\"65\" last=\"66\"/>\n<list text=\"A\"/></characters>");
-    write("bad-scheme.xml",
-          "<palette-scheme>\n<colours names=\"A\" ramp=\"none\" colour=\"accent\"/>\n"
-          "<colours names=\"A\" ramp=\"none\" colour=\"mix(accent, nix, 0.5)\"/></palette-scheme>");
-    const std::pair<std::string, std::string> cases[] = {
-        {"<sound/>", "in.xml:1:1: the root element is none of"},
-        {"<brush-set oversampling=\"4\">\n  <brush width=\"wide\"/></brush-set>",
-         "in.xml:2:10: 'wide' is no number"},
-        {"<brush-set oversampling=\"4\">\n<brush/></brush-set>",
-         "in.xml:2:1: <brush> needs the attribute 'width'"},
-        {"<brush-set oversampling=\"4\">\n<brush width=\"1\" w=\"\"/></brush-set>",
-         "in.xml:2:18: <brush> has no attr"},
-        {"<brush-set\n oversampling=\"99\"/>", "in.xml:2:2: 99 is outside 0 to 6"},
-        {"<font face=\"No.otf\" size=\"9\" line-height=\"9\" ascent-gap=\"1\"\n descent-gap=\"1.5\"\n "
-         "characters=\"few.xml\"/>",
-         "in.xml:2:2: '1.5' is no whole number\nfew.xml:3:1: character 65 stands there twice\n"
-         "in.xml:1:7: the face 'No.otf' is not installed"},
-        {"<palette\n scheme=\"no.xml\"/>", "in.xml:2:2: there is no file 'no.xml'"},
-        {"<palette scheme=\"bad-scheme.xml\">\n<key name=\"accent\" colour=\"#12\"/></palette>",
-         "in.xml:2:20: '#12' is no colour: six hexadecimal digits are\n"
-         "bad-scheme.xml:2:20: there is no ramp 'none'\n"
-         "bad-scheme.xml:3:20: there is no ramp 'none'\n"
-         "bad-scheme.xml:3:32: there is no key colour 'nix'\n"
-         "bad-scheme.xml:3:1: the colour 'A' stands there twice"},
-    };
-    for (const auto& [text, message] : cases) {
-        const std::string found = faults(write("in.xml", text));
-        EXPECT_EQ(found.substr(0, message.size()), message) << text;
-    }
-}
+using GraphicsSource = CFolderTest;
 
 TEST_F(GraphicsSource, MakesStatesRampsAndPulsesOfAScheme)
 {

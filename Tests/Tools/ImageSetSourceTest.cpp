@@ -211,30 +211,6 @@ TEST(ShippedImages, FramePiecesMeetWithoutASeam)
     }
 }
 
-TEST(ShippedImages, TheGrainGoesOnAcrossTheEdgesOfItsTile)
-{
-    const CImageSetFile set = shipped("texture");
-    for (const CImageVariant& variant : set.images.at(0).layers.at(0).variants) {
-        const CRaster& raster = variant.raster;
-        const auto light = [&](int x, int y) {
-            const std::uint8_t* const pixel = raster.at(x % raster.width, y % raster.height);
-            return (pixel[0] - 127.5) * pixel[1];
-        };
-        const auto meanStep = [&](int dx, int dy, int fromX, int fromY) {
-            double sum = 0.0;
-            int count = 0;
-            for (int y = fromY; y < raster.height; ++y) {
-                for (int x = fromX; x < raster.width; ++x, ++count) {
-                    sum += std::abs(light(x + dx, y + dy) - light(x, y));
-                }
-            }
-            return sum / count;
-        };
-        EXPECT_LT(meanStep(1, 0, raster.width - 1, 0), 1.2 * meanStep(1, 0, 0, 0)) << variant.scale;
-        EXPECT_LT(meanStep(0, 1, 0, raster.height - 1), 1.2 * meanStep(0, 1, 0, 0)) << variant.scale;
-    }
-}
-
 // What stands free in its raster is whole: nothing of it reaches the border, where it would be cut off.
 TEST(ShippedImages, NothingIsCutOff)
 {

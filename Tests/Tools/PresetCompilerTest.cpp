@@ -22,18 +22,6 @@ protected:
     }
     static void TearDownTestSuite() { instance_.reset(); }
 
-    // All messages, one a line, without the file's name.
-    std::string faults(const std::string& xml) const
-    {
-        const std::string path = write("in.xml", xml);
-        CPresetCompiler compiler(*instance_);
-        compiler.compile(path);
-        std::string text;
-        for (const CDiagnostic& diagnostic : compiler.diagnostics()) {
-            text += diagnostic.text().substr(path.size() + 1) + "\n";
-        }
-        return text;
-    }
     static CPresetFile compiledFile(const std::string& path)
     {
         CPresetCompiler compiler(*instance_);
@@ -116,79 +104,6 @@ TEST_F(PresetCompiler, WhatUsersSaveComesBackToTheLastBit)
         const std::string text = decompilePresets(file, *instance_);
         ASSERT_EQ(encodePresets(compiledText(text)), encodePresets(file)) << text;
     }
-}
-
-TEST_F(PresetCompiler, TakesUnitsAndStatesHoweverTheyAreWritten)
-{
-    const auto bodyWith = [this](const std::string& key, const std::string& value) {
-        return encodePresets(compiledText("<preset registry='param-registry' name='P'><param name='" + key +
-                                          "' value='" + value + "'/></preset>"));
-    };
-    const std::tuple<const char*, const char*, const char*> same[] = {
-        {"modDrumfell.sat-drive", "+6.5 dB", " 6.5dB "}, {"modDrumfell.sat-lpf", "1500 Hz", "1.5k"},
-        {"modDrumfell.sat-mode", "Pumping", "1"},        {"modDrumfell.xover-type", "-24", "2"},
-        {"modDrumfell.drymix", "25 %", "=0.25"},         {"oversampling", "Auto", "0"},
-    };
-    for (const auto& [key, one, other] : same) {
-        EXPECT_EQ(bodyWith(key, one), bodyWith(key, other)) << key;
-    }
-}
-
-TEST_F(PresetCompiler, TellsWhereAFaultIs)
-{
-    EXPECT_EQ(faults("<bank registry='param-registry' name='x'>\n"
-                     "  <preset name='P'>\n"
-                     "    <param name='nope' value='1'/>\n"
-                     "    <param name='modDrumfell.sat-drive' value='60 dB'/>\n"
-                     "    <param name='modDrumfell.sat-mode' value='Loud'/>\n"
-                     "    <param name='modDrumfell.drymix' value='1,2 %,'/>\n"
-                     "    <param name='modDrumfell.lf-gain' value='1*2'/>\n"
-                     "    <param name='modDrumfell.mix-gain' value='=nan'/>\n"
-                     "    <param name='oversampling' value='1x;1x'/>\n"
-                     "    <param name='modOutGain.gain' value='0'/>\n"
-                     "    <param name='modOutGain.gain' valeu='0'/>\n"
-                     "    <param name='preset-name' value='x'/>\n"
-                     "    <param name='io-params.group-names' value='a,'/>\n"
-                     "    <inert name='oversampling' definition='audio.modMain.oversampling' value='1'/>\n"
-                     "    <inert name='gone' value='1'/>\n"
-                     "  </preset>\n"
-                     "  text\n"
-                     "</bank>"),
-              "3:12: no parameter 'nope'; a key that is kept without one is an <inert>\n"
-              "4:41: '60 dB' is out of range, which is -20 dB to +50 dB\n"
-              "5:40: 'Loud' is no value of this parameter\n"
-              "6:38: '' is no value of this parameter\n"
-              "7:39: an entry has 1 elements, not 2\n"
-              "8:40: '=nan' is out of range, which is -24 dB to +24 dB\n"
-              "9:32: the parameter 'oversampling' has one group for the whole instance\n"
-              "11:35: <param> has no attribute 'valeu'\n"
-              "11:12: a second entry 'modOutGain.gain'\n"
-              "12:12: the parameter 'preset-name' is not kept in presets\n"
-              "13:41: an empty string is written as \\e\n"
-              "14:12: there is a parameter 'oversampling': it is no inert key\n"
-              "14:32: 'audio.modMain.oversampling' declares a parameter, so the key would bring it to life\n"
-              "15:5: <inert> needs the attribute 'definition'\n"
-              "17:3: only <preset> elements stand here\n");
-    EXPECT_EQ(faults("<bank registry='no-registry'/>"), "1:7: no registry 'no-registry' in the plug-in\n");
-    EXPECT_EQ(faults("<rom registry='param-registry'/>"),
-              "1:1: the root element must be <bank>, <list> or <preset>, not <rom>\n");
-    EXPECT_EQ(faults("<bank registry='param-registry'><preset/></bank>"),
-              "1:33: <preset> needs the attribute 'name'\n");
-}
-
-TEST_F(PresetCompiler, WillNotTakeApartWhatIsNoneOfItsOwn)
-{
-    CPresetFile file;
-    EXPECT_THROW(decompilePresets(file, *instance_), CToolError); // empty
-    file.presets.add(CAudioPreset("5xyz:Other"));
-    EXPECT_THROW(decompilePresets(file, *instance_), CToolError);
-    file.presets.insert(0, CAudioPreset("7qtz:Ours"));
-    EXPECT_THROW(decompilePresets(file, *instance_), CToolError);
-    file.presets.remove(1);
-    const std::uint8_t damaged[] = {0, 0, 0, 0, 1};
-    file.presets.get(0).setEntry("oversampling", CByteBuffer(damaged));
-    EXPECT_THROW(decompilePresets(file, *instance_), CToolError);
-    EXPECT_THROW(readPresetFile(write("no.cbf", "cxml0123456789ab")), CToolError);
 }
 
 } // namespace qel::tools

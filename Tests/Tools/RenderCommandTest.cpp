@@ -107,15 +107,6 @@ TEST_F(RenderCommand, TellsFailuresByItsExitCode)
     EXPECT_EQ(fileNames(), std::set<std::string>{"in.wav"});
 }
 
-TEST_F(RenderCommand, DrawsThePictureOfAFileWhoseNameIsNoText)
-{
-    const std::string plain = writeAudio("in.wav", noise(1, 20000), kWav16).string();
-    const std::string odd = writeAudio("in\xFF\xE2\x82.wav", noise(1, 20000), kWav16).string();
-    ASSERT_EQ(run({plain, "--plot", at("a.png")}), 0);
-    ASSERT_EQ(run({odd, "--plot", at("b.png")}), 0);
-    EXPECT_GT(std::filesystem::file_size(at("b.png")), std::filesystem::file_size(at("a.png")) * 9 / 10);
-}
-
 // Coders write what they hold back when their file is closed.
 TEST_F(RenderCommand, NoticesWhenTheDiskIsFullAtTheVeryEnd)
 {
@@ -176,23 +167,6 @@ TEST_F(RenderCommand, HostsEffectsOfOtherMakers)
     const CSignal crushed = readAudio(at("crushed.wav"));
     const std::set<double> levels(crushed[0].begin(), crushed[0].end());
     EXPECT_LE(levels.size(), 16U) << "three bits";
-}
-
-// The plug-in of this project, with its factory presets and none of the user's settings.
-TEST_F(RenderCommand, LoadsThePlugInsOwnFilesAndPresets)
-{
-    setenv("XDG_DATA_HOME", at("home").c_str(), 1);
-    const std::string input = writeAudio("in.wav", noise(2, 24000), kWav16).string();
-    const std::string golden = DRUMFELL_DATA "/../Tests/Audio/Presets/Golden/";
-    for (const std::vector<std::string>& more :
-         {std::vector<std::string>{"--preset", "Extra Sub"}, {"--load", golden + "preset-1.1.cpf"}}) {
-        std::vector<std::string> arguments{input, "-o", at("o.wav"), "--format", "float"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        ASSERT_EQ(run(arguments, DRUMFELL_LIBRARY), 0);
-        EXPECT_NE(readAudio(at("o.wav")), readAudio(input));
-    }
-    EXPECT_EQ(run({input, "-o", at("o.wav"), "--load", golden + "preset-1.1.cpf"}), 6) << "another effect";
-    unsetenv("XDG_DATA_HOME");
 }
 
 } // namespace qel::tools

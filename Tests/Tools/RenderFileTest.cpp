@@ -57,30 +57,6 @@ TEST_F(RenderFile, FitsChannelsTailsAndFormats)
     EXPECT_NEAR(loud.after.peak(0) / loud.before.peak(0), std::pow(10.0, 0.6), 1e-3);
 }
 
-TEST_F(RenderFile, LeavesNothingBehindAFailure)
-{
-    const auto input = writeAudio("in.wav", noise(2, 3000), kWav16);
-    CRenderSettings settings;
-    behave("nan");
-    EXPECT_EQ(codeOf([&] { render(settings, input); }), CExitCode::kNotFinite);
-    behave("null");
-    EXPECT_EQ(codeOf([&] { render(settings, input); }), CExitCode::kLibrary);
-    behave("magic");
-    EXPECT_EQ(codeOf([&] { render(settings, input); }), CExitCode::kLibrary);
-    behave("single");
-    settings.isDouble = true;
-    EXPECT_EQ(codeOf([&] { render(settings, input); }), CExitCode::kLibrary);
-    settings.isDouble = false;
-    settings.preset = "None";
-    EXPECT_EQ(codeOf([&] { render(settings, input); }), CExitCode::kSetting);
-    settings.preset.clear();
-    EXPECT_EQ(codeOf([&] { render(settings, input, "out.mp5"); }), CExitCode::kOutput);
-    EXPECT_EQ(codeOf([&] { render(settings, input, "none/out.wav"); }), CExitCode::kOutput);
-    EXPECT_EQ(codeOf([&] { render(settings, folder_ / "none.wav"); }), CExitCode::kInput);
-    EXPECT_EQ(codeOf([&] { CGuestLibrary(folder_ / "in.wav"); }), CExitCode::kLibrary);
-    EXPECT_EQ(fileNames(), std::set<std::string>{"in.wav"});
-}
-
 TEST_F(RenderFile, MeasuresWhatIsThere)
 {
     constexpr double kRateHz = 48000.0;

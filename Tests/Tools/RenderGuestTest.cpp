@@ -5,8 +5,6 @@
 #include "Render/DisplayNumber.h"
 #include "Render/GuestState.h"
 
-#include <limits>
-
 namespace qel::tools {
 
 namespace {
@@ -60,23 +58,6 @@ TEST_F(RenderGuest, FindsThePositionOfADisplayedValueHoweverTheEffectAnswers)
         }
         EXPECT_EQ(valuesOf(guest), before) << "asking moves nothing";
     }
-}
-
-TEST_F(RenderGuest, RefusesFilesThatHoldNoState)
-{
-    CGuestPlugin guest(library(), {});
-    EXPECT_EQ(codeOf([&] { loadState(guest, write("x.cpf", "aprs and more")); }), CExitCode::kSetting);
-    EXPECT_EQ(codeOf([&] { loadState(guest, write("y.cpf", "no state")); }), CExitCode::kInput);
-}
-
-TEST_F(RenderGuest, ReadsNumbersAsPeopleWriteThem)
-{
-    EXPECT_EQ(parseDisplayNumber(" +12.5 dB", "dB"), 12.5);
-    EXPECT_EQ(parseDisplayNumber("1.2 kHz", "Hz"), 1200.0);
-    EXPECT_EQ(parseDisplayNumber("-inf"), -std::numeric_limits<double>::infinity());
-    EXPECT_FALSE(parseDisplayNumber("12 dB", "Hz"));
-    EXPECT_FALSE(parseDisplayNumber("off"));
-    EXPECT_FALSE(parseDisplayNumber("+-3"));
 }
 
 } // namespace qel::tools
