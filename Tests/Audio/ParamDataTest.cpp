@@ -11,15 +11,6 @@ namespace qel::test {
 
 namespace {
 
-CByteBuffer record(const CAudioParamStorage& storage, std::int32_t group = -1)
-{
-    CMemoryWriteBuffer written;
-    EXPECT_OK(storage.save(written, group));
-    CByteBuffer bytes;
-    written.copyTo(bytes);
-    return bytes;
-}
-
 CAudioParamStorage floats(std::int32_t esize, std::vector<double> fill)
 {
     CAudioParamStorage storage;
@@ -68,48 +59,6 @@ std::vector<double> values(const CAudioParamStorage& storage, std::int32_t group
 
 } // namespace
 
-TEST(ParamData, SharesItemsThatOutliveTheirFirstPool)
-{
-    CAudioParamData target;
-    EXPECT_EQ(target.copyItem(7, CAudioParamData()), 0u);
-    {
-        CAudioParamData source;
-        source.addString("gone");
-        const std::uint32_t id =
-            source.addString("a text longer than what lives inside a string object, on the heap");
-        EXPECT_EQ(target.copyItem(id, source), 1u);
-        CAudioParamData copy(source);
-        source.remove(id);
-        EXPECT_FALSE(copy.getString(id).isEmpty());
-    }
-    EXPECT_TRUE(target.getString(1u).startsWith("a text longer"));
-    // Within one pool too: the copy stands on its own.
-    const std::uint32_t twin = target.copyItem(1, target);
-    target.remove(1);
-    EXPECT_TRUE(target.getString(twin).startsWith("a text longer"));
-}
-
-TEST(ParamData, LeavesWhatItHeldLastToTheRetireList)
-{
-    CAudioParamItemRetireList retired;
-    CAudioParamData control;
-    control.addString("shared");
-    control.addString("alone");
-    CAudioParamData audio;
-    audio.setRetireList(&retired);
-    audio.copyItem(1, control);
-    audio.copyItem(2, control);
-    control.remove(2);
-    audio.clear();
-    CAudioParamDataItem* item = retired.takeAll();
-    ASSERT_NE(item, nullptr);
-    EXPECT_EQ(static_cast<CAudioParamDataItemString*>(item)->text(), "alone");
-    EXPECT_EQ(item->retireNext, nullptr);
-    retired.push(*item);
-    reclaimItems(retired);
-    EXPECT_EQ(retired.takeAll(), nullptr);
-}
-
 TEST(ParamStorage, FallsBackByEntryForModulesAndByGroupForStates)
 {
     CAudioParamStorage storage = floats(2, {1, 2, 3, 4});
@@ -141,22 +90,6 @@ TEST(ParamStorage, ClampsToTheRangeWhicheverEndIsLower)
     storage.clamp(std::vector<double>{-1, 2}, std::vector<double>{1, -2});
     EXPECT_EQ(values(storage, 0), (std::vector<double>{1, 0.75, -1, -2, 0.25, 0.5}))
         << "NaN is no value: the entry's default stands for it";
-}
-
-TEST(ParamStorage, WritesTheRecordByteForByte)
-{
-    CAudioParamStorage storage = floats(1, {0});
-    put(storage, 0, 0, {1.0});
-    const std::vector<std::uint8_t> expected = {1, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 1,    0,
-                                                0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xF0, 0x3F};
-    EXPECT_EQ(record(storage), CByteBuffer(expected));
-
-    CAudioParamStorage texts = strings({""});
-    putText(texts, 0, 0, "Hi");
-    const std::vector<std::uint8_t> expectedText = {1, 0, 0, 0, 1,   0,   0, 0, 1, 0, 0, 0, 1, 0,
-                                                    0, 0, 1, 0, 0,   0,   1, 0, 0, 0, 1, 0, 0, 0,
-                                                    2, 0, 0, 0, 'H', 'i', 1, 0, 0, 0, 1, 0, 0, 0};
-    EXPECT_EQ(record(texts), CByteBuffer(expectedText));
 }
 
 TEST(ParamStorage, GivesEntriesThatShareAnIdentifierInAFileTheirOwnStrings)

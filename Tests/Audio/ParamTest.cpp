@@ -1,24 +1,11 @@
-// One parameter on the control side: writes, defaults, saved form, listeners, recorders, filters, registries.
-#include "CAudioParamConverterReal.h"
-#include "CAudioParamDef.h"
+// One parameter on the control side: defaults, listeners, recorders, filters.
 #include "CAudioParamFilterInvert.h"
 #include "CAudioParamListener.h"
 #include "ParamInstance.h"
-#include "Streams/CMemoryReader.h"
-#include "Streams/CMemoryWriteBuffer.h"
 
 namespace qel::test {
 
 namespace {
-
-CByteBuffer saved(const CAudioParam& param, std::int32_t group = -1)
-{
-    CMemoryWriteBuffer written;
-    EXPECT_OK(param.save(written, group));
-    CByteBuffer bytes;
-    written.copyTo(bytes);
-    return bytes;
-}
 
 class CLogListener : public CAudioParamListener
 {
@@ -53,56 +40,7 @@ public:
     std::vector<double> log;
 };
 
-class CTestRegistry : public CAudioParamRegistryBase
-{
-public:
-    CTestRegistry(const char* name, const char* hierarchy, bool enumerated)
-        : name_(name), hierarchy_(hierarchy), isEnumerated_(enumerated)
-    {}
-
-    const CString& getRegistryName() const override { return name_; }
-    const CString& getHierarchy() const override { return hierarchy_; }
-    bool isEnumerated() const override { return isEnumerated_; }
-    bool addParam(CAudioParam& param) override
-    {
-        taken.push_back(param.getName().toUtf8());
-        return true;
-    }
-    void onParamsComplete() override { taken.push_back("complete"); }
-    void onParamChange(const CAudioParamNotice& notice) override
-    {
-        changed.push_back(notice.param->getName().toUtf8());
-    }
-
-    std::vector<std::string> taken;
-    std::vector<std::string> changed;
-
-private:
-    CString name_;
-    CString hierarchy_;
-    bool isEnumerated_;
-};
-
 using ParamTest = ParamInstanceTest;
-
-TEST_F(ParamTest, RefusesWritesThatWouldLeaveAHole)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {1, 2}));
-    const double values[3] = {7, 8, 9};
-    const auto write = [&](std::int32_t group, std::int32_t start) {
-        return param.change({.group = group, .start = start, .count = 1, .values = values}, context_);
-    };
-    EXPECT_FALSE(write(0, 3));
-    EXPECT_FALSE(write(2, 1));
-    EXPECT_FALSE(write(CAudioParamChange::kWholeParam, 1));
-    EXPECT_TRUE(write(0, 2));
-    EXPECT_TRUE(write(2, 0));
-    EXPECT_FALSE(write(1, 1)); // there, but empty
-    // One entry of a list that is not there brings the entries before it along.
-    EXPECT_TRUE(param.setValue(1, 1, 0, 5.0, context_));
-    EXPECT_EQ(param.getValue(1, 0), 1.0);
-    EXPECT_EQ(param.getValue(1, 1), 5.0);
-}
 
 TEST_F(ParamTest, GoesBackToDefaultsByParameterGroupAndEntry)
 {
@@ -146,35 +84,6 @@ TEST_F(ParamTest, GoesBackToDefaultsByParameterGroupAndEntry)
     // What is not there is not made only to be emptied.
     param.clearToDefault(6, -1, context_);
     EXPECT_EQ(param.getCurrent().getGroupCount(), 2);
-}
-
-TEST_F(ParamTest, ASavedParameterBringsTheDefinitionItNames)
-{
-    releaseError(
-        registerCreator({"audio:param", &newObject<CAudioParamDef>, &CAudioParamDef::buildClassInfo}));
-    releaseError(registerCreator(
-        {"audio:cvt-real", &newObject<CAudioParamConverterReal>, &CAudioParamConverterReal::buildClassInfo}));
-    ASSERT_OK(shared_.load(
-        TreeNode("", "shared")
-            .child(TreeNode("core:object", "audio")
-                       .child(TreeNode("core:object", "paramcvt").child(TreeNode("audio:cvt-real", "real")))
-                       .child(TreeNode("audio:param", "gain")
-                                  .attr("is-storable", "true")
-                                  .attr("converter", "real")
-                                  .attr("min-values", "0")
-                                  .attr("max-values", "10")
-                                  .attr("def-values", "4")))));
-    CAudioParam& source = addParam("source", floatInfo("gain", {4.0}, 0.0, 10.0)); // of audio.gain
-    source.setValue(0, 0, 0, 7.0, context_);
-    const CByteBuffer bytes = saved(source);
-    CAudioParam& target = collector_->getParam("target");
-    CMemoryReader reader(bytes.bytes());
-    ASSERT_OK(target.load(reader, context_, false, -1, false));
-    EXPECT_TRUE(target.hasInfo());
-    EXPECT_EQ(target.getValue(0, 0), 7.0);
-    target.clearToDefault(-1, -1, context_);
-    EXPECT_EQ(target.getValue(0, 0), 4.0);
-    EXPECT_EQ(saved(target).size(), bytes.size());
 }
 
 TEST_F(ParamTest, TellsListenersOutsideTheLockOnceItIsLeft)
@@ -238,43 +147,6 @@ TEST_F(ParamTest, AnInvertFilterKeepsTheOppositeInEveryGroup)
     filter.release();
     enable.setValue(0, 0, 0, 0.0, context_);
     EXPECT_EQ(mute.getValue(0, 0), 0.0);
-}
-
-TEST_F(ParamTest, GoesToTheMostSpecificRegistriesUpToTheFirstEnumeratedOne)
-{
-    CTestRegistry master("plugin.master", "plugin.modMain", true);
-    CTestRegistry routing("plugin.routing", "plugin.modMain.io-params", false);
-    CTestRegistry list("plugin.list", "plugin.modMain.list", true);
-    for (CTestRegistry* registry : {&master, &routing, &list}) {
-        collector_->addRegistry(*registry);
-    }
-    addParam("plugin.modMain.gain", floatInfo("gain", {0.0}));
-    CAudioParam& in = addParam("plugin.modMain.io-params.in", floatInfo("in", {0.0}));
-    collector_->finalize();
-    collector_->finalize();
-    CAudioParam& item = addParam("plugin.modMain.list.item", floatInfo("item", {0.0}));
-    addParam("other", floatInfo("other", {0.0}));
-
-    EXPECT_EQ(master.taken,
-              (std::vector<std::string>{"plugin.modMain.gain", "plugin.modMain.io-params.in", "complete"}));
-    EXPECT_EQ(routing.taken, (std::vector<std::string>{"plugin.modMain.io-params.in", "complete"}));
-    EXPECT_EQ(list.taken, (std::vector<std::string>{"complete", "plugin.modMain.list.item"}));
-    EXPECT_EQ(collector_->getRegistry("routing"), &routing);
-    EXPECT_EQ(collector_->getRegistry("plugin.list"), &list);
-    EXPECT_EQ(collector_->getRegistry("none"), nullptr);
-
-    master.changed.clear();
-    list.changed.clear();
-    in.setValue(0, 0, 0, 1.0, context_);
-    item.setValue(0, 0, 0, 1.0, context_);
-    EXPECT_EQ(master.changed, (std::vector<std::string>{"plugin.modMain.io-params.in"}));
-    EXPECT_EQ(routing.changed, (std::vector<std::string>{"plugin.modMain.io-params.in"}));
-    EXPECT_EQ(list.changed, (std::vector<std::string>{"plugin.modMain.list.item"}));
-    collector_->removeRegistry(routing);
-    in.setValue(0, 0, 0, 2.0, context_);
-    EXPECT_EQ(routing.changed.size(), 1u);
-    collector_->removeRegistry(master);
-    collector_->removeRegistry(list);
 }
 
 } // namespace

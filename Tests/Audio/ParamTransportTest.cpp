@@ -18,57 +18,6 @@ protected:
     }
 };
 
-TEST_F(ParamTransportTest, MergesOnlyWhatTheLaterWriteCovers)
-{
-    CAudioParam& param = addParam("p", floatInfo("p", {0, 0, 0, 0}));
-    Slot slot(param);
-    struct Write
-    {
-        std::int32_t group, start, count;
-        bool resize;
-        double time;
-    };
-    const struct
-    {
-        std::vector<Write> writes;
-        int events;
-    } cases[] = {
-        {{{0, 0, 1, false, 0}, {0, 0, 1, false, 0}}, 1},     // the same again
-        {{{0, 0, 1, false, 0}, {0, 1, 1, false, 0}}, 2},     // side by side
-        {{{0, 0, 2, false, 0}, {0, 1, 2, false, 0}}, 2},     // overlapping
-        {{{0, 1, 1, false, 0}, {0, 0, 4, false, 0}}, 1},     // covered
-        {{{0, 0, 2, true, 0}, {0, 0, 2, false, 0}}, 2},      // the cut would be lost
-        {{{0, 0, 2, true, 0}, {0, 0, 3, true, 0}}, 1},       // cut again
-        {{{0, 0, 1, false, 0}, {1, 0, 1, false, 0}}, 2},     // another group
-        {{{0, 0, 1, false, 0}, {0, 0, 1, false, 0.001}}, 2}, // another time
-        {{{0, 0, 4, true, 0}, {1, 0, 2, true, 0}, {9999, 0, 0, false, 0}}, 1},
-        {{{9999, 0, 0, false, 0}, {0, 0, 4, true, 0}, {0, 0, 4, true, 0}}, 2},
-    };
-    double value = 0.0;
-    for (const auto& item : cases) {
-        callAudio();
-        slot.drain();
-        for (const Write& write : item.writes) {
-            value += 1.0;
-            const std::vector<double> values(static_cast<std::size_t>(write.count), value);
-            EXPECT_TRUE(param.change({.group = write.group,
-                                      .start = write.start,
-                                      .count = write.count,
-                                      .resize = write.resize,
-                                      .time = write.time,
-                                      .values = values.data()},
-                                     context_));
-        }
-        callAudio();
-        EXPECT_EQ(slot.drain(), item.events) << "ends with value " << value;
-        for (std::int32_t group = 0; group < 2; ++group) {
-            for (std::int32_t entry = 0; entry < 4; ++entry) {
-                EXPECT_EQ(slot.storage.get(group, entry), param.getValue(group, entry)) << value;
-            }
-        }
-    }
-}
-
 TEST_F(ParamTransportTest, DatesEventsOnTheClockAndKeepsThemUntilTheirTime)
 {
     CAudioParam& param = addParam("p", floatInfo("p", {0.0}));

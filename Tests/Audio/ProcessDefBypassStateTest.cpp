@@ -1,5 +1,7 @@
 // Definitions of bypass states: ranges, conditions, messages.
-#include "ProcessDefTest.h"
+#include "CCreatorRegistry.h"
+#include "Definitions/CAudioProcessBypassStateDef.h"
+#include "TestTree.h"
 
 #include <limits>
 
@@ -8,9 +10,20 @@ namespace {
 
 using test::TreeNode;
 
-class ProcessDefBypassStateTest : public test::ProcessDefTest
+class ProcessDefBypassStateTest : public test::ObjectTreeTest
 {
 protected:
+    ProcessDefBypassStateTest()
+    {
+        releaseError(registerCreator({"audio:process-bypass-state", &newObject<CAudioProcessBypassStateDef>,
+                                      &CAudioProcessBypassStateDef::buildClassInfo}));
+    }
+    ~ProcessDefBypassStateTest() override { clearCreators(); }
+
+    static TreeNode state(const char* name)
+    {
+        return TreeNode("audio:process-bypass-state", name).attr("id", "0").attr("param", "enable");
+    }
     const CAudioProcessBypassStateDef& load(const TreeNode& node)
     {
         EXPECT_OK(root_.load(TreeNode().child(node)));
@@ -92,42 +105,6 @@ TEST_F(ProcessDefBypassStateTest, JoinsBothConditionsAndInvertsTheWhole)
             EXPECT_EQ(byValue.isActive(first, second), first == 1.0 && second == 9.0);
             EXPECT_EQ(single.isActive(first, second), first == 1.0);
         }
-    }
-}
-
-TEST_F(ProcessDefBypassStateTest, ReadsWhatTheProcessNeedsToFindItsParameters)
-{
-    const auto& plain = load(state("s"));
-    EXPECT_EQ(plain.id(), 0);
-    EXPECT_EQ(plain.param(), "enable");
-    EXPECT_FALSE(plain.isGroup0() || plain.isMultiband() || plain.isInverted());
-    const auto& groupZero = load(state("s").attr("id", "11").attr("is-group0", "1"));
-    EXPECT_EQ(groupZero.id(), 11);
-    EXPECT_TRUE(groupZero.isGroup0() && !groupZero.isMultiband());
-    const auto& band = load(state("s").attr("is-multiband", "1"));
-    EXPECT_TRUE(band.isMultiband() && !band.isGroup0());
-}
-
-TEST_F(ProcessDefBypassStateTest, RefusesBadIdentifiersAndNames)
-{
-    const auto fails = [this](const TreeNode& node) { return root_.load(TreeNode().child(node)); };
-    const TreeNode empty("audio:process-bypass-state", "s");
-    EXPECT_FAILS(fails(TreeNode(empty).attr("param", "p")), "Invalid identifier '' specified.");
-    EXPECT_FAILS(fails(state("s").attr("id", "-1")), "Invalid identifier '-1' specified.");
-    EXPECT_FAILS(fails(state("s").attr("id", "two")), "Invalid identifier 'two' specified.");
-    EXPECT_FAILS(fails(TreeNode(empty).attr("id", "0")), "Invalid parameter name specified.");
-    EXPECT_FAILS(fails(state("s").attr("param", "")), "Invalid parameter name specified.");
-    EXPECT_FAILS(fails(state("s").attr("and-param", "")), "Invalid parameter name specified.");
-}
-
-TEST_F(ProcessDefBypassStateTest, RefusesOtherRangeTexts)
-{
-    for (const char* text : {"", "1", "[1]", "1;2;3", ";;", "[1;2[", "]1;2", "[[1;2]", "[1;2]]", "1 ;2",
-                             "a;2", "1;2.5", "[-;2]", "1;2147483648", "(1;2)"}) {
-        const std::string rest = std::string("' attribute value '") + text + "' specified.";
-        EXPECT_FAILS(root_.load(TreeNode().child(state("s").attr("range", text))), "Invalid 'range" + rest);
-        EXPECT_FAILS(root_.load(TreeNode().child(state("s").attr("and-range", text))),
-                     "Invalid 'and-range" + rest);
     }
 }
 

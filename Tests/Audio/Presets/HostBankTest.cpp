@@ -1,4 +1,4 @@
-// Banks that hosts bring: what belongs to the project, and entries that cannot be read.
+// Banks that hosts bring: what belongs to the project.
 #include "ProductInstance.h"
 
 namespace qel::test {
@@ -36,12 +36,6 @@ protected:
         requireOk(chunk.writeCompressedData(bytes, CAudioPresetBank::kChunkId));
         chunk.copyTo(bytes);
         return host.loadChunk(bytes.bytes(), false, false);
-    }
-    // The last of its keys, so that the others are in place before it fails.
-    static void damage(CAudioPreset& preset)
-    {
-        const auto& [key, block] = *preset.getEntries().rbegin();
-        preset.setEntry(key, CByteBuffer(block.bytes().first(block.size() - 3)));
     }
 };
 

@@ -4,21 +4,10 @@
 namespace qel::test {
 namespace {
 
-using Texts = std::vector<std::string>;
-
 class RegistryPresets : public PresetInstanceTest
 {
 protected:
     RegistryPresets() { makeInstance(); }
-
-    static Texts keysOf(const CAudioPreset& preset)
-    {
-        Texts keys;
-        for (const auto& [key, block] : preset.getEntries()) {
-            keys.push_back(key.toUtf8());
-        }
-        return keys;
-    }
 };
 
 TEST_F(RegistryPresets, OfAnotherRegistryAreRefused)

@@ -13,23 +13,6 @@ const std::string kGoldenFolder = DRUMFELL_DATA "/../Tests/Audio/Presets/Golden/
 class SavedState : public ProductTest
 {
 protected:
-    // Something of everything: programs with edits and names of their own, groups, texts, the routing.
-    static void furnish(TestHost& host)
-    {
-        CAudioParamRegistry& master = host.getRegistry();
-        CAudioParamContext context;
-        host.set("modDrumfell.lf-gain", 0.5);
-        host.set("oversampling", 2.0);
-        requireOk(master.setProgram(3));
-        master.setProgramName(3, CString::fromUtf8("Kick \xE2\x99\xA5"), true);
-        paramOf(host, "modDrumfell.xover-freq").setValue(0, 0, 0, 77.25, context);
-        paramOf(host, "modDrumfell.xover-freq").setValue(2, 0, 0, 222.5, context);
-        paramOf(host, "modDrumfell.dcfilter-params.name").setString(1, 0, "Mine", context);
-        paramOf(host, "io-params.in-routing").setValue(0, 7, 0, 16.0, context);
-        paramOf(host, "io-params.group-names").setString(0, 1, "Snare; \"tight\", dry", context);
-        paramOf(host, "instance-name").setString(0, 0, "Drum bus", context);
-        paramOf(host, "modDrumfell.drymix").setValue(0, 0, 0, 0.375, context);
-    }
     static void expectFurnished(TestHost& host)
     {
         EXPECT_EQ(host.getRegistry().getCurrentProgramName(), CString::fromUtf8("Kick \xE2\x99\xA5"));
@@ -46,12 +29,6 @@ protected:
         EXPECT_NEAR(host.get("modDrumfell.punch-gain"), std::pow(10.0, 12.0 / 20.0), 1e-9);
         EXPECT_EQ(host.get("modDrumfell.mono-enable"), 1.0);
     }
-    static CByteBuffer saved(TestHost& host, bool isPreset)
-    {
-        CByteBuffer chunk;
-        requireOk(host.saveChunk(chunk, isPreset, true));
-        return chunk;
-    }
     static CByteBuffer golden(const char* name)
     {
         std::ifstream file(kGoldenFolder + name, std::ios::binary);
@@ -61,8 +38,8 @@ protected:
     }
 };
 
-// Files that version 1.1 has saved of the state above. What users have on their disks must stay readable, so
-// these files stay as they are; a new format gets new ones beside them.
+// Files that version 1.1 has saved of the state that is expected here. What users have on their disks must
+// stay readable, so these files stay as they are; a new format gets new ones beside them.
 TEST_F(SavedState, OfEarlierVersionsStaysReadable)
 {
     TestHost host;

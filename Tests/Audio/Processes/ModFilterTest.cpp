@@ -1,11 +1,11 @@
 // The filter module in a graph: what it does to a signal, and what it does when something changes.
 #include "CModFilter.h"
 
-#include "../Filters/FilterFixture.h"
 #include "GraphHost/CKernelRecording.h"
 #include "ProcessTestTree.h"
 
-#include <algorithm>
+#include <gtest/gtest.h>
+
 #include <cmath>
 
 namespace qel {
@@ -63,33 +63,6 @@ public:
 
 using Names = std::vector<std::string>;
 
-Channels impulse(std::size_t count)
-{
-    Channels result(1, std::vector<double>(count));
-    result[0][0] = 1.0;
-    return result;
-}
-
-test::Complex transform(const std::vector<double>& signal, double cycles)
-{
-    test::Complex sum = 0.0;
-    for (std::size_t i = 0; i < signal.size(); ++i) {
-        sum += std::polar(signal[i], -2.0 * std::numbers::pi * cycles * static_cast<double>(i));
-    }
-    return sum;
-}
-
-// What the generator at `index` of an array says, to compare the stream with.
-CFilterSections sectionsOf(const char* array, int index, std::initializer_list<double> params,
-                           double rateHz = kRateHz)
-{
-    const auto* generators = dynamic_cast<const CAudioFilterGenArray*>(
-        CObject::sharedObject()->findObject(std::string("audio.fltarray.") + array));
-    CFilterSections list;
-    generators->getGen(index)->generate(list, rateHz, {params.begin(), params.size()});
-    return list;
-}
-
 TEST(ModFilter, RoundsTheIndexToTheNearest)
 {
     FilterGraph graph(filter("std", "4.5", "100"));
@@ -110,60 +83,6 @@ TEST(ModFilter, RebuildsOnlyWhenAValueChanges)
     EXPECT_EQ(graph.kernelsOfABlock(), (Names{"fltbiqu", "fltbiqlpg"})) << "the same kind keeps its memory";
     graph.set("f.index", 5.0);
     EXPECT_EQ(graph.kernelsOfABlock(), (Names{"fltbiqi", "fltbiqhpg"}));
-}
-
-TEST(ModFilter, BandsRunInARow)
-{
-    // Elements of the parameters are bands.
-    const std::string bands = R"(<audio:modFilter name="f" gen-array="audio.fltarray.std">)" +
-                              slot(0, "count", "2") + slot(1, "index", "4,5") + slot(2, "freq", "4000,500") +
-                              slot(3, "gain", "1,1") + slot(4, "bw", "2,1") + "</audio:modFilter>";
-    FilterGraph graph(bands);
-    const Channels output = graph.run(impulse(16384), {512});
-    const CFilterSections low = sectionsOf("std", 4, {4000.0, 1.0, 2.0});
-    const CFilterSections high = sectionsOf("std", 5, {500.0, 1.0, 1.0});
-    for (const double freqHz : {100.0, 500.0, 1500.0, 4000.0, 15000.0}) {
-        const double cycles = freqHz / kRateHz;
-        EXPECT_LT(std::abs(transform(output[0], cycles) -
-                           test::response(low, cycles) * test::response(high, cycles)),
-                  1e-9)
-            << freqHz;
-    }
-    const std::size_t slotsOfTwo = graph.kernels().pool().slotsInUse();
-    graph.set("f.count", 1.0);
-    graph.kernelsOfABlock();
-    EXPECT_EQ(graph.kernelsOfABlock(), Names{"fltbiqlpg"});
-    EXPECT_EQ(graph.kernels().pool().slotsInUse(), slotsOfTwo - 1) << "the state is given back";
-    graph.set("f.count", 0.0);
-    EXPECT_EQ(graph.kernelsOfABlock(), Names{});
-    graph.set("f.count", 2.0);
-    graph.kernelsOfABlock();
-    EXPECT_EQ(graph.kernelsOfABlock(), (Names{"fltbiqlpg", "fltbiqhpg"}));
-}
-
-TEST(ModFilter, HalfBandFiltersAddTheirDelayToTheLatency)
-{
-    FilterGraph graph(filter("hbf-soft", "2", "100"));
-    test::OutputProbe probe(graph);
-    for (const int index : {2, 3}) { // the stream's format follows a change
-        graph.set("f.index", index);
-        probe.link().clear();
-        graph.runBlock(Channels(1, std::vector<double>(64)), 0, 64);
-        EXPECT_EQ(probe.format(0)->latencySamples, sectionsOf("hbf-soft", index, {})[0].latencySamples());
-    }
-}
-
-TEST(ModFilter, NeedsItsArray)
-{
-    try {
-        FilterGraph graph(filter("nowhere", "0", "100"));
-        FAIL();
-    } catch (const std::runtime_error& error) {
-        EXPECT_NE(std::string(error.what())
-                      .find("Filter generator array with the name 'audio.fltarray.nowhere' not found."),
-                  std::string::npos)
-            << error.what();
-    }
 }
 
 TEST(ModFilter, FirstOrderChainsFollowTheirFrequencyThroughAFade)

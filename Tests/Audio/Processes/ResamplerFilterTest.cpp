@@ -1,5 +1,4 @@
 // Resamplers with the half-band filters that are delivered.
-#include "AllocationGuard.h"
 #include "CModDownsampler.h"
 #include "CModUpsampler.h"
 #include "ProcessTestTree.h"
@@ -96,37 +95,6 @@ TEST(ResamplerFilters, RemoveTheImagesOnTheWayUpAndWhatWouldFoldOnTheWayDown)
                     << image << " of " << factor << " at " << cycles;
             }
         }
-    }
-}
-
-TEST(ResamplerFilters, ToggleUnderAudioWithoutLosingASampleOrTouchingTheHeap)
-{
-    FilteredGraph graph(kUp + kDown);
-    std::mt19937 random(2);
-    const Channels input = noise(2, 512, 3);
-    Channels output(kMaxChannels);
-    std::size_t total = 0;
-    for (int block = 0; block < 400; ++block) {
-        // First at any time in blocks of any length, then in blocks of one, whose buffers stand after some
-        // rounds.
-        const bool isRandom = block < 200;
-        const int count = isRandom ? 1 + static_cast<int>(random() % 512) : 512;
-        const int mode = 1 + static_cast<int>(isRandom ? random() % 4 : static_cast<unsigned>(block) % 4);
-        setList(graph, "mode", {static_cast<double>(mode)},
-                isRandom ? static_cast<double>(random() % 512) / kRateHz : 0.0);
-        AllocationGuard guard;
-        graph.runBlock(input, 0, count);
-        const AllocationCounts counts = guard.stop();
-        total += static_cast<std::size_t>(count);
-        graph.collect(output);
-        if (block >= 300) {
-            EXPECT_EQ(counts.total(), 0u) << "block " << block;
-        }
-    }
-    EXPECT_EQ(output[0].size(), total);
-    EXPECT_EQ(output[1].size(), total);
-    for (const double sample : output[0]) {
-        ASSERT_LT(std::fabs(sample), 20.0);
     }
 }
 

@@ -28,11 +28,11 @@ const std::string kParts[] = {
     halfGain("modDownsamplerFilter2"),
 };
 
-std::string resamplerTree(const std::string& main, int missingPart = -1)
+std::string resamplerTree(const std::string& main)
 {
     std::string parts;
-    for (int i = 0; i < 6; ++i) {
-        parts += i == missingPart ? "" : kParts[i];
+    for (const std::string& part : kParts) {
+        parts += part;
     }
     return R"(<tree><core:object name="audio"><core:object name="paramcvt"><audio:cvt-real name="real" decimals="2"/>
         </core:object>)" +
@@ -98,18 +98,6 @@ TEST(Resampler, BuildsMirroredChainsWithTheSteepFilterAtTheLowestRate)
     }
 }
 
-TEST(Resampler, CostsNothingWithoutOversampling)
-{
-    ResamplerGraph graph(resamplerTree(kUp + kDown));
-    graph.set("host-mode", 3.0); // which only counts in automatic mode
-    CKernelRecording recording;
-    graph.kernels().setObserver(&recording);
-    const Channels input = noise(2, 100, 2);
-    EXPECT_EQ(graph.run(input, {33}), input);
-    graph.kernels().setObserver(nullptr);
-    EXPECT_TRUE(recording.calls().empty());
-}
-
 TEST(Resampler, CarriesRateAndLatencyInTheFormat)
 {
     ResamplerGraph graph(resamplerTree(kUp + R"(<audio:modNode name="probe"/>)" + kDown));
@@ -124,27 +112,6 @@ TEST(Resampler, CarriesRateAndLatencyInTheFormat)
         ASSERT_TRUE(probe.format(0));
         EXPECT_EQ(*probe.format(0), (CAudioStreamFormat{48000.0, 3.25, 5}));
         probe.link().clear();
-    }
-}
-
-TEST(Decimator, KeepsItsGridOverChunksOfAnyLength)
-{
-    const std::string tree = R"(<audio:process-def name="main"><audio:modDecimator name="a"/>
-        <audio:modDecimator name="b"/></audio:process-def>)";
-    const Channels input = noise(3, 4001, 5);
-    std::mt19937 random(6);
-    for (int round = 0; round < 50; ++round) {
-        std::vector<int> sizes(20);
-        std::generate(sizes.begin(), sizes.end(),
-                      [&] { return 1 + static_cast<int>(random() % (round < 10 ? 3 : 600)); });
-        GraphFixture graph(tree);
-        const Channels output = graph.run(input, sizes);
-        for (std::size_t channel = 0; channel < 3; ++channel) {
-            ASSERT_EQ(output[channel].size(), 1001u) << "round " << round;
-            for (std::size_t i = 0; i < output[channel].size(); ++i) {
-                ASSERT_EQ(output[channel][i], input[channel][4 * i]) << "round " << round;
-            }
-        }
     }
 }
 
