@@ -26,7 +26,7 @@ namespace qel {
 //
 // Owned by the application. Any thread but the audio thread: a section is held while files are read or
 // written. Listeners are told in the saving thread, after the section is left; they may load and save.
-// Bridges on the store itself, which is a CBridgeBase, hear of every save.
+// Bridges on the store itself, which is a CBridgeBase, are notified of every save.
 class CApplicationData : public CBridgeBase
 {
 public:

@@ -119,7 +119,7 @@ int CAudioProcessOverlap::limitStep(int count) const
     return phase_ == EPhase::kSingle ? count : std::min(count, samplesLeft_);
 }
 
-// Called before the copy at work has heard of the changes that the other one has taken up at once.
+// Called before the copy at work receives the changes that the other one has taken up at once.
 void CAudioProcessOverlap::startNext()
 {
     current().graph->holdsSettings = true;

@@ -9,9 +9,9 @@ namespace qel {
 
 // Runs one copy of a compound, and keeps a second one that rests with its settings up to date. When the one
 // at rest would run at other rates or on other routes (CAudioProcessBase::layout()), nothing inside the one
-// at work could lead over: so the other starts afresh on the same input, is not heard until filters and
+// at work could lead over: so the other starts afresh on the same input, runs muted until filters and
 // envelopes have settled (kSettleSec), is faded in over the old stream, and takes over. Meanwhile the old
-// copy keeps the settings it has. A layout that changes while nothing is heard of it starts over; one that
+// copy keeps the settings it has. A layout that changes while it is muted starts over; one that
 // changes during the fade waits for its end. Both copies put out as many samples as they take, so none is
 // lost; only the latency of the two differs.
 //

@@ -33,7 +33,7 @@ public:
 
     // --- building
 
-    // `group` restricts what is heard of the parameters to one group; -1 for all.
+    // `group` restricts the parameter changes received to one group; -1 for all.
     CError bind(const CAudioProcessDefBase& def, const CString& processName, CAudioParamCollector& params,
                 int group);
     // A slot behind the definition's own, tied to the parameter of this full name: its number, or -1 if the
@@ -49,7 +49,7 @@ public:
     bool applyUntil(double limitSec);
 
     bool has(int slot) const { return find(slot) != nullptr; }
-    // Value of an entry of a group, the default where nothing is stored or what is stored is no number; 0 for
+    // Value of an entry of a group, the default where nothing is stored or what is stored is NaN; 0 for
     // a slot that has no parameter.
     double value(int slot, int group, int entry = 0) const;
     // The same, but behind the end of the default's list the last default counts, not the first.

@@ -20,7 +20,7 @@ struct CAudioInterfaceParam
 };
 
 // Tag audio:interface-client; in the UI tree, on its thread alone. Attribute: client-connector. Sends
-// requests and mirrors what comes back; a request has no result but what the listeners then hear. Raises the
+// requests and mirrors what comes back; a request has no result but what the listeners receive. Raises the
 // events "update-sample-rate", "update-io-channel-counts", "update-internal-channel-count",
 // "update-group-count" and "clear" in its own name.
 //

@@ -9,8 +9,8 @@
 namespace qel {
 
 // One channel, an octave down. Slot: 0 `block-size`, the length of a grain in samples, at any sample rate. An
-// instance begins with an empty ring and the first sample it sees, so a change is heard through the fade
-// only.
+// instance begins with an empty ring and the first sample it sees, so a change is audible only
+// through the fade.
 class CModPShiftModule : public CStateModule<PShiftState>
 {
 public:

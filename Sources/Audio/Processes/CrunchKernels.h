@@ -20,7 +20,7 @@ struct CrunchTables
     double middle[kEntries]; // of the second and the third follower
     double last[kEntries];
 
-    // The entry for `position`, already rounded up by a half. What is no number or lies outside gets the end
+    // The entry for `position`, already rounded up by a half. NaN or a position outside gets the end
     // that is nearest, so that no signal can make a kernel read beside the table.
     static std::size_t entry(double position)
     {

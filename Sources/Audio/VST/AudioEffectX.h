@@ -36,7 +36,7 @@ public:
     virtual bool getSpeakerArrangement(VstSpeakerArrangement** input, VstSpeakerArrangement** output);
     virtual bool setProcessPrecision(std::int32_t) { return false; }
     virtual bool setBypass(bool) { return false; }
-    // Samples that ring on after the input; 0: the host decides, 1: none.
+    // Length of the tail after the input, in samples; 0: the host decides, 1: none.
     virtual std::int32_t getTailSize() { return 0; }
     virtual std::int32_t startProcess() { return 0; }
     virtual std::int32_t stopProcess() { return 0; }

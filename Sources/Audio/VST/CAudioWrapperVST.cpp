@@ -247,7 +247,7 @@ std::optional<double> CAudioWrapperVST::hostTempo()
     return time->tempo;
 }
 
-// The host reads the delay when it hears of the change.
+// The host reads the delay when it is notified of the change.
 void CAudioWrapperVST::ioChanged()
 {
     setInitialDelay(getLatencySamples());

@@ -25,13 +25,13 @@ class CAudioHostState
 public:
     using ProgramHandler = std::function<void()>;
 
-    // `onProgramChange` hears of programs that change without the host's doing.
+    // `onProgramChange` is called for programs that change without the host's doing.
     CAudioHostState(CAudioParamRegistry& registry, CAudioParamCollector& params,
                     CAudioExtParamList& extParams, ProgramHandler onProgramChange);
     CAudioHostState(const CAudioHostState&) = delete;
     CAudioHostState& operator=(const CAudioHostState&) = delete;
 
-    // Begins to hear of programs.
+    // Subscribes to program changes.
     void attach();
 
     CError save(CByteBuffer& outBuffer, bool isPreset, bool withHeader);

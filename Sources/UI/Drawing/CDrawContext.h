@@ -43,7 +43,7 @@ public:
     void drawInvertedRect(const CRect& rect, std::size_t clip);
 
     // A line through all points with round ends and joints, as wide as the brush. It is painted once, so a
-    // line that is not opaque stays even where it crosses itself. Points that are no numbers break the line;
+    // line that is not opaque stays even where it crosses itself. Points with NaN break the line;
     // points far outside cost nothing.
     void drawPolyline(std::span<const CPoint> points, const CBrush& brush, std::size_t clip,
                       const CPaletteColor& color, double opacity);

@@ -14,7 +14,7 @@ namespace {
 constexpr std::align_val_t kAlignment{16};
 constexpr std::int32_t kPixelBytes = 4;
 
-// `weight`, 0 to 1, in whole steps; what is no number is 0.
+// `weight`, 0 to 1, in whole steps; NaN is 0.
 std::int32_t scaledWeight(double weight, std::int32_t full)
 {
     if (!(weight > 0.0)) {

@@ -20,7 +20,7 @@ struct CRect
 
     double right() const { return x + width; }
     double bottom() const { return y + height; }
-    // Also true for sides that are no numbers.
+    // Also true for sides that are NaN.
     bool isEmpty() const { return !(width >= kMinSide && height >= kMinSide); }
     // The smallest rectangle that holds both; an empty one adds nothing.
     CRect unitedWith(const CRect& other) const
@@ -76,7 +76,7 @@ struct CPixelRect
 };
 
 // The nearest whole pixel, halves to the right. What lies far outside any window is held at kPixelLimit, so
-// that sums of a few pixel numbers cannot overflow; what is no number is 0.
+// that sums of a few pixel numbers cannot overflow; NaN is 0.
 inline constexpr double kPixelLimit = 1e8;
 inline std::int32_t roundToPixel(double coordinate)
 {

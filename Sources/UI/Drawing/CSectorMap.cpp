@@ -69,7 +69,7 @@ CError CSectorMap::makeGrid(std::int32_t columns, std::int32_t rows)
 
 CPixelRect CSectorMap::spanOf(const CRect& rect) const
 {
-    // False, too, for what is no number.
+    // False, too, for NaN.
     const bool isInside = rect.x < width_ && rect.y < height_ && rect.right() > 0.0 && rect.bottom() > 0.0;
     if (rect.isEmpty() || !isInside || columns_ == 0 || rows_ == 0) {
         return {};

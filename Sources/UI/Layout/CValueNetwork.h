@@ -48,8 +48,8 @@ public:
     CValueNetwork(const CValueNetwork&) = delete;
     CValueNetwork& operator=(const CValueNetwork&) = delete;
 
-    // Makes a variable of value 0. `owner`, which may be null, hears of its changes. Fails when there are no
-    // ids left; `outId` is then kNoVariable.
+    // Makes a variable of value 0. `owner`, which may be null, is notified of its changes. Fails when there
+    // are no ids left; `outId` is then kNoVariable.
     CError newVariable(CVariableId& outId, CValueOwner* owner);
     // Gives the id back. Formulas that refer to it are dropped, and their variables keep their values.
     // kNoVariable is ignored.
