@@ -185,11 +185,6 @@ constexpr CKernelDef kTable[] = {
 
 } // namespace
 
-double satDRFCurveGain(double u)
-{
-    return curveGain(u);
-}
-
 std::span<const CKernelDef> satDRFKernels()
 {
     return kTable;

@@ -46,8 +46,4 @@ struct SatDRFState
 // `satdrf` (out, state, in), `satdrfi` (state; the scalar is the sample rate), `satdrfc` (state).
 std::span<const CKernelDef> satDRFKernels();
 
-// What the saturator's curve multiplies a value with: u * satDRFCurveGain(u) is u up to 0.01, bends along an
-// arc and is 1 from 1.7 on. Negative values pass.
-double satDRFCurveGain(double u);
-
 } // namespace qel
