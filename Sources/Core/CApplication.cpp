@@ -6,8 +6,8 @@
 #include "CObject.h"
 #include "CSystem.h"
 #include "CTrace.h"
-#include "CWindowClasses.h"
 #include "NumberSyntax.h"
+#include "WindowClasses.h"
 
 #include <atomic>
 

@@ -3,12 +3,12 @@
 
 #include "CFile.h"
 #include "CFileSystem.h"
-#include "CThread.h"
 #include "Streams/CFileReader.h"
 #include "Streams/CFileWriter.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "Streams/CResourceReader.h"
+#include "ThreadId.h"
 
 #include <algorithm>
 #include <utility>

@@ -4,7 +4,7 @@
 #include "CEventLoop.h"
 #include "CObject.h"
 #include "CSystem.h"
-#include "CThread.h"
+#include "ThreadId.h"
 
 #include <algorithm>
 #include <utility>

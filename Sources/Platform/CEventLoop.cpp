@@ -2,7 +2,7 @@
 #include "CEventLoop.h"
 
 #include "CLoopState.h"
-#include "CThread.h"
+#include "ThreadId.h"
 
 #include <algorithm>
 #include <chrono>

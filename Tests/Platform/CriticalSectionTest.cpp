@@ -1,6 +1,6 @@
 #include "CCriticalSection.h"
 
-#include "CThread.h"
+#include "ThreadId.h"
 
 #include <gtest/gtest.h>
 
@@ -81,7 +81,7 @@ TEST(CCriticalSection, WaiterGetsItsTurnAfterTheSpinHasEnded)
     waiter.join();
 }
 
-TEST(CThread, LiveThreadsHaveDifferentNumbers)
+TEST(ThreadId, LiveThreadsHaveDifferentNumbers)
 {
     const std::uint64_t other = std::async(std::launch::async, platform::currentThreadId).get();
     EXPECT_NE(other, platform::currentThreadId());

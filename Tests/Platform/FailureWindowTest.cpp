@@ -1,4 +1,4 @@
-#include "CFailureWindow.h"
+#include "FailureWindow.h"
 
 #include "CTestXClient.h"
 #include "CTestXServer.h"

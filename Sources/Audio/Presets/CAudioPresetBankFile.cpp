@@ -2,10 +2,10 @@
 #include "CAudioPresetBankFile.h"
 
 #include "CFileSystem.h"
-#include "CThread.h"
 #include "Streams/CFileWriter.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "Streams/CResourceReader.h"
+#include "ThreadId.h"
 
 namespace qel {
 

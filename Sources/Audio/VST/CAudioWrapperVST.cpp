@@ -6,8 +6,8 @@
 #include "CAudioParam.h"
 #include "CAudioParamCollector.h"
 #include "CAudioParamRegistry.h"
-#include "CFailureReport.h"
 #include "CHostTraits.h"
+#include "FailureReport.h"
 #include "VstText.h"
 #include "Wildcard.h"
 

@@ -2,8 +2,8 @@
 #include "CWin32Window.h"
 
 #include "CGdiSurface.h"
-#include "CWindowClassNames.h"
 #include "WideText.h"
+#include "WindowClassNames.h"
 
 #include <algorithm>
 #include <utility>

@@ -4,6 +4,8 @@
 #include "CNotifyServer.h"
 #include "CSharedAttribute.h"
 #include "CTrace.h"
+#include "FailureReport.h"
+#include "FailureWindow.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "TemporaryHome.h"
 #include "TestTree.h"

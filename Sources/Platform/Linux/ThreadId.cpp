@@ -1,5 +1,5 @@
 // The running thread, as the thread library names it.
-#include "CThread.h"
+#include "ThreadId.h"
 
 #include <pthread.h>
 

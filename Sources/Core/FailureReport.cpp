@@ -1,7 +1,7 @@
 // Tells the user why the program could not start.
-#include "CFailureReport.h"
+#include "FailureReport.h"
 
-#include "CFailureWindow.h"
+#include "FailureWindow.h"
 
 namespace qel {
 

@@ -1,5 +1,5 @@
 // The failure on standard error, and in a window where there is a display.
-#include "CSystemFailureWindow.h"
+#include "SystemFailureWindow.h"
 
 #include "CXcbFailureWindow.h"
 

@@ -1,5 +1,5 @@
 // The running thread, as the system numbers it.
-#include "CThread.h"
+#include "ThreadId.h"
 
 #include "WindowsApi.h"
 

@@ -1,5 +1,5 @@
 // X11 knows no window classes to register.
-#include "CWindowClasses.h"
+#include "WindowClasses.h"
 
 namespace qel::platform {
 

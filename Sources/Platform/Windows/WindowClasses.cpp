@@ -1,10 +1,10 @@
 // Registration of the classes of hidden windows.
-#include "CWindowClasses.h"
+#include "WindowClasses.h"
 
 #include "CHiddenWindow.h"
 #include "CWin32Window.h"
-#include "CWindowClassNames.h"
 #include "WideText.h"
+#include "WindowClassNames.h"
 #include "WindowsApi.h"
 
 #include <mutex>

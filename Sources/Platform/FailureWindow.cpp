@@ -1,7 +1,7 @@
 // The choice between the window and a hook.
-#include "CFailureWindow.h"
+#include "FailureWindow.h"
 
-#include "CSystemFailureWindow.h"
+#include "SystemFailureWindow.h"
 
 #include <mutex>
 #include <utility>

@@ -1,5 +1,5 @@
 // The failure window: a text, the details to copy, and a message loop of its own.
-#include "CSystemFailureWindow.h"
+#include "SystemFailureWindow.h"
 
 #include "WideText.h"
 #include "WindowsApi.h"
