@@ -6,6 +6,7 @@
 #include "CAudioParamPrograms.h"
 #include "CAudioParamRegistryBase.h"
 #include "CAudioParamSubtree.h"
+#include "CAudioPresetNameParam.h"
 #include "CBridge.h"
 
 #include <mutex>
@@ -142,8 +143,6 @@ private:
     // Init.
     CError findObjects();
     void initBanks();
-    bool readStoredDefault(CAudioPreset& outPreset) const;
-    void loadStoredList();
 
     // Presets. With the bank's lock.
     CError snapshot(CAudioPreset& preset, bool withName, bool withPersistent, std::int32_t group);
@@ -167,7 +166,6 @@ private:
     void addStep(CAudioParamUndoStep& step);
 
     void onNameParamChange(const CAudioParam& param);
-    void markAsUser(const CAudioParamNotice& notice);
     void onSelectorChange(const CAudioParamNotice& notice);
 
     CString hierarchy_;
@@ -184,6 +182,7 @@ private:
     CAudioParamCollector* collector_ = nullptr;
     CAudioParamUndo* undo_ = nullptr;
     CSelectorListener selectorListener_{*this};
+    CAudioPresetNameParam nameParam_;
     CAudioParamSubtree params_;
 
     CCriticalSection bankLock_; // guards what follows
