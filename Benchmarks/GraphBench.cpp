@@ -1,8 +1,8 @@
 // What the graph costs around its kernels: one block through a 40-process graph against the replay of the
 // kernel calls that the same block makes.
 #include "CKernelContext.h"
-#include "GraphFixture.h"
 #include "GraphHost/CKernelRecording.h"
+#include "GraphRig.h"
 
 #include <benchmark/benchmark.h>
 
@@ -14,7 +14,7 @@ namespace qel {
 namespace {
 
 using test::Channels;
-using test::GraphFixture;
+using test::GraphRig;
 
 // Ten rows of four processes: two gains in series beside an absolute value, joined by a mix.
 std::string fortyProcesses()
@@ -62,7 +62,7 @@ double median(std::vector<Clock::duration>& times)
 void graphOverhead(benchmark::State& state)
 {
     const auto count = static_cast<int>(state.range(0));
-    GraphFixture graph(fortyProcesses());
+    GraphRig graph(fortyProcesses());
     const Channels input(2, std::vector<double>(static_cast<std::size_t>(count), 0.25));
     CKernelRecording recording;
     for (int i = 0; i < 10; ++i) {

@@ -2,7 +2,7 @@
 #include "CAudioParamStorage.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <cmath>
 #include <random>

@@ -1,7 +1,7 @@
 // One parameter on the control side: defaults, listeners, recorders, filters.
 #include "CAudioParamFilterInvert.h"
 #include "CAudioParamListener.h"
-#include "ParamInstance.h"
+#include "ParamFixture.h"
 
 namespace qel::test {
 
@@ -40,7 +40,7 @@ public:
     std::vector<double> log;
 };
 
-using ParamTest = ParamInstanceTest;
+using ParamTest = ParamFixture;
 
 TEST_F(ParamTest, GoesBackToDefaultsByParameterGroupAndEntry)
 {

@@ -1,7 +1,7 @@
 // Control threads write as fast as they can while the audio thread takes what there is.
 #include "CAudioParamFilterInvert.h"
 #include "CAudioParamListener.h"
-#include "ParamInstance.h"
+#include "ParamFixture.h"
 
 #include <atomic>
 #include <thread>
@@ -23,7 +23,7 @@ public:
     std::atomic<int> notices{0};
 };
 
-class ParamThreadsTest : public ParamInstanceTest
+class ParamThreadsTest : public ParamFixture
 {};
 
 TEST_F(ParamThreadsTest, ValuesArriveInOrderAndTheLastOneStays)

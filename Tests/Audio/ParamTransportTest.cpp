@@ -1,5 +1,5 @@
 // The road of a change from a control thread to the audio side and into the slots of modules.
-#include "ParamInstance.h"
+#include "ParamFixture.h"
 
 #include <cmath>
 #include <random>
@@ -8,7 +8,7 @@ namespace qel::test {
 
 namespace {
 
-class ParamTransportTest : public ParamInstanceTest
+class ParamTransportTest : public ParamFixture
 {
 protected:
     void set(CAudioParam& param, double value, double timeSec = 0.0, std::int32_t group = 0,

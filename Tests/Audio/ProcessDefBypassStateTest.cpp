@@ -1,7 +1,7 @@
 // Definitions of bypass states: ranges, conditions, messages.
 #include "CCreatorRegistry.h"
 #include "Definitions/CAudioProcessBypassStateDef.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <limits>
 
@@ -10,7 +10,7 @@ namespace {
 
 using test::TreeNode;
 
-class ProcessDefBypassStateTest : public test::ObjectTreeTest
+class ProcessDefBypassStateTest : public test::TreeFixture
 {
 protected:
     ProcessDefBypassStateTest()

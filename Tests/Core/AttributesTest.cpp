@@ -1,10 +1,10 @@
 // References inside attribute values, and objects that follow each other's attributes.
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 namespace qel {
 namespace {
 
-class AttributeTest : public test::ObjectTreeTest
+class AttributeTest : public test::TreeFixture
 {
 protected:
     AttributeTest()

@@ -1,11 +1,11 @@
 // Trees that would load without end.
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 namespace qel {
 namespace {
 
 using test::TreeNode;
-using LoaderTest = test::ObjectTreeTest;
+using LoaderTest = test::TreeFixture;
 
 TEST_F(LoaderTest, RefusesBodiesThatAreTemplatesAndNestingWithoutEnd)
 {

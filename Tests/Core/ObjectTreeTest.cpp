@@ -1,7 +1,7 @@
 // Naming, paths, templates, life cycle and release of object trees.
 #include "CCreatorRegistry.h"
 #include "CTrace.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <functional>
 
@@ -74,7 +74,7 @@ private:
     void note(const std::string& what) { log.push_back(getFullName().toUtf8() + " " + what); }
 };
 
-class CObjectTest : public test::ObjectTreeTest
+class CObjectTest : public test::TreeFixture
 {
 protected:
     CObjectTest()

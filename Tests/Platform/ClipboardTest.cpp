@@ -1,4 +1,4 @@
-#include "CWindowTest.h"
+#include "WindowFixture.h"
 
 #include <algorithm>
 #include <optional>
@@ -86,7 +86,7 @@ private:
 
 } // namespace
 
-TEST_F(CWindowTest, ClipboardTakesTextsOfOthers)
+TEST_F(WindowFixture, ClipboardTakesTextsOfOthers)
 {
     std::string longText;
     while (longText.size() < 300000) {
@@ -130,7 +130,7 @@ TEST_F(CWindowTest, ClipboardTakesTextsOfOthers)
     EXPECT_TRUE(idleUntil([&] { return isAnswered; }));
 }
 
-TEST_F(CWindowTest, ClipboardGivesTextsToOthers)
+TEST_F(WindowFixture, ClipboardGivesTextsToOthers)
 {
     display->clipboard().setText("\xC3\xA9 \xCE\xA9");
     display->flush();

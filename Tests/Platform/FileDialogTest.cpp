@@ -1,6 +1,6 @@
-#include "CWindowTest.h"
 #include "TemporaryFolder.h"
 #include "WholeFile.h"
+#include "WindowFixture.h"
 
 #include <dbus/dbus.h>
 #include <signal.h>
@@ -139,7 +139,7 @@ private:
 
 } // namespace
 
-TEST_F(CWindowTest, FileDialogsAskThePortalFirst)
+TEST_F(WindowFixture, FileDialogsAskThePortalFirst)
 {
     CTestPortal portal;
     const CVariable bus("DBUS_SESSION_BUS_ADDRESS", portal.address());
@@ -170,7 +170,7 @@ TEST_F(CWindowTest, FileDialogsAskThePortalFirst)
 
 // The desktop's programs are played by scripts: what they are told, and with what environment they start, is
 // what counts.
-TEST_F(CWindowTest, FileDialogsRunAsProcesses)
+TEST_F(WindowFixture, FileDialogsRunAsProcesses)
 {
     const test::TemporaryFolder folder;
     const CVariable path("PATH", folder.root().string());

@@ -1,4 +1,4 @@
-#include "CWindowTest.h"
+#include "WindowFixture.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -34,7 +34,7 @@ std::uint32_t gradient(int x, int y)
 
 } // namespace
 
-TEST_F(CWindowTest, ChildShowsWhatIsPresented)
+TEST_F(WindowFixture, ChildShowsWhatIsPresented)
 {
     CRecordingListener listener;
     const auto child = makeChild(listener);
@@ -100,7 +100,7 @@ TEST(SystemWindow, PicturesReachAServerOfAnotherDepth)
     EXPECT_EQ(client.pixelOf(idOf(*window), 599, 399) & 0xFFFF, 0xFC21u) << "5, 6 and 5 bits";
 }
 
-TEST_F(CWindowTest, PointerButtonsAndWheel)
+TEST_F(WindowFixture, PointerButtonsAndWheel)
 {
     CRecordingListener listener;
     const auto child = makeChild(listener);
@@ -143,7 +143,7 @@ TEST_F(CWindowTest, PointerButtonsAndWheel)
     client.release(kRight);
 }
 
-TEST_F(CWindowTest, KeysComeWhileTheFocusIsTakenAndGoBackToTheHost)
+TEST_F(WindowFixture, KeysComeWhileTheFocusIsTakenAndGoBackToTheHost)
 {
     constexpr int kA = 38; // codes of the server's keyboard
     constexpr int kE = 26;
@@ -221,7 +221,7 @@ TEST_F(CWindowTest, KeysComeWhileTheFocusIsTakenAndGoBackToTheHost)
     EXPECT_TRUE(listener.has("inactive"));
 }
 
-TEST_F(CWindowTest, HostMovesResizesAndReparents)
+TEST_F(WindowFixture, HostMovesResizesAndReparents)
 {
     CRecordingListener listener;
     const auto child = makeChild(listener);
@@ -241,7 +241,7 @@ TEST_F(CWindowTest, HostMovesResizesAndReparents)
     EXPECT_EQ(child->screenPlace(), (PixelRect{57, 68, 180, 120}));
 }
 
-TEST_F(CWindowTest, ListsAndDialogsTellTheWindowManagerWhatTheyAre)
+TEST_F(WindowFixture, ListsAndDialogsTellTheWindowManagerWhatTheyAre)
 {
     CRecordingListener listener;
     const xcb_window_t panel = client.makeWindow(10, 20, 280, 180, host);
@@ -290,7 +290,7 @@ TEST_F(CWindowTest, ListsAndDialogsTellTheWindowManagerWhatTheyAre)
     EXPECT_TRUE(dialogListener.has("close"));
 }
 
-TEST_F(CWindowTest, SurvivesRudeHosts)
+TEST_F(WindowFixture, SurvivesRudeHosts)
 {
     // A parent that is none.
     CRecordingListener listener;
@@ -331,7 +331,7 @@ TEST_F(CWindowTest, SurvivesRudeHosts)
     client.release(kLeft);
 }
 
-TEST_F(CWindowTest, SurvivesTheServersDeath)
+TEST_F(WindowFixture, SurvivesTheServersDeath)
 {
     CRecordingListener listener;
     const auto child = makeChild(listener);

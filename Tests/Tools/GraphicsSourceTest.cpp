@@ -1,10 +1,10 @@
-#include "ToolTestSupport.h"
+#include "FolderFixture.h"
 
 #include "GraphicsCompiler/GraphicsSource.h"
 
 namespace qel::tools {
 
-using GraphicsSource = CFolderTest;
+using GraphicsSource = FolderFixture;
 
 TEST_F(GraphicsSource, MakesStatesRampsAndPulsesOfAScheme)
 {

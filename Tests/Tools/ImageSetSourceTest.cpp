@@ -1,5 +1,5 @@
 #include "GraphicsCompiler/ImageSetSource.h"
-#include "ToolTestSupport.h"
+#include "FolderFixture.h"
 
 #include <cmath>
 
@@ -7,7 +7,7 @@ namespace qel::tools {
 
 namespace {
 
-class ImageSetSource : public CFolderTest
+class ImageSetSource : public FolderFixture
 {
 protected:
     // All messages, one a line, with file names relative to the folder.

@@ -1,5 +1,5 @@
 // Presets as XML: what is refused, and that nothing is lost on the way to XML and back.
-#include "ToolTestSupport.h"
+#include "FolderFixture.h"
 
 #include "CAudioParamConverter.h"
 #include "PresetCompiler/CPresetCompiler.h"
@@ -11,7 +11,7 @@
 
 namespace qel::tools {
 
-class PresetCompiler : public CFolderTest
+class PresetCompiler : public FolderFixture
 {
 protected:
     static void SetUpTestSuite()

@@ -1,5 +1,5 @@
 // The program as a shell sees it, with the test guest, the plug-in, and effects of other makers.
-#include "RenderTestSupport.h"
+#include "RenderFixture.h"
 
 #include <chrono>
 #include <csignal>
@@ -46,7 +46,7 @@ int finish(pid_t child)
 
 } // namespace
 
-class RenderCommand : public CRenderTest
+class RenderCommand : public RenderFixture
 {
 protected:
     std::string at(const std::string& name) const { return (folder_ / name).string(); }

@@ -1,5 +1,5 @@
 // Files through the test guest: what goes in and what comes out.
-#include "RenderTestSupport.h"
+#include "RenderFixture.h"
 
 namespace qel::tools {
 
@@ -12,7 +12,7 @@ constexpr int kFlac16 = SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
 
 } // namespace
 
-using RenderFile = CRenderTest;
+using RenderFile = RenderFixture;
 
 TEST_F(RenderFile, NullsWithADelayInEveryDepthPrecisionAndBlockLength)
 {

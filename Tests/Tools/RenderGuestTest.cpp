@@ -1,5 +1,5 @@
 // Parameters and states of a guest.
-#include "RenderTestSupport.h"
+#include "RenderFixture.h"
 
 #include "Render/CParameterSetter.h"
 #include "Render/DisplayNumber.h"
@@ -22,7 +22,7 @@ std::vector<float> valuesOf(CGuestPlugin& guest)
 
 } // namespace
 
-using RenderGuest = CRenderTest;
+using RenderGuest = RenderFixture;
 
 TEST_F(RenderGuest, FindsThePositionOfADisplayedValueHoweverTheEffectAnswers)
 {

@@ -1,14 +1,14 @@
-#include "ToolTestSupport.h"
+#include "FolderFixture.h"
 
-#include "TestTree.h"
 #include "TreeCompiler/ToolError.h"
 #include "TreeCompiler/TreeDecompiler.h"
+#include "TreeFixture.h"
 
 namespace qel::tools {
 
 namespace {
 
-class TreeCompiler : public CFolderTest
+class TreeCompiler : public FolderFixture
 {
 protected:
     CTreeNode compileText(std::string_view content)

@@ -1,5 +1,5 @@
 // Values, positions and texts of every kind of converter.
-#include "ConverterTree.h"
+#include "ConverterFixture.h"
 
 #include <cmath>
 
@@ -7,10 +7,10 @@ namespace qel {
 namespace {
 
 using Mode = CAudioParamConverter::TextMode;
-using test::ConverterTest;
+using test::ConverterFixture;
 using test::TreeNode;
 
-class ConvertersTest : public ConverterTest
+class ConvertersTest : public ConverterFixture
 {
 protected:
     static double parse(const CAudioParamInfo& info, const char* text)

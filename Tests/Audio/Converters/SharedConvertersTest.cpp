@@ -1,5 +1,5 @@
 // The converters of the shared tree as delivered.
-#include "ConverterTree.h"
+#include "ConverterFixture.h"
 #include "TreeCompiler/CTreeCompiler.h"
 
 #include <cmath>

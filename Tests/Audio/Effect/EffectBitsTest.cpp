@@ -1,12 +1,12 @@
 // What every factory program makes of the same music, down to the last bit: projects have to sound as they
 // were mixed.
-#include "../Presets/ProductInstance.h"
+#include "../Presets/ProductFixture.h"
 #include "EffectRig.h"
 
 namespace qel::test {
 namespace {
 
-class EffectBits : public ProductTest
+class EffectBits : public ProductFixture
 {};
 
 // Low noise in beats, by sums and products alone: the library's sine may differ from system to system.

@@ -1,12 +1,12 @@
 // Channels, groups and mid/side of the whole effect.
-#include "EffectTest.h"
+#include "EffectFixture.h"
 
 namespace qel {
 namespace {
 
 using namespace test;
 
-class EffectChannels : public EffectTest
+class EffectChannels : public EffectFixture
 {};
 
 constexpr double kRateHz = 48000.0;

@@ -1,12 +1,12 @@
 // Turning a knob while a tone plays.
-#include "EffectTest.h"
+#include "EffectFixture.h"
 
 namespace qel {
 namespace {
 
 using namespace test;
 
-class EffectClicks : public EffectTest
+class EffectClicks : public EffectFixture
 {};
 
 constexpr double kRateHz = 48000.0;

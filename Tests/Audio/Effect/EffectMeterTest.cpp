@@ -1,13 +1,13 @@
 // The meters in the graph, and what they hand to the collector.
 #include "CAudioVizCollector.h"
-#include "EffectTest.h"
+#include "EffectFixture.h"
 
 namespace qel {
 namespace {
 
 using namespace test;
 
-class EffectMeters : public EffectTest
+class EffectMeters : public EffectFixture
 {
 protected:
     static constexpr double kRateHz = 48000.0;

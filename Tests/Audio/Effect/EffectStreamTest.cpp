@@ -1,5 +1,5 @@
 // The whole effect as a stream: block sizes, rates, oversampling, latency, and what hosts may throw at it.
-#include "EffectTest.h"
+#include "EffectFixture.h"
 
 #include <algorithm>
 #include <ctime>
@@ -10,7 +10,7 @@ namespace {
 
 using namespace test;
 
-class EffectStream : public EffectTest
+class EffectStream : public EffectFixture
 {};
 
 TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)

@@ -1,5 +1,5 @@
 // Switching while music plays: what a change puts above the music, where a click would be heard.
-#include "../Presets/ProductInstance.h"
+#include "../Presets/ProductFixture.h"
 #include "EffectRig.h"
 
 namespace qel::test {
@@ -66,7 +66,7 @@ Click clickOf(const Signal& output)
             20.0 * std::log10(rest / whole)};
 }
 
-class SwitchClicks : public ProductTest
+class SwitchClicks : public ProductFixture
 {
 protected:
     // Runs music on both channels, the right one softer, and makes the change in its midst.

@@ -1,5 +1,5 @@
 // What each control does to the sound, and what it leaves alone.
-#include "EffectTest.h"
+#include "EffectFixture.h"
 
 #include <functional>
 
@@ -8,7 +8,7 @@ namespace {
 
 using namespace test;
 
-class EffectSwitches : public EffectTest
+class EffectSwitches : public EffectFixture
 {};
 
 constexpr double kRateHz = 48000.0;

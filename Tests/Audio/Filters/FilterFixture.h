@@ -3,8 +3,8 @@
 
 #include "CAudioFilterGen.h"
 #include "CreatorTable.h"
-#include "TestTree.h"
 #include "TreeCompiler/CTreeCompiler.h"
+#include "TreeFixture.h"
 
 #include <cmath>
 #include <complex>
@@ -15,11 +15,11 @@ namespace qel::test {
 using Complex = std::complex<double>;
 
 // Loads data/Filters.xml below an object "audio" of the shared tree, as the product does.
-class FilterTest : public ObjectTreeTest
+class FilterFixture : public TreeFixture
 {
 protected:
-    FilterTest() { releaseError(registerCreators(kCreatorTable)); }
-    ~FilterTest() override
+    FilterFixture() { releaseError(registerCreators(kCreatorTable)); }
+    ~FilterFixture() override
     {
         for (std::size_t i = shared_->getChildCount(); i > 0; --i) {
             CObject::releaseObject(shared_->getChild(i - 1));

@@ -9,7 +9,7 @@ using test::Complex;
 using test::decibels;
 using test::response;
 
-class FilterResponse : public test::FilterTest
+class FilterResponse : public test::FilterFixture
 {
 protected:
     void SetUp() override { loadDeliveredFilters(); }

@@ -1,5 +1,5 @@
 // Streaming through the graph: steps, sums, switching, latency, and the independence of block sizes.
-#include "../Processes/ProcessTestTree.h"
+#include "../Processes/ProcessRig.h"
 #include "CTrace.h"
 #include "GraphHost/CKernelRecording.h"
 
@@ -13,7 +13,7 @@ namespace qel {
 namespace {
 
 using test::Channels;
-using test::GraphFixture;
+using test::GraphRig;
 using test::noise;
 
 std::string param(const char* name, const char* defaultValue, const char* extra = "")
@@ -53,10 +53,10 @@ TEST(GraphStream, ChainsChildrenAutomaticallyInTheirOrder)
     const std::string states =
         param("off", "0", kGlobal.c_str()) + R"(<audio:process-bypass-state id="4" param="off"/>)";
     const char* bypassed = R"(bypass-state-id="4")";
-    GraphFixture graph(compound(states + gain("head", "8", bypassed) + gain("a", "2") +
-                                    gain("side", "100", R"(is-outoforder="true")") + gain("b", "0.25") +
-                                    gain("tail", "4", bypassed),
-                                ""));
+    GraphRig graph(compound(states + gain("head", "8", bypassed) + gain("a", "2") +
+                                gain("side", "100", R"(is-outoforder="true")") + gain("b", "0.25") +
+                                gain("tail", "4", bypassed),
+                            ""));
     const Channels input = noise(2, 1024, 1);
     constexpr std::size_t kFadeEnd = 512 + 240; // 5 ms
     const Channels output = graph.run(input, {64}, [&](std::size_t position) {
@@ -85,7 +85,7 @@ TEST(GraphStream, SumsSourcesInDeclaredOrderWithTheFewestKernels)
                    link(name.c_str(), "sum");
     }
     content += link("sum", "*");
-    GraphFixture graph(compound(content));
+    GraphRig graph(compound(content));
     CKernelRecording recording;
     graph.kernels().setObserver(&recording);
     const Channels input = noise(1, 100, 2);
@@ -107,7 +107,7 @@ TEST(GraphStream, SumsSourcesInDeclaredOrderWithTheFewestKernels)
 
 TEST(GraphStream, PassesByReferenceWhereNothingIsComputed)
 {
-    GraphFixture graph(compound(gain("unity", "1") + R"(<audio:modNode name="node"/>)", ""));
+    GraphRig graph(compound(gain("unity", "1") + R"(<audio:modNode name="node"/>)", ""));
     CKernelRecording recording;
     graph.kernels().setObserver(&recording);
     const Channels input = noise(2, 64, 4);
@@ -137,7 +137,7 @@ TEST(GraphStream, GivesTheSameSamplesAtEveryBlockSize)
     const Channels input = noise(2, 9000, 5);
     Channels reference;
     for (const std::vector<int>& sizes : kBlockSizes) {
-        GraphFixture graph(kMixedGraph);
+        GraphRig graph(kMixedGraph);
         const Channels output = graph.run(input, sizes);
         if (reference.empty()) {
             reference = output;
@@ -169,7 +169,7 @@ TEST(GraphStream, GivesTheSameSamplesWithSimultaneousChangesAtTheSameTimes)
     const Channels input = noise(2, 20000, 6);
     Channels reference;
     for (const int size : {1, 8, 125, 250, 1000}) {
-        GraphFixture graph(kMixedGraph);
+        GraphRig graph(kMixedGraph);
         const Channels output = graph.run(input, {size}, [&](std::size_t position) {
             if (position % 1000 == 0) {
                 const auto step = static_cast<double>(position / 1000);
@@ -189,14 +189,13 @@ TEST(GraphStream, SwitchesLinksWithoutLosingQueuedSamples)
 {
     // Of an odd block the decimator takes the larger half, so that the links into the mix hold unequal
     // numbers of samples whenever the side chain comes and goes.
-    GraphFixture graph(compound(param("on", "0", kGlobal.c_str()) + R"(
+    GraphRig graph(compound(param("on", "0", kGlobal.c_str()) + R"(
         <audio:process-bypass-state id="0" param="on" is-inverted="true"/>
         <audio:modDecimator name="down"/><audio:modInterpolator name="up"/>
         <audio:modMix name="mix"><audio:param-alloc param-name="mix" index="0"/>)" +
-                                param("mix", "0.25") + "</audio:modMix>" + gain("side", "3") +
-                                link("*", "down") + link("down", "up") + link("up", "mix") +
-                                link("*", "mix/1") + link("mix", "*") +
-                                link("*", "side", R"(bypass-state-id="0")")));
+                            param("mix", "0.25") + "</audio:modMix>" + gain("side", "3") + link("*", "down") +
+                            link("down", "up") + link("up", "mix") + link("*", "mix/1") + link("mix", "*") +
+                            link("*", "side", R"(bypass-state-id="0")")));
     CKernelRecording recording;
     graph.kernels().setObserver(&recording);
     const Channels input = noise(2, 4995, 7);
@@ -230,7 +229,7 @@ TEST(GraphStream, CutsOffWhatHasNoSignal)
                                 R"(<audio:modNode name="out"/>)" + link("*", "a", R"(bypass-state-id="0")") +
                                 link("a", "b") + link("b", "c") + link("c", "*/0") + link("*", "out") +
                                 link("out", "*");
-    GraphFixture graph(compound(content));
+    GraphRig graph(compound(content));
     const Channels input = noise(1, 1500, 8);
     const Channels output = graph.run(input, {100}, [&](std::size_t position) {
         if (position == 500 || position == 1000) {
@@ -252,9 +251,9 @@ TEST(GraphStream, RunsOnAroundACycle)
     std::vector<std::string> lines;
     const CTraceHook old = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
     {
-        GraphFixture graph(compound(
-            gain("good", "2") + R"(<audio:modMix name="x"/><audio:modMix name="y"/>)" + link("*", "x") +
-            link("y", "x/1") + link("*", "y") + link("x", "y/1") + link("*", "good") + link("good", "*")));
+        GraphRig graph(compound(gain("good", "2") + R"(<audio:modMix name="x"/><audio:modMix name="y"/>)" +
+                                link("*", "x") + link("y", "x/1") + link("*", "y") + link("x", "y/1") +
+                                link("*", "good") + link("good", "*")));
         const Channels input = noise(1, 64, 9);
         EXPECT_EQ(graph.run(input, {64})[0][5], input[0][5] * 2.0);
         const std::size_t inUse = graph.kernels().pool().slotsInUse();
@@ -273,7 +272,7 @@ TEST(GraphStream, RunsOneCopyOfAStackForEachGroup)
 {
     const std::string stack = R"(<audio:process-def name="inner" is-stacked="true" is-grouped="true">)" +
                               gain("g", "1") + "</audio:process-def>";
-    GraphFixture graph(compound(stack, ""));
+    GraphRig graph(compound(stack, ""));
     graph.set("inner.g.gain", 2.0, 0);
     graph.set("inner.g.gain", 3.0, 5);
     graph.formatOf = [](int channel) { return CAudioStreamFormat{48000.0, 0.0, channel == 1 ? 5 : channel}; };
@@ -289,7 +288,7 @@ TEST(GraphStream, RunsOneCopyOfAStackForEachGroup)
 TEST(GraphStream, GivesEveryBufferBack)
 {
     std::size_t inUse = 0;
-    GraphFixture graph(kMixedGraph);
+    GraphRig graph(kMixedGraph);
     const Channels input = noise(2, 2000, 13);
     for (int round = 0; round < 3; ++round) {
         graph.run(input, {64, 100},
@@ -308,7 +307,7 @@ TEST(GraphStream, ReportsFaultyTrees)
 {
     const auto message = [](const std::string& definition) -> std::string {
         try {
-            GraphFixture graph(definition);
+            GraphRig graph(definition);
         } catch (const std::runtime_error& error) {
             return error.what();
         }

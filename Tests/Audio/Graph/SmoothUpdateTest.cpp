@@ -1,6 +1,6 @@
 // Crossfades from one module instance to the next, and the simple modules.
-#include "GraphFixture.h"
 #include "GraphHost/CKernelRecording.h"
+#include "GraphRig.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@ namespace qel {
 namespace {
 
 using test::Channels;
-using test::GraphFixture;
+using test::GraphRig;
 
 std::string smoothGain(double fadeSec)
 {
@@ -33,7 +33,7 @@ TEST(SmoothUpdate, FadesOverExactlyTheFadeLengthWhateverTheBlocks)
 {
     constexpr std::size_t kFade = 480; // 0.01 s
     for (const int block : {1, 7, 64, 500, 512, 2000}) {
-        GraphFixture graph(smoothGain(0.01));
+        GraphRig graph(smoothGain(0.01));
         const Channels input(1, std::vector<double>(4000, 1.0));
         const Channels output = graph.run(input, {2000, block}, [&](std::size_t position) {
             if (position == 2000) {
@@ -50,7 +50,7 @@ TEST(SmoothUpdate, FadesOverExactlyTheFadeLengthWhateverTheBlocks)
 TEST(SmoothUpdate, StartsTheNextFadeFromTheLatestValueWhenOneIsUnderWay)
 {
     constexpr std::size_t kFade = 480;
-    GraphFixture graph(smoothGain(0.01));
+    GraphRig graph(smoothGain(0.01));
     const Channels input(1, std::vector<double>(3000, 1.0));
     const Channels output = graph.run(input, {100}, [&](std::size_t position) {
         if (position == 0 || position == 100 || position == 200) {
@@ -71,7 +71,7 @@ TEST(SmoothUpdate, StartsTheNextFadeFromTheLatestValueWhenOneIsUnderWay)
 
 TEST(SmoothUpdate, RunsOnlyOneInstanceAtRest)
 {
-    GraphFixture graph(smoothGain(0.01));
+    GraphRig graph(smoothGain(0.01));
     CKernelRecording recording;
     const Channels input(1, std::vector<double>(64, 1.0));
     graph.set("g.gain", 2.0);

@@ -1,6 +1,6 @@
 // Parameters as the host sees them.
 #include "CApplication.h"
-#include "HostParamRig.h"
+#include "HostParamFixture.h"
 #include "TemporaryHome.h"
 
 #include <atomic>
@@ -10,10 +10,10 @@
 namespace qel {
 namespace {
 
-using test::HostParamTest;
+using test::HostParamFixture;
 using Calls = test::RecordingHost::Calls;
 
-class ExtParamTest : public HostParamTest
+class ExtParamTest : public HostParamFixture
 {};
 
 TEST_F(ExtParamTest, TellsTheHostOfEveryChangeButItsOwnAndThoseOfOtherGroups)

@@ -1,5 +1,5 @@
 // The two ends of the audio/UI interface, joined.
-#include "../Viz/VizRig.h"
+#include "../Viz/VizFixture.h"
 #include "CAudioExtParamHostBridge.h"
 #include "CAudioInterfaceBase.h"
 #include "CAudioInterfaceClient.h"
@@ -27,7 +27,7 @@ public:
     std::int32_t id = -2;
 };
 
-class InterfaceTest : public test::VizInstanceTest
+class InterfaceTest : public test::VizFixture
 {
 protected:
     InterfaceTest()

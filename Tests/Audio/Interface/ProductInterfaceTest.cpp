@@ -1,5 +1,5 @@
 // A window on the product: what it is told at the start, and steps of the history that several objects make.
-#include "../Presets/ProductInstance.h"
+#include "../Presets/ProductFixture.h"
 #include "CAudioExtParam.h"
 #include "CAudioExtParamList.h"
 #include "CAudioInterfaceClient.h"
@@ -9,7 +9,7 @@
 namespace qel::test {
 namespace {
 
-class ProductInterface : public ProductTest
+class ProductInterface : public ProductFixture
 {
 protected:
     ProductInterface()

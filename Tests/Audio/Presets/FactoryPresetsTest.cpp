@@ -1,10 +1,10 @@
 // The factory bank as it is delivered.
-#include "ProductInstance.h"
+#include "ProductFixture.h"
 
 namespace qel::test {
 namespace {
 
-class FactoryPresets : public ProductTest
+class FactoryPresets : public ProductFixture
 {
 protected:
     FactoryPresets() { bringUp(host_); }

@@ -1,12 +1,12 @@
 // Banks that hosts bring: what belongs to the project.
-#include "ProductInstance.h"
+#include "ProductFixture.h"
 
 namespace qel::test {
 namespace {
 
 constexpr const char* kInstanceName = "instance-name";
 
-class HostBank : public ProductTest
+class HostBank : public ProductFixture
 {
 protected:
     static Bytes chunkOf(TestHost& host)

@@ -1,5 +1,5 @@
 // Random walks through everything that changes an instance's state, beside a model that keeps whole states.
-#include "PresetInstance.h"
+#include "PresetFixture.h"
 #include "Streams/CResourceMap.h"
 
 #include <algorithm>
@@ -129,7 +129,7 @@ struct Place
     std::optional<Content> unvisited;
 };
 
-class RegistryModel : public PresetInstanceTest, public ::testing::WithParamInterface<unsigned>
+class RegistryModel : public PresetFixture, public ::testing::WithParamInterface<unsigned>
 {
 protected:
     RegistryModel()

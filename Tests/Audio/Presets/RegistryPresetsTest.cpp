@@ -1,10 +1,10 @@
 // Snapshots of parameters, and putting them back.
-#include "PresetInstance.h"
+#include "PresetFixture.h"
 
 namespace qel::test {
 namespace {
 
-class RegistryPresets : public PresetInstanceTest
+class RegistryPresets : public PresetFixture
 {
 protected:
     RegistryPresets() { makeInstance(); }

@@ -1,12 +1,12 @@
 // The host's programs, A/B and master reset.
-#include "PresetInstance.h"
+#include "PresetFixture.h"
 
 namespace qel::test {
 namespace {
 
 using Texts = std::vector<std::string>;
 
-class RegistryPrograms : public PresetInstanceTest
+class RegistryPrograms : public PresetFixture
 {
 protected:
     RegistryPrograms()

@@ -1,6 +1,6 @@
 // What a registry begins with: the factory bank, the user's default preset, stored lists.
 #include "CApplication.h"
-#include "PresetInstance.h"
+#include "PresetFixture.h"
 #include "TemporaryHome.h"
 
 namespace qel::test {

@@ -1,5 +1,5 @@
 // States that leave an instance and come back, into another one, and into later versions of the program.
-#include "ProductInstance.h"
+#include "ProductFixture.h"
 
 #include <cmath>
 #include <fstream>
@@ -10,7 +10,7 @@ namespace {
 
 const std::string kGoldenFolder = DRUMFELL_DATA "/../Tests/Audio/Presets/Golden/";
 
-class SavedState : public ProductTest
+class SavedState : public ProductFixture
 {
 protected:
     static void expectFurnished(TestHost& host)

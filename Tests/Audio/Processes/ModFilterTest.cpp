@@ -2,7 +2,7 @@
 #include "CModFilter.h"
 
 #include "GraphHost/CKernelRecording.h"
-#include "ProcessTestTree.h"
+#include "ProcessRig.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // One of several processes in one place.
 #include "CModProcessSwitch.h"
 #include "GraphHost/CKernelRecording.h"
-#include "ProcessTestTree.h"
+#include "ProcessRig.h"
 
 #include <gtest/gtest.h>
 
@@ -40,7 +40,7 @@ double expected(int index, double sample, double level)
 
 TEST(ProcessSwitch, RunsTheSelectedChildAndNoOther)
 {
-    GraphFixture graph(switchTree(kList + R"(def-index="1")"));
+    GraphRig graph(switchTree(kList + R"(def-index="1")"));
     const Channels input = noise(2, 64, 1);
     CKernelRecording recording;
     // Index as set, index that counts: what is not listed selects `def-index`.
@@ -61,7 +61,7 @@ TEST(ProcessSwitch, RunsTheSelectedChildAndNoOther)
 
 TEST(ProcessSwitch, LosesNoSampleAndKeepsParametersOfRestingChildrenCurrent)
 {
-    GraphFixture graph(switchTree(kList));
+    GraphRig graph(switchTree(kList));
     const Channels input(2, std::vector<double>(20000, 1.0));
     std::mt19937 random(3);
     double level = 2.0;
@@ -87,9 +87,9 @@ TEST(ProcessSwitch, LosesNoSampleAndKeepsParametersOfRestingChildrenCurrent)
 
 TEST(ProcessSwitch, FeedsEveryPortOfTheSelectedChild)
 {
-    GraphFixture graph(R"(<audio:process-def name="main" is-auto-links="false"><audio:modAbs name="abs"/>
+    GraphRig graph(R"(<audio:process-def name="main" is-auto-links="false"><audio:modAbs name="abs"/>
         <audio:modProcessSwitch name="s" process-list="0:.a;1:.b" >)" +
-                       globalSlot("index", 0, "0") + R"(<audio:modMult name="a" is-prototype="true"/>
+                   globalSlot("index", 0, "0") + R"(<audio:modMult name="a" is-prototype="true"/>
           <audio:modNode name="b" is-prototype="true"/></audio:modProcessSwitch>
         <audio:process-link src="*" dst="s"/><audio:process-link src="*" dst="abs"/>
         <audio:process-link src="abs" dst="s/1"/><audio:process-link src="s" dst="*"/></audio:process-def>)");

@@ -1,7 +1,7 @@
 // Resamplers with the half-band filters that are delivered.
 #include "CModDownsampler.h"
 #include "CModUpsampler.h"
-#include "ProcessTestTree.h"
+#include "ProcessRig.h"
 
 #include <gtest/gtest.h>
 

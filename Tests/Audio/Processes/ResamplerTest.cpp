@@ -3,7 +3,7 @@
 #include "CModDownsampler.h"
 #include "CModUpsampler.h"
 #include "GraphHost/CKernelRecording.h"
-#include "ProcessTestTree.h"
+#include "ProcessRig.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Host channels to internal channels and groups, and back.
 #include "GraphHost/CKernelRecording.h"
-#include "ProcessTestTree.h"
+#include "ProcessRig.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ std::string compound(const std::string& content)
     return "<audio:process-def name=\"main\">" + content + "</audio:process-def>";
 }
 
-std::vector<std::string> kernelsOf(GraphFixture& graph, const Channels& input)
+std::vector<std::string> kernelsOf(GraphRig& graph, const Channels& input)
 {
     CKernelRecording recording;
     graph.kernels().setObserver(&recording);
@@ -39,7 +39,7 @@ TEST(Router, GivesAHostChannelTheMeanOfWhatIsRoutedToIt)
         for (int i = 1; i < 8; ++i) {
             routing += i < sources ? ",4" : ",0";
         }
-        GraphFixture graph(compound(router("out", routing.c_str(), "0", true)));
+        GraphRig graph(compound(router("out", routing.c_str(), "0", true)));
         const Channels input = noise(8, 64, 3);
         const Channels output = graph.run(input, {64});
         // 1/N in double precision, within the last kernel of the sum.
@@ -74,7 +74,7 @@ const std::string kWholeWay = compound(router("in", "1,2,0,0", "0,0,1,1") +
 
 TEST(Router, StopsTheStreamWhereNothingIsRoutedAndTakesItUpAgain)
 {
-    GraphFixture graph(kWholeWay);
+    GraphRig graph(kWholeWay);
     const Channels input = noise(2, 48000, 6);
     EXPECT_EQ(graph.run(input, {480})[1].size(), 48000u);
     setList(graph, "in.routing", {0, 0, 0, 0});

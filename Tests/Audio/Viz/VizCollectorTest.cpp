@@ -1,7 +1,7 @@
 // Visual data on their way from the audio thread, and who switches them on.
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
-#include "VizRig.h"
+#include "VizFixture.h"
 
 #include <atomic>
 #include <thread>
@@ -9,7 +9,7 @@
 namespace qel {
 namespace {
 
-class VizCollectorTest : public test::VizInstanceTest
+class VizCollectorTest : public test::VizFixture
 {};
 
 TEST_F(VizCollectorTest, HandsFindingsOverInOrderAndLosesTheOldestWhenNobodyReads)

@@ -8,7 +8,7 @@
 #include "CAudioWrapper.h"
 #include "CNoiseSource.h"
 #include "CreatorTable.h"
-#include "GraphFixture.h"
+#include "GraphRig.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "TemporaryHome.h"
 

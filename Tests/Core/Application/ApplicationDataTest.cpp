@@ -3,7 +3,7 @@
 #include "Streams/CMemoryWriteBuffer.h"
 #include "Streams/CResourceMap.h"
 #include "TemporaryHome.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>

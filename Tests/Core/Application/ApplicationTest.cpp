@@ -8,7 +8,7 @@
 #include "FailureWindow.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "TemporaryHome.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <list>
 #include <thread>

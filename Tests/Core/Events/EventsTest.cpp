@@ -1,12 +1,12 @@
 // Named events: subscriptions, delivery at once and by way of the loop, and who may be gone by then.
 #include "CTrace.h"
-#include "EventTestTree.h"
+#include "EventRig.h"
 
 namespace qel {
 namespace {
 
 using test::CEventProbe;
-using test::EventTree;
+using test::EventRig;
 using test::withX;
 using Log = std::vector<std::string>;
 
@@ -33,7 +33,7 @@ protected:
 
     test::TestClasses classes_{kClasses};
     test::TreeRoot shared_;
-    EventTree tree_;
+    EventRig tree_;
     CObject& sender_ = tree_.add("core:object", "sender");
     CObject& a_ = tree_.add("probe", "a");
     CObject& b_ = tree_.add("probe", "b");

@@ -2,13 +2,13 @@
 #include "CAttrDoubler.h"
 #include "CGlobalSettings.h"
 #include "CTimer.h"
-#include "EventTestTree.h"
+#include "EventRig.h"
 
 namespace qel {
 namespace {
 
 using test::CEventProbe;
-using test::EventTree;
+using test::EventRig;
 
 constexpr CCreatorRow kClasses[] = {
     {"probe", newObject<CEventProbe>, CEventProbe::buildClassInfo},
@@ -53,7 +53,7 @@ protected:
     test::TestClasses classes_{kClasses};
     test::TreeRoot shared_;
     CEventLoop loop_;
-    EventTree tree_;
+    EventRig tree_;
 };
 
 TEST_F(TreeClasses, ATimerTicksAtItsIntervalRoundedToMilliseconds)

@@ -1,4 +1,4 @@
-#include "StreamTestSupport.h"
+#include "StreamRig.h"
 
 #include <zlib.h>
 

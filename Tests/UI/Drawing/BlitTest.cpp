@@ -4,7 +4,7 @@
 #include "CLinearBitmap.h"
 #include "GraphicsBytes.h"
 #include "Streams/CMemoryReader.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 namespace qel {
 namespace {

@@ -8,7 +8,7 @@
 #include "CTrace.h"
 #include "GraphicsBytes.h"
 #include "Streams/CMemoryReader.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <functional>
 #include <memory>

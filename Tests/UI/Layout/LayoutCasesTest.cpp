@@ -1,5 +1,5 @@
 // Layouts worked out by hand.
-#include "LayoutFixture.h"
+#include "LayoutRig.h"
 
 #include <gtest/gtest.h>
 
@@ -270,7 +270,7 @@ class LayoutCase : public ::testing::TestWithParam<Case>
 TEST_P(LayoutCase, IsAsWorkedOutByHand)
 {
     const Case& layout = GetParam();
-    const test::LaidOut tree(layout.views, layout.rootAttributes, layout.scale);
+    const test::LayoutRig tree(layout.views, layout.rootAttributes, layout.scale);
     for (const auto& [path, expected] : layout.expected) {
         const CRect rect = tree.rect(path);
         EXPECT_TRUE(std::abs(rect.x - expected.x) < 1e-3 && std::abs(rect.y - expected.y) < 1e-3 &&

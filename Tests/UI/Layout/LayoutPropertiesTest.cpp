@@ -1,5 +1,5 @@
 // What holds for every layout, tried on random trees.
-#include "LayoutFixture.h"
+#include "LayoutRig.h"
 
 #include <gtest/gtest.h>
 
@@ -83,7 +83,7 @@ TEST_P(LayoutProperties, SolvingIsQuietAndChangesUndoThemselves)
 {
     RandomTree random(GetParam());
     const std::string xml = random.views(0, true, true);
-    test::LaidOut tree(xml);
+    test::LayoutRig tree(xml);
     const auto before = rectsOf(tree);
 
     CLayoutContext& context = tree.view("root").getLayoutContext();
@@ -128,9 +128,9 @@ TEST_P(LayoutProperties, ResultsDependOnNeitherHistoryNorStrangers)
     RandomTree strangers(GetParam() + 1000);
     const std::string other = "<v n=\"other\" placement=\"overlay\" width=\"90\" height=\"90\">" +
                               strangers.views(1, true, true) + "</v>";
-    const auto alone = rectsOf(test::LaidOut(xml));
-    const auto before = rectsOf(test::LaidOut(other + xml));
-    test::LaidOut changing(other + xml);
+    const auto alone = rectsOf(test::LayoutRig(xml));
+    const auto before = rectsOf(test::LayoutRig(other + xml));
+    test::LayoutRig changing(other + xml);
     CObject::releaseObject(&changing.view("root.other"));
     // Formulas of all views are written anew, in other places.
     changing.change("", "width", "100");
@@ -159,7 +159,7 @@ TEST_P(LayoutProperties, DockedViewsDoNotOverlapAndStayInside)
     }
     xml += R"(<v n="rest" placement="full" width="full" height="full"/>)";
     for (const double scale : {0.8, 1.0, 1.25}) {
-        const test::LaidOut tree(xml, "", scale);
+        const test::LayoutRig tree(xml, "", scale);
         const CRect root = tree.rect("");
         const auto rects = rectsOf(tree);
         // Corners are rounded, so up to a pixel is shared.

@@ -1,6 +1,6 @@
 // Layouts as the inspector shows them.
 #include "Layout/PrintLayout.h"
-#include "LayoutFixture.h"
+#include "LayoutRig.h"
 #include "TreeCompiler/ToolError.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // What views are told about their places, and how trees of views come and go.
 #include "CCreatorRegistry.h"
 #include "CTrace.h"
-#include "LayoutFixture.h"
+#include "LayoutRig.h"
 #include "TreeCompiler/ToolError.h"
 
 #include <gtest/gtest.h>
@@ -64,7 +64,7 @@ protected:
         return told(parent, attributes);
     }
 
-    std::optional<test::LaidOut> tree_;
+    std::optional<test::LayoutRig> tree_;
 };
 
 TEST_F(ViewArea, ClipsAtItsParentOrAtTheAncestorThatItsUnclipLevelLeads)
@@ -246,7 +246,7 @@ TEST_F(ViewArea, FaultsOfATreeAreTold)
     };
     for (const auto& [views, text] : cases) {
         try {
-            const test::LaidOut tree(views);
+            const test::LayoutRig tree(views);
             ADD_FAILURE() << text;
         } catch (const tools::CToolError& error) {
             EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
@@ -258,7 +258,7 @@ TEST_F(ViewArea, FaultsOfATreeAreTold)
     std::vector<std::string> lines;
     const CTraceHook before = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
     // Two views as wide as the view that is as wide as both.
-    const test::LaidOut tree(R"(<v n="p"><v n="a" width="full" min-width="1"/><v n="b" width="full"/>
+    const test::LayoutRig tree(R"(<v n="p"><v n="a" width="full" min-width="1"/><v n="b" width="full"/>
                                   <v n="c" placement="scroller-v" width="5"/></v>)");
     setTraceHook(before);
     ASSERT_EQ(lines.size(), 2u);

@@ -6,7 +6,7 @@
 #include "GraphicsBytes.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <memory>
 

@@ -6,7 +6,7 @@
 #include "CPaletteObject.h"
 #include "GraphicsBytes.h"
 #include "Streams/CResourceMap.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 namespace qel {
 namespace {
@@ -19,7 +19,7 @@ constexpr CCreatorRow row(const char* tag)
     return {tag, &newObject<Class>, &Class::buildClassInfo};
 }
 
-class GraphicsObjects : public test::ObjectTreeTest
+class GraphicsObjects : public test::TreeFixture
 {
 protected:
     GraphicsObjects()

@@ -9,7 +9,7 @@ using test::node;
 using test::state;
 using test::view;
 
-class States : public test::ViewTest
+class States : public test::ViewFixture
 {};
 
 TEST_F(States, JoinAttributesInTheOrderOfActivation)

@@ -10,7 +10,7 @@ using test::node;
 using test::state;
 using test::view;
 
-class ViewColors : public test::ViewTest
+class ViewColors : public test::ViewFixture
 {
 protected:
     // The red, green and blue of the view's slot.

@@ -10,7 +10,7 @@ using test::node;
 using test::view;
 using Lines = std::vector<std::string>;
 
-class ViewEvents : public test::ViewTest
+class ViewEvents : public test::ViewFixture
 {};
 
 TEST_F(ViewEvents, RunTheActionsOfACommandInTheirOrder)

@@ -15,7 +15,7 @@
 #include "CViewWindow.h"
 #include "GraphicsBytes.h"
 #include "Streams/CResourceMap.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 namespace qel::test {
 
@@ -123,10 +123,10 @@ constexpr CCreatorRow creatorRow(const char* tag)
 }
 
 // A tree with what every interface has ("ui", "pal", "log"), and one window of 200 x 100 pixels, "w".
-class ViewTest : public ObjectTreeTest
+class ViewFixture : public TreeFixture
 {
 protected:
-    ViewTest()
+    ViewFixture()
     {
         clearCreators();
         releaseError(registerCreators(kRows));
@@ -134,7 +134,7 @@ protected:
         registerResource("blue.pal", bluePalette_);
         setTime(0.0);
     }
-    ~ViewTest() override
+    ~ViewFixture() override
     {
         CObject::releaseObject(root_->findObject("w"));
         clearCreators();

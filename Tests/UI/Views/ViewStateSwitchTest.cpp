@@ -8,7 +8,7 @@ using test::Attrs;
 using test::node;
 using test::view;
 
-class ViewStateSwitch : public test::ViewTest
+class ViewStateSwitch : public test::ViewFixture
 {
 protected:
     static test::TreeNode disabler(const std::string& selector, const std::string& value,

@@ -1,8 +1,8 @@
 // An instance with converters, host parameters and a host that writes down what it is told.
 #pragma once
 
-#include "../Converters/ConverterTree.h"
-#include "../ParamInstance.h"
+#include "../Converters/ConverterFixture.h"
+#include "../ParamFixture.h"
 #include "CAudioCCTable.h"
 #include "CAudioExtParamHostBridge.h"
 #include "CAudioExtParamList.h"
@@ -33,10 +33,10 @@ private:
     Calls calls_;
 };
 
-class HostParamTest : public ParamInstanceTest
+class HostParamFixture : public ParamFixture
 {
 protected:
-    HostParamTest()
+    HostParamFixture()
     {
         EXPECT_OK(registerConverters());
         const CCreatorRow rows[] = {

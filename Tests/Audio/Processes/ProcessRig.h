@@ -3,7 +3,7 @@
 
 #include "CAudioParam.h"
 #include "CAudioProcess.h"
-#include "GraphFixture.h"
+#include "GraphRig.h"
 
 #include <random>
 

@@ -3,7 +3,7 @@
 
 #include "../Wrapper/WrapperRig.h"
 #include "CAudioParamRegistry.h"
-#include "PresetInstance.h"
+#include "PresetFixture.h"
 #include "TemporaryHome.h"
 
 extern "C" const qel::CResourceRow drumfellResourceDirectory[];
@@ -11,17 +11,17 @@ extern "C" const qel::CResourceRow drumfellResourceDirectory[];
 namespace qel::test {
 
 // The application with the resources that are built into the library, and stores in a folder of their own.
-class ProductTest : public ::testing::Test
+class ProductFixture : public ::testing::Test
 {
 protected:
-    ProductTest()
+    ProductFixture()
     {
         CApplicationParts parts;
         parts.creators = kCreatorTable;
         parts.resources = drumfellResourceDirectory;
         requireOk(CApplication::start(parts));
     }
-    ~ProductTest() override { CApplication::finish(); }
+    ~ProductFixture() override { CApplication::finish(); }
 
     static void bringUp(TestHost& host)
     {

@@ -4,7 +4,7 @@
 #include "CAudioParamCollector.h"
 #include "CAudioParamEventQueue.h"
 #include "CCreatorRegistry.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <memory>
 #include <vector>
@@ -73,10 +73,10 @@ struct Slot
     bool isBound = false;
 };
 
-class ParamInstanceTest : public ObjectTreeTest
+class ParamFixture : public TreeFixture
 {
 protected:
-    ParamInstanceTest()
+    ParamFixture()
     {
         releaseError(registerCreator({"audio:audio-env", &newObject<CAudioEnv>, &CAudioEnv::buildClassInfo}));
         releaseError(registerCreator({"audio:param-collector", &newObject<CAudioParamCollector>,
@@ -89,7 +89,7 @@ protected:
         collector_ = dynamic_cast<CAudioParamCollector*>(root_->findObject("param-collector"));
     }
     // Creators go last, behind the trees; slots of a test go before it.
-    ~ParamInstanceTest() override { clearCreators(); }
+    ~ParamFixture() override { clearCreators(); }
 
     CAudioParam& addParam(const char* fullName, const CAudioParamInfo& info)
     {

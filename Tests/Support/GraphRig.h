@@ -18,10 +18,10 @@ inline void requireOk(CError error)
 }
 
 // Runs the definition "main" of a piece of XML, behind a few converters, as the process "plugin.main".
-class GraphFixture : public tools::CGraphHost
+class GraphRig : public tools::CGraphHost
 {
 public:
-    explicit GraphFixture(const std::string& definition)
+    explicit GraphRig(const std::string& definition)
         : CGraphHost(compileXml(R"(<tree><core:object name="audio"><core:object name="paramcvt">
               <audio:cvt-gain name="gain"/><audio:cvt-real name="real" decimals="2"/>
               <audio:cvt-percent name="percent"/><audio:cvt-enum name="enum"/>

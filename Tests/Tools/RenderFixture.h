@@ -1,7 +1,7 @@
 // What the renderer's tests share: signals, files, and the test guest in all its moods.
 #pragma once
 
-#include "ToolTestSupport.h"
+#include "FolderFixture.h"
 
 #include "Render/CFileRender.h"
 #include "Render/RenderError.h"
@@ -15,10 +15,10 @@
 
 namespace qel::tools {
 
-class CRenderTest : public CFolderTest
+class RenderFixture : public FolderFixture
 {
 protected:
-    ~CRenderTest() override { unsetenv("DRUMFELL_TEST_GUEST"); }
+    ~RenderFixture() override { unsetenv("DRUMFELL_TEST_GUEST"); }
 
     static void behave(const std::string& words) { setenv("DRUMFELL_TEST_GUEST", words.c_str(), 1); }
     static std::shared_ptr<CGuestLibrary> library()

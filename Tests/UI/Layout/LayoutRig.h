@@ -25,10 +25,10 @@ inline std::string layoutXml(std::string views, const std::string& rootAttribute
            "</ui:view></tree>";
 }
 
-class LaidOut : public tools::CLayoutTree
+class LayoutRig : public tools::CLayoutTree
 {
 public:
-    explicit LaidOut(const std::string& views, const std::string& rootAttributes = {}, double scale = 1.0)
+    explicit LayoutRig(const std::string& views, const std::string& rootAttributes = {}, double scale = 1.0)
         : CLayoutTree(compileXml(layoutXml(views, rootAttributes)), scale)
     {}
 

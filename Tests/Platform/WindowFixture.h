@@ -74,7 +74,7 @@ public:
     std::function<void()> whenPressed;
 };
 
-class CWindowTest : public testing::Test
+class WindowFixture : public testing::Test
 {
 protected:
     static constexpr int kHostX = 100;

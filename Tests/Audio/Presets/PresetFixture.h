@@ -1,7 +1,7 @@
 // An instance with an undo store and the three registries of the product over a few parameters.
 #pragma once
 
-#include "../ParamInstance.h"
+#include "../ParamFixture.h"
 #include "CAudioParamRegistry.h"
 #include "CAudioParamUndo.h"
 #include "Streams/CMemoryReader.h"
@@ -64,10 +64,10 @@ struct BridgeCounter : CBridge
     int count = 0;
 };
 
-class PresetInstanceTest : public ParamInstanceTest
+class PresetFixture : public ParamFixture
 {
 protected:
-    PresetInstanceTest()
+    PresetFixture()
     {
         releaseError(registerCreator(
             {"audio:param-undo", &newObject<CAudioParamUndo>, &CAudioParamUndo::buildClassInfo}));

@@ -14,7 +14,7 @@
 namespace qel::tools {
 
 // A folder of its own for each test, removed behind it.
-class CFolderTest : public ::testing::Test
+class FolderFixture : public ::testing::Test
 {
 protected:
     std::string write(const std::string& name, std::string_view text) const

@@ -35,11 +35,11 @@ private:
 
 // An empty shared tree stands while the test runs, so that objects stay writable; as in the product, it is
 // published before it is loaded.
-class ObjectTreeTest : public ::testing::Test
+class TreeFixture : public ::testing::Test
 {
 protected:
-    ObjectTreeTest() { CObject::setSharedObject(&*shared_); }
-    ~ObjectTreeTest() override { CObject::setSharedObject(nullptr); }
+    TreeFixture() { CObject::setSharedObject(&*shared_); }
+    ~TreeFixture() override { CObject::setSharedObject(nullptr); }
 
     TreeRoot shared_;
     TreeRoot root_;

@@ -1,17 +1,17 @@
 // An instance with a visual collector.
 #pragma once
 
-#include "../Converters/ConverterTree.h"
-#include "../ParamInstance.h"
+#include "../Converters/ConverterFixture.h"
+#include "../ParamFixture.h"
 #include "CAudioParamDef.h"
 #include "CAudioVizCollector.h"
 
 namespace qel::test {
 
-class VizInstanceTest : public ParamInstanceTest
+class VizFixture : public ParamFixture
 {
 protected:
-    VizInstanceTest()
+    VizFixture()
     {
         EXPECT_OK(registerConverters());
         const CCreatorRow rows[] = {

@@ -12,7 +12,7 @@
 #include "CAudioParamConverterTime.h"
 #include "CAudioParamInfo.h"
 #include "CCreatorRegistry.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 namespace qel::test {
 
@@ -61,14 +61,14 @@ inline TreeNode converterNode()
 }
 
 // The shared tree holds converters while the test runs. Other classes register in the derived suite.
-class ConverterTest : public ObjectTreeTest
+class ConverterFixture : public TreeFixture
 {
 public:
     static void SetUpTestSuite() { ASSERT_OK(registerConverters()); }
     static void TearDownTestSuite() { clearCreators(); }
 
 protected:
-    ConverterTest() { EXPECT_OK(shared_.load(TreeNode().child(converterNode()))); }
+    ConverterFixture() { EXPECT_OK(shared_.load(TreeNode().child(converterNode()))); }
 
     // A declaration with this converter and this range in display units.
     static CAudioParamInfo infoOf(const char* converter, const char* min, const char* max)

@@ -4,7 +4,7 @@
 #include "CCreatorRegistry.h"
 #include "CEventLoop.h"
 #include "CNotifyServer.h"
-#include "TestTree.h"
+#include "TreeFixture.h"
 
 #include <algorithm>
 #include <functional>
@@ -51,14 +51,14 @@ public:
 };
 
 // An object tree with its server, as the application makes one.
-class EventTree
+class EventRig
 {
 public:
-    EventTree() : root(std::make_unique<TreeRoot>()), server(std::make_unique<CNotifyServer>())
+    EventRig() : root(std::make_unique<TreeRoot>()), server(std::make_unique<CNotifyServer>())
     {
         (*root)->setNotifyServer(server.get());
     }
-    ~EventTree() { end(); }
+    ~EventRig() { end(); }
     void end()
     {
         root.reset();

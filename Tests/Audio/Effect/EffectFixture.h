@@ -8,7 +8,7 @@
 namespace qel::test {
 
 // The application with the delivered tree, for as long as a test runs.
-class EffectTest : public ::testing::Test
+class EffectFixture : public ::testing::Test
 {
 protected:
     TestApplication application_{deliveredTree()};
