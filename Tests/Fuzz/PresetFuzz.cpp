@@ -64,6 +64,7 @@ public:
         addParam("p.pair", 2, CAudioParamInfo::kTypeFloat);
         addParam("p.title", 1, CAudioParamInfo::kTypeString);
         collector_->finalize();
+        releaseError(registry_->startProgram());
     }
     ~Instance()
     {
