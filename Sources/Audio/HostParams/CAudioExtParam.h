@@ -45,7 +45,7 @@ public:
 
     double getNormalized() const;
     // Leaves a value of the host for the next applyPosted() or takePosted(); a later one replaces it. It can
-    // be read back at once. What is no number is ignored.
+    // be read back at once. NaN is ignored.
     void postNormalized(double norm);
 
     // --- control threads

@@ -31,16 +31,6 @@ constexpr const char* kOutputName = "plugin.modOutput";
 constexpr const char* kLevelSetting = "oversampling-level";
 constexpr int kOfflineLevel = 4;
 
-template <class T>
-CError require(T*& out, CObject& root, const char* path, const char* message)
-{
-    out = dynamic_cast<T*>(root.findObject(path));
-    if (!out) {
-        QEL_FAIL({}, message);
-    }
-    return {};
-}
-
 } // namespace
 
 CAudioWrapper::CAudioWrapper() = default;
@@ -75,9 +65,9 @@ CError CAudioWrapper::init()
     QEL_TRY(application->initRootObject(root_), {});
     CObject* created = nullptr;
     QEL_TRY(root_->createChild(created, "plugin", "plugin", true), {});
-    QEL_TRY(require(plugin_, *root_, "plugin",
-                    "@qelstr_CAudioWrapper_init_PluginTree "
-                    "Plug-in tree object with the name 'plugin' is required."),
+    QEL_TRY(root_->require(plugin_, "plugin",
+                           "@qelstr_CAudioWrapper_init_PluginTree "
+                           "Plug-in tree object with the name 'plugin' is required."),
             {});
     hasSidechain_ = plugin_->getAttrBool("sidechain");
     QEL_TRY(initProject(), {});
@@ -95,9 +85,9 @@ CError CAudioWrapper::init()
 CError CAudioWrapper::initProject()
 {
     CObject* project = nullptr;
-    QEL_TRY(require(project, *root_, "shared::project",
-                    "@qelstr_CAudioWrapper_init_ProjectRoot "
-                    "Shared project root 'shared::project' object is required."),
+    QEL_TRY(root_->require(project, "shared::project",
+                           "@qelstr_CAudioWrapper_init_ProjectRoot "
+                           "Shared project root 'shared::project' object is required."),
             {});
     QEL_TRY(identity_.read(*project), {});
     return {};
@@ -105,47 +95,52 @@ CError CAudioWrapper::initProject()
 
 CError CAudioWrapper::findObjects()
 {
-    QEL_TRY(require(context_, *root_, "plugin.dcdaw-context",
-                    "@qelstr_CAudioWrapper_init_ContextObject "
-                    "No valid DCDAW context object with the name 'plugin.dcdaw-context' defined."),
+    QEL_TRY(root_->require(context_, "plugin.dcdaw-context",
+                           "@qelstr_CAudioWrapper_init_ContextObject "
+                           "No valid DCDAW context object with the name 'plugin.dcdaw-context' defined."),
             {});
-    QEL_TRY(require(env_, *root_, "plugin.audio-env",
-                    "@qelstr_CAudioWrapper_init_AudioEnv "
-                    "No valid env object with the name 'plugin.audio-env' defined."),
-            {});
-    QEL_TRY(require(params_, *root_, "plugin.param-collector",
-                    "@qelstr_CAudioWrapper_init_ParamCollector "
-                    "No valid parameter collector object with the name 'plugin.param-collector' defined."),
-            {});
-    QEL_TRY(require(viz_, *root_, "plugin.viz-collector",
-                    "@qelstr_CAudioWrapper_init_VizCollector "
-                    "No valid visual object collector object with the name 'plugin.viz-collector' defined."),
+    QEL_TRY(root_->require(env_, "plugin.audio-env",
+                           "@qelstr_CAudioWrapper_init_AudioEnv "
+                           "No valid env object with the name 'plugin.audio-env' defined."),
             {});
     QEL_TRY(
-        require(interfaceBase_, *root_, "plugin.interface-base",
+        root_->require(params_, "plugin.param-collector",
+                       "@qelstr_CAudioWrapper_init_ParamCollector "
+                       "No valid parameter collector object with the name 'plugin.param-collector' defined."),
+        {});
+    QEL_TRY(root_->require(
+                viz_, "plugin.viz-collector",
+                "@qelstr_CAudioWrapper_init_VizCollector "
+                "No valid visual object collector object with the name 'plugin.viz-collector' defined."),
+            {});
+    QEL_TRY(root_->require(
+                interfaceBase_, "plugin.interface-base",
                 "@qelstr_CAudioWrapper_init_InterfaceBase "
                 "No valid interface base collector object with the name 'plugin.interface-base' defined."),
+            {});
+    QEL_TRY(
+        root_->require(extParams_, "plugin.ext-param-list",
+                       "@qelstr_CAudioWrapper_init_ExtParamList "
+                       "No valid CAudioExtParamList* object with the name 'plugin.ext-param-list' defined."),
         {});
-    QEL_TRY(require(extParams_, *root_, "plugin.ext-param-list",
-                    "@qelstr_CAudioWrapper_init_ExtParamList "
-                    "No valid CAudioExtParamList* object with the name 'plugin.ext-param-list' defined."),
+    QEL_TRY(root_->require(ccTable_, "plugin.cctable",
+                           "@qelstr_CAudioWrapper_init_CCTable "
+                           "No valid CAudioCCTable* object with the name 'plugin.cctable' defined."),
             {});
-    QEL_TRY(require(ccTable_, *root_, "plugin.cctable",
-                    "@qelstr_CAudioWrapper_init_CCTable "
-                    "No valid CAudioCCTable* object with the name 'plugin.cctable' defined."),
+    QEL_TRY(
+        root_->require(registry_, "plugin.param-registry",
+                       "@qelstr_CAudioWrapper_init_ParamRegistry "
+                       "No valid parameter registry object with the name 'plugin.param-registry' defined."),
+        {});
+    QEL_TRY(root_->require(mainDef_, "shared::audio.modMain",
+                           "@qelstr_CAudioWrapper_init_NoMainProcessDef "
+                           "No main process definition object with the name 'shared::audio.modMain' found."),
             {});
-    QEL_TRY(require(registry_, *root_, "plugin.param-registry",
-                    "@qelstr_CAudioWrapper_init_ParamRegistry "
-                    "No valid parameter registry object with the name 'plugin.param-registry' defined."),
-            {});
-    QEL_TRY(require(mainDef_, *root_, "shared::audio.modMain",
-                    "@qelstr_CAudioWrapper_init_NoMainProcessDef "
-                    "No main process definition object with the name 'shared::audio.modMain' found."),
-            {});
-    QEL_TRY(require(outputDef_, *root_, "shared::audio.modOutput",
-                    "@qelstr_CAudioWrapper_init_NoOutProcessDef "
-                    "No output process definition object with the name 'shared::audio.modOutput' found."),
-            {});
+    QEL_TRY(
+        root_->require(outputDef_, "shared::audio.modOutput",
+                       "@qelstr_CAudioWrapper_init_NoOutProcessDef "
+                       "No output process definition object with the name 'shared::audio.modOutput' found."),
+        {});
     return {};
 }
 
