@@ -2,7 +2,7 @@
 #include "CNodeCursor.h"
 #include "CObject.h"
 #include "Streams/CMemoryWriteBuffer.h"
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 #include "TreeBytes.h"
 
 #include <benchmark/benchmark.h>

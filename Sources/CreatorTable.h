@@ -1,7 +1,7 @@
 // The table of all tags.
 #pragma once
 
-#include "CCreatorRegistry.h"
+#include "CreatorRegistry.h"
 
 namespace qel {
 

@@ -1,8 +1,8 @@
 // Start and end of the loaded library, and its two entries.
 #include "CApplication.h"
 #include "CAudioWrapperVST.h"
-#include "CTrace.h"
 #include "CreatorTable.h"
+#include "Trace.h"
 
 #ifdef DRUMFELL_OWN_RUNTIME
 // The C++ runtime keeps memory for exceptions in times of need and leaves it to the end of the process, which

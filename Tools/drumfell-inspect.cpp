@@ -1,13 +1,13 @@
 // Inspector: prints any compiled file as readable text, the live graph that a compiled tree defines, or the
 // layout of a tree of views.
 #include "CKernelContext.h"
-#include "CTrace.h"
 #include "GraphHost/CGraphHost.h"
 #include "GraphHost/CGraphPrinter.h"
 #include "GraphicsCompiler/GraphicsPrinter.h"
 #include "Inspect/FileKinds.h"
 #include "Layout/PrintLayout.h"
 #include "Streams/CFileReader.h"
+#include "Trace.h"
 #include "TreeCompiler/ToolError.h"
 
 #include <CLI/CLI.hpp>

@@ -2,7 +2,7 @@
 #include "PresetCompiler/CPresetCompiler.h"
 #include "PresetCompiler/PresetDecompiler.h"
 #include "Streams/CMemoryReader.h"
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 #include "TreeCompiler/ToolError.h"
 
 #include <CLI/CLI.hpp>

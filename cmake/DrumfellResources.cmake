@@ -6,7 +6,7 @@ set(DRUMFELL_RESOURCES_DIR ${CMAKE_CURRENT_LIST_DIR})
 #
 # Makes the static library TARGET, which holds the bytes of every listed file and defines
 #
-#     extern "C" const qel::CResourceRow drumfellResourceDirectory[];   // Streams/CResourceMap.h
+#     extern "C" const qel::CResourceRow drumfellResourceDirectory[];   // Streams/ResourceMap.h
 #
 # A manifest has one line "resource name = file" each; empty lines and lines beginning with # are skipped. Names stand
 # for themselves, "../" and all. Files are relative to the manifest (in RESOURCES: to the current source directory)

@@ -5,8 +5,8 @@
 #include "CNotifyServer.h"
 #include "CObject.h"
 #include "CSystem.h"
-#include "CTrace.h"
 #include "NumberSyntax.h"
+#include "Trace.h"
 #include "WindowClasses.h"
 
 #include <atomic>

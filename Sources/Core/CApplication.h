@@ -2,8 +2,8 @@
 #pragma once
 
 #include "CApplicationData.h"
-#include "CCreatorRegistry.h"
-#include "Streams/CResourceMap.h"
+#include "CreatorRegistry.h"
+#include "Streams/ResourceMap.h"
 
 #include <map>
 

@@ -2,7 +2,7 @@
 #include "CApplicationData.h"
 
 #include "CFile.h"
-#include "CFileSystem.h"
+#include "FileSystem.h"
 #include "Streams/CFileReader.h"
 #include "Streams/CFileWriter.h"
 #include "Streams/CMemoryReader.h"

@@ -1,7 +1,7 @@
 // The error value: how every fallible operation reports.
 #include "CError.h"
 
-#include "CTrace.h"
+#include "Trace.h"
 
 namespace qel {
 

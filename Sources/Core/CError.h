@@ -43,7 +43,7 @@ private:
 CError reportError(CError inner, const char* sourceFile, int line, const CString& context = {},
                    const CString& message = {}, const std::vector<CString>& parameters = {});
 
-// Writes each line through the trace (CTrace.h).
+// Writes each line through the trace (Trace.h).
 void traceError(const CError& error);
 // Ends the chain here, on purpose.
 inline void releaseError(CError error)

@@ -1,10 +1,10 @@
 // The node of every object tree: life cycle, children, release.
 #include "CObject.h"
 
-#include "CCreatorRegistry.h"
 #include "CObjectPath.h"
-#include "CTrace.h"
+#include "CreatorRegistry.h"
 #include "NumberSyntax.h"
+#include "Trace.h"
 
 #include <algorithm>
 #include <iterator>

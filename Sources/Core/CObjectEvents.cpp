@@ -1,7 +1,7 @@
 // Events of the object tree: what an object listens to and what it raises.
 #include "CNotifyServer.h"
 #include "CObject.h"
-#include "CTrace.h"
+#include "Trace.h"
 
 namespace qel {
 

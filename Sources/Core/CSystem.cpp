@@ -2,7 +2,7 @@
 #include "CSystem.h"
 
 #include "CEventLoop.h"
-#include "CFileSystem.h"
+#include "FileSystem.h"
 
 #include <utility>
 

@@ -3,7 +3,7 @@
 
 #include "CAudioParamCollector.h"
 #include "CAudioParamEventQueue.h"
-#include "CCreatorRegistry.h"
+#include "CreatorRegistry.h"
 #include "TreeFixture.h"
 
 #include <memory>

@@ -1,5 +1,5 @@
 // Definitions of bypass states: ranges, conditions, messages.
-#include "CCreatorRegistry.h"
+#include "CreatorRegistry.h"
 #include "Definitions/CAudioProcessBypassStateDef.h"
 #include "TreeFixture.h"
 

@@ -1,7 +1,7 @@
 // The shared tree as delivered: that it compiles, that its names hold together, and that an instance can be
 // made of it.
-#include "CTrace.h"
 #include "GraphRig.h"
+#include "Trace.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // Naming, paths, templates, life cycle and release of object trees.
-#include "CCreatorRegistry.h"
-#include "CTrace.h"
+#include "CreatorRegistry.h"
+#include "Trace.h"
 #include "TreeFixture.h"
 
 #include <functional>

@@ -1,6 +1,6 @@
 // Fuzz target: preset, bank and list bodies and their chunks, read, written and applied to an instance.
 #include "CAudioParamRegistry.h"
-#include "CCreatorRegistry.h"
+#include "CreatorRegistry.h"
 #include "FuzzTarget.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"

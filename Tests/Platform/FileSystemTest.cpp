@@ -1,4 +1,4 @@
-#include "CFileSystem.h"
+#include "FileSystem.h"
 
 #include "TemporaryFolder.h"
 #include "WholeFile.h"
@@ -35,7 +35,7 @@ private:
 
 } // namespace
 
-TEST(CFileSystem, CreatesAllMissingFolders)
+TEST(FileSystem, CreatesAllMissingFolders)
 {
     const test::TemporaryFolder folder;
     const std::string deep = folder.path("maker/Audio Plug-Ins/deep");
@@ -53,7 +53,7 @@ TEST(CFileSystem, CreatesAllMissingFolders)
     EXPECT_FALSE(folderExists(folder.path("cut")));
 }
 
-TEST(CFileSystem, RenamesOverAndRemovesFilesOnly)
+TEST(FileSystem, RenamesOverAndRemovesFilesOnly)
 {
     const test::TemporaryFolder folder;
     writeWhole(folder.path("from"), "new");
@@ -72,7 +72,7 @@ TEST(CFileSystem, RenamesOverAndRemovesFilesOnly)
     EXPECT_EQ(removeFile(folder.path("to")), ENOENT);
 }
 
-TEST(CFileSystem, FindsTheUserDataFolderFromTheEnvironment)
+TEST(FileSystem, FindsTheUserDataFolderFromTheEnvironment)
 {
     struct Case
     {
@@ -101,7 +101,7 @@ TEST(CFileSystem, FindsTheUserDataFolderFromTheEnvironment)
     }
 }
 
-TEST(CFileSystem, ModulePathIsTheRunningProgram)
+TEST(FileSystem, ModulePathIsTheRunningProgram)
 {
     const std::string path = modulePath();
     EXPECT_EQ(path.front(), '/');

@@ -1,6 +1,6 @@
 #include "CFile.h"
 
-#include "CFileSystem.h"
+#include "FileSystem.h"
 #include "TemporaryFolder.h"
 #include "WholeFile.h"
 

@@ -1,5 +1,5 @@
-#include "Streams/CResourceMap.h"
 #include "Streams/CResourceReader.h"
+#include "Streams/ResourceMap.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // Lays a tree of plain views out, without a window.
 #include "Layout/CLayoutTree.h"
 
-#include "CCreatorRegistry.h"
 #include "CInterfaceScale.h"
 #include "CNodeCursor.h"
+#include "CreatorRegistry.h"
 #include "TreeCompiler/CTreeCompiler.h"
 #include "TreeCompiler/ToolError.h"
 

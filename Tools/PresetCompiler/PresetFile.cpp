@@ -1,7 +1,7 @@
 // Files of presets, of any of their three kinds.
 #include "PresetCompiler/PresetFile.h"
 
-#include "CAudioPresetBankFile.h"
+#include "PresetBankFile.h"
 #include "Streams/CFileReader.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"

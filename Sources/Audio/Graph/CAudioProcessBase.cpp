@@ -2,9 +2,9 @@
 #include "CAudioProcessBase.h"
 
 #include "CGraphVisitor.h"
-#include "CTrace.h"
 #include "Definitions/CAudioParamAllocDef.h"
 #include "Definitions/CAudioProcessDefBase.h"
+#include "Trace.h"
 
 #include <algorithm>
 #include <cmath>

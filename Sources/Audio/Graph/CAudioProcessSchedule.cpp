@@ -1,8 +1,8 @@
 // A compound process: which links are active, and the order of the children.
 #include "CAudioProcess.h"
 
-#include "CTrace.h"
 #include "Definitions/CAudioProcessDef.h"
+#include "Trace.h"
 
 #include <algorithm>
 

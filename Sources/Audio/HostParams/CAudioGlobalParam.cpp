@@ -3,8 +3,8 @@
 
 #include "CAudioParam.h"
 #include "CAudioParamCollector.h"
-#include "CTrace.h"
 #include "NumberSyntax.h"
+#include "Trace.h"
 
 namespace qel {
 

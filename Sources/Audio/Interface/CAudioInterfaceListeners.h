@@ -1,9 +1,9 @@
 // What objects of the user interface implement to be told of the audio side.
 #pragma once
 
-#include "CAudioInterfaceRecords.h"
 #include "CAudioVizData.h"
 #include "CCheckedObject.h"
+#include "InterfaceRecords.h"
 
 namespace qel {
 

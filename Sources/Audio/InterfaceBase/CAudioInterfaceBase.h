@@ -2,11 +2,11 @@
 #pragma once
 
 #include "CAudioInterfaceBaseConnector.h"
-#include "CAudioInterfaceRecords.h"
 #include "CAudioParamListener.h"
 #include "CAudioParamUndo.h"
 #include "CAudioVizData.h"
 #include "CBridge.h"
+#include "InterfaceRecords.h"
 
 #include <map>
 #include <memory>

@@ -2,7 +2,7 @@
 #include "CAudioPreset.h"
 
 #include "CAudioParamStorage.h"
-#include "CAudioPresetBankFile.h"
+#include "PresetBankFile.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
 

@@ -1,7 +1,7 @@
 // An ordered set of presets under one name.
 #include "CAudioPresetBank.h"
 
-#include "CAudioPresetBankFile.h"
+#include "PresetBankFile.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
 

@@ -3,7 +3,7 @@
 
 #include "Streams/CFileReader.h"
 #include "Streams/CMemoryReader.h"
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 
 namespace qel {
 

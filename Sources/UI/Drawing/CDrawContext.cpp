@@ -1,7 +1,7 @@
 // What a view draws with, into one sector.
 #include "CDrawContext.h"
 
-#include "CTrace.h"
+#include "Trace.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // The formulas that lay the children of one view out.
 #include "CChildLayout.h"
 
-#include "CTrace.h"
+#include "Trace.h"
 
 namespace qel {
 

@@ -1,8 +1,8 @@
 // The layout of one window.
 #include "CLayoutContext.h"
 
-#include "CTrace.h"
 #include "CViewArea.h"
+#include "Trace.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // The numbers of a layout, and the formulas that tie them together.
 #include "CValueNetwork.h"
 
-#include "CTrace.h"
+#include "Trace.h"
 
 #include <algorithm>
 #include <cmath>

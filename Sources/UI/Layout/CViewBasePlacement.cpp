@@ -2,8 +2,8 @@
 #include "CViewBasePlacement.h"
 
 #include "CInterfaceScale.h"
-#include "CTrace.h"
 #include "NumberSyntax.h"
+#include "Trace.h"
 
 #include <algorithm>
 #include <limits>

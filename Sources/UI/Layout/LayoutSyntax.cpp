@@ -1,8 +1,8 @@
 // The texts of placement attributes, read into numbers.
 #include "LayoutSyntax.h"
 
-#include "CTrace.h"
 #include "NumberSyntax.h"
+#include "Trace.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // An image set file.
 #include "CImageSet.h"
 
-#include "CTrace.h"
 #include "CVariantChoice.h"
+#include "Trace.h"
 
 #include <algorithm>
 #include <cmath>

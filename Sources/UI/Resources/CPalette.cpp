@@ -1,7 +1,7 @@
 // A palette file.
 #include "CPalette.h"
 
-#include "CTrace.h"
+#include "Trace.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 // The colours of a view.
 #include "CColorTable.h"
 
-#include "CTrace.h"
+#include "Trace.h"
 
 #include <algorithm>
 

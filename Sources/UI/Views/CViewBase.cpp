@@ -4,8 +4,8 @@
 #include "CBrushSetObject.h"
 #include "CImageSetObject.h"
 #include "CPaletteObject.h"
-#include "CTrace.h"
 #include "Math/Elementary.h"
+#include "Trace.h"
 #include "ViewTree.h"
 
 #include <algorithm>

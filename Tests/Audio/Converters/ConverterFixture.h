@@ -11,7 +11,7 @@
 #include "CAudioParamConverterText.h"
 #include "CAudioParamConverterTime.h"
 #include "CAudioParamInfo.h"
-#include "CCreatorRegistry.h"
+#include "CreatorRegistry.h"
 #include "TreeFixture.h"
 
 namespace qel::test {

@@ -1,7 +1,7 @@
 // Streaming through the graph: steps, sums, switching, latency, and the independence of block sizes.
 #include "../Processes/ProcessRig.h"
-#include "CTrace.h"
 #include "GraphHost/CKernelRecording.h"
+#include "Trace.h"
 
 #include <gtest/gtest.h>
 

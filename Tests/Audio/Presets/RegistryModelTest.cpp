@@ -1,6 +1,6 @@
 // Random walks through everything that changes an instance's state, beside a model that keeps whole states.
 #include "PresetFixture.h"
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 
 #include <algorithm>
 #include <optional>

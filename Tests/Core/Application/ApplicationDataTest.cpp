@@ -1,7 +1,7 @@
 // Stores: where values are looked for, who is told, and that no file is ever seen half written.
 #include "CApplicationData.h"
 #include "Streams/CMemoryWriteBuffer.h"
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 #include "TemporaryHome.h"
 #include "TreeFixture.h"
 

@@ -3,11 +3,11 @@
 #include "CEventLoop.h"
 #include "CNotifyServer.h"
 #include "CSharedAttribute.h"
-#include "CTrace.h"
 #include "FailureReport.h"
 #include "FailureWindow.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "TemporaryHome.h"
+#include "Trace.h"
 #include "TreeFixture.h"
 
 #include <list>

@@ -1,9 +1,9 @@
 // A tree with an event server and objects that log the events they receive.
 #pragma once
 
-#include "CCreatorRegistry.h"
 #include "CEventLoop.h"
 #include "CNotifyServer.h"
+#include "CreatorRegistry.h"
 #include "TreeFixture.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 // Named events: subscriptions, delivery at once and by way of the loop, and who may be gone by then.
-#include "CTrace.h"
 #include "EventRig.h"
+#include "Trace.h"
 
 namespace qel {
 namespace {

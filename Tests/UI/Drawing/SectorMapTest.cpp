@@ -5,9 +5,9 @@
 #include "CImageSet.h"
 #include "COffscreenSurface.h"
 #include "CSectorMap.h"
-#include "CTrace.h"
 #include "GraphicsBytes.h"
 #include "Streams/CMemoryReader.h"
+#include "Trace.h"
 #include "TreeFixture.h"
 
 #include <functional>

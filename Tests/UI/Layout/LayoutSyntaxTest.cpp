@@ -1,6 +1,6 @@
 // The texts of placement attributes.
 #include "LayoutSyntax.h"
-#include "CTrace.h"
+#include "Trace.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The network of values behind layouts.
-#include "CTrace.h"
 #include "CValueNetwork.h"
+#include "Trace.h"
 
 #include <gtest/gtest.h>
 

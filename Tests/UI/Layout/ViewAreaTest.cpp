@@ -1,7 +1,7 @@
 // What views are told about their places, and how trees of views come and go.
-#include "CCreatorRegistry.h"
-#include "CTrace.h"
+#include "CreatorRegistry.h"
 #include "LayoutRig.h"
+#include "Trace.h"
 #include "TreeCompiler/ToolError.h"
 
 #include <gtest/gtest.h>

@@ -2,10 +2,10 @@
 #include "CBrushSet.h"
 #include "CFont.h"
 #include "CPalette.h"
-#include "CTrace.h"
 #include "GraphicsBytes.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
+#include "Trace.h"
 #include "TreeFixture.h"
 
 #include <memory>

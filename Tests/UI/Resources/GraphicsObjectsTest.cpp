@@ -1,11 +1,11 @@
 // The tree's image sets, brushes, fonts and palettes.
 #include "CBrushSetObject.h"
-#include "CCreatorRegistry.h"
 #include "CFontObject.h"
 #include "CImageSetObject.h"
 #include "CPaletteObject.h"
+#include "CreatorRegistry.h"
 #include "GraphicsBytes.h"
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 #include "TreeFixture.h"
 
 namespace qel {

@@ -1,6 +1,6 @@
 // The colours of views, and how they reach the picture.
 #include "AllocationGuard.h"
-#include "CTrace.h"
+#include "Trace.h"
 #include "ViewFixture.h"
 
 namespace qel {

@@ -1,7 +1,6 @@
 // Small trees of views without a window system.
 #pragma once
 
-#include "CCreatorRegistry.h"
 #include "CDrawLoad.h"
 #include "CPaletteObject.h"
 #include "CSharedAttribute.h"
@@ -13,8 +12,9 @@
 #include "CViewStateSwitch.h"
 #include "CViewStateSwitchObject.h"
 #include "CViewWindow.h"
+#include "CreatorRegistry.h"
 #include "GraphicsBytes.h"
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 #include "TreeFixture.h"
 
 namespace qel::test {

@@ -1,7 +1,7 @@
 // Files of one compressed chunk, for presets and banks.
-#include "CAudioPresetBankFile.h"
+#include "PresetBankFile.h"
 
-#include "CFileSystem.h"
+#include "FileSystem.h"
 #include "Streams/CFileWriter.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "Streams/CResourceReader.h"

@@ -1,5 +1,5 @@
 // The process-wide map from tag to class.
-#include "CCreatorRegistry.h"
+#include "CreatorRegistry.h"
 
 #include "CObject.h"
 

@@ -1,8 +1,8 @@
 // Trace lines: conditions that are no user errors, for whoever debugs a tree.
-#include "CTrace.h"
+#include "Trace.h"
 
 #include "CFile.h"
-#include "CFileSystem.h"
+#include "FileSystem.h"
 
 #include <atomic>
 #include <mutex>

@@ -1,5 +1,5 @@
 // Folder creation, which is the same walk on every system.
-#include "CFileSystem.h"
+#include "FileSystem.h"
 
 namespace qel::platform {
 

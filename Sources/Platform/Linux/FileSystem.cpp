@@ -1,5 +1,5 @@
 // Files and folders by name, through POSIX.
-#include "CFileSystem.h"
+#include "FileSystem.h"
 
 #include "SystemCall.h"
 

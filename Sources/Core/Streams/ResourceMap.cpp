@@ -1,5 +1,5 @@
 // The bytes that are built into the program, by name.
-#include "Streams/CResourceMap.h"
+#include "Streams/ResourceMap.h"
 
 namespace qel {
 

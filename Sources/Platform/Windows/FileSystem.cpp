@@ -1,5 +1,5 @@
 // Files and folders by name, through the wide calls of the system.
-#include "CFileSystem.h"
+#include "FileSystem.h"
 
 #include "WideText.h"
 #include "WindowsApi.h"
