@@ -70,6 +70,7 @@
 #include "CViewState.h"
 #include "CViewStateSwitch.h"
 #include "CViewStateSwitchObject.h"
+#include "CWinDrag.h"
 #include "CWindowSharedData.h"
 #include "Definitions/CAudioParamAllocDef.h"
 #include "Definitions/CAudioParamRemapDef.h"
@@ -106,6 +107,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CViewCommand>("ui:view-command"),
     row<CViewState>("ui:view-state"),
     row<CViewStateSwitch>("ui:view-state-switch"),
+    row<CWinDrag>("ui:window-drag"),
     row<CWindowSharedData>("ui:window-shared-data"),
     row<CViewStateSwitchObject>("view-state-switch-object"),
 

@@ -127,7 +127,7 @@ void CViewBasePlacement::detach()
 
 CError CViewBasePlacement::initParents()
 {
-    if (isRootWanted_) {
+    if (isRootWanted_ || isAlwaysRoot()) {
         rootView_ = this;
         return {};
     }

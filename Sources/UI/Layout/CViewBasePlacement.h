@@ -110,6 +110,8 @@ public:
     std::int32_t getZIndex() const { return zIndex_; }
 
 protected:
+    // A class of views that are roots whatever "is-root-view" says.
+    virtual bool isAlwaysRoot() const { return false; }
     // The layout that a root view joins: by default a new one at the present interface scale. What gives
     // another one keeps it alive as long as the view.
     virtual std::shared_ptr<CLayoutContext> makeLayoutContext();
