@@ -72,6 +72,32 @@ TEST_F(TreeCompiler, IncludesSpliceTheChildrenOfTheOtherRoot)
     EXPECT_EQ(compiler.files().size(), 3u) << "each file once, for the dependency list";
 }
 
+TEST_F(TreeCompiler, DefinitionsStandForTheirContentWithWhatIsAdded)
+{
+    const CTreeNode root = compileText(R"(
+        <define name="view" width="10" height="20"/>
+        <define name="cell" base="view" tag="box" height="30" border="1">
+            <part name="a"><part name="b" x="1" y="2"/></part>
+        </define>
+        <cell name="one" caption="c" width="5" border="{} 2"><extend child="a.b" y="3"><tail/></extend><more/></cell>
+        <template name="t" like="cell" width="6"/>)");
+    CTreeNode part = plain("part", "b");
+    part.attributes = {{"y", "3"}, {"x", "1"}};
+    part.children = {plain("tail", "")};
+    CTreeNode outer = plain("part", "a");
+    outer.children = {part};
+    CTreeNode one = plain("box", "one");
+    one.attributes = {
+        {"caption", "c"}, {"width", "5"}, {"height", "30"}, {"border", "1"}, {"border", "{} 2"}};
+    one.children = {outer, plain("more", "")};
+    ASSERT_EQ(root.children.size(), 2u);
+    EXPECT_EQ(root.children[0], one);
+    EXPECT_EQ(root.children[1].contentTag, "box");
+    EXPECT_EQ(root.children[1].children[0].attributes[0].second, "6");
+    EXPECT_EQ(root.children[1].children[0].children[0].children[0].attributes[1].second, "2")
+        << "what one use adds stays with it";
+}
+
 TEST_F(TreeCompiler, FaultsComeWithTheirPlace)
 {
     const struct
@@ -97,6 +123,9 @@ TEST_F(TreeCompiler, FaultsComeWithTheirPlace)
          "in.xml:1:14: <tree> is the root; a node with this tag is written as <node tag=\"tree\">\n"},
         {"<tree><a/><attr key='k' value='v'/></tree>",
          "in.xml:1:11: <attr> must stand before the child nodes, since it is applied before they are made\n"},
+        {"<tree><define name='a'/><define name='a'/><a><extend child='b'/></a></tree>",
+         "in.xml:1:25: 'a' is defined already\n"
+         "in.xml:1:46: <extend>: there is no child 'b' to extend\n"},
         {"<tree><include file='in.xml'/></tree>", "in.xml:1:16: 'in.xml' includes itself\n"},
         {"<tree><a b='{ {'/></tree>", ""},
     };

@@ -17,6 +17,55 @@ std::string inQuotes(std::string_view text)
     return "'" + std::string(text) + "'";
 }
 
+// Levels of nodes, this one included.
+int heightOf(const CTreeNode& node)
+{
+    int height = 0;
+    for (const CTreeNode& child : node.children) {
+        height = std::max(height, heightOf(child));
+    }
+    return height + 1;
+}
+
+// The node at a dotted path of names, or null.
+CTreeNode* findNode(CTreeNode& node, std::string_view path)
+{
+    const std::size_t dot = path.find('.');
+    const auto child = std::ranges::find(node.children, path.substr(0, dot), &CTreeNode::name);
+    if (child == node.children.end() || child->isTemplate()) {
+        return nullptr;
+    }
+    return dot == path.npos ? &*child : findNode(*child, path.substr(dot + 1));
+}
+
+using Attributes = std::vector<std::pair<std::string, std::string>>;
+
+// Own attributes over those of a definition, in the order that CTreeCompiler promises.
+Attributes merged(const Attributes& own, const Attributes& inherited)
+{
+    const auto buildsOn = [](const auto& attribute) {
+        return attribute.second.find("{}") != std::string::npos;
+    };
+    Attributes result;
+    std::set<std::string_view> replaced;
+    for (const auto& attribute : own) {
+        if (!buildsOn(attribute)) {
+            result.push_back(attribute);
+            replaced.insert(attribute.first);
+        }
+    }
+    std::ranges::copy_if(inherited, std::back_inserter(result),
+                         [&](const auto& attribute) { return !replaced.contains(attribute.first); });
+    std::ranges::copy_if(own, std::back_inserter(result), buildsOn);
+    return result;
+}
+
+void reportDepth(CXmlSource& source, pugi::xml_node element)
+{
+    source.report(element, "nested deeper than the " + std::to_string(CNodeCursor::kMaxDepth) +
+                               " nodes that the loader allows");
+}
+
 bool isElement(pugi::xml_node node, std::string_view name)
 {
     return node.type() == pugi::node_element && node.name() == name;
@@ -38,7 +87,7 @@ bool CTreeCompiler::compile(const std::filesystem::path& file, Root expected)
                 source.report(name, "the root has no name; an attribute called 'name' is an <attr>");
             }
             compileAttributes(source, element, root_, {"name"});
-            compileContent(source, element, root_, 1);
+            compileContent(source, element, {root_}, 1);
         }
         openFiles_.pop_back();
     } catch (const CToolError& error) {
@@ -72,7 +121,7 @@ pugi::xml_node CTreeCompiler::rootElement(CXmlSource& source, Root expected)
     return root;
 }
 
-void CTreeCompiler::compileContent(CXmlSource& source, pugi::xml_node element, CTreeNode& target, int depth)
+void CTreeCompiler::compileContent(CXmlSource& source, pugi::xml_node element, Target target, int depth)
 {
     for (const pugi::xml_node child : element.children()) {
         if (child.type() != pugi::node_element) {
@@ -81,8 +130,12 @@ void CTreeCompiler::compileContent(CXmlSource& source, pugi::xml_node element, C
             compileExtraAttribute(source, child, target);
         } else if (isElement(child, "include")) {
             compileInclude(source, child, target, depth);
+        } else if (isElement(child, "define")) {
+            compileDefinition(source, child, depth);
+        } else if (isElement(child, "extend")) {
+            compileExtension(source, child, target, depth);
         } else {
-            compileElement(source, child, target, depth + 1);
+            compileElement(source, child, target.node, depth + 1);
         }
     }
 }
@@ -90,8 +143,7 @@ void CTreeCompiler::compileContent(CXmlSource& source, pugi::xml_node element, C
 void CTreeCompiler::compileElement(CXmlSource& source, pugi::xml_node element, CTreeNode& parent, int depth)
 {
     if (depth > CNodeCursor::kMaxDepth) {
-        source.report(element, "nested deeper than the " + std::to_string(CNodeCursor::kMaxDepth) +
-                                   " nodes that the loader allows");
+        reportDepth(source, element);
         return;
     }
     if (isElement(element, "template")) {
@@ -99,7 +151,6 @@ void CTreeCompiler::compileElement(CXmlSource& source, pugi::xml_node element, C
         return;
     }
     CTreeNode node;
-    node.name = rawText(source, element.attribute("name"));
     Reserved reserved = {"name"};
     if (isElement(element, "tree")) {
         source.report(element, "<tree> is the root; a node with this tag is written as <node tag=\"tree\">");
@@ -110,13 +161,41 @@ void CTreeCompiler::compileElement(CXmlSource& source, pugi::xml_node element, C
         }
         node.tag = rawText(source, element.attribute("tag"));
     } else if (const auto tag = latin1FromUtf8(element.name())) {
-        node.tag = *tag;
+        node = instance(source, element, *tag, depth);
     } else {
         source.report(element, "tag " + inQuotes(element.name()) + " has a character outside Latin-1");
     }
-    compileAttributes(source, element, node, reserved);
-    compileContent(source, element, node, depth);
+    node.name = rawText(source, element.attribute("name"));
+    addContent(source, element, reserved, node, depth);
     parent.children.push_back(std::move(node));
+}
+
+CTreeNode CTreeCompiler::instance(CXmlSource& source, pugi::xml_node element, const std::string& name,
+                                  int depth)
+{
+    const auto found = definitions_.find(name);
+    if (found == definitions_.end()) {
+        CTreeNode plain;
+        plain.tag = name;
+        return plain;
+    }
+    if (depth - 1 + heightOf(found->second) > CNodeCursor::kMaxDepth) {
+        reportDepth(source, element);
+    }
+    return found->second;
+}
+
+// The element's attributes and children, added to what the node has.
+void CTreeCompiler::addContent(CXmlSource& source, pugi::xml_node element, const Reserved& reserved,
+                               CTreeNode& target, int depth)
+{
+    const Attributes inherited = std::exchange(target.attributes, {});
+    const std::size_t inheritedChildren = target.children.size();
+    compileAttributes(source, element, target, reserved);
+    compileContent(source, element, {target, inheritedChildren}, depth);
+    if (!inherited.empty()) {
+        target.attributes = merged(target.attributes, inherited);
+    }
 }
 
 CTreeNode CTreeCompiler::compileTemplate(CXmlSource& source, pugi::xml_node element, int depth)
@@ -124,20 +203,56 @@ CTreeNode CTreeCompiler::compileTemplate(CXmlSource& source, pugi::xml_node elem
     CTreeNode holder;
     holder.tag = "template";
     holder.templateFlag = CTreeNode::kTemplateFlag;
-    for (const char* needed : {"name", "content-tag"}) {
+    const pugi::xml_attribute like = element.attribute("like");
+    for (const char* needed : {"name", like ? "like" : "content-tag"}) {
         if (!element.attribute(needed)) {
             source.report(element, "<template> needs the attribute '" + std::string(needed) + "'");
         }
     }
     holder.name = rawText(source, element.attribute("name"));
-    holder.contentTag = rawText(source, element.attribute("content-tag"));
-    CTreeNode body;
-    body.tag = holder.contentTag;
-    compileAttributes(source, element, body, {"name", "content-tag"});
     // The body is a node of its own below the holder.
-    compileContent(source, element, body, depth + 1);
+    CTreeNode body;
+    if (like) {
+        body = instance(source, element, rawText(source, like), depth + 1);
+        addContent(source, element, {"name", "like"}, body, depth + 1);
+    } else {
+        body.tag = rawText(source, element.attribute("content-tag"));
+        addContent(source, element, {"name", "content-tag"}, body, depth + 1);
+    }
+    holder.contentTag = body.tag;
     holder.children.push_back(std::move(body));
     return holder;
+}
+
+void CTreeCompiler::compileDefinition(CXmlSource& source, pugi::xml_node element, int depth)
+{
+    const std::string name = rawText(source, element.attribute("name"));
+    if (name.empty() || isReservedElement(name)) {
+        source.report(element, "<define> needs a 'name' that is no element of its own");
+    }
+    const pugi::xml_attribute base = element.attribute("base");
+    const pugi::xml_attribute tag = element.attribute("tag");
+    CTreeNode node = base ? instance(source, element, rawText(source, base), depth) : CTreeNode();
+    if (tag || !base) {
+        node.tag = tag ? rawText(source, tag) : name;
+    }
+    // How deep it lies is seen where it is used.
+    addContent(source, element, {"name", "base", "tag"}, node, 1);
+    if (!definitions_.emplace(name, std::move(node)).second) {
+        source.report(element, inQuotes(name) + " is defined already");
+    }
+}
+
+void CTreeCompiler::compileExtension(CXmlSource& source, pugi::xml_node element, Target target, int depth)
+{
+    const std::string path = rawText(source, element.attribute("child"));
+    CTreeNode* const node = findNode(target.node, path);
+    if (!node) {
+        source.report(element, "<extend>: there is no child " + inQuotes(path) + " to extend");
+        return;
+    }
+    addContent(source, element, {"child"}, *node,
+               depth + 1 + static_cast<int>(std::ranges::count(path, '.')));
 }
 
 void CTreeCompiler::compileAttributes(CXmlSource& source, pugi::xml_node element, CTreeNode& target,
@@ -161,7 +276,7 @@ void CTreeCompiler::compileAttributes(CXmlSource& source, pugi::xml_node element
     }
 }
 
-void CTreeCompiler::compileExtraAttribute(CXmlSource& source, pugi::xml_node element, CTreeNode& target)
+void CTreeCompiler::compileExtraAttribute(CXmlSource& source, pugi::xml_node element, Target target)
 {
     const pugi::xml_attribute key = element.attribute("key");
     const pugi::xml_attribute value = element.attribute("value");
@@ -170,15 +285,15 @@ void CTreeCompiler::compileExtraAttribute(CXmlSource& source, pugi::xml_node ele
         source.report(element, "<attr> has the attributes 'key' and 'value' and nothing else");
         return;
     }
-    if (!target.children.empty()) {
+    if (target.node.children.size() > target.inheritedChildren) {
         source.report(element,
                       "<attr> must stand before the child nodes, since it is applied before they are made");
         return;
     }
-    addAttribute(source, value, rawText(source, key), target);
+    addAttribute(source, value, rawText(source, key), target.node);
 }
 
-void CTreeCompiler::compileInclude(CXmlSource& source, pugi::xml_node element, CTreeNode& target, int depth)
+void CTreeCompiler::compileInclude(CXmlSource& source, pugi::xml_node element, Target target, int depth)
 {
     const pugi::xml_attribute file = element.attribute("file");
     if (!file || file.next_attribute() || file.previous_attribute() || element.first_child()) {

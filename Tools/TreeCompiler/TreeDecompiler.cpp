@@ -102,7 +102,7 @@ private:
         }
         std::vector<std::string> head = {pair("name", rawText(node, node.name)),
                                          pair("content-tag", rawText(node, node.contentTag))};
-        writeElement("template", std::move(head), body, {"name", "content-tag"}, depth);
+        writeElement("template", std::move(head), body, {"name", "content-tag", "like"}, depth);
     }
 
     // The attributes up to the first one that XML cannot hold go into the tag, the rest into <attr> elements:

@@ -112,7 +112,8 @@ bool isPlainXmlName(std::string_view text)
 
 bool isReservedElement(std::string_view name)
 {
-    constexpr std::string_view kReserved[] = {"tree", "template", "node", "attr", "include"};
+    constexpr std::string_view kReserved[] = {"tree",    "template", "node",  "attr",
+                                              "include", "define",   "extend"};
     return std::ranges::find(kReserved, name) != std::end(kReserved);
 }
 
