@@ -63,6 +63,7 @@
 #include "CObject.h"
 #include "CPaletteObject.h"
 #include "CSharedAttribute.h"
+#include "CStdEventBridge.h"
 #include "CTimer.h"
 #include "CView.h"
 #include "CViewColorSlot.h"
@@ -102,6 +103,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CImageSetObject>("imageset"),
     row<CPaletteObject>("palette"),
 
+    row<CStdEventBridge>("ui:ui-event-bridge"),
     row<CView>("ui:view"),
     row<CViewColorSlot>("ui:view-color-slot"),
     row<CViewCommand>("ui:view-command"),
