@@ -62,9 +62,15 @@
 #include "CModUpsampler.h"
 #include "CObject.h"
 #include "CPaletteObject.h"
+#include "CParamBridgeAudio.h"
+#include "CParamGroupController.h"
+#include "CParamGroupSelector.h"
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
 #include "CTimer.h"
+#include "CUIParam.h"
+#include "CValueList.h"
+#include "CValueListAudio.h"
 #include "CView.h"
 #include "CViewColorSlot.h"
 #include "CViewCommand.h"
@@ -103,7 +109,13 @@ const CCreatorRow kCreatorTable[] = {
     row<CImageSetObject>("imageset"),
     row<CPaletteObject>("palette"),
 
+    row<CParamBridgeAudio>("ui:param-bridge"),
+    row<CParamGroupController>("ui:param-group-controller"),
+    row<CParamGroupSelector>("ui:param-group-selector"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
+    row<CUIParam>("ui:ui-param"),
+    row<CValueListAudio>("ui:value-list"),
+    row<CValueList>("ui:value-list-manual"),
     row<CView>("ui:view"),
     row<CViewColorSlot>("ui:view-color-slot"),
     row<CViewCommand>("ui:view-command"),
