@@ -62,15 +62,9 @@
 #include "CModUpsampler.h"
 #include "CObject.h"
 #include "CPaletteObject.h"
-#include "CParamBridgeAudio.h"
-#include "CParamGroupController.h"
-#include "CParamGroupSelector.h"
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
 #include "CTimer.h"
-#include "CUIParam.h"
-#include "CValueList.h"
-#include "CValueListAudio.h"
 #include "CView.h"
 #include "CViewColorSlot.h"
 #include "CViewCommand.h"
@@ -78,6 +72,7 @@
 #include "CViewStateSwitch.h"
 #include "CViewStateSwitchObject.h"
 #include "CWinDrag.h"
+#include "CWindow.h"
 #include "CWindowSharedData.h"
 #include "Definitions/CAudioParamAllocDef.h"
 #include "Definitions/CAudioParamRemapDef.h"
@@ -109,19 +104,14 @@ const CCreatorRow kCreatorTable[] = {
     row<CImageSetObject>("imageset"),
     row<CPaletteObject>("palette"),
 
-    row<CParamBridgeAudio>("ui:param-bridge"),
-    row<CParamGroupController>("ui:param-group-controller"),
-    row<CParamGroupSelector>("ui:param-group-selector"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
-    row<CUIParam>("ui:ui-param"),
-    row<CValueListAudio>("ui:value-list"),
-    row<CValueList>("ui:value-list-manual"),
     row<CView>("ui:view"),
     row<CViewColorSlot>("ui:view-color-slot"),
     row<CViewCommand>("ui:view-command"),
     row<CViewState>("ui:view-state"),
     row<CViewStateSwitch>("ui:view-state-switch"),
     row<CWinDrag>("ui:window-drag"),
+    row<CWindow>("ui:window-renderer"),
     row<CWindowSharedData>("ui:window-shared-data"),
     row<CViewStateSwitchObject>("view-state-switch-object"),
 

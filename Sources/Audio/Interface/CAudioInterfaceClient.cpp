@@ -31,11 +31,6 @@ void CAudioInterfaceClient::release()
     CObject::release();
 }
 
-void CAudioInterfaceClient::takeWaiting()
-{
-    traceError(connector_->onProcessBaseData({}));
-}
-
 const CAudioInterfaceParam& CAudioInterfaceClient::watchParam(const CString& param)
 {
     const auto [entry, isNew] = params_.try_emplace(param);

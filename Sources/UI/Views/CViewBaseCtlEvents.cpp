@@ -65,6 +65,12 @@ CError CViewBaseCtlEvents::receiveEvent(const CString& name, const CAttrMap& par
     return first;
 }
 
+bool CViewBaseCtlEvents::handlesEvent(const CString& name) const
+{
+    const auto isFor = [&](const CViewCommand* command) { return command->isFor(name); };
+    return getClassInfo().eventHandler(name) || std::ranges::any_of(commands_, isFor);
+}
+
 CError sendEvent(CObject& target, const CString& name, const CAttrMap& parameters)
 {
     if (auto* view = dynamic_cast<CViewBaseCtlEvents*>(&target)) {

@@ -22,6 +22,9 @@ public:
     // view.
     CError receiveEvent(const CString& name, const CAttrMap& parameters);
 
+    // True if the class or a command of this view does something for the event.
+    bool handlesEvent(const CString& name) const;
+
     // --- pointer events, called by the window; the parameters are those of the event
 
     virtual CError onMouseCancel(const CAttrMap& parameters);

@@ -17,6 +17,12 @@ void CViewContext::tickGradientTimer()
     gradientTimer_.tick();
 }
 
+void CViewContext::tickCursorTimer()
+{
+    const auto self = shared_from_this();
+    cursorTimer_.tick();
+}
+
 double CViewContext::getTimeSec()
 {
     return drawing::getFrameTime();

@@ -34,9 +34,12 @@ public:
     CTickSource& getTimer() { return timer_; }
     // More seldom: animated colours.
     CTickSource& getGradientTimer() { return gradientTimer_; }
+    // The blink of a caret.
+    CTickSource& getCursorTimer() { return cursorTimer_; }
     // For the window; handlers may release the whole tree.
     void tickTimer();
     void tickGradientTimer();
+    void tickCursorTimer();
     // Time of the present frame, seconds.
     static double getTimeSec();
 
@@ -65,6 +68,7 @@ private:
     CViewWindow* window_ = nullptr;
     CTickSource timer_;
     CTickSource gradientTimer_;
+    CTickSource cursorTimer_;
     bool isContentReady_ = false;
 };
 

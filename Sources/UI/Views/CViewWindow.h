@@ -8,6 +8,10 @@ namespace qel {
 
 class CView;
 
+namespace platform {
+class CSystemClipboard;
+}
+
 // Implemented by what shows a tree of views: a window of the system, or one without a screen. Set at the
 // views' context and taken out of it before the window goes; while there is none, views live without it.
 // Window's thread.
@@ -31,6 +35,19 @@ public:
     virtual void forgetView(CView& view) = 0;
     // The hint of this view has changed, in case it is the one that is shown.
     virtual CError onHintChanged(CView& view) = 0;
+
+    // Keys go to this view from now on, as events "key-press" and "key-release" with the parameters
+    //     keycode                      the character, or the number of the key (platform::key)
+    //     is-character                 true if "keycode" is a Unicode character
+    //     is-alt, is-ctrl, is-shift
+    // and the window takes the keyboard from the host; null: nobody, and the host has it back. The view
+    // before gets "blur", the new one "focus", both with "is-tab", which is true when a Tab moved the focus.
+    // The view that has the focus already gets nothing. "focus-lost" tells a view that somebody else has
+    // taken the keyboard.
+    virtual CError setKeyFocus(CView* view, bool isTab) = 0;
+    virtual CView* getKeyFocus() const = 0;
+    // Null: none.
+    virtual platform::CSystemClipboard* getClipboard() = 0;
 };
 
 } // namespace qel

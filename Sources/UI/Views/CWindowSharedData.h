@@ -3,7 +3,11 @@
 
 #include "CObject.h"
 
+#include <memory>
+
 namespace qel {
+
+class CWindowSystem;
 
 // Tag `ui:window-shared-data`, found as "ui.window-shared-data" by the views and windows of a tree.
 //
@@ -25,7 +29,12 @@ public:
     double getWindowWidth() const { return windowWidth_; }
     double getWindowHeight() const { return windowHeight_; }
 
+    // What the windows themselves share; the first one makes it. Null before that.
+    const std::shared_ptr<CWindowSystem>& getWindowSystem() const { return windowSystem_; }
+    void setWindowSystem(std::shared_ptr<CWindowSystem> system) { windowSystem_ = std::move(system); }
+
 private:
+    std::shared_ptr<CWindowSystem> windowSystem_;
     double frameTimeSec_ = 0.0;
     double windowWidth_ = 0.0;
     double windowHeight_ = 0.0;

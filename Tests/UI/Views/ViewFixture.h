@@ -75,6 +75,9 @@ public:
     CError exitPointer() override { return note("exit"); }
     void forgetView(CView&) override { ++forgotten; }
     CError onHintChanged(CView& view) override { return note("hint " + view.getHint().toUtf8()); }
+    CError setKeyFocus(CView*, bool) override { return note("focus"); }
+    CView* getKeyFocus() const override { return nullptr; }
+    platform::CSystemClipboard* getClipboard() override { return nullptr; }
 
     CError note(const std::string& text)
     {
