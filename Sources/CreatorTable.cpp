@@ -34,7 +34,9 @@
 #include "CBrushSetObject.h"
 #include "CDCDAWContextObject.h"
 #include "CFontObject.h"
+#include "CFrame.h"
 #include "CGlobalSettings.h"
+#include "CGradient.h"
 #include "CImageSetObject.h"
 #include "CModArithmetic.h"
 #include "CModBypass.h"
@@ -62,6 +64,10 @@
 #include "CModUpsampler.h"
 #include "CObject.h"
 #include "CPaletteObject.h"
+#include "CParamBridgeAudio.h"
+#include "CParamGroupController.h"
+#include "CParamGroupSelector.h"
+#include "CPicture.h"
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
 #include "CTimer.h"
@@ -104,6 +110,12 @@ const CCreatorRow kCreatorTable[] = {
     row<CImageSetObject>("imageset"),
     row<CPaletteObject>("palette"),
 
+    row<CFrame>("ui:frame"),
+    row<CGradient>("ui:overlay-gradient"),
+    row<CParamBridgeAudio>("ui:param-bridge"),
+    row<CParamGroupController>("ui:param-group-controller"),
+    row<CParamGroupSelector>("ui:param-group-selector"),
+    row<CPicture>("ui:picture"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
     row<CView>("ui:view"),
     row<CViewColorSlot>("ui:view-color-slot"),

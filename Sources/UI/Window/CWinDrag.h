@@ -1,29 +1,21 @@
 // The root of a window.
 #pragma once
 
-#include "CView.h"
-#include "FramePieces.h"
+#include "CFramedView.h"
 
 namespace qel {
 
 // Tag `ui:window-drag`. Always a root view, wherever in the tree it stands. Draws a frame from its image set,
 // and fills the rest with nothing: the views in it cover it.
-class CWinDrag : public CView
+class CWinDrag : public CFramedView
 {
 public:
-    static void buildClassInfo(CClassInfo& info);
+    static void buildClassInfo(CClassInfo& info) { CFramedView::buildClassInfo(info); }
 
-    CError init() override;
-
-    CError attrImageSet() override;
-    void draw(CDrawContext& context) override;
+    void draw(CDrawContext& context) override { drawFrame(context); }
 
 protected:
     bool isAlwaysRoot() const override { return true; }
-    void updateClips() override;
-
-private:
-    std::array<FramePiece, kFramePieces> frame_;
 };
 
 } // namespace qel
