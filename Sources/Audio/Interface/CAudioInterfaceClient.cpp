@@ -31,6 +31,11 @@ void CAudioInterfaceClient::release()
     CObject::release();
 }
 
+void CAudioInterfaceClient::takeWaiting()
+{
+    traceError(connector_->onProcessBaseData({}));
+}
+
 const CAudioInterfaceParam& CAudioInterfaceClient::watchParam(const CString& param)
 {
     const auto [entry, isNew] = params_.try_emplace(param);

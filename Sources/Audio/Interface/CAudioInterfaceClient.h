@@ -41,6 +41,10 @@ public:
         return connector_->send(record);
     }
 
+    // Acts at once on what has arrived, rather than when the tree's loop brings it. Listeners are told
+    // meanwhile.
+    void takeWaiting();
+
     // Mirrors a parameter. The reference stays valid as long as the client.
     const CAudioInterfaceParam& watchParam(const CString& param);
     // Null if it was never watched.

@@ -40,6 +40,8 @@ public:
     const CString& getElement() const { return element_; }
     const CString& getGroupSelector() const { return groupSelector_; }
     CError setWatchedValue(const CAttrValue& value);
+    // The source ends before the switch.
+    void forgetSource() { source_ = nullptr; }
 
     // --- for the union
     // Sets the list on all targets.
