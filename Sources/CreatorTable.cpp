@@ -71,6 +71,9 @@
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
 #include "CTimer.h"
+#include "CUIParam.h"
+#include "CValueList.h"
+#include "CValueListAudio.h"
 #include "CView.h"
 #include "CViewColorSlot.h"
 #include "CViewCommand.h"
@@ -117,6 +120,9 @@ const CCreatorRow kCreatorTable[] = {
     row<CParamGroupSelector>("ui:param-group-selector"),
     row<CPicture>("ui:picture"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
+    row<CUIParam>("ui:ui-param"),
+    row<CValueListAudio>("ui:value-list"),
+    row<CValueList>("ui:value-list-manual"),
     row<CView>("ui:view"),
     row<CViewColorSlot>("ui:view-color-slot"),
     row<CViewCommand>("ui:view-command"),
