@@ -70,6 +70,7 @@
 #include "CPicture.h"
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
+#include "CTextView.h"
 #include "CTimer.h"
 #include "CUIParam.h"
 #include "CValueList.h"
@@ -119,6 +120,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CParamGroupController>("ui:param-group-controller"),
     row<CParamGroupSelector>("ui:param-group-selector"),
     row<CPicture>("ui:picture"),
+    row<CTextView>("ui:textview"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
     row<CUIParam>("ui:ui-param"),
     row<CValueListAudio>("ui:value-list"),

@@ -1,0 +1,11 @@
+// The text element of the interface.
+#include "CTextView.h"
+
+namespace qel {
+
+void CTextView::buildClassInfo(CClassInfo& info)
+{
+    CTextViewBase::buildClassInfo(info);
+}
+
+} // namespace qel
