@@ -91,8 +91,9 @@ void CUIParam::release()
     const bool isTold = isBound() && getParent() && !getParent()->isReleased();
     if (bridge_) {
         bridge_->removeListener(*this);
-        editDepth_ = std::min(editDepth_, 1);
-        traceError(endEdit());
+        if (std::exchange(editDepth_, 0) > 0) {
+            traceError(letGo());
+        }
         bridge_ = nullptr;
     }
     shared_ = nullptr;
@@ -298,6 +299,11 @@ CError CUIParam::endEdit()
         return {};
     }
     const CHold hold(*this);
+    return letGo();
+}
+
+CError CUIParam::letGo()
+{
     CError first;
     for (std::int32_t i = 0; i < editCount_ && bridge_; ++i) {
         CError error = bridge_->endEdit(editGroup_, editFirst_ + i);

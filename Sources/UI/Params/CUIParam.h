@@ -112,6 +112,8 @@ private:
 
     CError bindShared();
     CError bindBridge();
+    // Ends the gesture at the bridge.
+    CError letGo();
     bool hasElement(std::int32_t i) const;
     bool mayWrite() const;
     bool isKnown() const { return shared_ || getInfo(); }
