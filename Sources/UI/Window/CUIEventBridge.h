@@ -13,7 +13,7 @@ class CUIEventBridge : public CObject
 {
 public:
     // Where windows look for it.
-    static constexpr const char* kPath = "ui.ui-event-bridge";
+    static constexpr const char* kPath = "ui.event-bridge";
 
     // The loop; null before init and after release.
     virtual CEventLoop* getEventLoop() const = 0;
