@@ -43,7 +43,9 @@ void CView::buildClassInfo(CClassInfo& info)
     info.handleEvent<&Self::eventUnblockWindow>("unblock-window");
     info.handleEvent<&Self::eventCloseWindow>("close-window");
     info.handleEvent<&Self::eventPopupToggle>("popup-toggle");
+    info.handleEvent<&Self::eventPopupToggleCheckRelease>("popup-toggle-check-release");
     info.handleEvent<&Self::eventPopupResult>("popup-result");
+    info.handleEvent<&Self::eventPopupClose>("popup-close");
 }
 
 CView::CView()
@@ -183,7 +185,51 @@ CError CView::eventPopupResult(const CAttrMap& parameters)
     return window ? window->passPopupResult(*this, parameters) : CError();
 }
 
+CError CView::eventPopupToggleCheckRelease(const CAttrMap& parameters)
+{
+    return eventPopupToggle(parameters);
+}
+
+CError CView::eventPopupClose(const CAttrMap&)
+{
+    CViewWindow* const window = getWindow();
+    return window ? window->closePopup(*this) : CError();
+}
+
 // --- pointer
+
+CError CView::onMousePress(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CViewBase::onMousePress(parameters), getFullName());
+    return tellDrag("window-drag-press", parameters);
+}
+
+CError CView::onMouseMove(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CViewBase::onMouseMove(parameters), getFullName());
+    return tellDrag("window-drag-move", parameters);
+}
+
+CError CView::onMouseRelease(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CViewBase::onMouseRelease(parameters), getFullName());
+    return tellDrag("window-drag-release", parameters);
+}
+
+CError CView::onMouseCancel(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CViewBase::onMouseCancel(parameters), getFullName());
+    return tellDrag("window-drag-release", parameters);
+}
+
+CError CView::tellDrag(const char* event, const CAttrMap& parameters)
+{
+    return isWindowDraggable_ && !isReleased() ? sendEvent(getRootView(), event, parameters) : CError();
+}
 
 bool CView::isAt(const CPoint& point) const
 {

@@ -19,8 +19,8 @@ namespace qel {
 //     is-child-click-through              the same for each child that is not intercepting
 //     is-intercepting                     takes the pointer for its whole area; the views in it never do
 //     is-intercepting-allow-childs        the same, but views in it are asked first
-//     is-focusable, is-window-draggable, is-debug
-//                                         for the window
+//     is-window-draggable                 a press on it drags the window, see CWinDrag
+//     is-focusable, is-debug              for the window
 //
 // The window adds the root view's context a window and a surface, resizes the sector map, calls
 // announceContentReady(), and then for each frame ticks, solves and paints.
@@ -44,7 +44,10 @@ public:
     virtual CError eventUnblockWindow(const CAttrMap& parameters);
     virtual CError eventCloseWindow(const CAttrMap& parameters);
     virtual CError eventPopupToggle(const CAttrMap& parameters);
+    // The same when a button goes up: a press that has closed the pop-up does not open it again.
+    virtual CError eventPopupToggleCheckRelease(const CAttrMap& parameters);
     virtual CError eventPopupResult(const CAttrMap& parameters);
+    virtual CError eventPopupClose(const CAttrMap& parameters);
 
     CError solveAndAdoptWindowSize() override;
 
@@ -53,6 +56,11 @@ public:
     CError announceContentReady();
 
     // --- pointer
+
+    CError onMousePress(const CAttrMap& parameters) override;
+    CError onMouseMove(const CAttrMap& parameters) override;
+    CError onMouseRelease(const CAttrMap& parameters) override;
+    CError onMouseCancel(const CAttrMap& parameters) override;
 
     // The view that takes the pointer at a point of the window, this one or one in it, or null. Of views side
     // by side, that with the higher z-index, then the later one, takes it.
@@ -105,6 +113,7 @@ protected:
 private:
     CView* findHit(const CPoint& point, bool isParentClickThrough);
     bool isAt(const CPoint& point) const;
+    CError tellDrag(const char* event, const CAttrMap& parameters);
     CError updateScroller(const char* path);
     static CError tellContentReady(CObject& object);
 

@@ -22,8 +22,11 @@ public:
 
     // Opens or closes the pop-up of `opener`; the parameters say which and where.
     virtual CError togglePopup(CView& opener, const CAttrMap& parameters) = 0;
-    // The pop-up that `view` belongs to has a result for whoever opened it.
+    // Without "source", `view` is in a pop-up and has a result for whoever opened that; with it, the result
+    // has reached `view`, which may have a "popup-result-target" to send it on to.
     virtual CError passPopupResult(CView& view, const CAttrMap& parameters) = 0;
+    // Closes the pop-up that `view` has opened or, if there is none, the one that it is in.
+    virtual CError closePopup(CView& view) = 0;
     // The window is to close. It may release its views at once: events and commands outlive that.
     virtual CError closeWindow() = 0;
     // The layout may have given the root view another size; the window takes it.

@@ -457,6 +457,11 @@ CError CWindow::passPopupResult(CView& view, const CAttrMap& parameters)
     return isOpen_ ? popups_.passResult(view, parameters) : CError();
 }
 
+CError CWindow::closePopup(CView& view)
+{
+    return isOpen_ ? popups_.close(view) : CError();
+}
+
 CError CWindow::closeWindow()
 {
     if (!isOpen_) {

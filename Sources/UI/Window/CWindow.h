@@ -109,6 +109,7 @@ public:
     // --- CViewWindow
     CError togglePopup(CView& opener, const CAttrMap& parameters) override;
     CError passPopupResult(CView& view, const CAttrMap& parameters) override;
+    CError closePopup(CView& view) override;
     CError closeWindow() override;
     CError adoptRootSize() override;
     CError exitPointer() override;

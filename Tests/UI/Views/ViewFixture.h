@@ -65,6 +65,7 @@ class TestWindow : public CViewWindow
 public:
     CError togglePopup(CView&, const CAttrMap&) override { return note("toggle"); }
     CError passPopupResult(CView&, const CAttrMap&) override { return note("result"); }
+    CError closePopup(CView&) override { return note("close popup"); }
     CError closeWindow() override
     {
         CObject::releaseObject(root);
