@@ -2,10 +2,13 @@
 #pragma once
 
 #include "../Views/ViewFixture.h"
+#include "CButton.h"
 #include "CFrame.h"
 #include "CGradient.h"
 #include "CImageSetObject.h"
 #include "CPicture.h"
+#include "CUIParam.h"
+#include "CValueList.h"
 
 #include <deque>
 
@@ -77,9 +80,12 @@ private:
 
     static constexpr CCreatorRow kControlRows[] = {
         creatorRow<CImageSetObject>("imageset"),
+        creatorRow<CButton>("ui:button-base"),
         creatorRow<CFrame>("ui:frame"),
         creatorRow<CGradient>("ui:overlay-gradient"),
         creatorRow<CPicture>("ui:picture"),
+        creatorRow<CUIParam>("ui:ui-param"),
+        creatorRow<CValueList>("ui:value-list-manual"),
         {nullptr, nullptr, nullptr},
     };
 

@@ -1,0 +1,373 @@
+// The push button, the switch and the button that opens a list.
+#include "CButton.h"
+
+#include "CAudioParamInfo.h"
+#include "CDynamicList.h"
+#include "CFirstError.h"
+#include "CUIParam.h"
+#include "PointerParams.h"
+
+namespace qel {
+
+namespace {
+
+constexpr const char* kPushed = "pushed";
+constexpr const char* kActive = "active";
+constexpr const char* kTempPushed = "temp-pushed";
+constexpr const char* kIsActive = "is-active";
+constexpr const char* kIndex = "index";
+constexpr const char* kSelectedItem = "selected-item";
+constexpr const char* kTitle = "title";
+// The shared attribute under the name it is followed by here; no name a tree would use.
+constexpr const char* kFollowed = "*shared";
+
+constexpr const char* kOwnList = "value-list";
+constexpr const char* kListWindow = "ui:window-app-popup-list";
+
+constexpr std::size_t kWholeClip = 1;
+
+} // namespace
+
+void CButton::buildClassInfo(CClassInfo& info)
+{
+    using Self = CButton;
+    CFramedView::buildClassInfo(info);
+    info.bind<&Self::isPicture_, &Self::attrPicture>("is-picture", false);
+    info.bind<&Self::imageIndex_, &Self::attrPicture>("image-set-index", 0);
+    info.bind<&Self::pictureAlignmentH_, &Self::attrPicture>("pic-alignment-h", "center");
+    info.bind<&Self::pictureAlignmentV_, &Self::attrPicture>("pic-alignment-v", "center");
+    info.bind<&Self::isActive_, &Self::attrIsActive>(kIsActive, false);
+    info.bind<&Self::isTempPushed_, &Self::attrIsTempPushed>("is-temp-pushed", false);
+    info.bind<&Self::isInverse_>("is-inverse", false);
+    info.bind<&Self::isRightClickAllowed_>("is-right-click-allowed", false);
+    info.bind<&Self::isUndoDisabled_>("is-undo-disabled", false);
+    info.bind<&Self::itemList_>("item-list", "");
+    info.bind<&Self::sharedAttribute_>("shared-attribute", "");
+    info.bind<&Self::attribute_>("attribute", "");
+}
+
+CError CButton::initChilds()
+{
+    QEL_TRY(CFramedView::initChilds(), getFullName());
+    QEL_TRY(followShared(), getFullName());
+    return {};
+}
+
+// --- pointer
+
+CError CButton::onMousePress(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    first.add(press());
+    first.add(CFramedView::onMousePress(parameters));
+    return first.take();
+}
+
+CError CButton::onMousePressR(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    if (isRightClickAllowed_) {
+        first.add(press());
+    }
+    first.add(CFramedView::onMousePressR(parameters));
+    return first.take();
+}
+
+CError CButton::onMouseRelease(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    first.add(finish(parameters, true));
+    first.add(CFramedView::onMouseRelease(parameters));
+    return first.take();
+}
+
+CError CButton::onMouseReleaseR(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    if (isRightClickAllowed_) {
+        first.add(finish(parameters, true));
+    }
+    first.add(CFramedView::onMouseReleaseR(parameters));
+    return first.take();
+}
+
+CError CButton::onMouseCancel(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    first.add(finish(parameters, false));
+    first.add(CFramedView::onMouseCancel(parameters));
+    return first.take();
+}
+
+CError CButton::onMouseCancelR(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    if (isRightClickAllowed_) {
+        first.add(finish(parameters, false));
+    }
+    first.add(CFramedView::onMouseCancelR(parameters));
+    return first.take();
+}
+
+CError CButton::onMouseEnter(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    first.add(CFramedView::onMouseEnter(parameters));
+    if (isHeld_) {
+        first.add(setState(kPushed));
+    }
+    return first.take();
+}
+
+CError CButton::onMouseExit(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    first.add(unsetState(kPushed));
+    first.add(CFramedView::onMouseExit(parameters));
+    return first.take();
+}
+
+CError CButton::press()
+{
+    if (actsDisabled()) {
+        return {};
+    }
+    isHeld_ = true;
+    return setState(kPushed);
+}
+
+CError CButton::finish(const CAttrMap& parameters, bool isClick)
+{
+    const bool isOwn = isHeld_ && isClick && !actsDisabled();
+    isHeld_ = false;
+    CFirstError first;
+    first.add(unsetState(kPushed));
+    if (isOwn && !isReleased()) {
+        first.add(onClick(parameters));
+    }
+    return first.take();
+}
+
+CError CButton::onClick(const CAttrMap& parameters)
+{
+    return itemList_.isEmpty() && !value_ ? toggle() : openList(parameters);
+}
+
+// --- what the button sets
+
+CError CButton::toggle()
+{
+    const bool isOn = isActive_ == isInverse_; // that is: active from now on, in the sense of what is bound
+    if (activity_) {
+        CUIParam& param = *activity_;
+        const CHold hold(param);
+        CFirstError first;
+        first.add(param.beginEdit());
+        first.add(param.setValue(0, isOn ? 1.0 : 0.0));
+        first.add(param.endEdit());
+        return first.take();
+    }
+    return shared_.isThere() ? shared_.write(isOn ? "true" : "false") : CError();
+}
+
+CError CButton::attrIsActive()
+{
+    return isActive_ ? setState(kActive) : unsetState(kActive);
+}
+
+CError CButton::attrIsTempPushed()
+{
+    return isTempPushed_ ? setState(kTempPushed) : unsetState(kTempPushed);
+}
+
+// --- the list
+
+// The list of "item-list", or else all values that the parameter can have; null if there are none.
+CError CButton::findList(CObject*& out)
+{
+    out = itemList_.isEmpty() ? findChild(kOwnList) : findObject(itemList_);
+    if (!itemList_.isEmpty() && !dynamic_cast<CDynamicList*>(out)) {
+        QEL_FAIL(getFullName(), "@qelstr_CButton_findList_NoList Unable to find item list '%1'.", itemList_);
+    }
+    const CAudioParamInfo* const info = value_ ? value_->getInfo() : nullptr;
+    if (out || !info || info->isString()) {
+        return {};
+    }
+    CAttrMap attributes;
+    attributes["mode"] = CAttrValue("audio-enum-value");
+    attributes["bridge"] = CAttrValue(value_->getBridge()->getFullName());
+    attributes["is-hide-reserve"] = CAttrValue(true);
+    return createChild(out, "ui:value-list", kOwnList, false, nullptr, &attributes);
+}
+
+CError CButton::openList(const CAttrMap& parameters)
+{
+    CObject* list = nullptr;
+    QEL_TRY(findList(list), getFullName());
+    if (!list) {
+        return {};
+    }
+    std::vector<CDynamicListItem> items;
+    QEL_TRY(dynamic_cast<CDynamicList&>(*list).getItems({}, items), getFullName());
+    const CString shown = value_ ? value_->getText(0) : getAttrString(kSelectedItem);
+    std::int32_t selected = getAttrInt(kIndex, -1);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        if (items[i].text == shown) {
+            selected = static_cast<std::int32_t>(i);
+        }
+    }
+    CAttrMap sent = parameters;
+    sent["tag"] = CAttrValue(kListWindow);
+    sent["window-alignment"] = CAttrValue("bottom");
+    sent["is-same-width"] = CAttrValue(true);
+    sent["popup-item-list"] = CAttrValue(list->getFullName());
+    sent["popup-selected-paragraph"] = CAttrValue(selected);
+    for (const auto& [key, value] : getAttributes()) {
+        if (key.startsWith("popup-") || key == "window-alignment" || key == "is-same-width") {
+            sent[key] = value;
+        }
+    }
+    return receiveEvent("popup-toggle", sent);
+}
+
+CError CButton::eventPopupResult(const CAttrMap& parameters)
+{
+    if (itemList_.isEmpty() && !value_) {
+        return CFramedView::eventPopupResult(parameters);
+    }
+    const CHold hold(*this);
+    const CString text = textOf(parameters, "text");
+    const CString index = textOf(parameters, kIndex);
+    CFirstError first;
+    first.add(setAttribute(kSelectedItem, text, true));
+    first.add(setAttribute(kIndex, index, true));
+    if (value_ && !isReleased()) {
+        CUIParam& param = *value_;
+        const CHold paramHold(param);
+        first.add(param.beginEdit());
+        // A list may leave states out, so the text says more than the index.
+        if (CError error = param.setText(0, text)) {
+            first.add(param.setValue(0, CAttrValue(index).toReal().value_or(0.0)));
+        }
+        first.add(param.endEdit());
+    }
+    return first.take();
+}
+
+// --- what is bound
+
+CError CButton::followShared()
+{
+    shared_ = findSharedTarget(*this, sharedAttribute_, attribute_);
+    if (sharedAttribute_.isEmpty()) {
+        return {};
+    }
+    if (!shared_.isThere()) {
+        QEL_FAIL(getFullName(),
+                 "@qelstr_CButton_initChilds_NoSharedAttribute Invalid button shared attribute '%1'.",
+                 sharedAttribute_);
+    }
+    listenAttribute(*shared_.object, shared_.attribute, kFollowed);
+    return onAttrChanged(*shared_.object, kFollowed, CAttrValue(shared_.read()));
+}
+
+CError CButton::onAttrChanged(CObject& sender, const CString& key, const CAttrValue& value)
+{
+    if (key == kFollowed) {
+        return setAttribute(kIsActive, CAttrValue(value.toBool().value_or(false) != isInverse_), true);
+    }
+    return CFramedView::onAttrChanged(sender, key, value);
+}
+
+CError CButton::onParamAdded(CUIParam& param)
+{
+    const CString name = param.getName();
+    if (name == kActivityParam) {
+        activity_ = &param;
+    } else if (name == kValueParam) {
+        value_ = &param;
+    }
+    param.setUndoDisabled(isUndoDisabled_);
+    return {};
+}
+
+CError CButton::onParamRemoved(CUIParam& param)
+{
+    if (activity_ == &param) {
+        activity_ = nullptr;
+    }
+    if (value_ == &param) {
+        value_ = nullptr;
+    }
+    return {};
+}
+
+CError CButton::onParamUpdate(CUIParam& param)
+{
+    if (isReleased()) {
+        return {};
+    }
+    if (activity_ == &param) {
+        return setAttribute(kIsActive, CAttrValue(param.isActive() != isInverse_), true);
+    }
+    return value_ == &param ? setAttribute(kTitle, param.getText(0), true) : CError();
+}
+
+CError CButton::onParamInfo(CUIParam& param)
+{
+    return onParamUpdate(param);
+}
+
+// --- look
+
+void CButton::onLookChanged()
+{
+    CFramedView::onLookChanged();
+    adoptPicture();
+}
+
+CError CButton::attrPicture()
+{
+    adoptPicture();
+    return {};
+}
+
+// A picture is as large as its image where nobody says more.
+void CButton::adoptPicture()
+{
+    if (getInitState() == InitState::kCreated || isReleased()) {
+        return;
+    }
+    alignmentH_ = parseAlignment(pictureAlignmentH_, CAxis::kX).value_or(CAlignment::kCenter);
+    alignmentV_ = parseAlignment(pictureAlignmentV_, CAxis::kY).value_or(CAlignment::kCenter);
+    const CImage* const image =
+        isPicture_ ? findImage(static_cast<std::uint32_t>(imageIndex_), true) : nullptr;
+    if (image && !findAttr("compact-width")) {
+        getViewArea().setCompactSize(CAxis::kX, image->getWidth());
+    }
+    if (image && !findAttr("compact-height")) {
+        getViewArea().setCompactSize(CAxis::kY, image->getHeight());
+    }
+    markLook();
+}
+
+void CButton::draw(CDrawContext& context)
+{
+    if (isPicture_) {
+        const auto index = static_cast<std::uint32_t>(imageIndex_);
+        const CRect place = getAlignedImageCoords(index, true, kWholeClip, alignmentH_, alignmentV_);
+        drawImage(context, index, true, {place.x, place.y}, kWholeClip, 1.0, isTilingX(), isTilingY());
+        return;
+    }
+    drawFrame(context);
+}
+
+} // namespace qel
