@@ -32,12 +32,14 @@
 #include "CAudioParamRegistry.h"
 #include "CAudioVizCollector.h"
 #include "CBrushSetObject.h"
+#include "CButton.h"
 #include "CDCDAWContextObject.h"
 #include "CFontObject.h"
 #include "CFrame.h"
 #include "CGlobalSettings.h"
 #include "CGradient.h"
 #include "CImageSetObject.h"
+#include "CKnob.h"
 #include "CModArithmetic.h"
 #include "CModBypass.h"
 #include "CModCrunchAtk.h"
@@ -73,6 +75,7 @@
 #include "CTextView.h"
 #include "CTimer.h"
 #include "CUIParam.h"
+#include "CUIParamController.h"
 #include "CValueList.h"
 #include "CValueListAudio.h"
 #include "CView.h"
@@ -114,7 +117,9 @@ const CCreatorRow kCreatorTable[] = {
     row<CImageSetObject>("imageset"),
     row<CPaletteObject>("palette"),
 
+    row<CButton>("ui:button-base"),
     row<CFrame>("ui:frame"),
+    row<CKnob>("ui:knob"),
     row<CGradient>("ui:overlay-gradient"),
     row<CParamBridgeAudio>("ui:param-bridge"),
     row<CParamGroupController>("ui:param-group-controller"),
@@ -123,6 +128,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CTextView>("ui:textview"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
     row<CUIParam>("ui:ui-param"),
+    row<CUIParamController>("ui:ui-param-controller"),
     row<CValueListAudio>("ui:value-list"),
     row<CValueList>("ui:value-list-manual"),
     row<CView>("ui:view"),
