@@ -34,7 +34,6 @@
 #include "CBrushSetObject.h"
 #include "CButton.h"
 #include "CDCDAWContextObject.h"
-#include "CFileDialog.h"
 #include "CFontObject.h"
 #include "CFrame.h"
 #include "CGlobalSettings.h"
@@ -119,7 +118,6 @@ const CCreatorRow kCreatorTable[] = {
     row<CPaletteObject>("palette"),
 
     row<CButton>("ui:button-base"),
-    row<CFileDialog>("ui:file-dialog"),
     row<CFrame>("ui:frame"),
     row<CKnob>("ui:knob"),
     row<CGradient>("ui:overlay-gradient"),

@@ -280,6 +280,8 @@ void CObject::releaseObject(CObject* object)
         return;
     }
     object->isReleased_ = true;
+    // What release() calls may hold the object too; the last hold destroys it.
+    const CHold hold(*object);
     object->release();
     // A child's release may end its siblings, so each is looked for again before it is touched.
     const auto children = object->children_;
@@ -290,9 +292,7 @@ void CObject::releaseObject(CObject* object)
         }
     }
     object->detach();
-    if (object->holds_ == 0) {
-        delete object;
-    } else {
+    if (object->holds_ > 1) {
         object->leaveTree();
     }
 }

@@ -22,6 +22,7 @@ constexpr const char* kTimers[] = {"render-timer", "gradient-timer", "cursor-tim
 
 constexpr int kMaxSidePx = 8192;
 constexpr double kNeverSec = 1e9;
+constexpr double kClockToleranceSec = 1e-6; // of a clock that adds up small steps
 constexpr double kDefaultFps = 40.0;
 constexpr double kDefaultGradientFps = 20.0;
 constexpr double kDefaultCursorFps = 3.0;
@@ -309,6 +310,19 @@ CError CWindow::onDeactivateTick(const CAttrMap&)
     return {};
 }
 
+// Once for each rest of the pointer.
+CError CWindow::onAutoClickTick(const CAttrMap&)
+{
+    const bool hasRested =
+        system_->getTimeSec() - restingSinceSec_ >= autoClickTimeoutSec_ - kClockToleranceSec;
+    CView* const view = pointer_.getTop();
+    if (isAutoClickDue_ && hasRested && view && !view->actsDisabled() && !pointer_.isButtonHeld()) {
+        isAutoClickDue_ = false;
+        handle([&] { return view->receiveEvent("auto-click", {}); });
+    }
+    return {};
+}
+
 void CWindow::setDeactivateTimer(bool isRunning)
 {
     const bool isThere = findChild(kDeactivateTimer) != nullptr;
@@ -510,7 +524,12 @@ CError CWindow::attrTitle()
 
 CError CWindow::attrAutoClickTimeout()
 {
-    return {};
+    const bool isWanted = isOpen_ && autoClickTimeoutSec_ >= 0.0;
+    const bool isThere = findChild(kAutoClickTimer) != nullptr;
+    if (isThere && !isWanted) {
+        stopTimer(kAutoClickTimer);
+    }
+    return isWanted && !isThere ? startTimer(kAutoClickTimer, autoClickFps_, "auto-click-tick") : CError();
 }
 
 CError CWindow::attrIsExportDrawLoad()
@@ -544,12 +563,14 @@ CError CWindow::eventMouseButtonReset(const CAttrMap&)
 
 CError CWindow::eventResetAutoClick(const CAttrMap&)
 {
+    restAutoClick();
     return {};
 }
 
-CError CWindow::onAutoClickTick(const CAttrMap&)
+void CWindow::restAutoClick()
 {
-    return {};
+    restingSinceSec_ = system_->getTimeSec();
+    isAutoClickDue_ = true;
 }
 
 // --- what the system tells
@@ -567,6 +588,7 @@ void CWindow::onResize(int width, int height)
 
 void CWindow::onPointerMove(const platform::PointerEvent& event)
 {
+    restAutoClick();
     handle([&] { return pointer_.move(event); });
 }
 

@@ -80,6 +80,8 @@ public:
 
     CView* getRootView() const { return rootView_; } // null once it is released
     CWindowSystem& getSystem() const { return *system_; }
+    // For whoever outlives the window.
+    const std::shared_ptr<CWindowSystem>& getSharedSystem() const { return system_; }
     CPopups& getPopups() { return popups_; }
     CPointerRouter& getPointer() { return pointer_; }
     CWindowSurface& getSurface() { return surface_; }
@@ -154,6 +156,7 @@ private:
     CError applySize(const Size& size);
     CError startTimer(const char* name, double fps, const char* handler);
     void stopTimer(const char* name);
+    void restAutoClick();
     void exportDrawLoad(double nowSec);
     void end();
 
@@ -183,6 +186,8 @@ private:
     bool isOpen_ = false;
     platform::PixelRect place_; // in the host's window or on the screen
     Size size_;
+    double restingSinceSec_ = 0.0;
+    bool isAutoClickDue_ = false;
     Size pendingSize_; // asked for from outside, for the next frame
 
     // Bound attributes.
