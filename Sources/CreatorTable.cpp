@@ -33,6 +33,7 @@
 #include "CAudioVizCollector.h"
 #include "CBrushSetObject.h"
 #include "CButton.h"
+#include "CColorSwatch.h"
 #include "CDCDAWContextObject.h"
 #include "CFontObject.h"
 #include "CFrame.h"
@@ -70,6 +71,7 @@
 #include "CParamGroupController.h"
 #include "CParamGroupSelector.h"
 #include "CPicture.h"
+#include "CScrollerBar.h"
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
 #include "CTextView.h"
@@ -118,6 +120,8 @@ const CCreatorRow kCreatorTable[] = {
     row<CPaletteObject>("palette"),
 
     row<CButton>("ui:button-base"),
+    row<CColorSwatch>("ui:color-swatch"),
+    row<CFileDialog>("ui:file-dialog"),
     row<CFrame>("ui:frame"),
     row<CKnob>("ui:knob"),
     row<CGradient>("ui:overlay-gradient"),
@@ -125,6 +129,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CParamGroupController>("ui:param-group-controller"),
     row<CParamGroupSelector>("ui:param-group-selector"),
     row<CPicture>("ui:picture"),
+    row<CScrollerBar>("ui:scroller-bar"),
     row<CTextView>("ui:textview"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
     row<CUIParam>("ui:ui-param"),

@@ -7,6 +7,7 @@
 #include "CGradient.h"
 #include "CImageSetObject.h"
 #include "CPicture.h"
+#include "CScrollerBar.h"
 #include "CUIParam.h"
 #include "CValueList.h"
 
@@ -51,6 +52,19 @@ protected:
         load(views, std::move(rootAttrs), others);
     }
 
+    // Parameters of an event of the pointer at a point of the window.
+    static CAttrMap pointer(int x, int y, const std::string& flag = {})
+    {
+        CAttrMap parameters;
+        parameters["x"] = CAttrValue(x);
+        parameters["y"] = CAttrValue(y);
+        if (!flag.empty()) {
+            parameters[flag.c_str()] = CAttrValue(true);
+        }
+        return parameters;
+    }
+    double real(const char* path, const char* name) { return root_->findObject(path)->getAttrReal(name); }
+
     // The grey value that colour "White" shows at a point; 0 where nothing is drawn.
     int value(std::int32_t x, std::int32_t y) { return static_cast<int>(pixel(x, y) & 0xFF); }
     // The values along a row or column, up to `end`, each run of equal ones once: "10x4 20x12".
@@ -84,6 +98,7 @@ private:
         creatorRow<CFrame>("ui:frame"),
         creatorRow<CGradient>("ui:overlay-gradient"),
         creatorRow<CPicture>("ui:picture"),
+        creatorRow<CScrollerBar>("ui:scroller-bar"),
         creatorRow<CUIParam>("ui:ui-param"),
         creatorRow<CValueList>("ui:value-list-manual"),
         {nullptr, nullptr, nullptr},
