@@ -35,6 +35,7 @@
 #include "CButton.h"
 #include "CColorSwatch.h"
 #include "CDCDAWContextObject.h"
+#include "CFileDialog.h"
 #include "CFontObject.h"
 #include "CFrame.h"
 #include "CGlobalSettings.h"

@@ -243,6 +243,12 @@ CPopups::Child* CPopups::childOf(const CWindow& window)
     return found == children_.end() ? nullptr : &*found;
 }
 
+CView* CPopups::findOpen(const CView& opener)
+{
+    const Child* const open = childOf(opener);
+    return open ? open->window->getRootView() : nullptr;
+}
+
 bool CPopups::takeChild(const CWindow& window, Child& out)
 {
     const Child* const found = childOf(window);

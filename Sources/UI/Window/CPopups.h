@@ -51,6 +51,8 @@ public:
     // "popup-close" at `view`: closes what it has opened or, if there is nothing, the pop-up that it is in.
     CError close(CView& view);
     void forgetView(CView& view);
+    // The root view of what `opener` has open, or null.
+    CView* findOpen(const CView& opener);
     bool hasOpen() const { return !children_.empty(); }
 
     // --- called by the window
