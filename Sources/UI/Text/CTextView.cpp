@@ -5,7 +5,7 @@ namespace qel {
 
 void CTextView::buildClassInfo(CClassInfo& info)
 {
-    CTextViewBase::buildClassInfo(info);
+    CTextViewList::buildClassInfo(info);
 }
 
 } // namespace qel

@@ -1,12 +1,12 @@
 // The text element of the interface.
 #pragma once
 
-#include "CTextViewBase.h"
+#include "CTextViewList.h"
 
 namespace qel {
 
 // Tag `ui:textview`: a label, or a text of several paragraphs.
-class CTextView : public CTextViewBase
+class CTextView : public CTextViewList
 {
 public:
     static void buildClassInfo(CClassInfo& info);

@@ -256,7 +256,7 @@ void CTextViewBase::tellCompactSize()
 {
     if (isReady()) {
         const double height = std::min<double>(text_.getHeight(), getMaxCompactHeight());
-        tellCompactSize(CAxis::kX, text_.getNaturalWidth(), "compact-width");
+        tellCompactSize(CAxis::kX, text_.getNaturalWidth() + getExtraWidth(), "compact-width");
         tellCompactSize(CAxis::kY, height, "compact-height");
     }
 }

@@ -64,9 +64,11 @@ protected:
     // Slots of the view's colours that texts use; those of the view's own images begin at 0.
     enum Slot : std::size_t
     {
-        kTextSlot = 4,                                            // and one each for "C1" and "C2"
-        kFurtherSlots = kTextSlot + CTextColorSource::kOwnColors, // for subclasses
-        kImageSlots = kFurtherSlots + 3                           // of images in the text
+        kTextSlot = 4,                                         // and one each for "C1" and "C2"
+        kHoverSlot = kTextSlot + CTextColorSource::kOwnColors, // the strips of lists
+        kSelectSlot,
+        kSelectTextSlot,
+        kImageSlots // of images in the text
     };
     static constexpr std::size_t kMaxImageColors = 16;
 
@@ -78,9 +80,13 @@ protected:
     virtual void fillText(CTextWrapper& text);
     // What fillText() gives has changed. Before applyAttrs() has run, this does nothing.
     CError refreshText();
+    // An image of the sets that texts name; null if there is none. Good as long as the view.
+    const CImage* findTextImage(const CTextImageName& name);
     const CTextWrapper& getText() const { return text_; }
     char16_t getSeparator() const { return separator_.isEmpty() ? u'\0' : separator_[0]; }
 
+    // What the view needs beside its text, pixels.
+    virtual double getExtraWidth() const { return 0.0; }
     // The highest that the text may ask for, pixels.
     virtual double getMaxCompactHeight() const;
     // How far the text is moved, pixels; for scrolling.
@@ -122,7 +128,6 @@ private:
     void tellCompactSize();
     void tellCompactSize(CAxis axis, double size, const char* attribute);
     void updateImageColors();
-    const CImage* findTextImage(const CTextImageName& name);
 
     CTextWrapper text_;
     CStringMap<std::shared_ptr<const CImageSet>> imageSets_; // of images in texts

@@ -1,0 +1,621 @@
+// A text view that is a list.
+#include "CTextViewList.h"
+
+#include "CViewWindow.h"
+#include "EventParameters.h"
+#include "SystemEvents.h"
+
+#include <cmath>
+
+namespace qel {
+
+namespace {
+
+constexpr const char* kValuesChanged = "values-changed";
+constexpr const char* kSourceUpdate = "text-source-update";
+constexpr const char* kSelected = "selected-paragraph";
+constexpr const char* kSelectedChanged = "selected-paragraph-changed";
+constexpr const char* kDoubleClicked = "paragraph-dbl-clicked";
+constexpr const char* kResult = "popup-result";
+constexpr const char* kSource = "source";
+constexpr const char* kListTemplate = "ui:window-app-popup-list";
+
+// Pixels at a scale of 1 between the longest item and the arrows.
+constexpr double kArrowGap = 8.0;
+
+} // namespace
+
+void CTextViewList::buildClassInfo(CClassInfo& info)
+{
+    using Self = CTextViewList;
+    CTextViewBase::buildClassInfo(info);
+    info.bind<&Self::isHoverable_, &Self::attrIsParagraphHoverable>("is-paragraph-hoverable", false);
+    info.bind<&Self::isSelectable_, &Self::attrIsParagraphSelectable>("is-paragraph-selectable", false);
+    info.bind<&Self::hoverColor_, &Self::attrParagraphHoverColor>("paragraph-hover-color", "");
+    info.bind<&Self::selectColor_, &Self::attrParagraphSelectColor>("paragraph-select-color", "");
+    info.bind<&Self::selectTextColor_, &Self::attrParagraphSelectTextColor>("paragraph-select-text-color",
+                                                                            "");
+    info.bind<&Self::selected_, &Self::attrSelectedParagraph>(kSelected, kNone);
+    info.bind<&Self::textSource_, &Self::attrTextSource>("text-source", "");
+    info.bind<&Self::isSourceForced_>("is-text-source-forced", false);
+    info.bind<&Self::listId_, &Self::attrTextSource>("dynamic-list-parent-id", "");
+    info.bind<&Self::isSingleValue_, &Self::refreshText>("text-source-single-value", false);
+    info.bind<&Self::maxItemCount_, &Self::refreshText>("max-item-count", 0);
+    info.bind<&Self::noItemsTitle_, &Self::refreshText>("no-items-title", "<no items>");
+    info.bind<&Self::isEmptyAllowed_, &Self::refreshText>("allow-no-paragraphs", false);
+    info.bind<&Self::activePrefix_, &Self::refreshText>("active-paragraph-prefix", "");
+    info.bind<&Self::isSelectedClickCancelling_>("is-selected-paragraph-click-cancels", false);
+    info.bind<&Self::isRightClickSelecting_>("is-right-click-selects", false);
+    info.bind<&Self::resultTarget_>("result-target", "");
+    info.bind<&Self::resultIndexAttr_>("result-target-index-attr", "");
+    info.bind<&Self::resultRedirectAttr_>("result-target-redirect-attr", "");
+    info.bind<&Self::originalOpener_>("original-opener", "");
+    info.handleEvent<&Self::eventTextSourceUpdate>(kSourceUpdate);
+    info.handleEvent<&Self::eventAutoClick>("auto-click");
+    info.handleEvent<&Self::eventKeyPress>("key-press");
+    info.handleEvent<&Self::eventPopupClosed>("popup-closed");
+}
+
+CError CTextViewList::initChilds()
+{
+    QEL_TRY(CTextViewBase::initChilds(), getFullName());
+    // Lists may be children of the view.
+    return findSource();
+}
+
+// --- attributes
+
+CError CTextViewList::attrIsParagraphHoverable()
+{
+    markLook();
+    return {};
+}
+
+CError CTextViewList::attrIsParagraphSelectable()
+{
+    markLook();
+    return {};
+}
+
+CError CTextViewList::attrParagraphHoverColor()
+{
+    setSlotColor(kHoverSlot, hoverColor_);
+    return {};
+}
+
+CError CTextViewList::attrParagraphSelectColor()
+{
+    setSlotColor(kSelectSlot, selectColor_);
+    return {};
+}
+
+CError CTextViewList::attrParagraphSelectTextColor()
+{
+    setSlotColor(kSelectTextSlot, selectTextColor_);
+    return {};
+}
+
+CError CTextViewList::attrSelectedParagraph()
+{
+    if (activePrefix_.isEmpty() && !isSingleValue_) {
+        markLook();
+        return {};
+    }
+    return refreshText();
+}
+
+CError CTextViewList::attrTextSource()
+{
+    return getInitState() >= InitState::kChildsDone && !isReleased() ? findSource() : CError();
+}
+
+CError CTextViewList::attrTitle()
+{
+    isSourceShown_ = isSourceShown_ && isSourceForced_;
+    return CTextViewBase::attrTitle();
+}
+
+// --- the source
+
+CError CTextViewList::findSource()
+{
+    if (!sourcePath_.isEmpty()) {
+        unlistenObject(sourcePath_, kValuesChanged, kSourceUpdate);
+    }
+    sourcePath_ = textSource_;
+    source_ = nullptr;
+    items_.clear();
+    if (textSource_.isEmpty()) {
+        return refreshText();
+    }
+    source_ = dynamic_cast<CDynamicList*>(findObject(textSource_));
+    if (!source_) {
+        QEL_FAIL(getFullName(), "@qelstr_CTextView_initChilds_NoTextSource Unable to find text source.");
+    }
+    listenObject(textSource_, kValuesChanged, kSourceUpdate);
+    return readSource();
+}
+
+CError CTextViewList::eventTextSourceUpdate(const CAttrMap&)
+{
+    // The source may have gone and come again under its name since.
+    source_ = dynamic_cast<CDynamicList*>(findObject(sourcePath_));
+    return readSource();
+}
+
+CError CTextViewList::readSource()
+{
+    items_.clear();
+    CError error = source_ ? source_->getItems(listId_, items_) : CError();
+    isSourceShown_ = true;
+    const bool hasSubLists =
+        std::ranges::any_of(items_, [](const CDynamicListItem& item) { return !item.subListId.isEmpty(); });
+    arrow_ = hasSubLists ? findTextImage({"is.button", "DynListArrow", {}}) : nullptr;
+    hovered_ = hovered_ < getItemCount() ? hovered_ : kNone;
+    CError refreshed = refreshText();
+    markLook();
+    return error ? std::move(error) : std::move(refreshed);
+}
+
+void CTextViewList::fillText(CTextWrapper& text)
+{
+    if (!isListShown()) {
+        CTextViewBase::fillText(text);
+        return;
+    }
+    std::vector<CString> paragraphs;
+    for (std::int32_t i = 0; i < getItemCount(); ++i) {
+        if (!isSingleValue_ || i == selected_) {
+            const CString& itemText = items_[static_cast<std::size_t>(i)].text;
+            paragraphs.push_back(i == selected_ && !isSingleValue_ ? activePrefix_ + itemText : itemText);
+        }
+    }
+    if (items_.empty() && !isEmptyAllowed_) {
+        paragraphs.push_back(noItemsTitle_);
+    }
+    text.parseParagraphs(paragraphs);
+}
+
+std::int32_t CTextViewList::getItemCount() const
+{
+    return static_cast<std::int32_t>(isListShown() ? items_.size() : getText().getParagraphs().size());
+}
+
+const CDynamicListItem* CTextViewList::findItem(std::int32_t index) const
+{
+    const bool isThere = isListShown() && index >= 0 && index < getItemCount();
+    return isThere ? &items_[static_cast<std::size_t>(index)] : nullptr;
+}
+
+CString CTextViewList::getParagraphText(std::int32_t index) const
+{
+    if (index < 0 || index >= getItemCount()) {
+        return {};
+    }
+    if (const CDynamicListItem* const item = findItem(index)) {
+        return item->text;
+    }
+    std::vector<CString> paragraphs;
+    for (const CString& line : getTitle().split(u'\n')) {
+        for (const CString& part : getSeparator() ? line.split(getSeparator()) : std::vector{line}) {
+            paragraphs.push_back(part);
+        }
+    }
+    return static_cast<std::size_t>(index) < paragraphs.size() ? paragraphs[static_cast<std::size_t>(index)]
+                                                               : CString();
+}
+
+// --- measures
+
+double CTextViewList::getMaxCompactHeight() const
+{
+    const double highest = CTextViewBase::getMaxCompactHeight();
+    const std::vector<CTextParagraph>& paragraphs = getText().getParagraphs();
+    if (maxItemCount_ <= 0 || static_cast<std::size_t>(maxItemCount_) >= paragraphs.size()) {
+        return highest;
+    }
+    const CTextParagraph& last = paragraphs[static_cast<std::size_t>(maxItemCount_) - 1];
+    return std::min<double>(highest, last.top + last.height);
+}
+
+double CTextViewList::getExtraWidth() const
+{
+    return arrow_ ? arrow_->getWidth() + roundToPixel(kArrowGap * getInterfaceScale()) : 0.0;
+}
+
+void CTextViewList::onTextLaidOut()
+{
+    CTextViewBase::onTextLaidOut();
+    const double seen = getTextBox().height;
+    if (!isScrollable() || seen <= 0.0) {
+        return;
+    }
+    const double ratio = std::min(1.0, seen / getText().getHeight());
+    const double offset = std::clamp(getAttrReal("offset-y"), 0.0, 1.0 - ratio);
+    const auto write = [this](const char* name, double value, double fallback) {
+        if (getAttrReal(name, fallback) != value) {
+            if (CError error = setAttribute(name, CAttrValue(value), true)) {
+                traceError(error);
+            }
+        }
+    };
+    write("ratio-y", ratio, 1.0);
+    write("offset-y", offset, 0.0);
+}
+
+// --- drawing
+
+const CPaletteColor& CTextViewList::getParagraphColor(std::size_t paragraph)
+{
+    const auto index = static_cast<std::int32_t>(paragraph);
+    const CDynamicListItem* const item = findItem(index);
+    const bool isNoItem = isListShown() && items_.empty();
+    if (isNoItem || (item && !item->isEnabled && !isSingleValue_)) {
+        return *getDisabledTextColor();
+    }
+    const bool isSelected = isSelectable_ && !isSingleValue_ && index == selected_;
+    return getTextSlotColor(isSelected && !selectTextColor_.isEmpty() ? kSelectTextSlot : kTextSlot);
+}
+
+void CTextViewList::drawBehindText(CDrawContext& context)
+{
+    CTextViewBase::drawBehindText(context);
+    if (isSingleValue_ || actsDisabled()) {
+        return;
+    }
+    const auto drawStrip = [&](std::int32_t index, std::size_t slot) {
+        if (index >= 0 && index < getItemCount()) {
+            context.drawFilledRect(getTextSlotColor(slot), getParagraphRect(static_cast<std::size_t>(index)),
+                                   kTextClip, 1.0);
+        }
+    };
+    if (isSelectable_ && !selectColor_.isEmpty()) {
+        drawStrip(selected_, kSelectSlot);
+    }
+    if (isHoverable_ && !hoverColor_.isEmpty() && hovered_ != selected_ && isChoosable(hovered_)) {
+        drawStrip(hovered_, kHoverSlot);
+    }
+    for (std::size_t i = 0; arrow_ && i < items_.size(); ++i) {
+        if (items_[i].subListId.isEmpty()) {
+            continue;
+        }
+        const CRect row = getParagraphRect(i);
+        const CRect& box = getTextBox();
+        const CPoint point{box.right() - arrow_->getWidth(),
+                           row.y + std::floor((row.height - arrow_->getHeight()) * 0.5)};
+        for (const CImageLayer& layer : arrow_->layers) {
+            context.drawGlyph(layer, point, kTextClip, getParagraphColor(i), 1.0);
+        }
+    }
+}
+
+void CTextViewList::markParagraph(std::int32_t index)
+{
+    if (index >= 0) {
+        markPart(getParagraphRect(static_cast<std::size_t>(index)));
+    }
+}
+
+// --- pointer
+
+std::int32_t CTextViewList::findParagraphAt(const CAttrMap& parameters) const
+{
+    const double x = eventNumber(parameters, "x") - getArea().x;
+    const double y = eventNumber(parameters, "y") - getArea().y;
+    if (x < 0.0 || x >= getArea().width || isSingleValue_) {
+        return kNone;
+    }
+    const std::optional<std::size_t> found = getText().findParagraph(y - getTextTop());
+    return found && *found < static_cast<std::size_t>(getItemCount()) ? static_cast<std::int32_t>(*found)
+                                                                      : kNone;
+}
+
+bool CTextViewList::isChoosable(std::int32_t index) const
+{
+    const CDynamicListItem* const item = findItem(index);
+    return index >= 0 && index < getItemCount() && (!item || item->isEnabled);
+}
+
+void CTextViewList::hover(std::int32_t index)
+{
+    if (isHoverable_ && index != hovered_) {
+        markParagraph(hovered_);
+        hovered_ = index;
+        markParagraph(hovered_);
+    }
+}
+
+CError CTextViewList::onMouseMove(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CTextViewBase::onMouseMove(parameters), getFullName());
+    if (!isReleased()) {
+        hover(findParagraphAt(parameters));
+    }
+    return {};
+}
+
+CError CTextViewList::onMouseExit(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CTextViewBase::onMouseExit(parameters), getFullName());
+    if (!isReleased() && openedItem_ == kNone) {
+        hover(kNone);
+    }
+    return {};
+}
+
+CError CTextViewList::onMousePress(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CTextViewBase::onMousePress(parameters), getFullName());
+    pressed_ = kNone;
+    if (isReleased() || actsDisabled()) {
+        return {};
+    }
+    CViewWindow* const window = getWindow();
+    if (isFocusable() && isSelectable_ && window) {
+        QEL_TRY(window->setKeyFocus(this, false), getFullName());
+    }
+    const std::int32_t index = isReleased() ? kNone : findParagraphAt(parameters);
+    if (!isSelectable_ || !isChoosable(index)) {
+        return {};
+    }
+    if (eventFlag(parameters, "is-double-click")) {
+        return raiseEvent(kDoubleClicked, paragraphParameters(index));
+    }
+    pressed_ = index;
+    return {};
+}
+
+CError CTextViewList::onMouseRelease(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CTextViewBase::onMouseRelease(parameters), getFullName());
+    const std::int32_t pressed = std::exchange(pressed_, kNone);
+    const std::int32_t index = isReleased() ? kNone : findParagraphAt(parameters);
+    return pressed == kNone || actsDisabled() ? CError() : chooseParagraph(index);
+}
+
+CError CTextViewList::onMouseReleaseR(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    QEL_TRY(CTextViewBase::onMouseReleaseR(parameters), getFullName());
+    const bool isClick = isRightClickSelecting_ && isSelectable_ && !isReleased() && !actsDisabled();
+    return isClick ? chooseParagraph(findParagraphAt(parameters)) : CError();
+}
+
+// --- choosing
+
+CError CTextViewList::selectParagraph(std::int32_t index)
+{
+    QEL_TRY(setAttribute(kSelected, CAttrValue(index), true), getFullName());
+    return isReleased() ? CError() : scrollTo(index);
+}
+
+CAttrMap CTextViewList::paragraphParameters(std::int32_t index) const
+{
+    const CDynamicListItem* const item = findItem(index);
+    CAttrMap parameters;
+    parameters["index"] = CAttrValue(index);
+    parameters["list-id"] = CAttrValue(listId_);
+    parameters["text"] = CAttrValue(getParagraphText(index));
+    parameters["value"] = CAttrValue(item ? item->value : index);
+    return parameters;
+}
+
+CError CTextViewList::raiseEvent(const char* name, const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CError first = fireEvent(name, parameters);
+    if (!isReleased()) {
+        CError error = notify(name, parameters, false);
+        if (!first) {
+            return error;
+        }
+        traceError(error);
+    }
+    return first;
+}
+
+CError CTextViewList::chooseParagraph(std::int32_t index)
+{
+    if (!isChoosable(index)) {
+        return {};
+    }
+    const CDynamicListItem* const item = findItem(index);
+    if (item && !item->subListId.isEmpty()) {
+        return openedItem_ == index ? CError() : openSubList(index);
+    }
+    if (index == selected_ && isSelectedClickCancelling_) {
+        return closePopup();
+    }
+    const CHold hold(*this);
+    const CAttrMap parameters = paragraphParameters(index);
+    QEL_TRY(selectParagraph(index), getFullName());
+    if (!isReleased()) {
+        QEL_TRY(raiseEvent(kSelectedChanged, parameters), getFullName());
+    }
+    return isReleased() ? CError() : deliverResult(parameters);
+}
+
+CError CTextViewList::deliverResult(CAttrMap parameters)
+{
+    if (resultTarget_.isEmpty()) {
+        parameters.erase(kSource);
+        QEL_TRY(fireEvent(kResult, parameters), getFullName());
+        CViewWindow* const window = isReleased() ? nullptr : getWindow();
+        return window ? window->passPopupResult(*this, parameters) : CError();
+    }
+    const CHold hold(*this);
+    CObject* target = findObject(resultTarget_);
+    if (target && !resultRedirectAttr_.isEmpty()) {
+        const CString redirect = target->getAttrString(resultRedirectAttr_);
+        target = redirect.isEmpty() ? target : target->findObject(redirect);
+    }
+    if (!target) {
+        QEL_FAIL(getFullName(), "@qelstr_CTextView_deliverResult_NoTarget Unable to find result target '%1'.",
+                 resultTarget_);
+    }
+    parameters[kSource] = CAttrValue(getFullName());
+    if (!resultIndexAttr_.isEmpty()) {
+        QEL_TRY(target->setAttribute(resultIndexAttr_, parameters.at("index"), true), getFullName());
+    }
+    // A view that gets the result closes the pop-up with it; others know nothing of windows.
+    const bool isView = dynamic_cast<CView*>(target) != nullptr;
+    QEL_TRY(sendEvent(*target, kResult, parameters), getFullName());
+    return isView || isReleased() ? CError() : closePopup();
+}
+
+bool CTextViewList::isInPopup() const
+{
+    return getRootView().getAttrBool("is-popup-window");
+}
+
+CError CTextViewList::closePopup()
+{
+    CViewWindow* const window = getWindow();
+    return window && isInPopup() ? window->closeWindow() : CError();
+}
+
+// --- sub-lists
+
+CError CTextViewList::eventAutoClick(const CAttrMap&)
+{
+    if (hovered_ == openedItem_ || actsDisabled()) {
+        return {};
+    }
+    const CDynamicListItem* const item = findItem(hovered_);
+    if (item && item->isEnabled && !item->subListId.isEmpty()) {
+        return openSubList(hovered_);
+    }
+    // Another item is under the pointer now.
+    return openedItem_ != kNone && hovered_ != kNone ? sendEvent(*this, "popup-close", {}) : CError();
+}
+
+CError CTextViewList::openSubList(std::int32_t index)
+{
+    const CObject* const source = findObject(sourcePath_);
+    const CDynamicListItem* const item = findItem(index);
+    if (!source || !item || item->subListId.isEmpty()) {
+        return {};
+    }
+    CAttrMap parameters;
+    parameters["tag"] = CAttrValue(kListTemplate);
+    parameters["window-alignment"] = CAttrValue("right");
+    parameters["is-popup-toggle-always-create"] = CAttrValue(true);
+    parameters["shift-y"] = CAttrValue(
+        (getParagraphRect(static_cast<std::size_t>(index)).y - getTextBox().y) / getInterfaceScale() +
+        getAttrReal("popup-shift-y"));
+    parameters["shift-x"] = CAttrValue(getAttrReal("popup-shift-x"));
+    parameters["popup-item-list"] = CAttrValue(source->getFullName());
+    parameters["popup-dynamic-list-parent-id"] = CAttrValue(item->subListId);
+    parameters["popup-dynamic-list-parent-item"] = CAttrValue(index);
+    parameters["popup-selected-paragraph"] = CAttrValue(kNone);
+    parameters["popup-original-opener"] =
+        CAttrValue(originalOpener_.isEmpty() ? getFullName() : originalOpener_);
+    const CHold hold(*this);
+    const std::int32_t opened = index;
+    QEL_TRY(eventPopupToggle(parameters), getFullName());
+    if (!isReleased()) {
+        openedItem_ = opened;
+        hover(opened);
+    }
+    return {};
+}
+
+CError CTextViewList::eventPopupClosed(const CAttrMap&)
+{
+    openedItem_ = kNone;
+    return {};
+}
+
+CError CTextViewList::eventPopupResult(const CAttrMap& parameters)
+{
+    return openedItem_ == kNone ? CTextViewBase::eventPopupResult(parameters) : deliverResult(parameters);
+}
+
+// --- keys
+
+CError CTextViewList::scrollTo(std::int32_t index)
+{
+    const CRect& box = getTextBox();
+    if (!isScrollable() || box.height <= 0.0 || index < 0 || index >= getItemCount() || isSingleValue_) {
+        return {};
+    }
+    const CRect row = getParagraphRect(static_cast<std::size_t>(index));
+    const double above = box.y - row.y;
+    const double below = row.bottom() - box.bottom();
+    if (above <= 0.0 && below <= 0.0) {
+        return {};
+    }
+    const double shift = getTextShiftY() + (above > 0.0 ? -above : below);
+    return setAttribute("offset-y", CAttrValue(shift / getText().getHeight()), true);
+}
+
+CError CTextViewList::moveCursor(std::int32_t by)
+{
+    // In a pop-up the keys only move the strip, since a choice closes it.
+    const bool isStripMoved = isInPopup() && isHoverable_;
+    std::int32_t index = isStripMoved && hovered_ != kNone ? hovered_ : selected_;
+    if (getItemCount() == 0) {
+        return {};
+    }
+    const std::int32_t last = getItemCount() - 1;
+    const std::int32_t step = by < 0 ? -1 : 1;
+    index = index == kNone && by < 0 ? last + 1 : index;
+    std::int32_t wanted = std::clamp(index + by, 0, last);
+    while (wanted >= 0 && wanted <= last && !isChoosable(wanted)) {
+        wanted += step;
+    }
+    if (!isChoosable(wanted) || wanted == index) {
+        return {};
+    }
+    if (isStripMoved) {
+        hover(wanted);
+        return scrollTo(wanted);
+    }
+    const CHold hold(*this);
+    QEL_TRY(selectParagraph(wanted), getFullName());
+    return isReleased() ? CError() : raiseEvent(kSelectedChanged, paragraphParameters(wanted));
+}
+
+CError CTextViewList::eventKeyPress(const CAttrMap& parameters)
+{
+    namespace key = platform::key;
+    if (!isSelectable_ || actsDisabled() || eventFlag(parameters, "is-character")) {
+        return {};
+    }
+    const std::int32_t page = std::max(1, maxItemCount_ - 1);
+    const std::int32_t cursor = isInPopup() && hovered_ != kNone ? hovered_ : selected_;
+    switch (static_cast<std::uint32_t>(eventNumber(parameters, "keycode"))) {
+    case key::kUp:
+        return moveCursor(-1);
+    case key::kDown:
+        return moveCursor(1);
+    case key::kPageUp:
+        return moveCursor(-page);
+    case key::kPageDown:
+        return moveCursor(page);
+    case key::kHome:
+        return moveCursor(-getItemCount());
+    case key::kEnd:
+        return moveCursor(getItemCount());
+    case key::kRight:
+        return openSubList(cursor);
+    case key::kLeft:
+        return listId_.isEmpty() ? CError() : closePopup();
+    case key::kEnter:
+        return isInPopup() ? chooseParagraph(cursor)
+                           : raiseEvent(kDoubleClicked, paragraphParameters(cursor));
+    case key::kEscape:
+        if (CViewWindow* const window = getWindow(); window && !isInPopup()) {
+            return window->setKeyFocus(nullptr, false);
+        }
+        return closePopup();
+    default:
+        return {};
+    }
+}
+
+} // namespace qel
