@@ -1,13 +1,14 @@
-// The node of every object tree: life cycle, children, release.
+// The node of every object tree.
 #include "CObject.h"
 
+#include "AttrReferences.h"
+#include "CNodeCursor.h"
+#include "CNodeLoader.h"
+#include "CNotifyServer.h"
 #include "CObjectPath.h"
 #include "CreatorRegistry.h"
-#include "NumberSyntax.h"
+#include "Streams/CResourceReader.h"
 #include "Trace.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace qel {
 
@@ -25,43 +26,17 @@ const CClassInfo& plainClassInfo()
     return info;
 }
 
-// "item#3" is the base name "item" and the index 3.
-struct NumberedName
+// Changes of followed attributes run straight through chains of objects; a cycle would end on the stack.
+constexpr int kMaxFollowDepth = 64;
+thread_local int followDepth = 0;
+
+struct FollowScope
 {
-    CString base;
-    std::int32_t index = 0;
+    FollowScope() { ++followDepth; }
+    ~FollowScope() { --followDepth; }
 };
 
-NumberedName splitName(const CString& name)
-{
-    const std::size_t hash = name.find(u'#');
-    if (hash == CString::kNone) {
-        return {name, 0};
-    }
-    return {name.substring(0, hash), parseInteger(name.substring(hash + 1)).value_or(0)};
-}
-
-using Numbered = std::map<std::int32_t, CObject*>;
-
-// "#+N" counts from the lowest index, "#-N" from the highest, "#N" is the index itself.
-CObject* childAt(const Numbered& children, const CString& position)
-{
-    const bool isFromFirst = position.startsWith("+");
-    const bool isFromLast = position.startsWith("-");
-    const auto number = parseInteger(isFromFirst || isFromLast ? position.substring(1) : position);
-    if (!number) {
-        return nullptr;
-    }
-    if (!isFromFirst && !isFromLast) {
-        const auto entry = children.find(*number);
-        return entry == children.end() ? nullptr : entry->second;
-    }
-    if (*number < 0 || static_cast<std::size_t>(*number) >= children.size()) {
-        return nullptr;
-    }
-    return isFromFirst ? std::next(children.begin(), *number)->second
-                       : std::next(children.rbegin(), *number)->second;
-}
+constexpr std::uint32_t kTreeChunkId = 0x6C6D7863; // "cxml"
 
 } // namespace
 
@@ -71,10 +46,6 @@ CObject::~CObject()
 {
     // Again, for a class whose release() forgot its base.
     dropEventSubscriptions();
-    dropAttributeSources();
-    for (const auto& [listener, names] : attributeListeners_) {
-        listener->attributeSources_.erase(this);
-    }
 }
 
 void CObject::buildClassInfo(CClassInfo& info)
@@ -104,7 +75,7 @@ void CObject::setSharedObject(CObject* object)
 CError CObject::init()
 {
     if (template_) {
-        QEL_TRY(replayTemplate(true), fullName_);
+        QEL_TRY(CNodeLoader::replayTemplate(*this, true), fullName_);
     }
     if (creationAttrs_) {
         QEL_TRY(setAttributes(*creationAttrs_, false), fullName_);
@@ -119,7 +90,7 @@ CError CObject::applyAttrs()
     QEL_TRY(applyPendingAttrs(), fullName_);
     initState_ = InitState::kAttrsApplied;
     if (template_) {
-        QEL_TRY(replayTemplate(false), fullName_);
+        QEL_TRY(CNodeLoader::replayTemplate(*this, false), fullName_);
     }
     return {};
 }
@@ -141,7 +112,7 @@ void CObject::onChildRemoved(CObject&) {}
 void CObject::release()
 {
     dropEventSubscriptions();
-    dropAttributeSources();
+    attrFollowers_.stopFollowing();
 }
 
 void CObject::detach()
@@ -185,35 +156,14 @@ CError CObject::createChildRaw(CObject*& outChild, const CString& tag, const CSt
     child->notifyServer_ = notifyServer_;
     child->numberObject();
 
-    NumberedName wanted = splitName(name);
-    const std::int32_t index = takeIndex(wanted.base, wanted.index);
-    numberedChildren_[wanted.base][index] = child;
-    if (index != 0) {
-        wanted.base += "#";
-        wanted.base += CString::number(index);
-    }
-    child->fullName_ = fullName_.isEmpty() ? wanted.base : fullName_ + "." + wanted.base;
-    child->attributes_["name"] = CAttrValue(wanted.base);
+    const CString childName = children_.add(*child, name);
+    child->fullName_ = fullName_.isEmpty() ? childName : fullName_ + "." + childName;
+    child->attributes_["name"] = CAttrValue(childName);
     child->attributes_["full-name"] = CAttrValue(child->fullName_);
 
-    children_.push(child);
     outChild = child;
     QEL_TRY(onChildAdded(*child), fullName_);
     return {};
-}
-
-// The first user of a base name gets the index it wants; later ones count on from the counter when theirs is
-// taken.
-std::int32_t CObject::takeIndex(const CString& baseName, std::int32_t wanted)
-{
-    const auto [counter, isNew] = childCounters_.try_emplace(baseName, wanted);
-    const auto& taken = numberedChildren_[baseName];
-    while (taken.contains(wanted)) {
-        // Wraps around rather than overflow: the data may name any index.
-        counter->second = static_cast<std::int32_t>(static_cast<std::uint32_t>(counter->second) + 1u);
-        wanted = counter->second;
-    }
-    return wanted;
 }
 
 CError CObject::initNewChild(CObject& child, void* creationData, const CAttrMap* attributes)
@@ -256,17 +206,9 @@ CError CObject::start(void* creationData, const CAttrMap* attributes)
 void CObject::removeChild(CObject& child)
 {
     onChildRemoved(child);
-    if (!children_.eraseFirst(&child)) {
+    if (!children_.remove(child,
+                          child.fullName_.substring(fullName_.isEmpty() ? 0 : fullName_.length() + 1))) {
         return;
-    }
-    const CString name = child.fullName_.substring(fullName_.isEmpty() ? 0 : fullName_.length() + 1);
-    const NumberedName numbered = splitName(name);
-    if (const auto indices = numberedChildren_.find(numbered.base); indices != numberedChildren_.end()) {
-        indices->second.erase(numbered.index);
-        if (indices->second.empty()) {
-            numberedChildren_.erase(indices);
-            childCounters_.erase(numbered.base);
-        }
     }
     if (child.isTemplate_) {
         std::erase_if(runTimeTemplates_, [&](const auto& entry) { return entry.second == &child; });
@@ -284,10 +226,9 @@ void CObject::releaseObject(CObject* object)
     const CHold hold(*object);
     object->release();
     // A child's release may end its siblings, so each is looked for again before it is touched.
-    const auto children = object->children_;
+    const auto children = object->children_.all();
     for (std::size_t i = children.size(); i-- > 0;) {
-        const auto& present = object->children_;
-        if (std::find(present.begin(), present.end(), children[i]) != present.end()) {
+        if (object->children_.contains(children[i])) {
             releaseObject(children[i]);
         }
     }
@@ -301,9 +242,29 @@ void CObject::releaseObject(CObject* object)
 void CObject::leaveTree()
 {
     dropEventSubscriptions();
-    dropAttributeSources();
+    attrFollowers_.stopFollowing();
     notifyServer_ = nullptr;
     root_ = this;
+}
+
+CError CObject::loadCompiled(const CString& fileName, bool fullInit)
+{
+    CByteBuffer tree;
+    {
+        CResourceReader reader;
+        QEL_TRY(reader.open(fileName), fullName_);
+        QEL_TRY(reader.readCompressedData(tree, kTreeChunkId), fullName_);
+    }
+    // The file's root node has neither tag nor name: what it holds lands on this object.
+    CNodeCursor cursor(tree.bytes());
+    QEL_TRY(loadNode(cursor, fullInit, true, false, false), fullName_);
+    return {};
+}
+
+CError CObject::loadNode(CNodeCursor& cursor, bool fullInit, bool skipHead, bool skipAttributes,
+                         bool skipChildren)
+{
+    return CNodeLoader(cursor).load(*this, fullInit, skipHead, skipAttributes, skipChildren);
 }
 
 // --- templates
@@ -327,27 +288,203 @@ void CObject::registerTemplate(CObject& holder)
 {
     // By base name: a second template of the same name is numbered as a child, but takes the place of the
     // first.
-    runTimeTemplates_[splitName(holder.getAttrString("name")).base] = &holder;
+    runTimeTemplates_[CChildList::baseOf(holder.getAttrString("name"))] = &holder;
 }
 
 // --- finding
 
-CObject* CObject::findChild(const CString& segment) const
-{
-    const std::size_t hash = segment.find(u'#');
-    const auto entry = numberedChildren_.find(segment.substring(0, hash));
-    if (entry == numberedChildren_.end() || entry->second.empty()) {
-        return nullptr;
-    }
-    if (hash == CString::kNone) {
-        return entry->second.begin()->second;
-    }
-    return childAt(entry->second, segment.substring(hash + 1));
-}
-
 CObject* CObject::findObject(const CString& path)
 {
     return CObjectPath(path).findFrom(*this);
+}
+
+// --- attributes
+
+const CAttrValue* CObject::findAttr(const CString& name) const
+{
+    const auto entry = attributes_.find(name);
+    return entry == attributes_.end() ? nullptr : &entry->second;
+}
+
+bool CObject::getAttrBool(const CString& name, bool fallback) const
+{
+    const CAttrValue* value = findAttr(name);
+    return value ? value->toBool().value_or(fallback) : fallback;
+}
+
+double CObject::getAttrReal(const CString& name, double fallback) const
+{
+    const CAttrValue* value = findAttr(name);
+    return value ? value->toReal().value_or(fallback) : fallback;
+}
+
+std::int32_t CObject::getAttrInt(const CString& name, std::int32_t fallback) const
+{
+    const CAttrValue* value = findAttr(name);
+    return value ? value->toInteger().value_or(fallback) : fallback;
+}
+
+CString CObject::getAttrString(const CString& name, const CString& fallback) const
+{
+    const CAttrValue* value = findAttr(name);
+    return value ? value->toString() : fallback;
+}
+
+CString CObject::getInheritedAttribute(const CString& name) const
+{
+    for (const CObject* object = this; object; object = object->parent_) {
+        if (const CAttrValue* value = object->findAttr(name)) {
+            return value->toString();
+        }
+    }
+    return {};
+}
+
+CString CObject::getAttribute(const CString& expression)
+{
+    return resolveReference(*this, expression, {});
+}
+
+CError CObject::setAttribute(const CString& key, const CString& value, bool immediate)
+{
+    if (isReadOnly_ || key.isEmpty()) {
+        return {};
+    }
+    CString expanded = value;
+    QEL_TRY(expandReferences(*this, key, expanded), fullName_);
+    return storeAttribute(key, CAttrValue(std::move(expanded)), immediate);
+}
+
+CError CObject::setAttribute(const CString& key, const CAttrValue& value, bool immediate)
+{
+    if (value.kind() == CAttrValue::Kind::kString) {
+        return setAttribute(key, value.toString(), immediate);
+    }
+    if (isReadOnly_ || key.isEmpty()) {
+        return {};
+    }
+    return storeAttribute(key, value, immediate);
+}
+
+CError CObject::setAttributes(const CAttrMap& attributes, bool applyNow)
+{
+    const CHold hold(*this);
+    for (const auto& [key, value] : attributes) {
+        QEL_TRY(setAttribute(key, value, false), fullName_);
+    }
+    return applyNow ? applyPendingAttrs() : CError();
+}
+
+CError CObject::storeAttribute(const CString& key, CAttrValue value, bool immediate)
+{
+    const CHold hold(*this); // the handler and the followers may release this
+    CError diverted;
+    if (divertAttribute(key, value, diverted)) {
+        return diverted;
+    }
+    attributes_[key] = value;
+    const std::int32_t index = classInfo_->attrIndex(key);
+    if (index != CClassInfo::kNoIndex && immediate) {
+        QEL_TRY(classInfo_->runHandler(index, *this), fullName_);
+    } else if (index != CClassInfo::kNoIndex) {
+        pendingAttrs_.resize(static_cast<std::size_t>(classInfo_->attrCount()));
+        pendingAttrs_[static_cast<std::size_t>(index)] = 1;
+    }
+    return attrFollowers_.tell(key, value);
+}
+
+CError CObject::removeAttribute(const CString& key)
+{
+    const CHold hold(*this);
+    if (isReadOnly_ || attributes_.erase(key) == 0) {
+        return {};
+    }
+    const std::int32_t index = classInfo_->attrIndex(key);
+    if (index != CClassInfo::kNoIndex) {
+        QEL_TRY(classInfo_->runHandler(index, *this), fullName_);
+    }
+    return attrFollowers_.tell(key, CAttrValue());
+}
+
+CError CObject::applyPendingAttrs()
+{
+    if (isReadOnly_) {
+        return {};
+    }
+    const CHold hold(*this);
+    for (std::size_t i = 0; i < pendingAttrs_.size() && !isReleased_; ++i) {
+        if (pendingAttrs_[i]) {
+            pendingAttrs_[i] = 0;
+            QEL_TRY(classInfo_->runHandler(static_cast<std::int32_t>(i), *this), fullName_);
+        }
+    }
+    return {};
+}
+
+void CObject::listenAttribute(CObject& target, const CString& targetName, const CString& ownName)
+{
+    attrFollowers_.follow(target.attrFollowers_, targetName, ownName);
+}
+
+CError CObject::onAttrChanged(CObject&, const CString& key, const CAttrValue& value)
+{
+    const FollowScope scope;
+    if (followDepth > kMaxFollowDepth) {
+        QEL_FAIL(fullName_, "@qelstr_CObject_onAttrChanged_Cycle Attribute '%1' follows itself.", key);
+    }
+    return setAttribute(key, value, true);
+}
+
+// --- events
+
+void CObject::setNotifyServer(CNotifyServer* server)
+{
+    dropEventSubscriptions();
+    notifyServer_ = server;
+    numberObject();
+}
+
+void CObject::numberObject()
+{
+    objectNumber_ = notifyServer_ ? notifyServer_->addObject(*this) : -1;
+}
+
+void CObject::listenObject(const CString& senderPath, const CString& eventName, const CString& handlerName)
+{
+    if (!classInfo_->eventHandler(handlerName)) {
+        trace("Event handler '" + handlerName + "' not found in listenObject().", fullName_);
+        return;
+    }
+    eventSubscriptions_.add(*this, senderPath, eventName, handlerName);
+}
+
+void CObject::unlistenObject(const CString& senderPath, const CString& eventName, const CString& handlerName)
+{
+    eventSubscriptions_.remove(*this, senderPath, eventName, handlerName);
+}
+
+CError CObject::notify(const CString& eventName, const CAttrMap& parameters, bool post)
+{
+    return notifyServer_ ? notifyServer_->notify(fullName_, eventName, parameters, post) : CError();
+}
+
+CError CObject::notifyTo(const CString& listenerPath, const CString& eventName, const CAttrMap& parameters,
+                         bool post)
+{
+    CObject* listener = notifyServer_ ? findObject(listenerPath) : nullptr;
+    if (!listener || listener->notifyServer_ != notifyServer_) {
+        return {};
+    }
+    return notifyServer_->notifyObject(*listener, fullName_, eventName, parameters, post);
+}
+
+void CObject::dropEventSubscriptions()
+{
+    eventSubscriptions_.removeAll(*this);
+    if (notifyServer_) {
+        // What is still on its way to this object finds it gone.
+        notifyServer_->forgetObject(objectNumber_);
+    }
 }
 
 } // namespace qel

@@ -1,16 +1,17 @@
 // The node of every object tree.
 #pragma once
 
+#include "CAttrFollowers.h"
 #include "CAttrValue.h"
 #include "CByteBuffer.h"
 #include "CCheckedObject.h"
+#include "CChildList.h"
 #include "CClassInfo.h"
 #include "CError.h"
 #include "CEventSubscriptions.h"
 #include "CInlineArray.h"
 
 #include <atomic>
-#include <set>
 
 namespace qel {
 
@@ -84,7 +85,7 @@ public:
     // An attribute that this object follows has changed on `sender`; `key` is the name here.
     virtual CError onAttrChanged(CObject& sender, const CString& key, const CAttrValue& value);
     // What "{}" in a value of attribute `key` stands for: the value that it has here or inherits.
-    virtual CString getPresentValue(const CString& key) const { return inheritedAttribute(key); }
+    virtual CString getPresentValue(const CString& key) const { return getInheritedAttribute(key); }
     // Asked before a value is stored. True if the class has kept it elsewhere, with the result in `outError`:
     // then the attribute stays as it is.
     virtual bool divertAttribute(const CString&, const CAttrValue&, CError& /*outError*/) { return false; }
@@ -138,9 +139,8 @@ public:
     template <class T>
     CError require(T*& out, const CString& path, const char* message,
                    CSourcePlace where = CSourcePlace::current());
-    // One segment: "name" (lowest index), "name#N" (exactly N), "name#+N" and "name#-N" (N places behind the
-    // lowest or before the highest index).
-    CObject* findChild(const CString& segment) const;
+    // One segment, as CChildList::find().
+    CObject* findChild(const CString& segment) const { return children_.find(segment); }
 
     CObject* getParent() const { return parent_; }
     CObject* getRoot() const { return root_; }
@@ -160,10 +160,10 @@ public:
 
     // --- attributes
 
-    // Expands the {...} references of a string value, stores it, and tells the objects that follow it. A
-    // declared attribute's handler runs now if `immediate`, in applyAttrs otherwise. Does nothing on a
-    // read-only object or for an empty key. An expansion without end, or to more than a million characters,
-    // is an error and changes nothing.
+    // Expands the {...} references of a string value (AttrReferences.h), stores it, and tells the objects
+    // that follow it. A declared attribute's handler runs now if `immediate`, in applyAttrs otherwise. Does
+    // nothing on a read-only object or for an empty key. An expansion without end, or to more than a million
+    // characters, is an error and changes nothing.
     CError setAttribute(const CString& key, const CAttrValue& value, bool immediate);
     CError setAttribute(const CString& key, const CString& value, bool immediate);
     CError setAttribute(const CString& key, const char* value, bool immediate)
@@ -184,6 +184,8 @@ public:
     CString getAttrString(const CString& name, const CString& fallback = {}) const;
     // This object's own attribute, or null.
     const CAttrValue* findAttr(const CString& name) const;
+    // The text of the attribute of this object or of the nearest parent that has it; empty if none has.
+    CString getInheritedAttribute(const CString& name) const;
 
     // All attributes of this object.
     const CAttrMap& getAttributes() const { return attributes_; }
@@ -221,40 +223,23 @@ public:
     void setNotifyServer(CNotifyServer* server);
 
 private:
-    using NumberedChildren = CStringMap<std::map<std::int32_t, CObject*>>;
+    friend class CNodeLoader;
 
     const CObject* findTemplate(const CString& name) const;
-    std::int32_t takeIndex(const CString& baseName, std::int32_t wanted);
     CError initNewChild(CObject& child, void* creationData, const CAttrMap* attributes);
     CError start(void* creationData, const CAttrMap* attributes);
     void registerTemplate(CObject& holder);
     void numberObject();
 
-    CError loadTemplateBody(CNodeCursor& cursor);
-    CError loadAttributes(CNodeCursor& cursor, bool skip);
-    CError loadChildren(CNodeCursor& cursor);
-    CError loadChild(CNodeCursor& cursor);
-    CError replayTemplate(bool attributes);
-
-    CError expand(const CString& key, CString& value);
-    CString resolveReference(const CString& reference, const CString& key);
-    CString resolveLiveReference(const CString& reference, const CString& key);
-    CString inheritedAttribute(const CString& name) const;
-    CObject* findNamedNear(const CString& baseName) const;
     CError storeAttribute(const CString& key, CAttrValue value, bool immediate);
-    CError tellListeners(const CString& key, const CAttrValue& value);
     CError applyPendingAttrs();
-    void dropAttributeSources();
     void dropEventSubscriptions();
     void leaveTree();
-
-    // What is followed here by another object: attribute name here -> name there; empty: everything.
-    using FollowedNames = CStringMap<CString>;
 
     const CClassInfo* classInfo_;
     CAttrMap attributes_;
     CInlineArray<std::uint8_t, 16> pendingAttrs_; // by attribute index
-    CInlineArray<CObject*, 8> children_;
+    CChildList children_;
     CString fullName_;
     InitState initState_ = InitState::kCreated;
     bool isReadOnly_ = false;
@@ -264,8 +249,6 @@ private:
     void* creationData_ = nullptr;
     const CAttrMap* creationAttrs_ = nullptr; // only while createChild() runs
     const CObject* template_ = nullptr;       // what this object was instantiated from
-    CStringMap<std::int32_t> childCounters_;
-    NumberedChildren numberedChildren_;
     CEventSubscriptions eventSubscriptions_;
     CNotifyServer* notifyServer_ = nullptr;
     CObject* parent_ = nullptr;
@@ -275,8 +258,7 @@ private:
     CByteBuffer templateBody_;              // on a template holder: the encoded node
     CString contentTag_;                    // on a template holder: the tag of its instances
     CStringMap<CObject*> runTimeTemplates_; // template children by name
-    std::map<CObject*, FollowedNames> attributeListeners_;
-    std::set<CObject*> attributeSources_;
+    CAttrFollowers attrFollowers_{*this};
 };
 
 template <class T>

@@ -25,7 +25,6 @@ public:
     std::size_t stateCount() const { return states_.size(); }
     // `index` must be below stateCount().
     const CString& stateName(std::size_t index) const { return states_[index].name; }
-    const CString& stateShortName(std::size_t index) const { return states_[index].shortName; }
 
 private:
     struct State

@@ -34,8 +34,6 @@ public:
     bool isInProcess() const { return isInProcess_.load(std::memory_order_acquire); }
     void setInProcess(bool inProcess) { isInProcess_.store(inProcess, std::memory_order_release); }
 
-    double getSampleRateHz() const { return sampleRateHz_.load(std::memory_order_relaxed); }
-    void setSampleRateHz(double rate) { sampleRateHz_.store(rate, std::memory_order_relaxed); }
     // Of the whole instance, at the root's output.
     std::int32_t getLatencySamples() const { return latencySamples_.load(std::memory_order_relaxed); }
     void setLatencySamples(std::int32_t samples)
@@ -53,7 +51,6 @@ private:
     double vizFps_ = kDefaultVizFps;
     std::atomic<double> positionSec_{0.0};
     std::atomic<bool> isInProcess_{false};
-    std::atomic<double> sampleRateHz_{44100.0};
     std::atomic<std::int32_t> latencySamples_{0};
     std::atomic<bool> isRestartWanted_{false};
 };

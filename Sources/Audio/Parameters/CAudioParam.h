@@ -36,11 +36,10 @@ public:
 
     // --- control threads
 
-    // To be held while using what the next four return; recursive.
+    // To be held while using what the next ones return; recursive.
     CCriticalSection& getLock() const { return lock_; }
     const CAudioParamInfo& getInfo() const { return info_; }
     const CAudioParamStorage& getCurrent() const { return current_; }
-    const CAudioParamStorage& getInitial() const { return initial_; }
     // Path of the definition in the shared tree, which goes into saved parameters.
     const CString& getDefPath() const { return defPath_; }
 

@@ -38,7 +38,6 @@ public:
     const CByteBuffer* findEntry(const CString& key) const;
     void setEntry(const CString& key, CByteBuffer block) { entries_[key] = std::move(block); }
     void removeEntry(const CString& key) { entries_.erase(key); }
-    void clearEntries() { entries_.clear(); }
 
     // Adds an entry from values, as the parameter declared at `defPath` of the shared tree would save them.
     // For tools that build presets without an instance.

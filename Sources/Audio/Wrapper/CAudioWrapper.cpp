@@ -229,7 +229,6 @@ void CAudioWrapper::order(Change&& change)
     const CLock lock(env_->getLock());
     change(ordered_);
     mailbox_.put(ordered_);
-    env_->setSampleRateHz(ordered_.setup.sampleRateHz);
 }
 
 CAudioHostSetup CAudioWrapper::clamped(const CAudioHostSetup& setup) const
