@@ -71,7 +71,7 @@ class SwitchClicks : public ProductFixture
 protected:
     // Runs music on both channels, the right one softer, and makes the change in its midst.
     template <class Change>
-    Click measure(TestHost& host, Change&& change)
+    Click measure(TestHost& host, Change&& change, std::size_t channel = 0)
     {
         const Signal left = lowMusic(kLength);
         Signal right = left;
@@ -83,7 +83,7 @@ protected:
                 return Signal(signal.begin() + static_cast<std::ptrdiff_t>(from),
                               signal.begin() + static_cast<std::ptrdiff_t>(to));
             };
-            return host.run<double>({part(left), part(right)}, {512})[0];
+            return host.run<double>({part(left), part(right)}, {512})[channel];
         };
         Signal output = run(0, kChange);
         change();
@@ -177,6 +177,38 @@ TEST_F(SwitchClicks, NoProgramClicks)
         const int next = (program + 1) % 13;
         const Click click = measure(host, [&] { requireOk(host.activateProgram(next)); });
         expectNoClick("program " + std::to_string(program) + " -> " + std::to_string(next), click);
+    }
+}
+
+// Channels that go another way: the sides exchanged, one side into a group of its own, a pair made or undone.
+TEST_F(SwitchClicks, NoRoutingClicks)
+{
+    struct Turnout
+    {
+        const char* name;
+        std::vector<double> from;
+        std::vector<double> to;
+    };
+    const Turnout turnouts[] = {
+        {"in-routing", {1, 2}, {2, 1}},   {"out-routing", {1, 2}, {2, 1}}, {"grouping", {0, 0}, {0, 1}},
+        {"grouping", {0, 1}, {0, 0}},     {"ms-pairs", {0, 0}, {2, 2}},    {"ms-pairs", {2, 2}, {0, 0}},
+        {"channel-group-solo", {0}, {1}},
+    };
+    for (const Turnout& turnout : turnouts) {
+        TestHost host;
+        bringUp(host);
+        const auto route = [&](const std::vector<double>& values) {
+            CAudioParam& param = paramOf(host, std::string("io-params.") + turnout.name);
+            CAudioParamContext context;
+            for (std::size_t i = 0; i < values.size(); ++i) {
+                param.setValue(0, static_cast<int>(i), 0, values[i], context);
+            }
+        };
+        set(host, "modDrumfell.sat-enable", 1);
+        route(turnout.from);
+        const Click click = measure(
+            host, [&] { route(turnout.to); }, 1);
+        expectNoClick(turnout.name, click);
     }
 }
 
