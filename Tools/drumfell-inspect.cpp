@@ -1,5 +1,5 @@
-// Inspector: prints any compiled file as readable text, the live graph that a compiled tree defines, or the
-// layout of a tree of views.
+// Inspector: prints any compiled file as readable text, the live graph that a compiled tree defines, the
+// layout of a tree of views, or the views of the plug-in's own windows.
 #include "CKernelContext.h"
 #include "GraphHost/CGraphHost.h"
 #include "GraphHost/CGraphPrinter.h"
@@ -9,6 +9,8 @@
 #include "Streams/CFileReader.h"
 #include "Trace.h"
 #include "TreeCompiler/ToolError.h"
+#include "Views/CInterfaceHost.h"
+#include "Views/PrintViews.h"
 
 #include <CLI/CLI.hpp>
 
@@ -128,17 +130,63 @@ void inspectLayout(const std::string& path, const LayoutOptions& options)
     }
 }
 
+struct ViewsOptions
+{
+    bool isWanted = false;
+    CInterfaceHost::Options host;
+    std::string window;
+    std::vector<std::string> clicks;
+    double soundSec = 0.0;
+    double levelDb = -12.0;
+    std::string hover;
+};
+
+void inspectViews(const ViewsOptions& options, const std::vector<std::string>& values, bool asJson,
+                  const std::string& png)
+{
+    setTraceHook([](const CString& line) { std::cerr << line.toUtf8() << '\n'; });
+    CInterfaceHost host(options.host);
+    for (const std::string& assignment : values) {
+        const std::size_t equals = assignment.find('=');
+        if (equals == std::string::npos) {
+            throw CToolError("no value to set: " + assignment);
+        }
+        host.set(assignment.substr(0, equals), assignment.substr(equals + 1));
+    }
+    if (!options.window.empty()) {
+        host.openWindow(options.window);
+    }
+    for (const std::string& path : options.clicks) {
+        host.click(path);
+    }
+    if (!options.hover.empty()) {
+        host.hover(options.hover);
+    }
+    if (options.soundSec > 0.0) {
+        host.play(options.soundSec, options.levelDb);
+    }
+    CWindow& window = host.topWindow();
+    const std::vector<CViewRecord> views = listViews(window);
+    if (asJson) {
+        printViewsJson(views, std::cout);
+    } else if (png.empty()) {
+        printViewsText(views, std::cout);
+    }
+    if (!png.empty()) {
+        writePicture(window, png);
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    CLI::App app("Prints a compiled file as readable text, the graph that a compiled tree defines, or "
-                 "the layout of a tree of views");
+    CLI::App app("Prints a compiled file as readable text, the graph that a compiled tree defines, the "
+                 "layout of a tree of views, or the views of the plug-in's own windows");
     std::string path;
     GraphOptions graph;
-    app.add_option("FILE", path,
-                   "Compiled tree, stored string, preset, bank, preset list or graphics; XML of views")
-        ->required();
+    CLI::Option* isFile = app.add_option(
+        "FILE", path, "Compiled tree, stored string, preset, bank, preset list or graphics; XML of views");
     CLI::Option* isGraph =
         app.add_flag("--graph", graph.isWanted, "Build the tree's signal graph and print it");
     app.add_flag("--dot", graph.asDot, "Print the graph for Graphviz")->needs(isGraph);
@@ -158,26 +206,47 @@ int main(int argc, char** argv)
         ->needs(isGraph)
         ->check(CLI::Range(1, 65536));
     app.add_option("--rate", graph.host.rateHz, "Sample rate in Hz")->capture_default_str()->needs(isGraph);
-    app.add_option("--set", graph.values, "Parameter of the process, NAME=VALUE in real units")
-        ->needs(isGraph);
+    app.add_option("--set", graph.values,
+                   "Parameter of the process, NAME=VALUE in real units; with --views a "
+                   "parameter as a user types it, or an attribute PATH:NAME=VALUE");
     LayoutOptions layout;
     CLI::Option* isLayout =
         app.add_flag("--layout", layout.isWanted, "Lay out a tree of views and print their rectangles")
             ->excludes(isGraph);
     app.add_option("--scale", layout.scale, "Interface scale")
         ->capture_default_str()
-        ->needs(isLayout)
         ->check(CLI::Range(0.25, 8.0) & CLI::Validator(
                                             [](const std::string& text) {
                                                 // A range lets NaN through: it is neither below nor above.
                                                 return std::isnan(std::stod(text)) ? "not a number" : "";
                                             },
                                             ""));
-    app.add_flag("--json", layout.asJson, "Print JSON")->needs(isLayout);
-    app.add_option("--png", layout.png, "Draw the outlines of the views")->needs(isLayout);
+    app.add_flag("--json", layout.asJson, "Print JSON");
+    app.add_option("--png", layout.png, "Draw the outlines of the views, or what a user sees");
+    ViewsOptions views;
+    CLI::Option* isViews =
+        app.add_flag("--views", views.isWanted, "Open the plug-in's interface and print its views")
+            ->excludes(isGraph)
+            ->excludes(isLayout)
+            ->excludes(isFile);
+    app.add_option("--window", views.window, "Open the window of this template")->needs(isViews);
+    app.add_option("--palette", views.host.palette, "Name of a palette")
+        ->capture_default_str()
+        ->needs(isViews);
+    app.add_option("--click", views.clicks, "Press a view, by its path")->needs(isViews);
+    app.add_option("--hover", views.hover, "Put the pointer on a view, by its path")->needs(isViews);
+    app.add_option("--sound", views.soundSec, "Seconds of sound at the inputs")->needs(isViews);
+    app.add_option("--level", views.levelDb, "Level of the sound in dB")
+        ->capture_default_str()
+        ->needs(isViews);
     CLI11_PARSE(app, argc, argv);
     try {
-        if (graph.isWanted) {
+        if (views.isWanted) {
+            views.host.scale = layout.scale;
+            inspectViews(views, graph.values, layout.asJson, layout.png);
+        } else if (!*isFile) {
+            throw CToolError("nothing to inspect: give a file, or --views");
+        } else if (graph.isWanted) {
             inspectGraph(path, graph);
         } else if (layout.isWanted) {
             inspectLayout(path, layout);
