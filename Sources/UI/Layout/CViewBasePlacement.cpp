@@ -223,7 +223,8 @@ CError CViewBasePlacement::setInlineAlignment(CAxis axis)
 
 CError CViewBasePlacement::setSize(CAxis axis)
 {
-    const CViewSize size = parseViewSize(getAttrString(kSize[indexOf(axis)]), interfaceScale_);
+    const CAttrValue* const text = findAttr(kSize[indexOf(axis)]);
+    const CViewSize size = text ? parseViewSize(text->toString(), interfaceScale_) : CViewSize();
     return area_ ? area_->setSize(axis, size) : CError();
 }
 
