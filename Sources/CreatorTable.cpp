@@ -34,6 +34,7 @@
 #include "CBrushSetObject.h"
 #include "CButton.h"
 #include "CColorSwatch.h"
+#include "CControlArray.h"
 #include "CDCDAWContextObject.h"
 #include "CFileDialog.h"
 #include "CFontObject.h"
@@ -73,6 +74,10 @@
 #include "CParamGroupSelector.h"
 #include "CPicture.h"
 #include "CScrollerBar.h"
+#include "CSelectorGroup.h"
+#include "CSelectorOversampling.h"
+#include "CSelectorPalette.h"
+#include "CSelectorScale.h"
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
 #include "CTextView.h"
@@ -123,6 +128,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CButton>("ui:button-base"),
     row<CColorSwatch>("ui:color-swatch"),
     row<CFileDialog>("ui:file-dialog"),
+    row<CControlArray>("ui:control-array"),
     row<CFrame>("ui:frame"),
     row<CKnob>("ui:knob"),
     row<CGradient>("ui:overlay-gradient"),
@@ -131,6 +137,10 @@ const CCreatorRow kCreatorTable[] = {
     row<CParamGroupSelector>("ui:param-group-selector"),
     row<CPicture>("ui:picture"),
     row<CScrollerBar>("ui:scroller-bar"),
+    row<CSelectorGroup>("ui:selector-group"),
+    row<CSelectorOversampling>("ui:selector-oversampling"),
+    row<CSelectorPalette>("ui:selector-palette"),
+    row<CSelectorScale>("ui:selector-scale"),
     row<CTextView>("ui:textview"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
     row<CUIParam>("ui:ui-param"),

@@ -94,6 +94,7 @@ private:
 
     static constexpr CCreatorRow kControlRows[] = {
         creatorRow<CImageSetObject>("imageset"),
+        creatorRow<CButton>("ui:button"),
         creatorRow<CButton>("ui:button-base"),
         creatorRow<CFrame>("ui:frame"),
         creatorRow<CGradient>("ui:overlay-gradient"),
