@@ -15,7 +15,7 @@ TEST(Description, TellsWhatItIsThroughBothEntries)
 {
     Host host;
     EXPECT_EQ(host->magic, kMagic);
-    EXPECT_EQ(host->flags, kCanReplace | kProgramChunks | kCanDoubleReplace);
+    EXPECT_EQ(host->flags, kHasEditor | kCanReplace | kProgramChunks | kCanDoubleReplace);
     EXPECT_EQ(host->uniqueID, 0x3771747A);
     EXPECT_EQ(host->numParams, 24);
     EXPECT_GE(host->numPrograms, 1);

@@ -25,7 +25,7 @@ thread_local Host* beginning = nullptr;
 void* library()
 {
     static void* const handle = [] {
-        setenv("XDG_DATA_HOME", "/nonexistent", 1); // nobody's settings
+        setenv("XDG_DATA_HOME", dataFolder.c_str(), 1);
         return dlopen(DRUMFELL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
     }();
     return handle;
@@ -77,6 +77,9 @@ std::intptr_t Host::callback(AEffect* effect, std::int32_t opcode, std::int32_t,
     switch (opcode) {
     case vst24::kMasterAutomate:
         ++host->automations;
+        if (host->whenAutomated) {
+            host->whenAutomated();
+        }
         return 1;
     case vst24::kMasterUpdateDisplay:
         ++host->displayUpdates;

@@ -19,6 +19,9 @@ using Bytes = std::vector<std::uint8_t>;
 template <class Sample>
 using Channels = std::vector<std::vector<Sample>>;
 
+// Where the library finds and keeps its settings, as of the first effect: nobody's, unless said otherwise.
+inline std::string dataFolder = "/nonexistent";
+
 VstPluginEntry loadEntry(const char* name = "VSTPluginMain");
 
 // What the host says of itself, and what it was told.
@@ -81,6 +84,8 @@ public:
     std::atomic<int> automations{0};
     std::atomic<int> displayUpdates{0};
     std::atomic<int> ioChanges{0};
+    // Called in between, as hosts do that run their own loop there.
+    std::function<void()> whenAutomated;
 
 private:
     static std::intptr_t callback(AEffect* effect, std::int32_t opcode, std::int32_t index,

@@ -190,9 +190,9 @@ std::intptr_t AudioEffect::dispatchEdit(std::int32_t opcode, void* ptr)
     }
     switch (opcode) {
     case kEditGetRect:
-        return editor_->getRect(static_cast<ERect**>(ptr));
+        return ptr && editor_->getRect(static_cast<ERect**>(ptr));
     case kEditOpen:
-        return editor_->open(ptr);
+        return ptr && editor_->open(ptr);
     case kEditClose:
         editor_->close();
         return 0;

@@ -6,6 +6,7 @@
 #include "CAudioParam.h"
 #include "CAudioParamCollector.h"
 #include "CAudioParamRegistry.h"
+#include "CAudioWrapperVSTEditor.h"
 #include "CHostTraits.h"
 #include "FailureReport.h"
 #include "VstText.h"
@@ -91,6 +92,7 @@ CError CAudioWrapperVST::init()
     QEL_TRY(CAudioWrapper::init(), {});
     readHost();
     describeEffect();
+    setEditor(std::make_unique<CAudioWrapperVSTEditor>(*this));
     const AEffect& effect = *getAeffect();
     setDefaultLayout(effect.numInputs, effect.numOutputs);
     accumulated_.resize(static_cast<std::size_t>(effect.numOutputs) * kMaxPiece);

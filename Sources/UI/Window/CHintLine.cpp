@@ -3,14 +3,21 @@
 
 namespace qel {
 
-CError CHintLine::show(CView& root, CView* view)
+namespace {
+
+constexpr const char* kOwnPath = "$window-status-path";
+
+} // namespace
+
+CError CHintLine::show(CObject& renderer, CView& root, const CView* view)
 {
     const CWindowSharedData& data = root.getWindowSharedData();
     const CString hint = view && data.isShowHints() ? view->getHint() : CString();
     if (hint == shown_) {
         return {};
     }
-    CObject* status = root.findObject("$window-status-path");
+    CObject* status = renderer.findObject(kOwnPath);
+    status = status ? status : root.findObject(kOwnPath);
     if (!status && !data.getWindowStatusPath().isEmpty()) {
         status = root.findObject(data.getWindowStatusPath());
     }

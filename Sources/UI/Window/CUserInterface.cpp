@@ -53,16 +53,20 @@ void CUserInterface::idle()
         return;
     }
     const std::weak_ptr<int> generation = generation_;
-    CWindowSystem& system = mainWindow_->getSystem();
-    system.processEvents();
+    const auto system = mainWindow_->getSharedSystem();
+    system->processEvents();
     if (generation.expired()) {
+        return;
+    }
+    if (system->getDisplay() && !system->isConnected()) {
+        release();
         return;
     }
     if (auto* const bridge = dynamic_cast<CUIEventBridge*>(root_->findObject(CUIEventBridge::kPath))) {
         bridge->drain();
     }
     if (!generation.expired()) {
-        system.flush();
+        system->flush();
     }
 }
 

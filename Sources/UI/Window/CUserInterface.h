@@ -35,7 +35,8 @@ public:
     // Fails without a main window in the tree, without a window system, or with a parent that is no window.
     CError open();
     // What has happened since the last call: the system's events, posted events and timers, and what they
-    // have changed on the screen. Never waits. May be called from within itself.
+    // have changed on the screen. Never waits. May be called from within itself. Ends the tree when the
+    // window system is lost.
     void idle();
     void release();
 

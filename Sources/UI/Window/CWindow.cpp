@@ -98,7 +98,7 @@ void CWindow::handle(Action&& action)
         traceError(error);
     }
     if (isOpen_) {
-        if (const CError error = hintLine_.show(*rootView_, pointer_.getTop())) {
+        if (const CError error = hintLine_.show(*this, *rootView_, pointer_.getTop())) {
             traceError(error);
         }
     }
@@ -262,9 +262,7 @@ void CWindow::end()
     if (context_ && context_->getWindow() == this) {
         context_->setWindow(nullptr);
     }
-    for (const char* const timer : kTimers) {
-        stopTimer(timer);
-    }
+    stopTimers();
 }
 
 // --- timers
@@ -282,6 +280,13 @@ CError CWindow::startTimer(const char* name, double fps, const char* handler)
 void CWindow::stopTimer(const char* name)
 {
     releaseObject(findChild(name));
+}
+
+void CWindow::stopTimers()
+{
+    for (const char* const timer : kTimers) {
+        stopTimer(timer);
+    }
 }
 
 CError CWindow::onRenderTick(const CAttrMap&)
@@ -503,7 +508,7 @@ void CWindow::forgetView(CView& view)
 
 CError CWindow::onHintChanged(CView& view)
 {
-    return rootView_ && &view == pointer_.getTop() ? hintLine_.show(*rootView_, &view) : CError();
+    return rootView_ && &view == pointer_.getTop() ? hintLine_.show(*this, *rootView_, &view) : CError();
 }
 
 CError CWindow::setKeyFocus(CView* view, bool isTab)
@@ -618,6 +623,17 @@ void CWindow::onWheel(const platform::WheelEvent& event)
     handle([&] { return pointer_.wheel(event); });
 }
 
+bool CWindow::wheelBy(double notches)
+{
+    const CPoint& point = pointer_.getPoint();
+    platform::WheelEvent event;
+    event.x = roundToPixel(point.x);
+    event.y = roundToPixel(point.y);
+    event.delta = notches;
+    onWheel(event);
+    return isOpen_;
+}
+
 void CWindow::onKeyPress(const platform::KeyEvent& event)
 {
     handle([&] { return focus_.press(event); });
@@ -650,7 +666,9 @@ void CWindow::onCloseRequest()
 void CWindow::onDestroyed()
 {
     surface_.detach();
-    if (!isMainWindow_) {
+    if (isMainWindow_) {
+        stopTimers();
+    } else {
         handle([&] { return closeWindow(); });
     }
 }

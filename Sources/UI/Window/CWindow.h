@@ -105,6 +105,9 @@ public:
     // One tick of "render-timer": ticks what moves, lays out, paints and hands over what has changed. The
     // window may be gone afterwards.
     void renderFrame();
+    // The wheel, from a host that keeps its events to itself: where the pointer was seen last. True if the
+    // window is open.
+    bool wheelBy(double notches);
     // Runs while pop-ups of this window are open.
     void setDeactivateTimer(bool isRunning);
 
@@ -156,6 +159,7 @@ private:
     CError applySize(const Size& size);
     CError startTimer(const char* name, double fps, const char* handler);
     void stopTimer(const char* name);
+    void stopTimers();
     void restAutoClick();
     void exportDrawLoad(double nowSec);
     void end();

@@ -84,10 +84,18 @@ TEST(Wrapper, EndsItsWindowBeforeItsTree)
     public:
         explicit Effect(std::string& log)
             : CAudioWrapperVST([](AEffect*, std::int32_t, std::int32_t, std::intptr_t, void*,
-                                  float) -> std::intptr_t { return 0; })
+                                  float) -> std::intptr_t { return 0; }),
+              log_(log)
+        {}
+        CError init() override
         {
-            setEditor(std::make_unique<Editor>(*this, log));
+            CError error = CAudioWrapperVST::init();
+            setEditor(std::make_unique<Editor>(*this, log_));
+            return error;
         }
+
+    private:
+        std::string& log_;
     };
     const TestApplication application(test::wrapperTree());
     std::string log;

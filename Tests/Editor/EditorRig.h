@@ -1,0 +1,90 @@
+// An editor in a host's window on an X server of the tests' own.
+#pragma once
+
+#include "CTestXClient.h"
+#include "CTestXServer.h"
+#include "HostRig.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace qel::test {
+
+// One effect with a window for its editor.
+class EditorHost
+{
+public:
+    EditorHost(CTestXClient& client, int x, int y) : client_(client)
+    {
+        window_ = client.makeWindow(x, y, 700, 500);
+        place_ = {x, y};
+    }
+    EditorHost(const EditorHost&) = delete;
+    EditorHost& operator=(const EditorHost&) = delete;
+    ~EditorHost()
+    {
+        host_.close();
+        client_.destroyWindow(window_);
+    }
+
+    Host& host() { return host_; }
+    ERect rect()
+    {
+        ERect* rect = nullptr;
+        host_.call(vst24::kEditGetRect, 0, 0, &rect);
+        return rect ? *rect : ERect();
+    }
+    bool open() { return open(window_); }
+    bool open(xcb_window_t parent)
+    {
+        return host_.call(vst24::kEditOpen, 0, 0, reinterpret_cast<void*>(std::uintptr_t{parent})) != 0;
+    }
+    void close() { host_.call(vst24::kEditClose); }
+    void idle() { host_.call(vst24::kEditIdle); }
+    // As hosts do, some forty times a second, until the condition holds; false when it never does.
+    bool idleUntil(const std::function<bool()>& condition, double limitSec = 5.0)
+    {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(limitSec);
+        while (std::chrono::steady_clock::now() < deadline) {
+            idle();
+            if (condition()) {
+                return true;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        return false;
+    }
+    void idleFor(double sec)
+    {
+        idleUntil([] { return false; }, sec);
+    }
+
+    xcb_window_t window() const { return window_; }
+    // Our window in the host's, 0 while there is none.
+    xcb_window_t editor() { return client_.childOf(window_); }
+    std::uint32_t pixel(int x, int y) { return client_.pixelOf(editor(), x, y); }
+    // Pixels of the editor.
+    void movePointer(int x, int y)
+    {
+        client_.movePointer(place_.first + x, place_.second + y);
+    }
+
+private:
+    CTestXClient& client_;
+    Host host_;
+    xcb_window_t window_ = 0;
+    std::pair<int, int> place_;
+};
+
+class EditorTest : public testing::Test
+{
+protected:
+    CTestXServer server;
+    CTestXClient client;
+};
+
+} // namespace qel::test
