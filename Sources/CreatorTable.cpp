@@ -43,6 +43,10 @@
 #include "CGradient.h"
 #include "CImageSetObject.h"
 #include "CKnob.h"
+#include "CLevelMeter.h"
+#include "CLevelMeterBase.h"
+#include "CLevelMeterListener.h"
+#include "CMinMax.h"
 #include "CModArithmetic.h"
 #include "CModBypass.h"
 #include "CModCrunchAtk.h"
@@ -92,6 +96,7 @@
 #include "CViewState.h"
 #include "CViewStateSwitch.h"
 #include "CViewStateSwitchObject.h"
+#include "CVizExchange.h"
 #include "CWinDrag.h"
 #include "CWindow.h"
 #include "CWindowSharedData.h"
@@ -131,6 +136,10 @@ const CCreatorRow kCreatorTable[] = {
     row<CControlArray>("ui:control-array"),
     row<CFrame>("ui:frame"),
     row<CKnob>("ui:knob"),
+    row<CLevelMeter>("ui:level-meter"),
+    row<CLevelMeterBase>("ui:level-meter-base"),
+    row<CLevelMeterListener>("ui:level-meter-listener"),
+    row<CMinMax>("ui:min-max"),
     row<CGradient>("ui:overlay-gradient"),
     row<CParamBridgeAudio>("ui:param-bridge"),
     row<CParamGroupController>("ui:param-group-controller"),
@@ -152,6 +161,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CViewCommand>("ui:view-command"),
     row<CViewState>("ui:view-state"),
     row<CViewStateSwitch>("ui:view-state-switch"),
+    row<CVizExchange>("ui:viz-exchange"),
     row<CWinDrag>("ui:window-drag"),
     row<CWindow>("ui:window-renderer"),
     row<CWindowSharedData>("ui:window-shared-data"),
