@@ -209,6 +209,7 @@ CError CWindow::createSystemWindow(const Size& size)
         QEL_TRY(popups_.findPlace(size.width, size.height, place_), getFullName());
     }
     if (display) {
+        QEL_TRY(createBridge(*display), getFullName());
         if (const int code = display->createWindow(describe(), *this, systemWindow_); code != 0) {
             QEL_FAIL(getFullName(),
                      "@qelstr_CWindow_createWindow_CreateWindow Unable to create window (error %1).", code);
@@ -220,13 +221,22 @@ CError CWindow::createSystemWindow(const Size& size)
     return {};
 }
 
+CError CWindow::createBridge(platform::CSystemDisplay& display)
+{
+    if (!isMainWindow_) {
+        return {};
+    }
+    bridge_ = std::make_unique<CBridgeWindow>();
+    return bridge_->attach(display, system_->getHostWindow(), place_.width, place_.height);
+}
+
 platform::WindowDescription CWindow::describe() const
 {
     using platform::WindowKind;
     platform::WindowDescription description;
     const bool isList = isHelperWindow_ || isDropDown();
     description.kind = isMainWindow_ ? WindowKind::kChild : isList ? WindowKind::kPopup : WindowKind::kDialog;
-    description.parent = system_->getHostWindow();
+    description.parent = bridge_ ? bridge_->getHandle() : system_->getHostWindow();
     description.place = place_;
     description.title = title_.toUtf8();
     description.isOnTaskbar = isTaskbar_;
@@ -236,6 +246,7 @@ platform::WindowDescription CWindow::describe() const
 
 void CWindow::raise()
 {
+    system_->raiseWindow(*this);
     if (systemWindow_) {
         systemWindow_->raise();
     }
@@ -259,6 +270,7 @@ void CWindow::end()
     focus_.setSystemWindow(nullptr);
     surface_.detach();
     systemWindow_.reset();
+    bridge_.reset();
     if (context_ && context_->getWindow() == this) {
         context_->setWindow(nullptr);
     }
@@ -425,6 +437,9 @@ CError CWindow::adoptRootSize()
     if (size == size_) {
         QEL_TRY(rootView_->setRootSize(size.width, size.height), getFullName());
         return rootView_->solveLayout();
+    }
+    if (bridge_) {
+        bridge_->setSize(size.width, size.height);
     }
     if (systemWindow_) {
         systemWindow_->setPlace({place_.x, place_.y, size.width, size.height});

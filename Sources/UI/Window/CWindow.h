@@ -1,6 +1,7 @@
 // The bridge between a tree of views and a window.
 #pragma once
 
+#include "CBridgeWindow.h"
 #include "CDrawLoad.h"
 #include "CHintLine.h"
 #include "CKeyFocus.h"
@@ -152,6 +153,7 @@ private:
     CError findParts();
     CError readRootAttributes();
     CError createSystemWindow(const Size& size);
+    CError createBridge(platform::CSystemDisplay& display);
     CError connect();
     platform::WindowDescription describe() const;
     // The size that the root view wants, in whole pixels.
@@ -180,6 +182,7 @@ private:
     std::shared_ptr<CViewContext> context_;
     std::shared_ptr<CWindowSystem> system_;
     CWindowSurface surface_;
+    std::unique_ptr<CBridgeWindow> bridge_; // of a main window
     std::unique_ptr<platform::CSystemWindow> systemWindow_;
     CPointerRouter pointer_;
     CKeyFocus focus_;

@@ -86,6 +86,13 @@ CWindow* CWindowSystem::findWindowAt(int screenX, int screenY) const
     return nullptr;
 }
 
+void CWindowSystem::raiseWindow(CWindow& window)
+{
+    if (const auto found = std::ranges::find(windows_, &window); found != windows_.end()) {
+        std::rotate(found, found + 1, windows_.end());
+    }
+}
+
 CWindow* CWindowSystem::findUnique(const CString& name) const
 {
     const auto found =

@@ -58,9 +58,10 @@ public:
     double getTimeSec() const { return clock_(); }
     void setClock(Clock clock) { clock_ = std::move(clock); }
 
-    // --- windows that are open, in the order in which they were opened
+    // --- windows that are open, the topmost last
     const std::vector<CWindow*>& getWindows() const { return windows_; }
     void addWindow(CWindow& window) { windows_.push_back(&window); }
+    void raiseWindow(CWindow& window);
     void removeWindow(CWindow& window) { std::erase(windows_, &window); }
     // The window with this "unique-name", or null.
     CWindow* findUnique(const CString& name) const;

@@ -295,6 +295,38 @@ TEST_F(Popups, WithAUniqueNameAreThereOnce)
     EXPECT_TRUE(in("c").isStateActive("popup"));
 }
 
+TEST_F(Popups, ThatBlockAWindowStayAboveIt)
+{
+    const auto block = [](const char* event, const char* handler) {
+        return command(event, {{"run-event", handler}, {"run-event-target", "{opener}"}});
+    };
+    open({opener("a", "mouse-release", "popup-toggle", {{"tag", "ui:win-message"}}),
+          opener("b", "mouse-release", "popup-toggle", {{"tag", "ui:win-dialog"}})},
+         {}, {},
+         {windowTemplate("ui:win-message",
+                         {{"is-drop-down-behavior-disabled", "true"}, {"width", "60"}, {"height", "20"}},
+                         {block("window-create", "block-window"), block("window-destroy", "unblock-window")}),
+          windowTemplate("ui:win-dialog",
+                         {{"is-drop-down-behavior-disabled", "true"}, {"width", "60"}, {"height", "20"}}, {}),
+          TreeNode::templateOf(
+              "ui:window-blocker",
+              view("", {{"placement", "window-overlay"}, {"width", "full"}, {"height", "full"}}))});
+    user().click(in("a"));
+    ASSERT_TRUE(isOpen("win-message"));
+    user().advance(0.05);
+    user().click(in("b"));
+    EXPECT_FALSE(isOpen("win-dialog"));
+
+    window().raise();
+    const auto top = [&] { return window().getSystem().getWindows().back()->getFullName().toUtf8(); };
+    user().click(in("b"));
+    EXPECT_EQ(top(), "win-message.window-renderer") << "a press that is blocked shows why";
+    ASSERT_OK(sendEvent(*find("win-message"), "close-window", {}));
+    user().advance(0.05);
+    user().click(in("b"));
+    EXPECT_TRUE(isOpen("win-dialog"));
+}
+
 TEST_F(Popups, AreDraggedByTheirTitlesAndComeBackOnTheScreen)
 {
     openMain();
