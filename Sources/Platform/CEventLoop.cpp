@@ -187,7 +187,11 @@ void CLoopState::removeTimer(const std::shared_ptr<TimerEntry>& timer)
 
 void CLoopState::setClock(CEventLoop::Clock nowSec)
 {
+    const double before = clock_();
     clock_ = nowSec ? std::move(nowSec) : CEventLoop::Clock(monotonicSec);
+    for (const auto& timer : timers_) {
+        timer->dueSec += clock_() - before;
+    }
 }
 
 } // namespace qel

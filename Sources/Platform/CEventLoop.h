@@ -34,8 +34,8 @@ public:
     // Runs all calls posted before now, then all timers that are due. What is posted meanwhile waits for the
     // next drain.
     void drain();
-    // Time for the timers; empty for the system's monotonic clock. Set it before timers start. Tests move it
-    // by hand.
+    // Time for the timers; empty for the system's monotonic clock. Timers that run keep the time that they
+    // have left. Tests move it by hand.
     void setClock(Clock nowSec);
 
 private:
