@@ -53,10 +53,11 @@ public:
 };
 
 // An interface's tree, loaded from XML below a client "ui.client" of the host, with a loop that tests drain.
+// `uiXml`: further objects within "ui".
 class EditorTree
 {
 public:
-    EditorTree(CAudioWrapper& host, const std::string& xml)
+    EditorTree(CAudioWrapper& host, const std::string& xml, const std::string& uiXml = {})
     {
         server_.setEventLoop(&loop_);
         root_->setNotifyServer(&server_);
@@ -65,8 +66,9 @@ public:
         const std::string head = R"(<tree><core:object name="ui">
             <audio:interface-client-connector-vst name="wire" base-connector="plugin.interface-base-connector"/>
             <audio:interface-client name="client" client-connector="ui.wire"/>
-            <ui:window-shared-data name="window-shared-data"/></core:object>)";
-        const std::vector<std::uint8_t> bytes = tools::encodeTree(compileXml(head + xml + "</tree>"));
+            <ui:window-shared-data name="window-shared-data"/>)";
+        const std::vector<std::uint8_t> bytes =
+            tools::encodeTree(compileXml(head + uiXml + "</core:object>" + xml + "</tree>"));
         CNodeCursor cursor(bytes);
         EXPECT_OK(root_->loadNode(cursor, true, true, false, false));
     }

@@ -5,7 +5,7 @@
 #include "CDynamicList.h"
 #include "CFirstError.h"
 #include "CUIParam.h"
-#include "PointerParams.h"
+#include "EventParameters.h"
 
 namespace qel {
 
@@ -244,8 +244,8 @@ CError CButton::eventPopupResult(const CAttrMap& parameters)
         return CFramedView::eventPopupResult(parameters);
     }
     const CHold hold(*this);
-    const CString text = textOf(parameters, "text");
-    const CString index = textOf(parameters, kIndex);
+    const CString text = eventText(parameters, "text");
+    const CString index = eventText(parameters, kIndex);
     CFirstError first;
     first.add(setAttribute(kSelectedItem, text, true));
     first.add(setAttribute(kIndex, index, true));

@@ -5,7 +5,7 @@
 #include "CFirstError.h"
 #include "CUIParam.h"
 #include "ClickCommands.h"
-#include "PointerParams.h"
+#include "EventParameters.h"
 
 #include <algorithm>
 #include <cmath>
@@ -239,7 +239,7 @@ CError CControlArray::showSelection()
 
 CError CControlArray::eventReleased(const CAttrMap& parameters)
 {
-    const auto index = static_cast<std::int32_t>(numberOf(parameters, kIndex, -1.0));
+    const auto index = CAttrValue(eventText(parameters, kIndex)).toInteger().value_or(-1);
     if (index < 0 || index >= static_cast<std::int32_t>(items_.size()) || actsDisabled()) {
         return {};
     }
@@ -258,8 +258,8 @@ CError CControlArray::eventReleased(const CAttrMap& parameters)
 
 CError CControlArray::eventValuePicked(const CAttrMap& parameters)
 {
-    const auto index = static_cast<std::int32_t>(numberOf(parameters, kIndex, -1.0));
-    const double picked = numberOf(parameters, "index", -1.0);
+    const auto index = CAttrValue(eventText(parameters, kIndex)).toInteger().value_or(-1);
+    const double picked = CAttrValue(eventText(parameters, "index")).toReal().value_or(-1.0);
     if (!valueParam_ || index < 0 || actsDisabled() || picked < 0.0 ||
         picked >= static_cast<double>(values_.size())) {
         return {};

@@ -6,8 +6,8 @@
 #include "CGlobalSettings.h"
 #include "CUIParamController.h"
 #include "ControlChildren.h"
+#include "EventParameters.h"
 #include "NumberSyntax.h"
-#include "PointerParams.h"
 
 #include <cmath>
 
@@ -78,8 +78,8 @@ CPoint CKnob::getCenter() const
 CPoint CKnob::fromCenter(const CAttrMap& parameters) const
 {
     const CPoint center = getCenter();
-    return {numberOf(parameters, "x") - getArea().x - center.x,
-            numberOf(parameters, "y") - getArea().y - center.y};
+    return {eventNumber(parameters, "x") - getArea().x - center.x,
+            eventNumber(parameters, "y") - getArea().y - center.y};
 }
 
 bool CKnob::isInRing(const CAttrMap& parameters) const
@@ -112,10 +112,10 @@ CError CKnob::press(const CAttrMap& parameters)
 {
     auto* const linked = linkedKnob_.isEmpty() ? nullptr : dynamic_cast<CView*>(findObject(linkedKnob_));
     controller_->setLinkedView(linked, isLinkInversed_);
-    if (flagOf(parameters, "is-ctrl")) {
+    if (eventFlag(parameters, "is-ctrl")) {
         return controller_->resetToDefault();
     }
-    if (flagOf(parameters, "is-double-click")) {
+    if (eventFlag(parameters, "is-double-click")) {
         return openTextEntry();
     }
     const bool isRadial = controller_->getSettings().isRadialKnobMode() && !linked;

@@ -3,7 +3,7 @@
 
 #include "CFirstError.h"
 #include "ClickCommands.h"
-#include "PointerParams.h"
+#include "EventParameters.h"
 
 #include <algorithm>
 
@@ -131,11 +131,11 @@ CView* CSelector::getButton(std::int32_t index) const
 
 CError CSelector::eventButtonReleased(const CAttrMap& parameters)
 {
-    const auto index = static_cast<std::int32_t>(numberOf(parameters, kIndex, -1.0));
+    const auto index = CAttrValue(eventText(parameters, kIndex)).toInteger().value_or(-1);
     if (!getButton(index) || actsDisabled()) {
         return {};
     }
-    return onButton(index, textOf(parameters, "button") == "r");
+    return onButton(index, eventText(parameters, "button") == "r");
 }
 
 CError CSelector::setActiveButton(std::int32_t index)

@@ -1,6 +1,7 @@
 // Turns gestures of the hand into changes of parameters.
 #include "CUIParamController.h"
 
+#include "CAudioParamConverterEnum.h"
 #include "CAudioParamInfo.h"
 #include "CFirstError.h"
 #include "CGlobalSettings.h"
@@ -8,8 +9,8 @@
 #include "CSystemClipboard.h"
 #include "CView.h"
 #include "CViewWindow.h"
+#include "EventParameters.h"
 #include "KnobLaws.h"
-#include "PointerParams.h"
 
 #include <cmath>
 
@@ -24,21 +25,33 @@ constexpr const char* kActivityParam = "ui-param-activity";
 // Notches that follow each other faster are one movement of the hand.
 constexpr double kPauseSec = 0.5;
 
+// The declaration of a parameter whose values are whole numbers, or null.
+const CAudioParamInfo* discreteInfoOf(const CUIParam& param, std::size_t& outIndex, std::int32_t element)
+{
+    const CAudioParamInfo* const info = param.getInfo();
+    if (!info || info->converters.empty()) {
+        return nullptr;
+    }
+    outIndex = static_cast<std::size_t>(param.getFirstElement() + element) % info->converters.size();
+    const bool hasStates = dynamic_cast<const CAudioParamConverterEnum*>(info->converters[outIndex]);
+    return info->isDiscrete || hasStates ? info : nullptr;
+}
+
 // The position that one unit of a discrete parameter takes, or 0.
 double unitOf(const CUIParam& param, std::int32_t element)
 {
-    const CAudioParamInfo* const info = param.getInfo();
-    if (!info || !info->isDiscrete || info->minValues.empty()) {
+    std::size_t index = 0;
+    const CAudioParamInfo* const info = discreteInfoOf(param, index, element);
+    if (!info) {
         return 0.0;
     }
-    const auto index = static_cast<std::size_t>(param.getFirstElement() + element) % info->minValues.size();
     const double range = std::fabs(info->maxValues[index] - info->minValues[index]);
     return range > 0.0 ? 1.0 / range : 0.0;
 }
 
 double axisOf(const CAttrMap& parameters, bool isHorizontal)
 {
-    return isHorizontal ? numberOf(parameters, "actual-x") : -numberOf(parameters, "actual-y");
+    return isHorizontal ? eventNumber(parameters, "actual-x") : -eventNumber(parameters, "actual-y");
 }
 
 } // namespace
@@ -52,8 +65,8 @@ double CUIParamController::CMoved::toPosition() const
 double CUIParamController::CMoved::toValue(double position) const
 {
     const double exact = param->toValue(element, isInverse ? 1.0 - position : position);
-    const CAudioParamInfo* const info = param->getInfo();
-    return info && info->isDiscrete ? std::round(exact) : exact;
+    std::size_t index = 0;
+    return discreteInfoOf(*param, index, element) ? std::round(exact) : exact;
 }
 
 void CUIParamController::buildClassInfo(CClassInfo& info)
@@ -169,21 +182,23 @@ CError CUIParamController::finish()
     return first.take();
 }
 
-// Writes what has changed, of all parameters together.
+// Writes all parameters together once one of them has changed: the history makes one step of successive
+// writes to the same ones.
 CError CUIParamController::apply()
 {
     const CHold hold(*this);
+    bool isChanged = false;
+    for (std::size_t i = 0; i < moved_.size(); ++i) {
+        const double value = moved_[i].toValue(drag_.getPosition(i));
+        isChanged = isChanged || value != moved_[i].value;
+        moved_[i].value = value;
+    }
     CFirstError first;
     CParamEdit edit;
-    for (std::size_t i = 0; i < moved_.size(); ++i) {
-        CMoved& moved = moved_[i];
-        const double value = moved.toValue(drag_.getPosition(i));
-        if (value == moved.value || moved.param->isReleased()) {
-            continue;
-        }
-        moved.value = value;
-        // A shared attribute is set at once, and what hears of it may end this gesture.
-        first.add(moved.param->setValue(moved.element, value, &edit));
+    // A shared attribute is set at once, and what hears of it may end this gesture.
+    for (std::size_t i = 0; isChanged && i < moved_.size(); ++i) {
+        const CMoved moved = moved_[i];
+        first.add(moved.param->setValue(moved.element, moved.value, &edit));
     }
     first.add(edit.send());
     return first.take();
@@ -206,7 +221,7 @@ CError CUIParamController::drag(const CAttrMap& parameters)
     const double pointer = axisOf(parameters, isHorizontal_);
     const double movedPx = pointer - std::exchange(pointer_, pointer);
     double step = dragStepOf(settings_->getDragPrecision());
-    if (flagOf(parameters, "is-shift")) {
+    if (eventFlag(parameters, "is-shift")) {
         step *= shiftFactorOf(settings_->getShiftKeyPrecision());
     }
     drag_.move(movedPx, step, moved_.size() == 1);
@@ -226,7 +241,8 @@ CError CUIParamController::moveTo(double position)
 
 CError CUIParamController::turnWheel(const CAttrMap& parameters)
 {
-    return step(numberOf(parameters, "delta"), flagOf(parameters, "is-shift"), flagOf(parameters, "is-ctrl"));
+    return step(eventNumber(parameters, "delta"), eventFlag(parameters, "is-shift"),
+                eventFlag(parameters, "is-ctrl"));
 }
 
 CError CUIParamController::step(double notches, bool isShift, bool isCtrl)

@@ -6,10 +6,23 @@
 #include "DisplayNumber.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 
 namespace qel {
+
+namespace {
+
+// Tells the changes of one gesture, which are one step of the history, from those of the next one.
+std::int32_t nextGesture()
+{
+    static std::atomic<std::int32_t> last{0}; // every editor's thread makes gestures
+    constexpr std::int32_t kSourceMask = 0xFFFFFF;
+    return ++last & kSourceMask;
+}
+
+} // namespace
 
 void CParamBridgeAudio::buildClassInfo(CClassInfo& info)
 {
@@ -159,6 +172,9 @@ CError CParamBridgeAudio::beginEdit(std::int32_t group, std::int32_t element)
         ++held->holders;
         return {};
     }
+    if (held_.empty()) {
+        gesture_ = nextGesture();
+    }
     held_.push_back({.group = counted,
                      .element = element,
                      .holders = 1,
@@ -248,11 +264,11 @@ CError CParamBridgeAudio::write(const CWrite& write, CParamEdit* edit)
     const bool isHeld = isWholeWriteHeld(write, group);
     const CString step = write.isUndoDisabled ? CString() : stepName(" change", group);
     if (edit) {
-        edit->add(*client_, step, getObjectNumber(), isHeld, recordOf(write, group));
+        edit->add(*client_, step, gesture_, isHeld, recordOf(write, group));
         return {};
     }
     CParamEdit own;
-    own.add(*client_, step, getObjectNumber(), isHeld, recordOf(write, group));
+    own.add(*client_, step, gesture_, isHeld, recordOf(write, group));
     if (isHeld) {
         return own.send();
     }

@@ -1,0 +1,274 @@
+// Knobs in front of a running instance, moved by a user without a screen.
+#include "CAudioExtParam.h"
+#include "CKnob.h"
+#include "COffscreenUser.h"
+#include "CParamGroupSelector.h"
+#include "CUIParam.h"
+#include "InstanceFixture.h"
+#include "KnobLaws.h"
+
+#include <optional>
+
+namespace qel::test {
+namespace {
+
+constexpr const char* kUi = R"(
+  <ui:ui-event-bridge name="event-bridge"/>
+  <core:global-settings name="global-settings" drag-precision="0.7" mouse-wheel-precision="0.5"
+                        shift-key-precision="0.5"/>
+  <ui:param-group-selector name="group"/>
+  <ui:param-bridge name="gain" interface-client="ui.client" param="plugin.modMain.modDrumfell.lf-gain"/>
+  <ui:param-bridge name="sub" interface-client="ui.client" param="plugin.modMain.modDrumfell.sub-gain"/>
+  <ui:param-bridge name="dry" interface-client="ui.client" param="plugin.modMain.modDrumfell.drymix"/>
+  <ui:param-bridge name="type" interface-client="ui.client" param="plugin.modMain.modDrumfell.xover-type"/>
+)";
+
+constexpr const char* kWindow = R"(
+  <define name="cell" tag="ui:knob" placement="left" width="70" height="74" center-x="35" center-y="34"
+          outer-radius="33" group-selector="ui.group"/>
+  <ui:window-drag name="win" is-root-view="true" width="280" height="100">
+    <ui:window-renderer name="window-renderer" is-main-window="true"/>
+    <cell name="gain" bridge="ui.gain"/>
+    <cell name="sub" bridge="ui.sub" linked-knob="^gain" is-link-inversed="true"/>
+    <cell name="dry" bridge="ui.dry"/>
+    <cell name="type" bridge="ui.type"/>
+  </ui:window-drag>
+)";
+
+class Knob : public InstanceFixture
+{
+protected:
+    Knob() : tree_(std::in_place, *host_, kWindow, kUi)
+    {
+        user_.emplace(tree_->at<CWindow>("win.window-renderer"));
+        EXPECT_OK(tree_->at<CWindow>("win.window-renderer").open());
+        wait(0.1);
+        host_->calls.clear();
+    }
+
+    void wait(double sec = 0.05) { user_->advance(sec); }
+    CKnob& knob(const std::string& name) { return tree_->at<CKnob>(("win." + name).c_str()); }
+    CUIParam& param(const std::string& name)
+    {
+        return tree_->at<CUIParam>(("win." + name + ".ui-param").c_str());
+    }
+    double norm(const std::string& name) { return param(name).getNorm(0); }
+    // Where all of a knob's own events hit: on its body.
+    void point(const std::string& name)
+    {
+        const CRect& area = knob(name).getArea();
+        user_->moveTo(tree_->at<CWindow>("win.window-renderer"), area.x + 35.0, area.y + 34.0);
+    }
+    void drag(const std::string& name, double upPx)
+    {
+        point(name);
+        user_->press();
+        for (int i = 0; i < 4; ++i) {
+            user_->moveBy(0.0, -upPx / 4.0);
+            wait();
+        }
+        user_->release();
+        wait();
+    }
+    void hold(bool isCtrl, bool isShift) { user_->setModifiers({.isShift = isShift, .isCtrl = isCtrl}); }
+    std::size_t steps() { return tree_->client().getHistory().steps.size(); }
+    void undo()
+    {
+        EXPECT_OK(tree_->client().send(record::CMoveHistory{tree_->client().getHistory().position - 1}));
+        wait();
+    }
+    void setting(const char* name, const char* value) { tree_->set("ui.global-settings", name, value); }
+
+    std::optional<EditorTree> tree_;
+    std::optional<COffscreenUser> user_;
+};
+
+TEST_F(Knob, ADragMovesByThePrecisionAsOneStepAndOnePair)
+{
+    const std::size_t before = steps();
+    const double start = norm("gain");
+    EXPECT_EQ(knob("gain").getPictureIndex(), 42);
+    drag("gain", 20.0);
+    EXPECT_NEAR(norm("gain") - start, 0.0647, 1e-4);
+    EXPECT_EQ(knob("gain").getPictureIndex(), 47);
+    EXPECT_EQ(steps(), before + 1);
+    ASSERT_EQ(host_->calls.size(), 2U);
+    EXPECT_EQ(host_->calls[0].substr(0, 5), "begin");
+    EXPECT_EQ(host_->calls[1].substr(0, 3), "end");
+    undo();
+    EXPECT_NEAR(norm("gain"), start, 1e-9);
+    EXPECT_EQ(knob("gain").getPictureIndex(), 42);
+
+    // Beyond an end the way back begins at once.
+    drag("gain", 400.0);
+    EXPECT_EQ(norm("gain"), 1.0);
+    drag("gain", -20.0);
+    EXPECT_NEAR(norm("gain"), 1.0 - 0.0647, 1e-4);
+}
+
+TEST_F(Knob, ShiftMakesADragFinerWithoutAJump)
+{
+    point("gain");
+    user_->press();
+    user_->moveBy(0.0, -10.0);
+    wait();
+    const double moved = norm("gain");
+    hold(false, true);
+    user_->moveBy(0.0, -10.0);
+    wait();
+    EXPECT_NEAR(norm("gain") - moved, (moved - 0.5) * shiftFactorOf(0.5), 1e-6);
+    user_->release();
+}
+
+TEST_F(Knob, NotchesOfTheWheelAreOneGestureUntilAPause)
+{
+    const std::size_t before = steps();
+    point("gain");
+    user_->wheel(1.0);
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.5316, 1e-4);
+    user_->wheel(1.0);
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.5632, 1e-4);
+    EXPECT_EQ(host_->calls.size(), 1U);
+    wait(0.7);
+    EXPECT_EQ(host_->calls.size(), 2U);
+    EXPECT_EQ(steps(), before + 1);
+    user_->wheel(-1.0);
+    wait(0.7);
+    EXPECT_EQ(steps(), before + 2);
+
+    point("type");
+    const double value = param("type").getValue(0);
+    user_->wheel(value > 0.5 ? -1.0 : 1.0);
+    wait();
+    EXPECT_EQ(std::fabs(param("type").getValue(0) - value), 1.0) << "a notch is at least one unit";
+}
+
+TEST_F(Knob, AutomationNeitherDragsAlongNorFights)
+{
+    point("gain");
+    user_->press();
+    user_->moveBy(0.0, -10.0);
+    wait();
+    host_->set("modDrumfell.lf-gain", 0.1);
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.5 + 10.0 * dragStepOf(0.7), 1e-6) << "the hand holds it";
+    user_->moveBy(0.0, -10.0);
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.5 + 20.0 * dragStepOf(0.7), 1e-6);
+    user_->release();
+    wait();
+    host_->set("modDrumfell.lf-gain", 0.25);
+    wait();
+    EXPECT_LT(norm("gain"), 0.4);
+    EXPECT_LT(knob("gain").getPictureIndex(), 34);
+}
+
+TEST_F(Knob, LinkedKnobsMoveTogetherInOneStep)
+{
+    const std::size_t before = steps();
+    drag("sub", 20.0);
+    EXPECT_NEAR(norm("sub"), 0.5647, 1e-4);
+    EXPECT_NEAR(norm("gain"), 0.4353, 1e-4);
+    EXPECT_EQ(steps(), before + 1);
+    undo();
+    EXPECT_NEAR(norm("gain"), 0.5, 1e-9);
+    EXPECT_NEAR(norm("sub"), 0.5, 1e-9);
+
+    // The wheel moves the other one with Ctrl alone.
+    point("sub");
+    user_->wheel(1.0);
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.5, 1e-9);
+    hold(true, false);
+    user_->wheel(1.0);
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.4684, 1e-4);
+}
+
+TEST_F(Knob, CtrlSetsTheDefaultAndOnlyTheKnobItselfTakesAPress)
+{
+    host_->set("modDrumfell.lf-gain", 4.0);
+    wait();
+    EXPECT_GT(norm("gain"), 0.7);
+    hold(true, false);
+    point("gain");
+    user_->press();
+    user_->release();
+    wait();
+    EXPECT_EQ(norm("gain"), 0.5);
+    hold(false, false);
+
+    host_->calls.clear();
+    const CRect& area = knob("gain").getArea();
+    user_->moveTo(tree_->at<CWindow>("win.window-renderer"), area.x + 2.0, area.y + 2.0);
+    user_->press();
+    user_->moveBy(0.0, 20.0);
+    user_->release();
+    wait();
+    EXPECT_EQ(norm("gain"), 0.5);
+    tree_->set("win.gain", "is-disabled", "true");
+    drag("gain", 20.0);
+    EXPECT_EQ(norm("gain"), 0.5);
+    EXPECT_TRUE(host_->calls.empty());
+}
+
+TEST_F(Knob, InRadialModeAKnobPointsToThePointer)
+{
+    setting("radial-knob-mode", "true");
+    const CRect& area = knob("dry").getArea();
+    CWindow& window = tree_->at<CWindow>("win.window-renderer");
+    user_->moveTo(window, area.x + 35.0, area.y + 14.0);
+    user_->press();
+    wait();
+    EXPECT_NEAR(norm("dry"), 0.5, 1e-6);
+    user_->moveTo(window, area.x + 15.0, area.y + 34.0);
+    wait();
+    EXPECT_NEAR(norm("dry"), 1.0 / 6.0, 1e-6);
+    user_->moveTo(window, area.x + 36.0, area.y + 94.0);
+    wait();
+    EXPECT_EQ(norm("dry"), 1.0) << "the dead gap";
+    user_->release();
+    EXPECT_EQ(host_->calls.size(), 2U);
+}
+
+TEST_F(Knob, FollowsItsGroupAndEndsNoGestureOfAnother)
+{
+    drag("gain", 20.0);
+    EXPECT_OK(tree_->at<CParamGroupSelector>("ui.group").setGroup(1));
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.5, 1e-9);
+    EXPECT_EQ(knob("gain").getPictureIndex(), 42);
+    drag("gain", -20.0);
+    EXPECT_OK(tree_->at<CParamGroupSelector>("ui.group").setGroup(0));
+    wait();
+    EXPECT_NEAR(norm("gain"), 0.5647, 1e-4);
+}
+
+TEST_F(Knob, AWindowThatClosesInMidDragLeavesNothingHeld)
+{
+    point("gain");
+    user_->press();
+    user_->moveBy(0.0, -10.0);
+    wait();
+    ASSERT_EQ(host_->calls.size(), 1U);
+    CObject::releaseObject(&tree_->at<CObject>("win"));
+    user_.reset();
+    tree_->settle();
+    ASSERT_EQ(host_->calls.size(), 2U);
+    EXPECT_EQ(host_->calls[1].substr(0, 3), "end");
+}
+
+TEST_F(Knob, CopiesItsValueToAnother)
+{
+    drag("gain", 20.0);
+    EXPECT_OK(knob("gain").receiveEvent("copy", {}));
+    EXPECT_OK(knob("sub").receiveEvent("paste", {}));
+    wait();
+    EXPECT_NEAR(norm("sub"), norm("gain"), 2e-3);
+    EXPECT_NEAR(norm("gain"), 0.5647, 1e-4) << "only what is pointed at";
+}
+
+} // namespace
+} // namespace qel::test
