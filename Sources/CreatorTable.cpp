@@ -77,6 +77,7 @@
 #include "CParamGroupController.h"
 #include "CParamGroupSelector.h"
 #include "CPicture.h"
+#include "CRuler.h"
 #include "CScrollerBar.h"
 #include "CSelectorGroup.h"
 #include "CSelectorOversampling.h"
@@ -132,8 +133,8 @@ const CCreatorRow kCreatorTable[] = {
 
     row<CButton>("ui:button-base"),
     row<CColorSwatch>("ui:color-swatch"),
-    row<CFileDialog>("ui:file-dialog"),
     row<CControlArray>("ui:control-array"),
+    row<CFileDialog>("ui:file-dialog"),
     row<CFrame>("ui:frame"),
     row<CKnob>("ui:knob"),
     row<CLevelMeter>("ui:level-meter"),
@@ -145,6 +146,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CParamGroupController>("ui:param-group-controller"),
     row<CParamGroupSelector>("ui:param-group-selector"),
     row<CPicture>("ui:picture"),
+    row<CRuler>("ui:ruler"),
     row<CScrollerBar>("ui:scroller-bar"),
     row<CSelectorGroup>("ui:selector-group"),
     row<CSelectorOversampling>("ui:selector-oversampling"),

@@ -281,12 +281,15 @@ void CView::updateClips()
 
 CError CView::onAreaSettled()
 {
-    if (!isScrollable() || isReleased()) {
+    if (isReleased()) {
         return {};
     }
     const CHold hold(*this);
-    QEL_TRY(updateScroller(".scroller-h.bar"), getFullName());
-    return isReleased() ? CError() : updateScroller(".scroller-v.bar");
+    if (isScrollable()) {
+        QEL_TRY(updateScroller(".scroller-h.bar"), getFullName());
+        QEL_TRY(isReleased() ? CError() : updateScroller(".scroller-v.bar"), getFullName());
+    }
+    return isReleased() ? CError() : notify("view-area-update", {}, false);
 }
 
 CError CView::updateScroller(const char* path)
