@@ -2,6 +2,7 @@
 #include "CWindowSystem.h"
 
 #include "CWindow.h"
+#include "CWindowClass.h"
 
 #include <algorithm>
 #include <chrono>
@@ -23,6 +24,7 @@ CWindowSystem::CWindowSystem() : clock_(systemTimeSec) {}
 
 CError CWindowSystem::connect(platform::NativeWindow parent, const CString& applicationName)
 {
+    QEL_TRY(CWindowClass::registerClasses(), {});
     std::unique_ptr<platform::CSystemDisplay> display;
     // What is lost is noticed by isConnected(); the host closes the editor in its own time.
     if (const int code = platform::openSystemDisplay(applicationName.toUtf8(), {}, display); code != 0) {
