@@ -34,6 +34,19 @@ void require(CError error)
     }
 }
 
+// The number of a state by its name.
+bool findState(const CParamBridge& bridge, const CString& name, double& out)
+{
+    constexpr int kMaxStates = 64;
+    for (int i = 0; i < kMaxStates; ++i) {
+        if (bridge.getTextOf(0, i, CAudioParamConverter::TextMode::kNormal) == name) {
+            out = i;
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 // A host that is told what happens and does nothing about it.
@@ -152,13 +165,13 @@ void CInterfaceHost::set(const std::string& name, const std::string& value)
     }
     auto* const bridge =
         dynamic_cast<CParamBridge*>(root().findObject(CString::fromUtf8("ui." + name + "-bridge")));
-    double real = 0.0;
-    const CString text = CString::fromUtf8(value);
     if (!bridge || !bridge->getInfo()) {
         throw CToolError("There is no parameter '" + name + "'.");
     }
     CParamBridge::CWrite write;
-    if (bridge->parseText(0, text, real)) {
+    double real = 0.0;
+    const CString text = CString::fromUtf8(value);
+    if (findState(*bridge, text, real) || bridge->parseText(0, text, real)) {
         write.values = {&real, 1};
     } else {
         write.texts = {&text, 1};
