@@ -24,6 +24,8 @@ usage: drumfell.sh COMMAND
 
   demo       build, do the main job on real input and show the result
   test       build and run all tests
+  screenshots
+             draw the windows anew for the documentation, without a screen
   check      tell which sources are not laid out as .clang-format says
   bench      build and run the benchmarks (arguments go to Google Benchmark)
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
@@ -149,6 +151,28 @@ demo_table() {
         done
 }
 
+# picture NAME [option of the inspector...]
+picture() {
+    local name=$1
+    shift
+    build/release/bin/drumfell-inspect --views --png "Docs/pictures/$name.png" --scale 1.25 "$@" 2>/dev/null
+    echo "Docs/pictures/$name.png"
+}
+
+screenshots() {
+    local sound=(--sound 1.5 --level -16 --set punch-enable=On --set punch-gain=5 --set sat-enable=On --set sat-drive=16.4
+        --set sat-gain=2.1 --set sub-enable=On --set sub-gain=-6 --set mono-enable=On --set mix-gain=1.2
+        --set "instance-name=Kick bus") palette window
+    mkdir -p Docs/pictures
+    picture main "${sound[@]}" --hover ui.main-window.c.upper.saturator.satframe.drive.knob-base
+    for palette in Blue Green Military Red; do
+        picture "main-${palette,,}" "${sound[@]}" --palette "$palette"
+    done
+    for window in settings global-settings preset-manager channel-routing; do
+        picture "$window" --window "ui:win-$window"
+    done
+}
+
 case "${1:-}" in
 demo)
     need "${build_packages[@]}" "${demo_packages[@]:0:1}"
@@ -159,6 +183,11 @@ test)
     need "${build_packages[@]}" "${test_packages[@]}"
     build release
     run_tests release
+    ;;
+screenshots)
+    need "${build_packages[@]}"
+    build release drumfell-inspect
+    screenshots
     ;;
 check)
     need "${check_packages[@]}"

@@ -4,15 +4,12 @@
 #include "CParamBridgeAudio.h"
 #include "CUIParam.h"
 #include "CView.h"
-#include "TreeCompiler/ToolError.h"
+#include "Views/IndexedPng.h"
 
-#include <cairo.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
-#include <memory>
 #include <ostream>
 
 namespace qel::tools {
@@ -117,18 +114,12 @@ void writePicture(CWindow& window, const std::filesystem::path& png)
     // Whole sectors: the picture reaches beyond the window.
     const CLinearBitmap& picture = window.getSurface().getPicture();
     const platform::PixelRect place = window.getScreenPlace();
-    const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24, place.width, place.height), &cairo_surface_destroy);
-    unsigned char* const target = cairo_image_surface_get_data(surface.get());
-    const auto stride = static_cast<std::size_t>(cairo_image_surface_get_stride(surface.get()));
-    for (int y = 0; target && y < place.height && y < picture.getHeight(); ++y) {
-        const auto count = static_cast<std::size_t>(std::min(place.width, picture.getWidth()));
-        std::memcpy(target + static_cast<std::size_t>(y) * stride, picture.getRow(y), count * 4);
+    const int width = std::min(place.width, picture.getWidth());
+    std::vector<std::uint32_t> pixels;
+    for (int y = 0; y < std::min(place.height, picture.getHeight()); ++y) {
+        pixels.insert(pixels.end(), picture.getRow(y), picture.getRow(y) + width);
     }
-    cairo_surface_mark_dirty(surface.get());
-    if (cairo_surface_write_to_png(surface.get(), png.c_str()) != CAIRO_STATUS_SUCCESS) {
-        throw CToolError(png.string() + ": cannot be written");
-    }
+    writeIndexedPng(png, pixels, static_cast<std::size_t>(width));
 }
 
 } // namespace qel::tools
