@@ -19,7 +19,7 @@ constexpr const char* kSlotColors[] = {"LevelMeter",      "LevelMeterZone1", "Le
                                        "LevelMeterZone3", "LevelMeterPeak",  "LevelMeterBGLines"};
 
 // Lamps at the start of a bar are this bright, those at its end fully.
-constexpr double kLeastLight = 0.55;
+constexpr double kLeastLight = 0.62;
 constexpr double kOffOpacity = 0.5;
 constexpr double kInactiveOpacity = 0.2;
 

@@ -14,8 +14,6 @@ namespace {
 
 constexpr const char* kViewAreaUpdate = "view-area-update";
 constexpr const char* kValuesChanged = "values-changed";
-// A tick of a major mark, which labels keep clear of.
-constexpr double kMajorTick = 5.0;
 // The images are in groups: side, then form, then grade.
 constexpr std::uint32_t kForms = 2;
 constexpr std::uint32_t kGrades = 3;
@@ -168,7 +166,8 @@ CError CRuler::layOutScale(std::vector<Label>& labels)
                                        .isWaveform = isWaveform_});
     for (const RulerMark& mark : marks_) {
         if (mark.hasLabel) {
-            labels.push_back({formatNumber(labelFormat_, mark.value), alongPx(mark.position), labelPx});
+            labels.push_back(
+                {formatNumber(labelFormat_, mark.value), alongPx(mark.position), labelPx, mark.grade});
         }
     }
     return {};
@@ -207,7 +206,11 @@ CError CRuler::layOutTitles(std::vector<Label>& labels)
 CRect CRuler::labelRect(const Label& label) const
 {
     const double scale = getInterfaceScale();
-    const double clear = std::round((labelShift_ + (isShowHairlines_ ? kMajorTick : 0.0)) * scale);
+    // Lines that fade run below labels, ticks do not.
+    const CImage* const tick =
+        isShowHairlines_ && !isHairlineInward_ ? findImage(imageOf(label.grade), true) : nullptr;
+    const double tickPx = !tick ? 0.0 : isStanding() ? tick->getWidth() : tick->getHeight();
+    const double clear = tickPx + std::round(labelShift_ * scale);
     const double heightPx = std::round(labelSize_ * scale);
     const CRect& own = getArea();
     if (isStanding()) {
@@ -272,16 +275,19 @@ CError CRuler::placeLabel(std::size_t index, const Label& label)
 
 // --- drawing
 
+std::uint32_t CRuler::imageOf(RulerMark::Grade grade) const
+{
+    return (static_cast<std::uint32_t>(side_) * kForms + (isHairlineInward_ ? 1U : 0U)) * kGrades + grade;
+}
+
 void CRuler::draw(CDrawContext& context)
 {
     if (!isShowHairlines_) {
         return;
     }
     const CRect& own = getArea();
-    const std::uint32_t first =
-        (static_cast<std::uint32_t>(side_) * kForms + (isHairlineInward_ ? 1U : 0U)) * kGrades;
     for (const RulerMark& mark : marks_) {
-        const std::uint32_t index = first + mark.grade;
+        const std::uint32_t index = imageOf(mark.grade);
         const CImage* const image = findImage(index, true);
         if (!image) {
             continue;

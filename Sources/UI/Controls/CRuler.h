@@ -56,6 +56,7 @@ private:
         CString text;
         double alongPx = 0.0; // its middle
         double roomPx = 0.0;
+        RulerMark::Grade grade = RulerMark::kMajor;
     };
 
     CError onContentReady(const CAttrMap& parameters);
@@ -71,6 +72,7 @@ private:
     CError placeLabel(std::size_t index, const Label& label);
     CRect labelRect(const Label& label) const;
     double alongPx(double position) const;
+    std::uint32_t imageOf(RulerMark::Grade grade) const;
 
     CDynamicList* titles_ = nullptr;
     Side side_ = Side::kLeft;

@@ -78,7 +78,7 @@ TEST_F(Ruler, MarksStandWhereTheMeasuredViewHasTheirValues)
     frame(0.1);
     EXPECT_EQ(labels(), "48@80 36@60 24@40 12@20 0@0 ") << "centred on their marks, which start at row 6";
     EXPECT_EQ(at("w.r.label").getArea().right(), 22.0) << "clear of the ticks";
-    EXPECT_EQ(valuesAcross(6, 15, 30), "9x7 200x8") << "zero";
+    EXPECT_EQ(valuesAcross(6, 19, 30), "0x3 200x8") << "zero";
     EXPECT_EQ(valuesAcross(16, 25, 30), "0x2 50x3");
     EXPECT_EQ(valuesAcross(26, 25, 30), "100x5");
     EXPECT_EQ(valuesAcross(85, 25, 30), "100x5") << "the last one is still within the view";
