@@ -37,6 +37,7 @@
 #include "CControlArray.h"
 #include "CDCDAWContextObject.h"
 #include "CFileDialog.h"
+#include "CEditBox.h"
 #include "CFontObject.h"
 #include "CFrame.h"
 #include "CGlobalSettings.h"
@@ -86,6 +87,7 @@
 #include "CSharedAttribute.h"
 #include "CStdEventBridge.h"
 #include "CTextView.h"
+#include "CTextViewAutoScroll.h"
 #include "CTimer.h"
 #include "CUIParam.h"
 #include "CUIParamController.h"
@@ -133,6 +135,8 @@ const CCreatorRow kCreatorTable[] = {
 
     row<CButton>("ui:button-base"),
     row<CColorSwatch>("ui:color-swatch"),
+    row<CEditBox>("ui:editbox"),
+    row<CFileDialog>("ui:file-dialog"),
     row<CControlArray>("ui:control-array"),
     row<CFileDialog>("ui:file-dialog"),
     row<CFrame>("ui:frame"),
@@ -153,6 +157,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CSelectorPalette>("ui:selector-palette"),
     row<CSelectorScale>("ui:selector-scale"),
     row<CTextView>("ui:textview"),
+    row<CTextViewAutoScroll>("ui:textview-auto-scroll"),
     row<CStdEventBridge>("ui:ui-event-bridge"),
     row<CUIParam>("ui:ui-param"),
     row<CUIParamController>("ui:ui-param-controller"),

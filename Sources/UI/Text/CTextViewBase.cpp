@@ -419,7 +419,7 @@ void CTextViewBase::draw(CDrawContext& context)
         const double overhang = line.height * kOverhang;
         const CRect reach{point.x - overhang, point.y - overhang, line.width + 2.0 * overhang,
                           line.height + 2.0 * overhang};
-        if (context.isRectVisible(reach, kTextClip)) {
+        if (isParagraphShown(line.paragraph) && context.isRectVisible(reach, kTextClip)) {
             const CColors colors(*this, getParagraphColor(line.paragraph));
             text_.drawLine(context, line, point, kTextClip, colors);
         }

@@ -113,6 +113,8 @@ protected:
     static constexpr std::size_t kTextClip = 2;
     // Before the lines.
     virtual void drawBehindText(CDrawContext&) {}
+    // False for a paragraph that something else is shown in place of.
+    virtual bool isParagraphShown(std::size_t) const { return true; }
     // What a paragraph is written in.
     virtual const CPaletteColor& getParagraphColor(std::size_t paragraph);
     const CPaletteColor& getTextSlotColor(std::size_t slot);

@@ -7,7 +7,7 @@
 #include "CImageSetObject.h"
 #include "CMemoryClipboard.h"
 #include "CNotifyServer.h"
-#include "CTextView.h"
+#include "CTextViewAutoScroll.h"
 #include "CValueList.h"
 
 namespace qel::test {
@@ -57,7 +57,7 @@ public:
     }
     CView* getKeyFocus() const override { return focus; }
     void forgetView(CView& view) override { focus = focus == &view ? nullptr : focus; }
-    platform::CSystemClipboard* getClipboard() override { return &clipboard; }
+    platform::CSystemClipboard* getClipboard() override { return slow ? slow : &clipboard; }
 
     std::string text(const char* name)
     {
@@ -67,6 +67,7 @@ public:
     CAttrMap asked;
     CView* focus = nullptr;
     CMemoryClipboard clipboard;
+    platform::CSystemClipboard* slow = nullptr; // in place of the other
 };
 
 // The font "test": characters from "!" to "~", of "Ω" and "é" are boxes of 5 x 8 pixels on the baseline with
@@ -218,6 +219,7 @@ private:
         creatorRow<CImageSetObject>("imageset"),
         creatorRow<TestList>("test:list"),
         creatorRow<CTextView>("ui:textview"),
+        creatorRow<CTextViewAutoScroll>("ui:textview-auto-scroll"),
         creatorRow<CValueList>("ui:value-list-manual"),
         {nullptr, nullptr, nullptr},
     };

@@ -143,6 +143,50 @@ TEST_F(TextViewTest, ChangesItsTitleCheaply)
     EXPECT_EQ(guard.stop().total(), 0U);
 }
 
+TEST_F(TextViewTest, MovesALongLineWhileThePointerIsOnIt)
+{
+    const auto scrolling = [](const char* name, const std::vector<TreeNode>& arrows) {
+        return node("ui:textview-auto-scroll", name,
+                    {{"font-name", "font"},
+                     {"text-color", "Knob"},
+                     {"placement", "overlay"},
+                     {"width", "48"},
+                     {"auto-scroll-speed", "90"},
+                     {"title", "abcdefghij"}},
+                    arrows);
+    };
+    const Attrs atSide = {{"placement", "left"}, {"width", "4"}, {"height", "full"}};
+    loadTexts(
+        {scrolling("t", {view("auto-scroll-arrow-left", atSide), view("auto-scroll-arrow-right", atSide)})});
+    const auto arrows = [this] {
+        return attr("w.t.auto-scroll-arrow-left", "is-visible") + " " +
+               attr("w.t.auto-scroll-arrow-right", "is-visible");
+    };
+    const auto ticks = [this](int count) {
+        for (int i = 0; i < count; ++i) {
+            EXPECT_OK(at("w.t").receiveEvent("auto-scroll-tick", {}));
+        }
+        return attr("w.t", "offset-x");
+    };
+    EXPECT_EQ(arrows(), "false true");
+    EXPECT_EQ(ticks(1), "-") << "the pointer is elsewhere";
+    ASSERT_OK(at("w.t").onMouseEnter({}));
+    ASSERT_OK(at("w.t").onMouseMove(pointer(40, 5)));
+    EXPECT_EQ(ticks(2), "0.1000"); // 6 of 60 pixels
+    EXPECT_EQ(arrows(), "true true");
+    EXPECT_EQ(ticks(5), "0.2000");
+    EXPECT_EQ(arrows(), "true false");
+    ASSERT_OK(at("w.t").onMouseMove(pointer(10, 5)));
+    EXPECT_EQ(ticks(1), "0.1500");
+    ASSERT_OK(at("w.t").onMouseExit({}));
+    EXPECT_EQ(attr("w.t", "offset-x"), "0.0000");
+    set("w.t", "title", "abc");
+    EXPECT_EQ(arrows(), "false false");
+
+    EXPECT_FAILS(root_.load(node("", "", {}, {view("v", {{"is-root-view", "true"}}, {scrolling("t", {})})})),
+                 "Unable to find auto-scroll arrows");
+}
+
 TEST_F(TextViewTest, FailsWithoutItsFont)
 {
     TreeNode broken = node("ui:textview", "t", {{"font-name", "nofont"}});
