@@ -138,7 +138,6 @@ const CCreatorRow kCreatorTable[] = {
     row<CEditBox>("ui:editbox"),
     row<CFileDialog>("ui:file-dialog"),
     row<CControlArray>("ui:control-array"),
-    row<CFileDialog>("ui:file-dialog"),
     row<CFrame>("ui:frame"),
     row<CKnob>("ui:knob"),
     row<CLevelMeter>("ui:level-meter"),

@@ -322,11 +322,8 @@ void CTextView::placeAtParagraph(std::int32_t paragraph, CAttrMap& attributes) c
 CError CTextView::configure(CEditBox& box) const
 {
     CAttrMap attributes;
-    for (const char* const name : {"font-name", "text-alignment"}) {
-        if (const CAttrValue* const value = findAttr(name)) {
-            attributes[name] = *value;
-        }
-    }
+    attributes["font-name"] = CAttrValue(getAttrString("font-name"));
+    attributes["text-alignment"] = CAttrValue(getAttrString("text-alignment", "left"));
     attributes["accept-chars"] = CAttrValue(acceptChars_);
     attributes["max-paragraph-length"] = CAttrValue(maxLength_);
     attributes["is-accept-enter"] = CAttrValue(isEnterAccepted_);

@@ -83,6 +83,7 @@ protected:
     // An image of the sets that texts name; null if there is none. Good as long as the view.
     const CImage* findTextImage(const CTextImageName& name);
     const CTextWrapper& getText() const { return text_; }
+    bool isTextWrapped() const { return isTextWrapped_; }
     char16_t getSeparator() const { return separator_.isEmpty() ? u'\0' : separator_[0]; }
 
     // What the view needs beside its text, pixels.

@@ -232,6 +232,12 @@ void CTextViewList::onTextLaidOut()
     }
     const double ratio = std::min(1.0, seen / getText().getHeight());
     const double offset = std::clamp(getAttrReal("offset-y"), 0.0, 1.0 - ratio);
+    // Where all is seen, lines may have the room of the bar. Wrapped ones would break differently then, and
+    // might not fit any more.
+    if (!isTextWrapped()) {
+        const CString barWidth = ratio < 1.0 ? getAttrString("scroller-width") : CString();
+        getViewArea().setScrollerSize(CAxis::kX, parsePixels(barWidth, getInterfaceScale()));
+    }
     const auto write = [this](const char* name, double value, double fallback) {
         if (getAttrReal(name, fallback) != value) {
             if (CError error = setAttribute(name, CAttrValue(value), true)) {

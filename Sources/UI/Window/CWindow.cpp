@@ -620,7 +620,21 @@ void CWindow::onPointerLeave()
 void CWindow::onButtonPress(const platform::ButtonEvent& event)
 {
     handle([&] { return popups_.onPress(event); });
+    handle([&] { return dropFocusBeside({static_cast<double>(event.x), static_cast<double>(event.y)}); });
     handle([&] { return pointer_.press(event); });
+}
+
+CError CWindow::dropFocusBeside(const CPoint& point)
+{
+    const CViewBasePlacement* const focus = focus_.get();
+    if (!focus || !rootView_) {
+        return {};
+    }
+    const CViewBasePlacement* pressed = rootView_->findViewAt(point);
+    while (pressed && pressed != focus) {
+        pressed = pressed->getParentView();
+    }
+    return pressed ? CError() : setKeyFocus(nullptr, false);
 }
 
 void CWindow::onButtonRelease(const platform::ButtonEvent& event)

@@ -166,6 +166,9 @@ private:
     void exportDrawLoad(double nowSec);
     void end();
 
+    // A press beside the view with the focus ends what is typed there; what is pressed may ask for the focus.
+    CError dropFocusBeside(const CPoint& point);
+
     CError onRenderTick(const CAttrMap& parameters);
     CError onGradientTick(const CAttrMap& parameters);
     CError onCursorTick(const CAttrMap& parameters);

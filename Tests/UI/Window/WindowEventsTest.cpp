@@ -166,6 +166,12 @@ TEST_F(WindowEvents, GiveKeysToTheViewWithTheFocusAlone)
     EXPECT_EQ(log(), (Lines{"is-alt=false", "is-character=true", "is-ctrl=false", "is-shift=false",
                             "keycode=937", "text=b key-press", "text=b key-release"}));
     taken();
+    user().click(in("b"));
+    EXPECT_EQ(taken(), Lines{});
+    user().click(in("a"));
+    EXPECT_EQ(taken(), (Lines{"b blur"})) << "a press elsewhere ends what is typed";
+    ASSERT_OK(window().setKeyFocus(&in("b"), false));
+    taken();
     window().onFocus(false);
     EXPECT_EQ(taken(), (Lines{"b focus-lost"}));
     CObject::releaseObject(&in("b"));
