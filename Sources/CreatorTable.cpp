@@ -36,12 +36,14 @@
 #include "CColorSwatch.h"
 #include "CControlArray.h"
 #include "CDCDAWContextObject.h"
-#include "CFileDialog.h"
+#include "CDynamicListPresets.h"
 #include "CEditBox.h"
+#include "CFileDialog.h"
 #include "CFontObject.h"
 #include "CFrame.h"
 #include "CGlobalSettings.h"
 #include "CGradient.h"
+#include "CHistory.h"
 #include "CImageSetObject.h"
 #include "CKnob.h"
 #include "CLevelMeter.h"
@@ -78,6 +80,9 @@
 #include "CParamGroupController.h"
 #include "CParamGroupSelector.h"
 #include "CPicture.h"
+#include "CPluginControl.h"
+#include "CPresetManager.h"
+#include "CQuickPresetSelector.h"
 #include "CRuler.h"
 #include "CScrollerBar.h"
 #include "CSelectorGroup.h"
@@ -135,10 +140,13 @@ const CCreatorRow kCreatorTable[] = {
 
     row<CButton>("ui:button-base"),
     row<CColorSwatch>("ui:color-swatch"),
+    row<CControlArray>("ui:control-array"),
+    row<CControlArray>("ui:control-array"),
+    row<CDynamicListPresets>("ui:dynamic-list-presets"),
     row<CEditBox>("ui:editbox"),
     row<CFileDialog>("ui:file-dialog"),
-    row<CControlArray>("ui:control-array"),
     row<CFrame>("ui:frame"),
+    row<CHistory>("ui:history"),
     row<CKnob>("ui:knob"),
     row<CLevelMeter>("ui:level-meter"),
     row<CLevelMeterBase>("ui:level-meter-base"),
@@ -149,6 +157,9 @@ const CCreatorRow kCreatorTable[] = {
     row<CParamGroupController>("ui:param-group-controller"),
     row<CParamGroupSelector>("ui:param-group-selector"),
     row<CPicture>("ui:picture"),
+    row<CPluginControl>("ui:plugin-control"),
+    row<CPresetManager>("ui:preset-manager"),
+    row<CQuickPresetSelector>("ui:quick-preset-selector"),
     row<CRuler>("ui:ruler"),
     row<CScrollerBar>("ui:scroller-bar"),
     row<CSelectorGroup>("ui:selector-group"),

@@ -1,0 +1,27 @@
+// Names that users have given, where attributes show them.
+#include "PresetTitles.h"
+
+namespace qel {
+
+CString titleOfName(const CString& name)
+{
+    CString title;
+    for (std::size_t i = 0; i < name.length(); ++i) {
+        const char16_t c = name[i];
+        title += c == u'{' ? u'(' : c == u'}' ? u')' : c;
+    }
+    return title;
+}
+
+CString fileNameOf(const CString& name)
+{
+    const CString refused("\\/:*?\"<>|");
+    CString file;
+    for (std::size_t i = 0; i < name.length(); ++i) {
+        const char16_t c = name[i];
+        file += c < 0x20 || refused.find(c) != CString::kNone ? u'_' : c;
+    }
+    return file;
+}
+
+} // namespace qel

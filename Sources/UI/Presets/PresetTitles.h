@@ -1,0 +1,15 @@
+// Names that users have given, where attributes show them.
+#pragma once
+
+#include "CString.h"
+
+namespace qel {
+
+// As attributes of views can hold it: braces in an attribute stand for other attributes, so they become
+// parentheses.
+CString titleOfName(const CString& name);
+
+// As part of the name of a file: without what systems do not take.
+CString fileNameOf(const CString& name);
+
+} // namespace qel
