@@ -141,7 +141,6 @@ const CCreatorRow kCreatorTable[] = {
     row<CButton>("ui:button-base"),
     row<CColorSwatch>("ui:color-swatch"),
     row<CControlArray>("ui:control-array"),
-    row<CControlArray>("ui:control-array"),
     row<CDynamicListPresets>("ui:dynamic-list-presets"),
     row<CEditBox>("ui:editbox"),
     row<CFileDialog>("ui:file-dialog"),
