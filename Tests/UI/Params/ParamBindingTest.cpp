@@ -42,6 +42,7 @@ constexpr const char* kTree = R"(
     <ui:param-bridge name="gain" interface-client="ui.client" param="plugin.modMain.modDrumfell.lf-gain"/>
     <ui:param-bridge name="out" interface-client="ui.client" param="plugin.modMain.modOutGain.gain"/>
     <ui:param-bridge name="route" interface-client="ui.client" param="plugin.modMain.io-params.in-routing"/>
+    <ui:param-bridge name="solo" interface-client="ui.client" param="plugin.modMain.io-params.channel-group-solo"/>
     <ui:param-bridge name="names" interface-client="ui.client" param="plugin.modMain.io-params.group-names"/>
     <core:object name="setting" level="0.5" flag="false" mode="b">
       <core:shared-attribute name="level" attribute="level" data-name="t-level" def-value="0.25"/>
@@ -60,6 +61,8 @@ constexpr const char* kTree = R"(
   <test:control name="second"><ui:ui-param name="p" bridge="shared.route" element="1"/></test:control>
   <test:control name="all"><ui:ui-param name="p" bridge="shared.route" element-offset="1" element-count="0"
     is-replacing="true"/></test:control>
+  <test:control name="solo"><ui:ui-param name="p" bridge="shared.solo"
+    element="{*/shared.group group-index}"/></test:control>
   <test:control name="name"><ui:ui-param name="p" bridge="shared.names" element="2"/></test:control>
   <test:control name="level"><ui:ui-param name="p" shared-attribute="shared.setting.level"/></test:control>
   <test:control name="flag"><ui:ui-param name="p" shared-attribute="shared.setting.flag"/></test:control>
@@ -81,7 +84,7 @@ protected:
     void takeAll()
     {
         for (const char* control :
-             {"knob", "readout", "out", "second", "all", "name", "level", "flag", "mode"}) {
+             {"knob", "readout", "out", "second", "all", "solo", "name", "level", "flag", "mode"}) {
             first_[control] = shown(control);
         }
         host_->calls.clear();
@@ -225,6 +228,20 @@ TEST_F(ParamBinding, AnotherGroupShowsItsValuesAtOnceAndTakesNothingFromAnOldGes
     tree_.set("shared.group", "group-index", "0");
     EXPECT_EQ(tree_.at<TestControl>("knob").take(), Lines{"3.0"});
     EXPECT_EQ(shown("readout"), Lines{"3.0"}) << "a control without a selector stays with its group";
+}
+
+TEST_F(ParamBinding, AnElementMayFollowTheSelectedGroup)
+{
+    CUIParam& solo = param("solo");
+    tree_.set("shared.group", "group-index", "2");
+    EXPECT_OK(solo.setValue(0, 1.0));
+    tree_.settle();
+    EXPECT_TRUE(solo.isActive());
+    EXPECT_EQ(host_->get("io-params.channel-group-solo", 0, 2), 1.0);
+    EXPECT_EQ(host_->get("io-params.channel-group-solo", 0, 0), 0.0);
+    tree_.set("shared.group", "group-index", "1");
+    EXPECT_FALSE(solo.isActive());
+    EXPECT_EQ(host_->get("io-params.channel-group-solo", 0, 2), 1.0);
 }
 
 TEST_F(ParamBinding, AReplacingWindowWritesAllOfIt)
