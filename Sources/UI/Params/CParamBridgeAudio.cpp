@@ -6,23 +6,10 @@
 #include "DisplayNumber.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <limits>
 
 namespace qel {
-
-namespace {
-
-// Tells the changes of one gesture, which are one step of the history, from those of the next one.
-std::int32_t nextGesture()
-{
-    static std::atomic<std::int32_t> last{0}; // every editor's thread makes gestures
-    constexpr std::int32_t kSourceMask = 0xFFFFFF;
-    return ++last & kSourceMask;
-}
-
-} // namespace
 
 void CParamBridgeAudio::buildClassInfo(CClassInfo& info)
 {
@@ -172,9 +159,6 @@ CError CParamBridgeAudio::beginEdit(std::int32_t group, std::int32_t element)
         ++held->holders;
         return {};
     }
-    if (held_.empty()) {
-        gesture_ = nextGesture();
-    }
     held_.push_back({.group = counted,
                      .element = element,
                      .holders = 1,
@@ -263,12 +247,15 @@ CError CParamBridgeAudio::write(const CWrite& write, CParamEdit* edit)
     const std::int32_t group = groupOf(write.group);
     const bool isHeld = isWholeWriteHeld(write, group);
     const CString step = write.isUndoDisabled ? CString() : stepName(" change", group);
+    // One source for all gestures of the parameter: turned again before anything else, a knob goes on with its
+    // step.
+    const std::int32_t source = getObjectNumber();
     if (edit) {
-        edit->add(*client_, step, gesture_, isHeld, recordOf(write, group));
+        edit->add(*client_, step, source, isHeld, recordOf(write, group));
         return {};
     }
     CParamEdit own;
-    own.add(*client_, step, gesture_, isHeld, recordOf(write, group));
+    own.add(*client_, step, source, isHeld, recordOf(write, group));
     if (isHeld) {
         return own.send();
     }

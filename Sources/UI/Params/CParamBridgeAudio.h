@@ -65,7 +65,6 @@ private:
     bool wasKnown_ = false;
     CAudioParamStorage defaults_;
     std::vector<CHeld> held_;
-    std::int32_t gesture_ = 0; // number of the one that goes on, or of the last one
 
     // Bound attributes.
     CString clientPath_;

@@ -136,7 +136,8 @@ TEST_F(Knob, NotchesOfTheWheelAreOneGestureUntilAPause)
     EXPECT_EQ(steps(), before + 1);
     user_->wheel(-1.0);
     wait(0.7);
-    EXPECT_EQ(steps(), before + 2);
+    EXPECT_EQ(host_->calls.size(), 4U);
+    EXPECT_EQ(steps(), before + 1) << "the same knob again goes on with its step";
 
     point("type");
     const double value = param("type").getValue(0);

@@ -147,20 +147,33 @@ TEST_F(ParamBinding, AGestureIsOneStepAndOnePairOfCallsForTheHost)
     EXPECT_EQ(host_->calls, (Lines{"begin 5", "end 5"}));
     EXPECT_NEAR(knob.getNorm(0), 0.8, 1e-12);
     EXPECT_EQ(history(), (std::vector<CString>{"Undo history start", "LF gain (1) change"}));
+    // The same knob goes on with its step, another one in between ends it.
+    const auto drag = [&](CUIParam& dragged, double norm) {
+        EXPECT_OK(dragged.beginEdit());
+        EXPECT_OK(dragged.setNorm(0, norm));
+        EXPECT_OK(dragged.endEdit());
+        tree_.settle();
+    };
+    drag(knob, 0.7);
+    EXPECT_EQ(history().size(), 2U);
+    drag(param("out"), 0.6);
+    drag(knob, 0.8);
+    EXPECT_EQ(history().size(), 4U);
+    host_->calls.clear();
     // Clicks are steps of their own.
     EXPECT_OK(knob.setNorm(0, 0.1));
     EXPECT_OK(knob.setNorm(0, 0.2));
     EXPECT_OK(knob.resetToDefault(0));
     tree_.settle();
-    EXPECT_EQ(host_->calls.size(), 8U);
-    EXPECT_EQ(history().size(), 5U);
+    EXPECT_EQ(host_->calls.size(), 6U);
+    EXPECT_EQ(history().size(), 7U);
     EXPECT_EQ(history().back(), "LF gain (1) reset");
     undo();
     EXPECT_NEAR(knob.getNorm(0), 0.2, 1e-12);
     knob.setUndoDisabled(true);
     EXPECT_OK(knob.setNorm(0, 0.3));
     tree_.settle();
-    EXPECT_EQ(history().size(), 5U);
+    EXPECT_EQ(history().size(), 7U);
 }
 
 TEST_F(ParamBinding, SeveralKnobsThatMoveTogetherAreOneStep)
