@@ -160,6 +160,8 @@ CError CPopups::createTree(CView& opener, const CAttrMap& settings, CWindow*& ou
     if (flagOf(settings, "is-same-width")) {
         const double width = opener.getArea().width / opener.getInterfaceScale();
         attributes["width"] = CAttrValue(width + numberOf(settings, "width-modif", 0.0));
+        // What would be cut off is worse than a list that is wider than its button.
+        attributes.try_emplace("min-width", "compact");
     }
     attributes["is-popup-window"] = CAttrValue(true);
     attributes["opener"] = CAttrValue(opener.getFullName());

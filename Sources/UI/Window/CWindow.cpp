@@ -184,6 +184,10 @@ CError CWindow::open()
     handle([&] { return rootView_->fireEvent("window-create", {}); });
     handle([&] { return rootView_->announceContentReady(); });
     handle([&] { return adoptRootSize(); });
+    // What the content has become decides where it lies, too.
+    if (isOpen_ && size_ != size) {
+        handle([&] { return placeAgain(); });
+    }
     renderFrame();
     if (isOpen_ && systemWindow_) {
         systemWindow_->show();
@@ -448,6 +452,16 @@ CError CWindow::adoptRootSize()
 }
 
 // --- place
+
+CError CWindow::placeAgain()
+{
+    platform::PixelRect place;
+    if (!isMainWindow_) {
+        QEL_TRY(popups_.findPlace(size_.width, size_.height, place), getFullName());
+        moveTo(place.x, place.y);
+    }
+    return {};
+}
 
 platform::PixelRect CWindow::getScreenPlace() const
 {

@@ -159,6 +159,8 @@ private:
     // The size that the root view wants, in whole pixels.
     CError solveRootSize(Size& out);
     CError applySize(const Size& size);
+    // By the rules of opening, for the size that it has now.
+    CError placeAgain();
     CError startTimer(const char* name, double fps, const char* handler);
     void stopTimer(const char* name);
     void stopTimers();
