@@ -337,9 +337,11 @@ void CEditBox::keepCaretInView()
     if (lines.empty()) {
         return;
     }
+    // As if nothing were moved. The caret needs room behind the last character, too.
+    const double begin = getLineX(lines[0]) + shiftPx_ - getTextBox().x;
+    const double caret = positionX(edit_.getCaret()) + shiftPx_ - getTextBox().x;
     const double room = std::max(0.0, getTextBox().width - caretWidth());
-    const double caret = positionX(edit_.getCaret()) - getLineX(lines[0]);
-    const double most = std::max(0.0, std::ceil(lines[0].width - room));
+    const double most = std::max(0.0, std::ceil(begin + lines[0].width - room));
     const double least = std::max(0.0, std::ceil(caret - room));
     shiftPx_ = std::min(std::clamp(shiftPx_, least, std::max(least, std::floor(caret))), most);
 }

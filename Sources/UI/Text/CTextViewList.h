@@ -50,6 +50,8 @@ class CTextViewList : public CTextViewBase
 {
 public:
     static constexpr std::int32_t kNone = -1;
+    static constexpr const char* kSelected = "selected-paragraph";
+    static constexpr const char* kDoubleClicked = "paragraph-dbl-clicked";
 
     static void buildClassInfo(CClassInfo& info);
 
@@ -125,6 +127,7 @@ private:
     CError closePopup();
     bool isInPopup() const;
     CError moveCursor(std::int32_t by);
+    CError scrollToSelected();
     CError scrollTo(std::int32_t index);
 
     CDynamicList* source_ = nullptr;
@@ -132,6 +135,7 @@ private:
     std::vector<CDynamicListItem> items_;
     const CImage* arrow_ = nullptr;   // beside items with a sub-list
     bool isSourceShown_ = false;      // rather than the title
+    bool isScrollDue_ = false;        // to the selected item
     std::int32_t hovered_ = kNone;    // under the pointer or the keys' cursor
     std::int32_t pressed_ = kNone;    // where a click began
     std::int32_t openedItem_ = kNone; // whose sub-list is open

@@ -271,6 +271,13 @@ TEST_F(EditBoxTest, BlinksAndMovesAlongWithItsCaret)
     EXPECT_TRUE(caret(93));
     key(keys::kHome, false);
     EXPECT_TRUE(caret(0));
+
+    ASSERT_OK(label().closeEditBox(true));
+    set("w.t", "text-alignment", "right");
+    open();
+    EXPECT_TRUE(caret(99));
+    key(keys::kHome, false);
+    EXPECT_TRUE(caret(81)) << "the text stays where it was moved for the caret";
 }
 
 TEST_F(EditBoxTest, GoesAlongAGroupByTab)

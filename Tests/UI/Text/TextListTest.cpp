@@ -198,9 +198,18 @@ TEST_F(TextListTest, OpensSubLists)
 
 TEST_F(TextListTest, ScrollsWhatDoesNotFit)
 {
-    loadList({{"is-scrollable", "true"}, {"max-item-count", "2"}, {"is-focusable", "true"}});
-    EXPECT_EQ(size("w.t"), "50x26");
+    loadList({{"is-scrollable", "true"},
+              {"max-item-count", "2"},
+              {"is-focusable", "true"},
+              {"scroller-width", "8"},
+              {"width", "compact"},
+              {"selected-paragraph", "2"}});
+    EXPECT_EQ(size("w.t"), "14x26") << "with room for the bar";
     EXPECT_EQ(attr("w.t", "ratio-y"), "0.5000");
+    EXPECT_EQ(attr("w.t", "offset-y"), "0.2500") << "the selected item is seen from the beginning";
+    set("w.t", "width", "50");
+    set("w.t", "selected-paragraph", "0");
+    frame(0.1);
     click(10, 5);
     EXPECT_EQ(textWindow_.focus, &list());
     for (int i = 0; i < 3; ++i) {
@@ -223,6 +232,9 @@ TEST_F(TextListTest, ScrollsWhatDoesNotFit)
     frame(0.1);
     EXPECT_EQ(attr("w.t", "offset-y"), "0.0000");
     EXPECT_EQ(attr("w.t", "ratio-y"), "1.0000");
+    set("w.t", "width", "compact");
+    frame(0.2);
+    EXPECT_EQ(size("w.t"), "6x13") << "where all is seen there is no bar";
 }
 
 TEST_F(TextListTest, IsChosenFromByKeysInAPopup)
