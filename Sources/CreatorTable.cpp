@@ -33,6 +33,7 @@
 #include "CAudioVizCollector.h"
 #include "CBrushSetObject.h"
 #include "CButton.h"
+#include "CButtonAB.h"
 #include "CColorSwatch.h"
 #include "CControlArray.h"
 #include "CDCDAWContextObject.h"
@@ -46,6 +47,7 @@
 #include "CHistory.h"
 #include "CImageSetObject.h"
 #include "CKnob.h"
+#include "CKnobLabels.h"
 #include "CLevelMeter.h"
 #include "CLevelMeterBase.h"
 #include "CLevelMeterListener.h"
@@ -138,6 +140,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CImageSetObject>("imageset"),
     row<CPaletteObject>("palette"),
 
+    row<CButtonAB>("ui:button-ab"),
     row<CButton>("ui:button-base"),
     row<CColorSwatch>("ui:color-swatch"),
     row<CControlArray>("ui:control-array"),
@@ -147,6 +150,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CFrame>("ui:frame"),
     row<CHistory>("ui:history"),
     row<CKnob>("ui:knob"),
+    row<CKnobLabels>("ui:knob-labels"),
     row<CLevelMeter>("ui:level-meter"),
     row<CLevelMeterBase>("ui:level-meter-base"),
     row<CLevelMeterListener>("ui:level-meter-listener"),

@@ -178,7 +178,7 @@ CError CButton::toggle()
     return shared_.isThere() ? shared_.write(isOn ? "true" : "false") : CError();
 }
 
-CError CButton::attrIsActive()
+CError CButton::showActive()
 {
     return isActive_ ? setState(kActive) : unsetState(kActive);
 }

@@ -71,10 +71,14 @@ public:
 protected:
     // A click has been made; the button is not disabled. Called before the commands for the release.
     virtual CError onClick(const CAttrMap& parameters);
+    // "is-active" is another one: the button shows it.
+    virtual CError showActive();
+    // True if a click sets something.
+    bool isBound() const { return activity_ || shared_.isThere(); }
     void onLookChanged() override;
 
 private:
-    CError attrIsActive();
+    CError attrIsActive() { return showActive(); }
     CError attrIsTempPushed();
     CError attrPicture();
     void adoptPicture();

@@ -2,6 +2,7 @@
 #include "CKnob.h"
 
 #include "CAudioParamInfo.h"
+#include "CColorSwatch.h"
 #include "CFirstError.h"
 #include "CGlobalSettings.h"
 #include "CUIParamController.h"
@@ -44,6 +45,8 @@ void CKnob::buildClassInfo(CClassInfo& info)
     info.bind<&Self::isLinkInversed_>("is-link-inversed", false);
     info.bind<&Self::isAxisZero_>("is-axis-zero", std::nullopt);
     info.bind<&Self::updateFps_>("update-fps", 0.0);
+    info.bind<&Self::colorSwatch_, &Self::attrColorIndex>("color-swatch", "");
+    info.bind<&Self::colorIndex_, &Self::attrColorIndex>("color-index", 0);
     info.handleEvent<&Self::onMouseWheel>("mouse-wheel");
     info.handleEvent<&Self::eventCopy>("copy");
     info.handleEvent<&Self::eventPaste>("paste");
@@ -63,6 +66,16 @@ void CKnob::release()
 {
     tick_.stop();
     CView::release();
+}
+
+CError CKnob::attrColorIndex()
+{
+    if (colorSwatch_.isEmpty() || isReleased()) {
+        return {};
+    }
+    const auto* const swatch = dynamic_cast<const CColorSwatch*>(findObject(colorSwatch_));
+    const CString color = swatch ? swatch->getColor(colorIndex_) : CString();
+    return color.isEmpty() ? CError() : setAttribute("color", color, true);
 }
 
 // --- where the pointer is
@@ -203,6 +216,22 @@ CError CKnob::onMouseExit(const CAttrMap& parameters)
     if (mode_ == Mode::kIdle && !isReleased()) {
         first.add(controller_->leave());
         first.add(tellLabels("hide"));
+    }
+    return first.take();
+}
+
+CError CKnob::onMouseReleaseR(const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CFirstError first;
+    first.add(CView::onMouseReleaseR(parameters));
+    if (!isReleased() && !actsDisabled()) {
+        CAttrMap sent = parameters;
+        sent["tag"] = CAttrValue("ui:label-copy-paste");
+        sent["window-alignment"] = CAttrValue("cursor");
+        sent["is-popup-toggle-always-create"] = CAttrValue(true);
+        sent["popup-owner-label"] = CAttrValue(getFullName());
+        first.add(receiveEvent("popup-toggle", sent));
     }
     return first.take();
 }

@@ -25,7 +25,8 @@ class CUIParamController;
 //     is-link-inversed            in the other direction
 //     is-axis-zero                the lit arc begins in the middle; without this, where the middle of the
 //                                 parameter's range reads as zero
-//     color-swatch, color-index   the colour follows one of a swatch
+//     color-swatch, color-index   path of a CColorSwatch and the number of the colour there; the "color"
+//                                 follows
 //     update-fps                  repaints no more often than this; by default with every frame
 //
 // Children, all of them optional: "readout" (CReadOut), which takes typed values, "knob-labels"
@@ -33,8 +34,9 @@ class CUIParamController;
 // a ui:ui-param-controller with attributes of their own. The last two are made if they are not there.
 //
 // Pictures: layer 0 of an image is the knob, layer 1 its lit arc from the left end, layer 2 that from the
-// middle; one of the arcs is drawn, and none while the view is disabled. Events "copy" and "paste" carry the
-// value to the clipboard and back, for a menu. State "dragged" while the user holds the knob.
+// middle; one of the arcs is drawn, and none while the view is disabled. The right button opens the
+// menu "ui:label-copy-paste", whose "owner-label" is the knob; its events "copy" and "paste" carry the value
+// to the clipboard and back. State "dragged" while the user holds the knob.
 class CKnob : public CView, public CUIParamUpdateHandler
 {
 public:
@@ -52,6 +54,7 @@ public:
     CError onMouseCancel(const CAttrMap& parameters) override;
     CError onMouseEnter(const CAttrMap& parameters) override;
     CError onMouseExit(const CAttrMap& parameters) override;
+    CError onMouseReleaseR(const CAttrMap& parameters) override;
     virtual CError onMouseWheel(const CAttrMap& parameters);
 
     // --- parameters
@@ -76,6 +79,7 @@ private:
         kRadial
     };
 
+    CError attrColorIndex();
     CError eventCopy(const CAttrMap& parameters);
     CError eventPaste(const CAttrMap& parameters);
     CPoint fromCenter(const CAttrMap& parameters) const;
@@ -108,6 +112,8 @@ private:
     bool isLinkInversed_ = false;
     std::optional<CString> isAxisZero_;
     double updateFps_ = 0.0;
+    CString colorSwatch_;
+    std::int32_t colorIndex_ = 0;
 };
 
 } // namespace qel

@@ -24,13 +24,17 @@ constexpr const char* kUi = R"(
 )";
 
 constexpr const char* kWindow = R"(
+  <template name="ui:label" content-tag="ui:textview"/>
   <define name="cell" tag="ui:knob" placement="left" width="70" height="74" center-x="35" center-y="34"
           outer-radius="33" group-selector="ui.group"/>
   <ui:window-drag name="win" is-root-view="true" width="280" height="100">
     <ui:window-renderer name="window-renderer" is-main-window="true"/>
     <cell name="gain" bridge="ui.gain"/>
     <cell name="sub" bridge="ui.sub" linked-knob="^gain" is-link-inversed="true"/>
-    <cell name="dry" bridge="ui.dry"/>
+    <cell name="dry" bridge="ui.dry">
+      <ui:knob-labels name="knob-labels" placement="overlay" width="full" height="full"
+                      is-decorative="true"/>
+    </cell>
     <cell name="type" bridge="ui.type"/>
   </ui:window-drag>
 )";
@@ -269,6 +273,35 @@ TEST_F(Knob, CopiesItsValueToAnother)
     wait();
     EXPECT_NEAR(norm("sub"), norm("gain"), 2e-3);
     EXPECT_NEAR(norm("gain"), 0.5647, 1e-4) << "only what is pointed at";
+}
+
+TEST_F(Knob, AScaleShowsWhileThePointerIsOnTheKnob)
+{
+    const auto isShown = [&] { return tree_->at<CView>("win.dry.knob-labels").getViewArea().isShown(); };
+    const auto label = [&](int index) {
+        return &tree_->at<CView>(("win.dry.knob-labels.label#" + std::to_string(index)).c_str());
+    };
+    setting("show-knob-labels", "true");
+    point("dry");
+    wait();
+    EXPECT_TRUE(isShown());
+    EXPECT_EQ(label(0)->getAttrString("title"), "0");
+    EXPECT_EQ(label(9)->getAttrString("title"), "100");
+    const CRect& area = knob("dry").getArea();
+    const CRect& first = label(0)->getArea();
+    EXPECT_NEAR(first.x + first.width / 2.0, area.x + 35.0 - 26.6 * std::sqrt(0.5), 1.0);
+    EXPECT_NEAR(first.y + first.height / 2.0, area.y + 34.0 + 26.6 * std::sqrt(0.5), 1.0);
+    user_->press();
+    user_->moveBy(0.0, 60.0);
+    wait();
+    EXPECT_TRUE(isShown()) << "the knob is still held";
+    user_->release();
+    wait();
+    EXPECT_FALSE(isShown());
+    setting("show-knob-labels", "false");
+    point("dry");
+    wait();
+    EXPECT_FALSE(isShown());
 }
 
 } // namespace
