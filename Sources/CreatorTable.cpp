@@ -44,6 +44,7 @@
 #include "CFrame.h"
 #include "CGlobalSettings.h"
 #include "CGradient.h"
+#include "CGroupLabel.h"
 #include "CHistory.h"
 #include "CImageSetObject.h"
 #include "CKnob.h"
@@ -85,6 +86,7 @@
 #include "CPluginControl.h"
 #include "CPresetManager.h"
 #include "CQuickPresetSelector.h"
+#include "CReadOut.h"
 #include "CRuler.h"
 #include "CScrollerBar.h"
 #include "CSelectorGroup.h"
@@ -148,6 +150,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CEditBox>("ui:editbox"),
     row<CFileDialog>("ui:file-dialog"),
     row<CFrame>("ui:frame"),
+    row<CGroupLabel>("ui:group-label"),
     row<CHistory>("ui:history"),
     row<CKnob>("ui:knob"),
     row<CKnobLabels>("ui:knob-labels"),
@@ -163,6 +166,7 @@ const CCreatorRow kCreatorTable[] = {
     row<CPluginControl>("ui:plugin-control"),
     row<CPresetManager>("ui:preset-manager"),
     row<CQuickPresetSelector>("ui:quick-preset-selector"),
+    row<CReadOut>("ui:readout"),
     row<CRuler>("ui:ruler"),
     row<CScrollerBar>("ui:scroller-bar"),
     row<CSelectorGroup>("ui:selector-group"),

@@ -11,6 +11,7 @@
 #include "CViewWindow.h"
 #include "EventParameters.h"
 #include "KnobLaws.h"
+#include "ParamText.h"
 
 #include <cmath>
 
@@ -326,8 +327,7 @@ CString CUIParamController::getText() const
     for (std::size_t i = 0; i < view_->getChildCount(); ++i) {
         const auto* const param = dynamic_cast<const CUIParam*>(view_->getChild(i));
         if (param && !(param->getName() == kActivityParam)) {
-            const CString unit = param->getUnit(0);
-            return unit.isEmpty() ? param->getText(0) : param->getText(0) + " " + unit;
+            return textWithUnit(*param, 0);
         }
     }
     return {};

@@ -97,6 +97,16 @@ CError CEditBox::start(CEditBoxOwner& owner, const CString& text, bool isAllSele
     return window ? window->setKeyFocus(this, false) : CError();
 }
 
+CError CEditBox::replaceText(const CString& text)
+{
+    if (isEnded_ || isReleased() || text == edit_.getText()) {
+        return {};
+    }
+    edit_.setText(text);
+    edit_.selectAll();
+    return onTextEdited();
+}
+
 CError CEditBox::end(CEditEnd end)
 {
     if (isEnded_ || !owner_ || isReleased()) {
@@ -163,6 +173,10 @@ CError CEditBox::pressKey(std::uint32_t key, bool isCtrl, bool isShift)
     case key::kRight:
         isCtrl ? edit_.moveWordRight(isShift) : edit_.moveRight(isShift);
         break;
+    case key::kUp:
+        return owner_->onEditStep(1.0, isShift, isCtrl);
+    case key::kDown:
+        return owner_->onEditStep(-1.0, isShift, isCtrl);
     case key::kHome:
         edit_.moveTo(0, isShift);
         break;

@@ -25,6 +25,8 @@ public:
 
     // The user is done; called once. The owner releases the box, here or later.
     virtual CError onEditEnded(const CString& text, CEditEnd end) = 0;
+    // The key up (1) or down (-1).
+    virtual CError onEditStep(double notches, bool isShift, bool isCtrl) = 0;
     // The pointer is on it: the user is still there.
     virtual bool isPointedAt() const = 0;
 };
@@ -66,6 +68,8 @@ public:
     // Ends the edit if it has not ended yet. The box may be gone afterwards.
     CError end(CEditEnd end);
     const CTextEdit& getEdit() const { return edit_; }
+    // Another text in place of what has been typed, all of it selected.
+    CError replaceText(const CString& text);
 
     CError onMousePress(const CAttrMap& parameters) override;
     CError onMouseMove(const CAttrMap& parameters) override;

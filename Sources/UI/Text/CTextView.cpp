@@ -385,9 +385,7 @@ CError CTextView::commit(const CString& text, bool isCancelled, std::int32_t par
         result = emptyValue_;
     }
     CError first;
-    if (!isCancelled) {
-        collectError(first, onTextCommitted(result, paragraph));
-    }
+    collectError(first, isCancelled ? onEditCancelled() : onTextCommitted(result, paragraph));
     CAttrMap parameters;
     parameters["text"] = CAttrValue(result);
     parameters["is-cancelled"] = CAttrValue(isCancelled);

@@ -39,7 +39,7 @@ namespace qel {
 //
 // The right button on a text that can be edited opens the menu "ui:label-copy-paste" with "owner-label", the
 // path of this view, whose events "copy" and "paste" it takes. The event "change-key-focus" opens the box.
-class CTextView : public CTextViewList, private CEditBoxOwner
+class CTextView : public CTextViewList, protected CEditBoxOwner
 {
 public:
     CTextView();
@@ -73,6 +73,12 @@ protected:
     virtual CString getEditText(std::int32_t paragraph) const;
     // The user has entered a text: by default it is the title, unless this is a list.
     virtual CError onTextCommitted(const CString& text, std::int32_t paragraph);
+    // The user has given the edit up.
+    virtual CError onEditCancelled() { return {}; }
+    // The keys up and down in the edit box.
+    CError onEditStep(double, bool, bool) override { return {}; }
+    // Replaces what is in the edit box, if it is open.
+    CError setEditText(const CString& text) { return editBox_ ? editBox_->replaceText(text) : CError(); }
 
     bool isParagraphShown(std::size_t paragraph) const override;
 

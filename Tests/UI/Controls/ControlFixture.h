@@ -93,16 +93,11 @@ private:
     }
 
     static constexpr CCreatorRow kControlRows[] = {
-        creatorRow<CImageSetObject>("imageset"),
-        creatorRow<CButton>("ui:button"),
-        creatorRow<CButton>("ui:button-base"),
-        creatorRow<CFrame>("ui:frame"),
-        creatorRow<CGradient>("ui:overlay-gradient"),
-        creatorRow<CPicture>("ui:picture"),
-        creatorRow<CScrollerBar>("ui:scroller-bar"),
-        creatorRow<CUIParam>("ui:ui-param"),
-        creatorRow<CValueList>("ui:value-list-manual"),
-        {nullptr, nullptr, nullptr},
+        creatorRow<CImageSetObject>("imageset"),        creatorRow<CButton>("ui:button"),
+        creatorRow<CButton>("ui:button-base"),          creatorRow<CFrame>("ui:frame"),
+        creatorRow<CGradient>("ui:overlay-gradient"),   creatorRow<CPicture>("ui:picture"),
+        creatorRow<CScrollerBar>("ui:scroller-bar"),    creatorRow<CUIParam>("ui:ui-param"),
+        creatorRow<CValueList>("ui:value-list-manual"), {nullptr, nullptr, nullptr},
     };
 
     std::deque<std::vector<std::uint8_t>> files_;

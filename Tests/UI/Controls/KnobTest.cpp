@@ -1,27 +1,11 @@
 // Knobs in front of a running instance, moved by a user without a screen.
-#include "CAudioExtParam.h"
 #include "CKnob.h"
-#include "COffscreenUser.h"
 #include "CParamGroupSelector.h"
-#include "CUIParam.h"
-#include "InstanceFixture.h"
+#include "ControlUserFixture.h"
 #include "KnobLaws.h"
-
-#include <optional>
 
 namespace qel::test {
 namespace {
-
-constexpr const char* kUi = R"(
-  <ui:ui-event-bridge name="event-bridge"/>
-  <core:global-settings name="global-settings" drag-precision="0.7" mouse-wheel-precision="0.5"
-                        shift-key-precision="0.5"/>
-  <ui:param-group-selector name="group"/>
-  <ui:param-bridge name="gain" interface-client="ui.client" param="plugin.modMain.modDrumfell.lf-gain"/>
-  <ui:param-bridge name="sub" interface-client="ui.client" param="plugin.modMain.modDrumfell.sub-gain"/>
-  <ui:param-bridge name="dry" interface-client="ui.client" param="plugin.modMain.modDrumfell.drymix"/>
-  <ui:param-bridge name="type" interface-client="ui.client" param="plugin.modMain.modDrumfell.xover-type"/>
-)";
 
 constexpr const char* kWindow = R"(
   <template name="ui:label" content-tag="ui:textview"/>
@@ -39,52 +23,20 @@ constexpr const char* kWindow = R"(
   </ui:window-drag>
 )";
 
-class Knob : public InstanceFixture
+class Knob : public ControlUserFixture
 {
 protected:
-    Knob() : tree_(std::in_place, *host_, kWindow, kUi)
-    {
-        user_.emplace(tree_->at<CWindow>("win.window-renderer"));
-        EXPECT_OK(tree_->at<CWindow>("win.window-renderer").open());
-        wait(0.1);
-        host_->calls.clear();
-    }
+    Knob() : ControlUserFixture(kWindow) {}
 
-    void wait(double sec = 0.05) { user_->advance(sec); }
-    CKnob& knob(const std::string& name) { return tree_->at<CKnob>(("win." + name).c_str()); }
-    CUIParam& param(const std::string& name)
-    {
-        return tree_->at<CUIParam>(("win." + name + ".ui-param").c_str());
-    }
+    CKnob& knob(const std::string& name) { return at<CKnob>(name); }
     double norm(const std::string& name) { return param(name).getNorm(0); }
-    // Where all of a knob's own events hit: on its body.
-    void point(const std::string& name)
-    {
-        const CRect& area = knob(name).getArea();
-        user_->moveTo(tree_->at<CWindow>("win.window-renderer"), area.x + 35.0, area.y + 34.0);
-    }
+    // On a knob's body.
+    void point(const std::string& name) { pointAt(name, 35.0, 34.0); }
     void drag(const std::string& name, double upPx)
     {
         point(name);
-        user_->press();
-        for (int i = 0; i < 4; ++i) {
-            user_->moveBy(0.0, -upPx / 4.0);
-            wait();
-        }
-        user_->release();
-        wait();
+        dragUp(upPx);
     }
-    void hold(bool isCtrl, bool isShift) { user_->setModifiers({.isShift = isShift, .isCtrl = isCtrl}); }
-    std::size_t steps() { return tree_->client().getHistory().steps.size(); }
-    void undo()
-    {
-        EXPECT_OK(tree_->client().send(record::CMoveHistory{tree_->client().getHistory().position - 1}));
-        wait();
-    }
-    void setting(const char* name, const char* value) { tree_->set("ui.global-settings", name, value); }
-
-    std::optional<EditorTree> tree_;
-    std::optional<COffscreenUser> user_;
 };
 
 TEST_F(Knob, ADragMovesByThePrecisionAsOneStepAndOnePair)
@@ -206,8 +158,7 @@ TEST_F(Knob, CtrlSetsTheDefaultAndOnlyTheKnobItselfTakesAPress)
     hold(false, false);
 
     host_->calls.clear();
-    const CRect& area = knob("gain").getArea();
-    user_->moveTo(tree_->at<CWindow>("win.window-renderer"), area.x + 2.0, area.y + 2.0);
+    pointAt("gain", 2.0, 2.0);
     user_->press();
     user_->moveBy(0.0, 20.0);
     user_->release();
@@ -222,16 +173,14 @@ TEST_F(Knob, CtrlSetsTheDefaultAndOnlyTheKnobItselfTakesAPress)
 TEST_F(Knob, InRadialModeAKnobPointsToThePointer)
 {
     setting("radial-knob-mode", "true");
-    const CRect& area = knob("dry").getArea();
-    CWindow& window = tree_->at<CWindow>("win.window-renderer");
-    user_->moveTo(window, area.x + 35.0, area.y + 14.0);
+    pointAt("dry", 35.0, 14.0);
     user_->press();
     wait();
     EXPECT_NEAR(norm("dry"), 0.5, 1e-6);
-    user_->moveTo(window, area.x + 15.0, area.y + 34.0);
+    pointAt("dry", 15.0, 34.0);
     wait();
     EXPECT_NEAR(norm("dry"), 1.0 / 6.0, 1e-6);
-    user_->moveTo(window, area.x + 36.0, area.y + 94.0);
+    pointAt("dry", 36.0, 94.0);
     wait();
     EXPECT_EQ(norm("dry"), 1.0) << "the dead gap";
     user_->release();
@@ -277,9 +226,9 @@ TEST_F(Knob, CopiesItsValueToAnother)
 
 TEST_F(Knob, AScaleShowsWhileThePointerIsOnTheKnob)
 {
-    const auto isShown = [&] { return tree_->at<CView>("win.dry.knob-labels").getViewArea().isShown(); };
+    const auto isShown = [&] { return at<CView>("dry.knob-labels").getViewArea().isShown(); };
     const auto label = [&](int index) {
-        return &tree_->at<CView>(("win.dry.knob-labels.label#" + std::to_string(index)).c_str());
+        return &at<CView>("dry.knob-labels.label#" + std::to_string(index));
     };
     setting("show-knob-labels", "true");
     point("dry");
