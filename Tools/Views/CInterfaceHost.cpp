@@ -3,6 +3,7 @@
 
 #include "CApplication.h"
 #include "CAudioInterfaceClientConnector.h"
+#include "CAudioParamInfo.h"
 #include "CInterfaceScale.h"
 #include "CParamBridge.h"
 #include "CreatorTable.h"
@@ -122,6 +123,7 @@ CWindow& CInterfaceHost::openWindow(const std::string& tag)
     CAttrMap parameters;
     parameters["tag"] = CAttrValue(CString::fromUtf8(tag));
     parameters["window-alignment"] = CAttrValue(CString("center"));
+    parameters["is-popup-toggle-always-create"] = CAttrValue(true);
     require(mainWindow().togglePopup(*mainWindow().getRootView(), parameters));
     settle();
     if (mainWindow().getSystem().getWindows().size() == count) {
@@ -171,7 +173,8 @@ void CInterfaceHost::set(const std::string& name, const std::string& value)
     CParamBridge::CWrite write;
     double real = 0.0;
     const CString text = CString::fromUtf8(value);
-    if (findState(*bridge, text, real) || bridge->parseText(0, text, real)) {
+    if (!bridge->getInfo()->isString() &&
+        (findState(*bridge, text, real) || bridge->parseText(0, text, real))) {
         write.values = {&real, 1};
     } else {
         write.texts = {&text, 1};
