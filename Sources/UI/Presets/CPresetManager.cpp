@@ -4,6 +4,7 @@
 #include "CFileDialog.h"
 #include "CFirstError.h"
 #include "CParamGroupSelector.h"
+#include "CTextViewList.h"
 #include "CValueList.h"
 #include "EventParameters.h"
 #include "PresetStores.h"
@@ -19,7 +20,6 @@ namespace {
 using Kind = CPresetLibrary::Kind;
 
 constexpr const char* kStoreUpdate = "shared-banks-update";
-constexpr const char* kSelected = "selected-paragraph";
 constexpr const char* kBank = "bank";
 constexpr const char* kPreset = "preset";
 
@@ -145,12 +145,12 @@ CError CPresetManager::init()
 CError CPresetManager::initChilds()
 {
     QEL_TRY(CWinDrag::initChilds(), getFullName());
-    presetList_ = dynamic_cast<CView*>(findObject(presetListPath_));
+    presetList_ = dynamic_cast<CTextViewList*>(findObject(presetListPath_));
     if (!presetList_) {
         QEL_FAIL(getFullName(), "@qelstr_CPresetManager_initChilds_NoPresetList No preset list view found.");
     }
     QEL_TRY(linkList(*presetList_, kPreset, presetItems_), getFullName());
-    bankList_ = dynamic_cast<CView*>(findObject(bankListPath_));
+    bankList_ = dynamic_cast<CTextViewList*>(findObject(bankListPath_));
     if (bankList_) {
         QEL_TRY(linkList(*bankList_, kBank, bankItems_), getFullName());
     }
@@ -160,7 +160,7 @@ CError CPresetManager::initChilds()
     return state.isMaster ? select(1, state.program) : select(0, -1);
 }
 
-CError CPresetManager::linkList(CView& list, const char* kind, CValueList*& outItems)
+CError CPresetManager::linkList(CTextViewList& list, const char* kind, CValueList*& outItems)
 {
     const CString name = CString(kind) + CString("-items");
     QEL_TRY(createChild(outItems, "ui:value-list-manual", name), getFullName());
@@ -208,7 +208,13 @@ CError CPresetManager::onUpdate(const CAttrMap&)
 
 CError CPresetManager::showLists()
 {
-    return presetList_ ? select(bank_, preset_) : CError();
+    if (!presetList_) {
+        return {};
+    }
+    if (added_ && library_.hasPreset(bank_, *added_)) {
+        preset_ = *std::exchange(added_, std::nullopt);
+    }
+    return select(bank_, preset_);
 }
 
 CError CPresetManager::select(std::int32_t bank, std::int32_t preset)
@@ -226,11 +232,11 @@ CError CPresetManager::select(std::int32_t bank, std::int32_t preset)
             names.push_back(one.name);
         }
         first.add(bankItems_->setValues(std::move(names)));
-        first.add(bankList_->setAttribute(kSelected, CAttrValue(bank_), true));
+        first.add(bankList_->selectParagraph(bank_));
         first.add(bankList_->setAttribute("is-read-only", CAttrValue(!library_.canChangeBank(bank_)), true));
     }
     first.add(presetItems_->setValues(shown.presets));
-    first.add(presetList_->setAttribute(kSelected, CAttrValue(preset_), true));
+    first.add(presetList_->selectParagraph(preset_));
     first.add(presetList_->setAttribute("is-read-only", CAttrValue(!library_.canChange(bank_)), true));
     isSelecting_ = wasSelecting;
     first.add(updateButtons());
@@ -280,9 +286,10 @@ CError CPresetManager::onSelection(const CAttrMap& parameters)
     if (isSelecting_) {
         return {}; // from here
     }
+    added_.reset();
     const bool isBank = eventText(parameters, "list") == kBank;
-    CView* const list = isBank ? bankList_ : presetList_;
-    const std::int32_t index = list ? list->getAttrInt(kSelected, -1) : -1;
+    const CTextViewList* const list = isBank ? bankList_ : presetList_;
+    const std::int32_t index = list ? list->getSelectedParagraph() : -1;
     if (!isBank) {
         return select(bank_, index);
     }
@@ -377,7 +384,9 @@ CError CPresetManager::addPreset(const FileTarget& target, const CAudioPreset& p
     CAudioPreset named = preset;
     named.setName(CAudioPreset::makeName(preset.getId(), uniqueName(preset.getTitle(), bank->presets)));
     QEL_TRY(library_.addPreset(target.bank, isInside ? target.preset + 1 : -1, named), getFullName());
-    return select(target.bank, isInside ? target.preset + 1 : count);
+    bank_ = target.bank;
+    added_ = isInside ? target.preset + 1 : count;
+    return showLists();
 }
 
 CError CPresetManager::onPresetAdd(const CAttrMap& parameters)

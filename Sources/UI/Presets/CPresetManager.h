@@ -10,6 +10,7 @@
 namespace qel {
 
 class CParamGroupSelector;
+class CTextViewList;
 class CValueList;
 
 // Tag `ui:preset-manager`.
@@ -115,7 +116,7 @@ private:
     CError onDoubleClick(const CAttrMap& parameters);
 
     CError linkButtons();
-    CError linkList(CView& list, const char* kind, CValueList*& outItems);
+    CError linkList(CTextViewList& list, const char* kind, CValueList*& outItems);
     CError select(std::int32_t bank, std::int32_t preset);
     // What the library has now, with the selection where it was as far as that is there.
     CError showLists();
@@ -139,12 +140,13 @@ private:
 
     CPresetLibrary library_;
     CParamGroupSelector* selector_ = nullptr;
-    CView* bankList_ = nullptr; // may be missing
-    CView* presetList_ = nullptr;
+    CTextViewList* bankList_ = nullptr; // may be missing
+    CTextViewList* presetList_ = nullptr;
     CValueList* bankItems_ = nullptr;
     CValueList* presetItems_ = nullptr;
     std::int32_t bank_ = 0;
     std::int32_t preset_ = -1;
+    std::optional<std::int32_t> added_; // selected once the audio side has it
     bool isSelecting_ = false;
     std::array<std::optional<FileTarget>, kFileActions> fileTargets_;
 

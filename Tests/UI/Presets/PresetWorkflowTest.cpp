@@ -1,0 +1,119 @@
+// What a user does with presets, in the windows as they are delivered.
+#include "EditorRig.h"
+
+namespace qel::test {
+namespace {
+
+class PresetWorkflow : public InstanceFixture
+{
+protected:
+    static constexpr const char* kBanks = ".c.banks.lists.list";
+    static constexpr const char* kPresets = ".c.presets.lists.list";
+
+    PresetWorkflow() { host_.reset(); }
+
+    static std::string program(EditorRig& editor, std::int32_t index)
+    {
+        return editor.host.getRegistry().getProgramName(index).toUtf8();
+    }
+};
+
+TEST_F(PresetWorkflow, APresetIsLoadedTurnedUndoneComparedKeptAndFoundAgain)
+{
+    EditorRig editor;
+    EditorRig neighbour; // a second instance with its own window, which is to notice nothing
+    editor.clickMain("buttons.quick-preset-list");
+    const std::string banks = editor.topWindow();
+    editor.clickItem(banks + ".c.list", 0);
+    editor.clickItem(editor.topWindow() + ".c.list", 2);
+    EXPECT_NEAR(editor.host.get("modDrumfell.xover-freq"), 100.4, 0.1);
+    EXPECT_EQ(editor.topWindow(), "ui.main-window") << "lists close with the choice";
+
+    const double gain = editor.host.get("modDrumfell.lf-gain");
+    editor.drag("ui.main-window.c.mix.lfgain.knob-base", 20.0);
+    EXPECT_GT(editor.host.get("modDrumfell.lf-gain"), gain);
+    editor.drag("ui.main-window.c.mix.subgain.knob-base", 20.0);
+    editor.drag("ui.main-window.c.out.knobs.outgain.knob-base", 20.0);
+    const double turned = editor.host.get("modDrumfell.lf-gain");
+    const double sub = editor.host.get("modDrumfell.sub-gain");
+    editor.clickMain("buttons.history.button-undo");
+    editor.clickMain("buttons.history.button-undo");
+    EXPECT_EQ(editor.host.get("modOutGain.gain"), 1.0);
+    EXPECT_LT(editor.host.get("modDrumfell.sub-gain"), sub);
+    EXPECT_EQ(editor.host.get("modDrumfell.lf-gain"), turned);
+    EXPECT_EQ(editor.attr("ui.main-window.c.buttons.history.button-select", "title"), "LF gain (1) change");
+
+    editor.clickMain("buttons.copy");
+    editor.clickMain("buttons.ab");
+    editor.clickMain("buttons.reset");
+    EXPECT_EQ(editor.host.get("modDrumfell.lf-gain"), 1.0);
+    editor.clickMain("buttons.ab");
+    EXPECT_EQ(editor.host.get("modDrumfell.lf-gain"), turned);
+
+    editor.clickMain("buttons.preset-manager");
+    const std::string manager = editor.topWindow();
+    const std::int32_t count = editor.host.getRegistry().getProgramCount();
+    editor.click(manager + ".c.presets.buttons.add");
+    ASSERT_EQ(editor.host.getRegistry().getProgramCount(), count + 1);
+    editor.clickItem(manager + kPresets, 11); // marked already, at the bottom of what is shown
+    editor.type(U"Chorus");
+    EXPECT_EQ(program(editor, count), "Chorus");
+
+    // The session is saved, and opened again.
+    CByteBuffer chunk;
+    ASSERT_OK(editor.host.saveChunk(chunk, false, true));
+    EditorRig reopened;
+    ASSERT_OK(reopened.host.loadChunk(chunk.bytes(), false, true));
+    EXPECT_EQ(program(reopened, count), "Chorus");
+    reopened.wait();
+    EXPECT_NEAR(reopened.host.get("modDrumfell.lf-gain"), turned, 1e-12);
+    EXPECT_EQ(neighbour.host.getRegistry().getProgramCount(), count);
+    EXPECT_EQ(neighbour.host.get("modDrumfell.xover-freq"), 100.0);
+}
+
+TEST_F(PresetWorkflow, ABankGoesThroughAFileToAnotherInstanceAndIsDeletedOnlyWhenConfirmed)
+{
+    EditorRig editor;
+    editor.clickMain("buttons.preset-manager");
+    const std::string manager = editor.topWindow();
+    editor.clickItem(manager + kBanks, 0);
+    EXPECT_TRUE(editor.at<CView>(manager + ".c.presets.buttons.add").actsDisabled());
+    editor.click(manager + ".c.banks.buttons.save");
+    const std::string folder = home_.root().string() + "/";
+    const std::string dialog = editor.topWindow();
+    ASSERT_NE(dialog, manager);
+    editor.click(dialog + ".c.field.path");
+    editor.user().key(platform::key::kHome);
+    editor.type(std::u32string(folder.begin(), folder.end()));
+    editor.click(dialog + ".c.buttons.confirm");
+    EXPECT_EQ(editor.topWindow(), manager);
+    const std::string file = folder + "Drumfell Factory ROM.cbf";
+    EXPECT_TRUE(std::filesystem::exists(file));
+
+    EditorRig other;
+    other.clickMain("buttons.preset-manager");
+    const std::string otherManager = other.topWindow();
+    EXPECT_OK(sendEvent(other.at<CObject>(otherManager), "perform-bank-load",
+                        {{"filename", CAttrValue(CString(file))}}));
+    other.wait();
+    editor.wait();
+    EXPECT_EQ(other.at<CTextView>(otherManager + kBanks).getItemCount(), 3);
+    EXPECT_EQ(editor.at<CTextView>(manager + kBanks).getItemCount(), 3) << "at once in all windows";
+    EXPECT_EQ(other.at<CTextView>(otherManager + kBanks).getParagraphText(2), "Factory ROM 2");
+
+    for (const bool isConfirmed : {false, true}) {
+        other.click(otherManager + ".c.banks.buttons.delete");
+        const std::string question = other.topWindow();
+        ASSERT_NE(question, otherManager);
+        other.click(question + (isConfirmed ? ".c.buttons.confirm" : ".c.buttons.close"));
+        EXPECT_EQ(other.at<CTextView>(otherManager + kBanks).getItemCount(), isConfirmed ? 2 : 3);
+    }
+
+    EXPECT_OK(sendEvent(other.at<CObject>(otherManager), "perform-bank-load",
+                        {{"filename", CAttrValue("/none.cbf")}}));
+    other.wait();
+    EXPECT_EQ(other.attr(other.topWindow() + ".c.message", "title"), "The bank could not be read.");
+}
+
+} // namespace
+} // namespace qel::test
