@@ -119,14 +119,13 @@ CWindow& CInterfaceHost::topWindow()
 
 CWindow& CInterfaceHost::openWindow(const std::string& tag)
 {
-    const std::size_t count = mainWindow().getSystem().getWindows().size();
     CAttrMap parameters;
     parameters["tag"] = CAttrValue(CString::fromUtf8(tag));
     parameters["window-alignment"] = CAttrValue(CString("center"));
     parameters["is-popup-toggle-always-create"] = CAttrValue(true);
     require(mainWindow().togglePopup(*mainWindow().getRootView(), parameters));
     settle();
-    if (mainWindow().getSystem().getWindows().size() == count) {
+    if (!(topWindow().getRootView()->getTag() == CString::fromUtf8(tag))) {
         throw CToolError("No window opens for '" + tag + "'.");
     }
     return topWindow();
