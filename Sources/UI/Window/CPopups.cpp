@@ -317,13 +317,18 @@ void CPopups::forgetView(CView& view)
     }
 }
 
-void CPopups::release()
+void CPopups::closeAll()
 {
     while (!children_.empty()) {
         Child child;
         takeChild(*children_.back().window, child);
         CObject::releaseObject(child.window->getRootView());
     }
+}
+
+void CPopups::release()
+{
+    closeAll();
     if (!parent_) {
         return;
     }

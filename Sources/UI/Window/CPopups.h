@@ -66,6 +66,8 @@ public:
     CError onDeactivateTick();
     // This window, a pop-up, is to close: tells its opener and releases the window's whole tree.
     CError closeOwn();
+    // All pop-ups of this window close.
+    void closeAll();
     // This window is going, and its pop-ups with it.
     void release();
 

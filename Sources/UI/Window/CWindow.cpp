@@ -711,6 +711,8 @@ void CWindow::onDestroyed()
     surface_.detach();
     if (isMainWindow_) {
         stopTimers();
+        const CHold hold(*this);
+        popups_.closeAll();
     } else {
         handle([&] { return closeWindow(); });
     }
