@@ -167,13 +167,7 @@ CError CButton::toggle()
 {
     const bool isOn = isActive_ == isInverse_; // that is: active from now on, in the sense of what is bound
     if (activity_) {
-        CUIParam& param = *activity_;
-        const CHold hold(param);
-        CFirstError first;
-        first.add(param.beginEdit());
-        first.add(param.setValue(0, isOn ? 1.0 : 0.0));
-        first.add(param.endEdit());
-        return first.take();
+        return activity_->setValue(0, isOn ? 1.0 : 0.0);
     }
     return shared_.isThere() ? shared_.write(isOn ? "true" : "false") : CError();
 }
@@ -250,14 +244,9 @@ CError CButton::eventPopupResult(const CAttrMap& parameters)
     first.add(setAttribute(kSelectedItem, text, true));
     first.add(setAttribute(kIndex, index, true));
     if (value_ && !isReleased()) {
-        CUIParam& param = *value_;
-        const CHold paramHold(param);
-        first.add(param.beginEdit());
-        // A list may leave states out, so the text says more than the index.
-        if (CError error = param.setText(0, text)) {
-            first.add(param.setValue(0, CAttrValue(index).toReal().value_or(0.0)));
-        }
-        first.add(param.endEdit());
+        const CAudioParamInfo* const info = value_->getInfo();
+        const double value = eventNumber(parameters, parameters.contains("value") ? "value" : kIndex);
+        first.add(info && info->isString() ? value_->setText(0, text) : value_->setValue(0, value));
     }
     return first.take();
 }
