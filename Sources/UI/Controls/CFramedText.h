@@ -13,21 +13,6 @@ class CFramedText : public Base
 public:
     CFramedText() { this->allocateClips(kFirstPieceClip + kFramePieces - 1); }
 
-    CError init() override
-    {
-        QEL_TRY(Base::init(), this->getFullName());
-        plainColors_ = this->getColorTable().addState({});
-        return {};
-    }
-
-    // The frame of a disabled text stays as it is: grey on grey nobody could read it.
-    const CPaletteColor* getSlotColor(std::uint32_t slot) override
-    {
-        return this->actsDisabled() && slot < Base::kTextSlot
-                   ? this->getColorTable().getColor(plainColors_, slot)
-                   : Base::getSlotColor(slot);
-    }
-
 protected:
     void updateClips() override
     {
@@ -62,7 +47,6 @@ private:
     }
 
     std::array<FramePiece, kFramePieces> pieces_;
-    std::size_t plainColors_ = 0; // row of the colour table
 };
 
 } // namespace qel
