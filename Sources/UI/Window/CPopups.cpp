@@ -136,7 +136,7 @@ CError CPopups::openChild(CView& opener, const CAttrMap& settings)
         }
         return error;
     }
-    wasButtonDown_ = true;
+    wasButtonDown_ = window_.getPointer().isButtonHeld();
     wasActive_ = false;
     watch();
     collectError(error, opener.isReleased() ? CError() : opener.setState(kPopupState));
