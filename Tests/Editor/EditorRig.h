@@ -4,6 +4,7 @@
 #include "CTestXClient.h"
 #include "CTestXServer.h"
 #include "HostRig.h"
+#include "TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -13,6 +14,17 @@
 #include <thread>
 
 namespace qel::test {
+
+// Where a view lies in its window, as `drumfell-inspect --views` has it: tests go by names and stay when the
+// design moves.
+struct ViewPlace
+{
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+ViewPlace placeOf(const std::string& path, const std::string& window = {});
 
 // One effect with a window for its editor.
 class EditorHost
@@ -68,9 +80,25 @@ public:
     xcb_window_t editor() { return client_.childOf(window_); }
     std::uint32_t pixel(int x, int y) { return client_.pixelOf(editor(), x, y); }
     // Pixels of the editor.
-    void movePointer(int x, int y)
+    void movePointer(int x, int y) { client_.movePointer(place_.first + x, place_.second + y); }
+    // To the middle of a view of the main window.
+    void moveTo(const ViewPlace& view) { movePointer(view.x + view.width / 2, view.y + view.height / 2); }
+    void click(const ViewPlace& view)
     {
-        client_.movePointer(place_.first + x, place_.second + y);
+        moveTo(view);
+        idle();
+        client_.click(1);
+        idle();
+    }
+    // A view of another window of ours, a child of the screen.
+    void clickIn(xcb_window_t window, const ViewPlace& view)
+    {
+        if (const auto place = client_.geometryOf(window)) {
+            client_.movePointer(place->x + view.x + view.width / 2, place->y + view.y + view.height / 2);
+            idleFor(0.03);
+            client_.click(1);
+            idle();
+        }
     }
 
 private:
@@ -83,6 +111,14 @@ private:
 class EditorTest : public testing::Test
 {
 protected:
+    EditorTest() { dataFolder = home().root().string(); }
+    // Of the settings, for all tests: the library asks once.
+    static const TemporaryFolder& home()
+    {
+        static const TemporaryFolder folder;
+        return folder;
+    }
+
     CTestXServer server;
     CTestXClient client;
 };

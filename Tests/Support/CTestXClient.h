@@ -65,11 +65,29 @@ public:
         sync();
     }
 
-    xcb_window_t childOf(xcb_window_t window)
+    void raiseWindow(xcb_window_t window)
+    {
+        const std::uint32_t above = XCB_STACK_MODE_ABOVE;
+        xcb_configure_window(connection_, window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+        sync();
+    }
+
+    // From the lowest to the topmost.
+    std::vector<xcb_window_t> childrenOf(xcb_window_t window)
     {
         const XPtr<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
-        return tree && xcb_query_tree_children_length(tree.get()) ? *xcb_query_tree_children(tree.get()) : 0;
+        if (!tree) {
+            return {};
+        }
+        const xcb_window_t* const first = xcb_query_tree_children(tree.get());
+        return {first, first + xcb_query_tree_children_length(tree.get())};
+    }
+    // The lowest, 0 if there is none.
+    xcb_window_t childOf(xcb_window_t window)
+    {
+        const auto children = childrenOf(window);
+        return children.empty() ? 0 : children[0];
     }
     XPtr<xcb_get_window_attributes_reply_t> attributesOf(xcb_window_t window)
     {
@@ -90,6 +108,22 @@ public:
                           static_cast<std::int16_t>(y), 1, 1, ~0u),
             nullptr));
         return image ? *reinterpret_cast<std::uint32_t*>(xcb_get_image_data(image.get())) & 0xFFFFFF : ~0u;
+    }
+    // All pixels of a place, which has x, y, width and height.
+    template <typename Place>
+    std::vector<std::uint8_t> pixelsOf(xcb_window_t window, const Place& place)
+    {
+        const XPtr<xcb_get_image_reply_t> image(xcb_get_image_reply(
+            connection_,
+            xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, window, static_cast<std::int16_t>(place.x),
+                          static_cast<std::int16_t>(place.y), static_cast<std::uint16_t>(place.width),
+                          static_cast<std::uint16_t>(place.height), ~0u),
+            nullptr));
+        if (!image) {
+            return {};
+        }
+        const std::uint8_t* const data = xcb_get_image_data(image.get());
+        return {data, data + xcb_get_image_data_length(image.get())};
     }
     xcb_atom_t atom(const std::string& name)
     {

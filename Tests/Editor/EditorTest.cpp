@@ -1,0 +1,265 @@
+// The editor in a host, as a user has it before them.
+#include "CTestClipboard.h"
+#include "EditorRig.h"
+
+namespace qel {
+namespace {
+
+using test::EditorHost;
+using test::placeOf;
+
+constexpr const char* kBypass = "ui.main-window.window-title.bypass";
+constexpr const char* kStatus = "ui.main-window.window-status.label";
+constexpr const char* kSettings = "ui.main-window.c.buttons.settings";
+constexpr const char* kKnob = "ui.main-window.c.out.knobs.outgain.knob-base";
+constexpr const char* kList = "ui.main-window.c.upper.xover.row.param-value-selector";
+
+constexpr const char* kName = "ui.main-window.window-title.instance-name";
+
+// Codes of keys.
+constexpr int kEscapeKey = 9;
+constexpr int kEnterKey = 36;
+constexpr int kCtrlKey = 37;
+constexpr int kKeyA = 38;
+constexpr int kKeyC = 54;
+constexpr int kKeyV = 55;
+constexpr int kSpaceKey = 65;
+constexpr int kFreeKey = 248;
+
+class Editor : public test::EditorTest
+{
+protected:
+    void SetUp() override
+    {
+        editor = std::make_unique<EditorHost>(client, kHostX, kHostY);
+        ASSERT_TRUE(editor->open());
+        editor->idleFor(0.1);
+    }
+    // Our windows on the screen beside the host's.
+    std::vector<xcb_window_t> popups()
+    {
+        std::vector<xcb_window_t> shown;
+        for (const xcb_window_t window : client.childrenOf(client.root())) {
+            const auto attributes = client.attributesOf(window);
+            const bool isShown = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+            if (isShown && window != editor->window()) {
+                shown.push_back(window);
+            }
+        }
+        return shown;
+    }
+    static test::ViewPlace scaled(const test::ViewPlace& place, double scale)
+    {
+        const auto side = [&](int px) { return static_cast<int>(px * scale); };
+        return {side(place.x), side(place.y), side(place.width), side(place.height)};
+    }
+    bool hasPopup() { return !popups().empty(); }
+
+    static constexpr int kHostX = 100;
+    static constexpr int kHostY = 80;
+    std::unique_ptr<EditorHost> editor;
+};
+
+TEST_F(Editor, FillsTheRectangleThatItTellsTheHost)
+{
+    EXPECT_NE(editor->host()->flags & vst24::kHasEditor, 0);
+    const ERect rect = editor->rect();
+    EXPECT_EQ(rect.right, 540);
+    EXPECT_EQ(rect.bottom, 373);
+    const auto place = client.geometryOf(editor->editor());
+    ASSERT_TRUE(place);
+    EXPECT_EQ(place->width, 540);
+    EXPECT_EQ(place->height, 373);
+    EXPECT_NE(editor->pixel(270, 5), 0U);
+    editor->close();
+    EXPECT_TRUE(editor->idleUntil([&] { return editor->editor() == 0; }));
+}
+
+TEST_F(Editor, ShowsHintsAndLightsUpUnderThePointer)
+{
+    const auto bypass = placeOf(kBypass);
+    const auto statusBefore = client.pixelsOf(editor->editor(), placeOf(kStatus));
+    const auto bypassBefore = client.pixelsOf(editor->editor(), bypass);
+    editor->moveTo(bypass);
+    EXPECT_TRUE(editor->idleUntil(
+        [&] { return client.pixelsOf(editor->editor(), placeOf(kStatus)) != statusBefore; }));
+    EXPECT_TRUE(editor->idleUntil([&] { return client.pixelsOf(editor->editor(), bypass) != bypassBefore; }));
+    editor->movePointer(690, 450); // in the host's window
+    EXPECT_TRUE(editor->idleUntil([&] {
+        return client.pixelsOf(editor->editor(), placeOf(kStatus)) == statusBefore &&
+               client.pixelsOf(editor->editor(), bypass) == bypassBefore;
+    }));
+}
+
+TEST_F(Editor, TurnsKnobsByDragAndWheelAndTellsTheHost)
+{
+    const auto values = editor->host().getAll();
+    const auto knob = placeOf(kKnob);
+    editor->moveTo(knob);
+    editor->idleFor(0.05);
+    client.press(1);
+    editor->movePointer(knob.x + 35, knob.y - 20);
+    EXPECT_TRUE(editor->idleUntil([&] { return editor->host().getAll() != values; }));
+    client.release(1);
+    editor->idleFor(0.05);
+    EXPECT_GT(editor->host().automations, 0);
+
+    const auto dragged = editor->host().getAll();
+    editor->moveTo(knob);
+    client.click(5);
+    EXPECT_TRUE(editor->idleUntil([&] { return editor->host().getAll() != dragged; }));
+    // A host that keeps the wheel to itself passes its direction on.
+    const auto wheeled = editor->host().getAll();
+    EXPECT_EQ(editor->host().call(vst24::kVendorSpecific, 0x73744341, 0x57686565, nullptr, 1.0f), 1);
+    EXPECT_TRUE(editor->idleUntil([&] { return editor->host().getAll() != wheeled; }));
+}
+
+TEST_F(Editor, OpensListsThatAPressElsewhereCloses)
+{
+    const auto list = placeOf(kList);
+    editor->click(list);
+    ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
+    const auto attributes = client.attributesOf(popups()[0]);
+    EXPECT_TRUE(attributes->override_redirect);
+    const auto place = client.geometryOf(popups()[0]);
+    EXPECT_GE(place->y, kHostY + list.y + list.height - 2) << "under its button";
+    editor->click(list);
+    EXPECT_TRUE(editor->idleUntil([&] { return !hasPopup(); })) << "a second press closes it";
+    editor->idleFor(0.2);
+    EXPECT_FALSE(hasPopup()) << "and does not open it again";
+
+    editor->click(list);
+    ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
+    client.movePointer(kHostX + 680, kHostY + 480); // of the host's own window
+    client.press(1);
+    EXPECT_TRUE(editor->idleUntil([&] { return !hasPopup(); }));
+    client.release(1);
+
+    editor->click(list);
+    ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
+    editor->close();
+    EXPECT_FALSE(hasPopup()) << "the editor takes its lists with it";
+}
+
+TEST_F(Editor, OpensTheSettingsAndScalesTheNextWindow)
+{
+    const auto dialog = [](const std::string& path) {
+        return placeOf("win-settings." + path, "ui:win-settings");
+    };
+    const auto scaleButton = [&](const char* item) {
+        return dialog(std::string("c.settings.scale.ui-scale-selector.") + item);
+    };
+    const struct
+    {
+        const char* button;
+        int width;
+        int height;
+    } scales[] = {{"button", 432, 298}, {"button#2", 675, 466}, {"button#1", 540, 373}};
+    double scale = 1.0;
+    for (const auto& each : scales) {
+        editor->click(scaled(placeOf(kSettings), scale));
+        ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
+        EXPECT_FALSE(client.attributesOf(popups()[0])->override_redirect) << "dialogs are managed";
+        editor->clickIn(popups()[0], scaled(scaleButton(each.button), scale));
+        editor->idleFor(0.1);
+        EXPECT_EQ(client.geometryOf(editor->editor())->width, static_cast<int>(540 * scale))
+            << "what is open stays as it is";
+        editor->clickIn(popups()[0], scaled(dialog("window-title.close"), scale));
+        EXPECT_TRUE(editor->idleUntil([&] { return !hasPopup(); }));
+        editor->close();
+        EXPECT_EQ(editor->rect().right, each.width);
+        EXPECT_EQ(editor->rect().bottom, each.height);
+        ASSERT_TRUE(editor->open());
+        editor->idleFor(0.1);
+        EXPECT_EQ(client.geometryOf(editor->editor())->width, each.width);
+        EXPECT_EQ(client.geometryOf(editor->editor())->height, each.height);
+        scale = each.width / 540.0;
+    }
+
+    // The colours follow at once.
+    editor->idleFor(0.5);
+    const test::ViewPlace edge{2, 60, 10, 250}; // which the dialog does not cover
+    const auto before = client.pixelsOf(editor->editor(), edge);
+    editor->click(placeOf(kSettings));
+    ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
+    editor->clickIn(popups()[0], dialog("c.settings.colors.palette-selector.button#1"));
+    EXPECT_TRUE(editor->idleUntil([&] { return client.pixelsOf(editor->editor(), edge) != before; }));
+    editor->clickIn(popups()[0], dialog("c.settings.colors.palette-selector.button"));
+    EXPECT_TRUE(editor->idleUntil([&] { return client.pixelsOf(editor->editor(), edge) == before; }));
+}
+
+// While a text is edited keys are ours, at any other time the host's: its space bar starts the transport,
+// whatever was clicked here.
+TEST_F(Editor, HasTheKeyboardOnlyWhileATextIsEdited)
+{
+    const xcb_window_t host = editor->window();
+    const auto name = placeOf(kName);
+    client.setFocus(host);
+    editor->click(placeOf(kKnob));
+    editor->idleFor(0.05);
+    EXPECT_EQ(client.focus(), host);
+    client.type(kSpaceKey);
+    EXPECT_TRUE(client.next<xcb_key_press_event_t>(XCB_KEY_PRESS));
+
+    const auto edit = [&] {
+        editor->click(name);
+        client.click(1);
+        EXPECT_TRUE(editor->idleUntil([&] { return client.focus() != host; }));
+    };
+    const auto type = [&](int key) {
+        client.type(key);
+        editor->idleFor(0.02);
+    };
+    const auto typeWithCtrl = [&](int key) {
+        client.pressKey(kCtrlKey);
+        type(key);
+        client.releaseKey(kCtrlKey);
+        editor->idleFor(0.02);
+    };
+    const auto copied = [&] {
+        edit();
+        typeWithCtrl(kKeyA);
+        typeWithCtrl(kKeyC);
+        const std::string text = test::readClipboard(
+            client, client.atom("UTF8_STRING"), [&](const auto& condition) { editor->idleUntil(condition); });
+        type(kEscapeKey);
+        return text;
+    };
+    client.mapKey(kFreeKey, 0x10003A9); // an Omega
+    const auto before = client.pixelsOf(editor->editor(), name);
+    edit();
+    typeWithCtrl(kKeyA);
+    type(kKeyA);
+    type(kSpaceKey);
+    type(kFreeKey);
+    EXPECT_FALSE(client.next<xcb_key_press_event_t>(XCB_KEY_PRESS)) << "the host hears nothing of it";
+    type(kEnterKey);
+    EXPECT_TRUE(editor->idleUntil([&] { return client.focus() == host; })) << "it has the keyboard back";
+    EXPECT_TRUE(editor->idleUntil([&] { return client.pixelsOf(editor->editor(), name) != before; }));
+    EXPECT_EQ(copied(), "a \xCE\xA9");
+
+    test::CTestXClient other;
+    test::CTextOwner owner(other, "from elsewhere", other.atom("UTF8_STRING"), 1000);
+    edit();
+    typeWithCtrl(kKeyA);
+    client.pressKey(kCtrlKey);
+    client.type(kKeyV);
+    client.releaseKey(kCtrlKey);
+    editor->idleUntil(
+        [&] {
+            owner.run();
+            return false;
+        },
+        0.3);
+    type(kEnterKey);
+    EXPECT_EQ(copied(), "from elsewhere");
+    EXPECT_TRUE(editor->idleUntil([&] { return client.focus() == host; }));
+
+    // The editor goes while it has the keyboard.
+    edit();
+    editor->close();
+    EXPECT_EQ(client.focus(), host);
+}
+
+} // namespace
+} // namespace qel
