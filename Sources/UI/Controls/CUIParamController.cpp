@@ -315,8 +315,9 @@ CError CUIParamController::setText(const CString& text)
 {
     return change([&](CUIParam& param, std::int32_t element, CParamEdit& edit) {
         const CParamBridge* const bridge = param.getBridge();
+        const bool isNumber = bridge && !(param.getInfo() && param.getInfo()->isString());
         double value = 0.0;
-        return bridge && bridge->parseText(param.getFirstElement() + element, text, value)
+        return isNumber && bridge->parseText(param.getFirstElement() + element, text, value)
                    ? param.setValue(element, value, &edit)
                    : param.setText(element, text);
     });
