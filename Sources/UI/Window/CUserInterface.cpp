@@ -41,6 +41,10 @@ CError CUserInterface::load(const CString& fileName)
 
 CError CUserInterface::open()
 {
+    QEL_TRY(root_->require(bridge_, CUIEventBridge::kPath,
+                           "@qelstr_CUserInterface_open_NoEventBridge Unable to locate a suitable event "
+                           "bridge."),
+            {});
     QEL_TRY(root_->require(mainWindow_, kMainWindowPath,
                            "@qelstr_CUserInterface_open_NoWindow The main window '%1' is missing."),
             {});
@@ -62,9 +66,7 @@ void CUserInterface::idle()
         release();
         return;
     }
-    if (auto* const bridge = dynamic_cast<CUIEventBridge*>(root_->findObject(CUIEventBridge::kPath))) {
-        bridge->drain();
-    }
+    bridge_->drain();
     if (!generation.expired()) {
         system->flush();
     }
@@ -74,6 +76,7 @@ void CUserInterface::release()
 {
     generation_.reset();
     mainWindow_ = nullptr;
+    bridge_ = nullptr;
     if (CObject* const root = std::exchange(root_, nullptr)) {
         CApplication::get()->releaseRootObject(root);
     }

@@ -48,6 +48,7 @@ public:
 private:
     CObject* root_ = nullptr;
     CWindow* mainWindow_ = nullptr;
+    CUIEventBridge* bridge_ = nullptr;
     std::shared_ptr<int> generation_; // another one, or none, once the tree is gone
 };
 
