@@ -21,6 +21,15 @@ constexpr const char* kChangeFocus = "change-key-focus";
 constexpr const char* kCopyPasteMenu = "ui:label-copy-paste";
 constexpr const char* kGlobalSettings = "ui.global-settings";
 
+// Attributes whose text is read when a box opens, and not kept a second time: few texts are edited.
+constexpr const char* kAcceptChars = "accept-chars";
+constexpr const char* kMaxLength = "max-paragraph-length";
+constexpr const char* kAcceptEnter = "is-accept-enter";
+constexpr const char* kAcceptTab = "is-accept-tab";
+constexpr const char* kTabGroup = "tab-group";
+constexpr const char* kInnerBorder = "inner-border";
+constexpr const char* kBoxInnerBorder = "editbox-inner-border";
+
 // A second click comes within this time or is none, as on most desktops.
 constexpr double kDoubleClickSec = 0.5;
 
@@ -69,23 +78,6 @@ void CTextView::buildClassInfo(CClassInfo& info)
     info.bind<&Self::isOnClick_>("is-editbox-on-click", false);
     info.bind<&Self::isOnSingleClick_>("is-editbox-on-singleclick", false);
     info.bind<&Self::isOnDoubleClick_>("is-editbox-on-dblclick", false);
-    info.bind<&Self::isAllSelectedOnFocus_>("is-select-all-on-focus", false);
-    info.bind<&Self::isEnterAccepted_>("is-accept-enter", true);
-    info.bind<&Self::isTabAccepted_>("is-accept-tab", false);
-    info.bind<&Self::acceptChars_>("accept-chars", "");
-    info.bind<&Self::maxLength_>("max-paragraph-length", 0);
-    info.bind<&Self::tabGroup_>("tab-group", "");
-    info.bind<&Self::canRenameEvent_>("editbox-can-rename-event", "");
-    info.bind<&Self::canRenameTarget_>("editbox-can-rename-target", "");
-    info.bind<&Self::innerBorder_>("editbox-inner-border", std::nullopt);
-    info.bind<&Self::placement_>("editbox-placement", "match");
-    info.bind<&Self::readoutPlacement_>("readout-placement", "match");
-    info.bind<&Self::readoutPlacementOfBox_>("editbox-readout-placement", "");
-    info.bind<&Self::isFull_>("is-editbox-full", false);
-    info.bind<&Self::emptyValue_>("editbox-empty-value", "");
-    info.bind<&Self::isKeyboardAllowed_>("is-virtual-keyboard-allowed", false);
-    info.bind<&Self::isKeyboardAlphabet_>("is-virtual-keyboard-alphabet", false);
-    info.bind<&Self::keyboardMinus_>("virtual-keyboard-minus-char", "-");
     info.handleEvent<&Self::eventChangeKeyFocus>(kChangeFocus);
     info.handleEvent<&Self::eventCopy>("copy");
     info.handleEvent<&Self::eventPaste>("paste");
@@ -193,7 +185,8 @@ CError CTextView::eventPaste(const CAttrMap&)
             return;
         }
         CTextEdit edit;
-        edit.setRules((*view)->acceptChars_, static_cast<std::size_t>(std::max(0, (*view)->maxLength_)));
+        edit.setRules((*view)->getAttrString(kAcceptChars),
+                      static_cast<std::size_t>(std::max(0, (*view)->getAttrInt(kMaxLength))));
         edit.insert(CTextEdit::fromClipboard(*text));
         if (!edit.getText().isEmpty()) {
             if (CError error = (*view)->commit(edit.getText(), false, kNone)) {
@@ -223,18 +216,20 @@ CError CTextView::openEditBox(std::int32_t paragraph)
 CError CTextView::askTarget(const Choice& choice, bool& isRefused)
 {
     isRefused = false;
-    if (canRenameEvent_.isEmpty()) {
+    const CString event = getAttrString("editbox-can-rename-event");
+    if (event.isEmpty()) {
         return {};
     }
-    CObject* const target = canRenameTarget_.isEmpty() ? this : findObject(canRenameTarget_);
+    const CString path = getAttrString("editbox-can-rename-target");
+    CObject* const target = path.isEmpty() ? this : findObject(path);
     if (!target) {
         QEL_FAIL(getFullName(), "@qelstr_CTextView_openEditBox_NoTarget Unable to find rename target '%1'.",
-                 canRenameTarget_);
+                 path);
     }
     CAttrMap parameters = paragraphParameters(choice.paragraph);
     parameters["source"] = CAttrValue(getFullName());
     QEL_TRY(setAttribute(kRefused, CAttrValue(false), true), getFullName());
-    QEL_TRY(sendEvent(*target, canRenameEvent_, parameters), getFullName());
+    QEL_TRY(sendEvent(*target, event, parameters), getFullName());
     isRefused = isReleased() || getAttrBool(kRefused);
     return {};
 }
@@ -271,7 +266,7 @@ CError CTextView::open(const Choice& choice)
     }
     markLook();
     QEL_TRY(solveLayout(), getFullName());
-    const bool isAllSelected = choice.isAllSelected || isAllSelectedOnFocus_;
+    const bool isAllSelected = choice.isAllSelected || getAttrBool("is-select-all-on-focus");
     const CHold boxHold(*box);
     QEL_TRY(box->start(*this, getEditText(choice.paragraph), isAllSelected), getFullName());
     if (box->isReleased()) {
@@ -292,16 +287,19 @@ CAttrMap CTextView::frameAttributes(const Choice& choice) const
         }
     }
     attributes["temp-editbox-owner"] = CAttrValue(getFullName());
-    attributes["inner-border"] = CAttrValue(innerBorder_.value_or(getAttrString("inner-border")));
+    const CString ownBorder = choice.paragraph == kNone ? getAttrString(kInnerBorder) : CString();
+    attributes[kInnerBorder] = CAttrValue(getAttrString(kBoxInnerBorder, ownBorder));
     if (choice.paragraph != kNone) {
         placeAtParagraph(choice.paragraph, attributes);
         return attributes;
     }
     const bool hasReadOut = dynamic_cast<CView*>(findChild("readout")) != nullptr;
-    const CString& ofReadOut = readoutPlacementOfBox_.isEmpty() ? readoutPlacement_ : readoutPlacementOfBox_;
-    attributes["placement"] = CAttrValue(hasReadOut ? ofReadOut : placement_);
+    const CString atReadOut =
+        getAttrString("editbox-readout-placement", getAttrString("readout-placement", "match"));
+    attributes["placement"] =
+        CAttrValue(hasReadOut ? atReadOut : getAttrString("editbox-placement", "match"));
     attributes["placement-match"] = CAttrValue(hasReadOut ? "^.readout" : "^");
-    if (isFull_) {
+    if (getAttrBool("is-editbox-full")) {
         attributes["width"] = CAttrValue("100%");
     }
     return attributes;
@@ -316,7 +314,6 @@ void CTextView::placeAtParagraph(std::int32_t paragraph, CAttrMap& attributes) c
     attributes["outer-border"] = CAttrValue("T" + formatReal(top / scale, 2));
     attributes["width"] = CAttrValue(getTextBox().width / scale);
     attributes["height"] = CAttrValue(row.height / scale);
-    attributes["inner-border"] = CAttrValue(innerBorder_.value_or(CString()));
 }
 
 CError CTextView::configure(CEditBox& box) const
@@ -324,26 +321,27 @@ CError CTextView::configure(CEditBox& box) const
     CAttrMap attributes;
     attributes["font-name"] = CAttrValue(getAttrString("font-name"));
     attributes["text-alignment"] = CAttrValue(getAttrString("text-alignment", "left"));
-    attributes["accept-chars"] = CAttrValue(acceptChars_);
-    attributes["max-paragraph-length"] = CAttrValue(maxLength_);
-    attributes["is-accept-enter"] = CAttrValue(isEnterAccepted_);
-    attributes["is-accept-tab"] = CAttrValue(isTabAccepted_ || !tabGroup_.isEmpty());
+    attributes[kAcceptChars] = CAttrValue(getAttrString(kAcceptChars));
+    attributes[kMaxLength] = CAttrValue(getAttrInt(kMaxLength));
+    attributes[kAcceptEnter] = CAttrValue(getAttrBool(kAcceptEnter, true));
+    attributes[kAcceptTab] = CAttrValue(getAttrBool(kAcceptTab) || !getAttrString(kTabGroup).isEmpty());
     return box.setAttributes(attributes, true);
 }
 
 CError CTextView::openKeyboard(CEditBox& box)
 {
     const auto* const settings = dynamic_cast<const CGlobalSettings*>(findObject(kGlobalSettings));
-    if (!isKeyboardAllowed_ || !settings || !settings->isShowVirtualKeyboard()) {
+    if (!getAttrBool("is-virtual-keyboard-allowed") || !settings || !settings->isShowVirtualKeyboard()) {
         return {};
     }
     CAttrMap keyboard;
-    keyboard["tag"] =
-        CAttrValue(isKeyboardAlphabet_ ? "ui:virtual-keyboard-alphadigit" : "ui:virtual-keyboard-digit");
+    const bool hasLetters = getAttrBool("is-virtual-keyboard-alphabet");
+    keyboard["tag"] = CAttrValue(hasLetters ? "ui:virtual-keyboard-alphadigit" : "ui:virtual-keyboard-digit");
     keyboard["is-popup-toggle-always-create"] = CAttrValue(true);
     keyboard["window-alignment"] = CAttrValue("bottom-local-center");
     keyboard["popup-owner-window"] = CAttrValue(box.getFullName());
-    keyboard["popup-virtual-keyboard-minus-char"] = CAttrValue(keyboardMinus_);
+    keyboard["popup-virtual-keyboard-minus-char"] =
+        CAttrValue(getAttrString("virtual-keyboard-minus-char", "-"));
     // A press in the text is no reason to close it.
     keyboard["popup-is-drop-down-behavior-disabled"] = CAttrValue(true);
     return box.eventPopupToggle(keyboard);
@@ -371,7 +369,7 @@ CError CTextView::onEditEnded(const CString& text, CEditEnd end)
     markLook();
     collectError(first, commit(typed, end == CEditEnd::kCancel, paragraph));
     const bool isTab = end == CEditEnd::kTabForward || end == CEditEnd::kTabBackward;
-    if (isTab && !tabGroup_.isEmpty() && !isReleased()) {
+    if (isTab && !isReleased()) {
         collectError(first, editNextInGroup(end == CEditEnd::kTabForward));
     }
     return first;
@@ -382,7 +380,7 @@ CError CTextView::commit(const CString& text, bool isCancelled, std::int32_t par
     const CHold hold(*this);
     CString result = isCancelled ? getEditText(paragraph) : text;
     if (result.isEmpty() && !isCancelled) {
-        result = emptyValue_;
+        result = getAttrString("editbox-empty-value");
     }
     CError first;
     collectError(first, isCancelled ? onEditCancelled() : onTextCommitted(result, paragraph));
@@ -397,10 +395,15 @@ CError CTextView::commit(const CString& text, bool isCancelled, std::int32_t par
 
 CError CTextView::editNextInGroup(bool isForward)
 {
+    const CString name = getAttrString(kTabGroup);
+    if (name.isEmpty()) {
+        return {};
+    }
     std::vector<CTextView*> group;
     collectTexts(getRootView(), group);
-    std::erase_if(group, [this](CTextView* each) {
-        return each->tabGroup_ != tabGroup_ || !each->getViewArea().isShown() || !each->isEditable();
+    std::erase_if(group, [&](const CTextView* each) {
+        return each->getAttrString(kTabGroup) != name || !each->getViewArea().isShown() ||
+               !each->isEditable();
     });
     const auto found = std::ranges::find(group, this);
     if (found == group.end() || group.size() < 2) {

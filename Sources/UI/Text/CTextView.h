@@ -120,23 +120,6 @@ private:
     bool isOnClick_ = false;
     bool isOnSingleClick_ = false;
     bool isOnDoubleClick_ = false;
-    bool isAllSelectedOnFocus_ = false;
-    bool isEnterAccepted_ = true;
-    bool isTabAccepted_ = false;
-    CString acceptChars_;
-    std::int32_t maxLength_ = 0;
-    CString tabGroup_;
-    CString canRenameEvent_;
-    CString canRenameTarget_;
-    std::optional<CString> innerBorder_;
-    CString placement_;
-    CString readoutPlacement_;
-    CString readoutPlacementOfBox_;
-    bool isFull_ = false;
-    CString emptyValue_;
-    bool isKeyboardAllowed_ = false;
-    bool isKeyboardAlphabet_ = false;
-    CString keyboardMinus_;
 };
 
 } // namespace qel

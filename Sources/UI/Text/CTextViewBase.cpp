@@ -2,12 +2,19 @@
 #include "CTextViewBase.h"
 
 #include <cmath>
-#include <limits>
 
 namespace qel {
 
 namespace {
 
+// Attributes whose text is read when it changes, and not kept a second time: there are many texts.
+constexpr const char* kFontName = "font-name";
+constexpr const char* kTextColors[] = {"text-color", "text-color1", "text-color2"};
+constexpr const char* kAlignment = "text-alignment";
+constexpr const char* kAlignmentV = "text-alignment-v";
+constexpr const char* kParagraphSpacing = "paragraph-spacing";
+constexpr const char* kMaxTextHeight = "max-text-height";
+constexpr const char* kSeparator = "separator-char";
 constexpr const char* kDefaultColor = "Text";
 
 // Glyphs may reach over their place by this part of a line's height.
@@ -44,16 +51,16 @@ void CTextViewBase::buildClassInfo(CClassInfo& info)
 {
     using Self = CTextViewBase;
     CView::buildClassInfo(info);
-    info.bind<&Self::fontName_, &Self::attrFontName>("font-name", "");
-    info.bind<&Self::textColor_, &Self::attrTextColor>("text-color", kDefaultColor);
-    info.bind<&Self::textColor1_, &Self::attrTextColor1>("text-color1", kDefaultColor);
-    info.bind<&Self::textColor2_, &Self::attrTextColor2>("text-color2", kDefaultColor);
-    info.bind<&Self::textAlignment_, &Self::attrTextAlignment>("text-alignment", "left");
-    info.bind<&Self::textAlignmentV_, &Self::attrTextAlignment>("text-alignment-v", "center");
+    info.handle<&Self::attrFontName>(kFontName);
+    info.handle<&Self::attrTextColor>(kTextColors[0]);
+    info.handle<&Self::attrTextColor1>(kTextColors[1]);
+    info.handle<&Self::attrTextColor2>(kTextColors[2]);
+    info.handle<&Self::attrTextAlignment>(kAlignment);
+    info.handle<&Self::attrTextAlignment>(kAlignmentV);
     info.bind<&Self::isTextWrapped_, &Self::attrIsTextWrapped>("is-text-wrapped", false);
-    info.bind<&Self::paragraphSpacing_, &Self::attrParagraphSpacing>("paragraph-spacing", "");
-    info.bind<&Self::maxTextHeight_, &Self::attrMaxTextHeight>("max-text-height", "compact");
-    info.bind<&Self::separator_, &Self::attrTitle>("separator-char", "");
+    info.handle<&Self::attrParagraphSpacing>(kParagraphSpacing);
+    info.handle<&Self::attrMaxTextHeight>(kMaxTextHeight);
+    info.handle<&Self::attrSeparatorChar>(kSeparator);
     info.bind<&Self::title_, &Self::attrTitle>("title", "");
 }
 
@@ -67,9 +74,9 @@ CError CTextViewBase::init()
 {
     QEL_TRY(CView::init(), getFullName());
     QEL_TRY(loadFont(), getFullName());
-    setSlotColor(kTextSlot, textColor_);
-    setSlotColor(kTextSlot + 1, textColor1_);
-    setSlotColor(kTextSlot + 2, textColor2_);
+    for (std::size_t i = 0; i < CTextColorSource::kOwnColors; ++i) {
+        QEL_TRY(readColor(i), getFullName());
+    }
     return {};
 }
 
@@ -85,9 +92,10 @@ CError CTextViewBase::applyAttrs()
 
 CError CTextViewBase::loadFont()
 {
-    auto* const font = dynamic_cast<CFontObject*>(findObject(fontName_));
+    const CString name = getAttrString(kFontName);
+    auto* const font = dynamic_cast<CFontObject*>(findObject(name));
     if (!font) {
-        QEL_FAIL(getFullName(), "@qelstr_CTextView_attrFontName_NotFound Font '%1' not found.", fontName_);
+        QEL_FAIL(getFullName(), "@qelstr_CTextView_attrFontName_NotFound Font '%1' not found.", name);
     }
     QEL_TRY(text_.setFontObject(font, getInterfaceScale()), getFullName());
     return {};
@@ -103,35 +111,18 @@ CError CTextViewBase::attrFontName()
     return refreshText();
 }
 
-CError CTextViewBase::changeColor(std::size_t color, const CString& name)
+CError CTextViewBase::readColor(std::size_t color)
 {
-    if (isReady()) {
-        setSlotColor(kTextSlot + color, name);
-    }
+    setSlotColor(kTextSlot + color, getAttrString(kTextColors[color], kDefaultColor));
     return {};
-}
-
-CError CTextViewBase::attrTextColor()
-{
-    return changeColor(0, textColor_);
-}
-
-CError CTextViewBase::attrTextColor1()
-{
-    return changeColor(1, textColor1_);
-}
-
-CError CTextViewBase::attrTextColor2()
-{
-    return changeColor(2, textColor2_);
 }
 
 CError CTextViewBase::attrTextAlignment()
 {
-    isJustified_ = textAlignment_ == "justify";
-    alignmentH_ = parseAlignment(textAlignment_, CAxis::kX).value_or(CAlignment::kStart);
-    alignmentV_ = parseAlignment(textAlignmentV_, CAxis::kY).value_or(CAlignment::kCenter);
-    text_.setJustified(isJustified_);
+    const CString alignment = getAttrString(kAlignment);
+    alignmentH_ = parseAlignment(alignment, CAxis::kX).value_or(CAlignment::kStart);
+    alignmentV_ = parseAlignment(getAttrString(kAlignmentV), CAxis::kY).value_or(CAlignment::kCenter);
+    text_.setJustified(alignment == "justify");
     layoutText();
     return {};
 }
@@ -144,14 +135,27 @@ CError CTextViewBase::attrIsTextWrapped()
 
 CError CTextViewBase::attrParagraphSpacing()
 {
+    const double spacing = parsePixels(getAttrString(kParagraphSpacing), getInterfaceScale());
+    text_.setParagraphSpacing(roundToPixel(spacing));
     layoutText();
     return {};
 }
 
 CError CTextViewBase::attrMaxTextHeight()
 {
+    const CString height = getAttrString(kMaxTextHeight);
+    const bool isNumber = !height.isEmpty() && !(height == "compact") && !(height == "height");
+    isHeightKept_ = height == "height";
+    maxHeight_ = isNumber ? parsePixels(height, getInterfaceScale()) : kNoLimit;
     tellCompactSize();
     return {};
+}
+
+CError CTextViewBase::attrSeparatorChar()
+{
+    const CString separator = getAttrString(kSeparator);
+    separator_ = separator.isEmpty() ? u'\0' : separator[0];
+    return refreshText();
 }
 
 CError CTextViewBase::attrTitle()
@@ -245,7 +249,6 @@ void CTextViewBase::layoutText()
     if (!isReady()) {
         return;
     }
-    text_.setParagraphSpacing(roundToPixel(parsePixels(paragraphSpacing_, getInterfaceScale())));
     const bool isWidthKnown = textBox_.width > 0.0;
     text_.wrap(isTextWrapped_ && isWidthKnown ? std::optional(textBox_.width) : std::nullopt);
     tellCompactSize();
@@ -271,13 +274,7 @@ void CTextViewBase::tellCompactSize(CAxis axis, double size, const char* attribu
 
 double CTextViewBase::getMaxCompactHeight() const
 {
-    if (maxTextHeight_.isEmpty() || maxTextHeight_ == "compact") {
-        return std::numeric_limits<double>::infinity();
-    }
-    if (maxTextHeight_ == "height") {
-        return textBox_.height > 0.0 ? textBox_.height : std::numeric_limits<double>::infinity();
-    }
-    return parsePixels(maxTextHeight_, getInterfaceScale());
+    return isHeightKept_ && textBox_.height > 0.0 ? textBox_.height : maxHeight_;
 }
 
 const CImage* CTextViewBase::findTextImage(const CTextImageName& name)

@@ -5,6 +5,8 @@
 #include "CTextWrapper.h"
 #include "CView.h"
 
+#include <limits>
+
 namespace qel {
 
 // The bottom of the text views: the text, its font and colours, how large it is and where its lines lie. The
@@ -42,10 +44,11 @@ public:
     virtual CError attrIsTextWrapped();
     virtual CError attrMaxTextHeight();
     virtual CError attrParagraphSpacing();
+    virtual CError attrSeparatorChar();
     virtual CError attrTextAlignment();
-    virtual CError attrTextColor();
-    virtual CError attrTextColor1();
-    virtual CError attrTextColor2();
+    virtual CError attrTextColor() { return readColor(0); }
+    virtual CError attrTextColor1() { return readColor(1); }
+    virtual CError attrTextColor2() { return readColor(2); }
     virtual CError attrTitle();
     CError attrCompactWidth() override;
     CError attrCompactHeight() override;
@@ -84,7 +87,7 @@ protected:
     const CImage* findTextImage(const CTextImageName& name);
     const CTextWrapper& getText() const { return text_; }
     bool isTextWrapped() const { return isTextWrapped_; }
-    char16_t getSeparator() const { return separator_.isEmpty() ? u'\0' : separator_[0]; }
+    char16_t getSeparator() const { return separator_; }
 
     // What the view needs beside its text, pixels.
     virtual double getExtraWidth() const { return 0.0; }
@@ -123,9 +126,11 @@ protected:
 private:
     class CColors;
 
+    static constexpr double kNoLimit = std::numeric_limits<double>::infinity();
+
     bool isReady() const { return isReady_ && !isReleased(); }
     CError loadFont();
-    CError changeColor(std::size_t color, const CString& name);
+    CError readColor(std::size_t color);
     void layoutText();
     bool placeTextBox();
     void tellCompactSize();
@@ -137,21 +142,14 @@ private:
     std::vector<CString> imageColors_;
     CRect textBox_;
     bool isReady_ = false;
-    bool isJustified_ = false;
     CAlignment alignmentH_ = CAlignment::kStart;
     CAlignment alignmentV_ = CAlignment::kCenter;
+    char16_t separator_ = 0;
+    bool isHeightKept_ = false; // the text asks for no more than the view has
+    double maxHeight_ = kNoLimit;
 
     // Bound attributes.
     CString title_;
-    CString separator_;
-    CString fontName_;
-    CString textColor_;
-    CString textColor1_;
-    CString textColor2_;
-    CString textAlignment_;
-    CString textAlignmentV_;
-    CString paragraphSpacing_;
-    CString maxTextHeight_;
     bool isTextWrapped_ = false;
 };
 

@@ -13,6 +13,15 @@ namespace {
 constexpr const char* kValuesChanged = "values-changed";
 constexpr const char* kSourceUpdate = "text-source-update";
 
+// Attributes whose text is read when it is needed, and not kept a second time: few texts are lists.
+constexpr const char* kHoverColor = "paragraph-hover-color";
+constexpr const char* kSelectColor = "paragraph-select-color";
+constexpr const char* kSelectTextColor = "paragraph-select-text-color";
+constexpr const char* kTextSource = "text-source";
+constexpr const char* kListId = "dynamic-list-parent-id";
+constexpr const char* kNoItemsTitle = "no-items-title";
+constexpr const char* kActivePrefix = "active-paragraph-prefix";
+
 // Pixels at a scale of 1 between the longest item and the arrows.
 constexpr double kArrowGap = 8.0;
 
@@ -24,25 +33,20 @@ void CTextViewList::buildClassInfo(CClassInfo& info)
     CTextViewBase::buildClassInfo(info);
     info.bind<&Self::isHoverable_, &Self::attrIsParagraphHoverable>("is-paragraph-hoverable", false);
     info.bind<&Self::isSelectable_, &Self::attrIsParagraphSelectable>("is-paragraph-selectable", false);
-    info.bind<&Self::hoverColor_, &Self::attrParagraphHoverColor>("paragraph-hover-color", "");
-    info.bind<&Self::selectColor_, &Self::attrParagraphSelectColor>("paragraph-select-color", "");
-    info.bind<&Self::selectTextColor_, &Self::attrParagraphSelectTextColor>("paragraph-select-text-color",
-                                                                            "");
+    info.handle<&Self::attrParagraphHoverColor>(kHoverColor);
+    info.handle<&Self::attrParagraphSelectColor>(kSelectColor);
+    info.handle<&Self::attrParagraphSelectTextColor>(kSelectTextColor);
     info.bind<&Self::selected_, &Self::attrSelectedParagraph>(kSelected, kNone);
-    info.bind<&Self::textSource_, &Self::attrTextSource>("text-source", "");
+    info.handle<&Self::attrTextSource>(kTextSource);
     info.bind<&Self::isSourceForced_>("is-text-source-forced", false);
-    info.bind<&Self::listId_, &Self::attrTextSource>("dynamic-list-parent-id", "");
+    info.handle<&Self::attrTextSource>(kListId);
     info.bind<&Self::isSingleValue_, &Self::refreshText>("text-source-single-value", false);
     info.bind<&Self::maxItemCount_, &Self::refreshText>("max-item-count", 0);
-    info.bind<&Self::noItemsTitle_, &Self::refreshText>("no-items-title", "<no items>");
+    info.handle<&Self::refreshText>(kNoItemsTitle);
     info.bind<&Self::isEmptyAllowed_, &Self::refreshText>("allow-no-paragraphs", false);
-    info.bind<&Self::activePrefix_, &Self::refreshText>("active-paragraph-prefix", "");
+    info.handle<&Self::refreshText>(kActivePrefix);
     info.bind<&Self::isSelectedClickCancelling_>("is-selected-paragraph-click-cancels", false);
     info.bind<&Self::isRightClickSelecting_>("is-right-click-selects", false);
-    info.bind<&Self::resultTarget_>("result-target", "");
-    info.bind<&Self::resultIndexAttr_>("result-target-index-attr", "");
-    info.bind<&Self::resultRedirectAttr_>("result-target-redirect-attr", "");
-    info.bind<&Self::originalOpener_>("original-opener", "");
     info.handleEvent<&Self::eventTextSourceUpdate>(kSourceUpdate);
     info.handleEvent<&Self::eventAutoClick>("auto-click");
     info.handleEvent<&Self::eventKeyPress>("key-press");
@@ -72,25 +76,31 @@ CError CTextViewList::attrIsParagraphSelectable()
 
 CError CTextViewList::attrParagraphHoverColor()
 {
-    setSlotColor(kHoverSlot, hoverColor_);
+    const CString color = getAttrString(kHoverColor);
+    hasHoverColor_ = !color.isEmpty();
+    setSlotColor(kHoverSlot, color);
     return {};
 }
 
 CError CTextViewList::attrParagraphSelectColor()
 {
-    setSlotColor(kSelectSlot, selectColor_);
+    const CString color = getAttrString(kSelectColor);
+    hasSelectColor_ = !color.isEmpty();
+    setSlotColor(kSelectSlot, color);
     return {};
 }
 
 CError CTextViewList::attrParagraphSelectTextColor()
 {
-    setSlotColor(kSelectTextSlot, selectTextColor_);
+    const CString color = getAttrString(kSelectTextColor);
+    hasSelectTextColor_ = !color.isEmpty();
+    setSlotColor(kSelectTextSlot, color);
     return {};
 }
 
 CError CTextViewList::attrSelectedParagraph()
 {
-    if (!activePrefix_.isEmpty() || isSingleValue_) {
+    if (findAttr(kActivePrefix) || isSingleValue_) {
         QEL_TRY(refreshText(), getFullName());
     }
     markLook();
@@ -116,17 +126,17 @@ CError CTextViewList::findSource()
     if (!sourcePath_.isEmpty()) {
         unlistenObject(sourcePath_, kValuesChanged, kSourceUpdate);
     }
-    sourcePath_ = textSource_;
+    sourcePath_ = getAttrString(kTextSource);
     source_ = nullptr;
     items_.clear();
-    if (textSource_.isEmpty()) {
+    if (sourcePath_.isEmpty()) {
         return refreshText();
     }
-    source_ = dynamic_cast<CDynamicList*>(findObject(textSource_));
+    source_ = dynamic_cast<CDynamicList*>(findObject(sourcePath_));
     if (!source_) {
         QEL_FAIL(getFullName(), "@qelstr_CTextView_initChilds_NoTextSource Unable to find text source.");
     }
-    listenObject(textSource_, kValuesChanged, kSourceUpdate);
+    listenObject(sourcePath_, kValuesChanged, kSourceUpdate);
     return readSource();
 }
 
@@ -137,10 +147,15 @@ CError CTextViewList::eventTextSourceUpdate(const CAttrMap&)
     return readSource();
 }
 
+CString CTextViewList::getListId() const
+{
+    return getAttrString(kListId);
+}
+
 CError CTextViewList::readSource()
 {
     items_.clear();
-    CError error = source_ ? source_->getItems(listId_, items_) : CError();
+    CError error = source_ ? source_->getItems(getListId(), items_) : CError();
     isSourceShown_ = true;
     const bool hasSubLists =
         std::ranges::any_of(items_, [](const CDynamicListItem& item) { return !item.subListId.isEmpty(); });
@@ -157,15 +172,16 @@ void CTextViewList::fillText(CTextWrapper& text)
         CTextViewBase::fillText(text);
         return;
     }
+    const CString prefix = getAttrString(kActivePrefix);
     std::vector<CString> paragraphs;
     for (std::int32_t i = 0; i < getItemCount(); ++i) {
         if (!isSingleValue_ || i == selected_) {
             const CString& itemText = items_[static_cast<std::size_t>(i)].text;
-            paragraphs.push_back(i == selected_ && !isSingleValue_ ? activePrefix_ + itemText : itemText);
+            paragraphs.push_back(i == selected_ && !isSingleValue_ ? prefix + itemText : itemText);
         }
     }
     if (items_.empty() && !isEmptyAllowed_) {
-        paragraphs.push_back(noItemsTitle_);
+        paragraphs.push_back(getAttrString(kNoItemsTitle, "<no items>"));
     }
     text.parseParagraphs(paragraphs);
 }
@@ -257,7 +273,7 @@ const CPaletteColor& CTextViewList::getParagraphColor(std::size_t paragraph)
         return *getDisabledTextColor();
     }
     const bool isSelected = isSelectable_ && !isSingleValue_ && index == selected_;
-    return getTextSlotColor(isSelected && !selectTextColor_.isEmpty() ? kSelectTextSlot : kTextSlot);
+    return getTextSlotColor(isSelected && hasSelectTextColor_ ? kSelectTextSlot : kTextSlot);
 }
 
 void CTextViewList::drawBehindText(CDrawContext& context)
@@ -272,10 +288,10 @@ void CTextViewList::drawBehindText(CDrawContext& context)
                                    kTextClip, 1.0);
         }
     };
-    if (isSelectable_ && !selectColor_.isEmpty()) {
+    if (isSelectable_ && hasSelectColor_) {
         drawStrip(selected_, kSelectSlot);
     }
-    if (isHoverable_ && !hoverColor_.isEmpty() && hovered_ != selected_ && isChoosable(hovered_)) {
+    if (isHoverable_ && hasHoverColor_ && hovered_ != selected_ && isChoosable(hovered_)) {
         drawStrip(hovered_, kHoverSlot);
     }
     for (std::size_t i = 0; arrow_ && i < items_.size(); ++i) {

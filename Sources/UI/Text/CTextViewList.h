@@ -102,7 +102,6 @@ protected:
     // --- for subclasses
 
     bool hasSource() const { return source_ != nullptr; }
-    bool isSelectable() const { return isSelectable_; }
     // The paragraph under the pointer of an event, or kNone.
     std::int32_t findParagraphAt(const CAttrMap& parameters) const;
     // Fires an event for the commands here and raises it for whoever listens to the view.
@@ -111,12 +110,11 @@ protected:
     CAttrMap paragraphParameters(std::int32_t index) const;
     // As a click does.
     CError chooseParagraph(std::int32_t index);
-    // The click that follows is none: it was spent on something else.
-    void dropClick() { pressed_ = kNone; }
 
 private:
     CError findSource();
     CError readSource();
+    CString getListId() const;
     bool isListShown() const { return source_ && isSourceShown_; }
     const CDynamicListItem* findItem(std::int32_t index) const;
     bool isChoosable(std::int32_t index) const;
@@ -133,9 +131,12 @@ private:
     CDynamicList* source_ = nullptr;
     CString sourcePath_; // that is listened to
     std::vector<CDynamicListItem> items_;
-    const CImage* arrow_ = nullptr;   // beside items with a sub-list
-    bool isSourceShown_ = false;      // rather than the title
-    bool isScrollDue_ = false;        // to the selected item
+    const CImage* arrow_ = nullptr; // beside items with a sub-list
+    bool isSourceShown_ = false;    // rather than the title
+    bool isScrollDue_ = false;      // to the selected item
+    bool hasHoverColor_ = false;
+    bool hasSelectColor_ = false;
+    bool hasSelectTextColor_ = false;
     std::int32_t hovered_ = kNone;    // under the pointer or the keys' cursor
     std::int32_t pressed_ = kNone;    // where a click began
     std::int32_t openedItem_ = kNone; // whose sub-list is open
@@ -143,24 +144,13 @@ private:
     // Bound attributes.
     bool isHoverable_ = false;
     bool isSelectable_ = false;
-    CString hoverColor_;
-    CString selectColor_;
-    CString selectTextColor_;
     std::int32_t selected_ = kNone;
-    CString textSource_;
     bool isSourceForced_ = false;
-    CString listId_;
     bool isSingleValue_ = false;
     std::int32_t maxItemCount_ = 0;
-    CString noItemsTitle_;
     bool isEmptyAllowed_ = false;
-    CString activePrefix_;
     bool isSelectedClickCancelling_ = false;
     bool isRightClickSelecting_ = false;
-    CString resultTarget_;
-    CString resultIndexAttr_;
-    CString resultRedirectAttr_;
-    CString originalOpener_;
 };
 
 } // namespace qel

@@ -28,7 +28,7 @@ CAttrMap CTextViewList::paragraphParameters(std::int32_t index) const
     const CDynamicListItem* const item = findItem(index);
     CAttrMap parameters;
     parameters["index"] = CAttrValue(index);
-    parameters["list-id"] = CAttrValue(listId_);
+    parameters["list-id"] = CAttrValue(getListId());
     parameters["text"] = CAttrValue(getParagraphText(index));
     parameters["value"] = CAttrValue(item ? item->value : index);
     return parameters;
@@ -71,25 +71,27 @@ CError CTextViewList::chooseParagraph(std::int32_t index)
 
 CError CTextViewList::deliverResult(CAttrMap parameters)
 {
-    if (resultTarget_.isEmpty()) {
+    const CHold hold(*this);
+    const CString path = getAttrString("result-target");
+    if (path.isEmpty()) {
         parameters.erase(kSource);
         QEL_TRY(fireEvent(kResult, parameters), getFullName());
         CViewWindow* const window = isReleased() ? nullptr : getWindow();
         return window ? window->passPopupResult(*this, parameters) : CError();
     }
-    const CHold hold(*this);
-    CObject* target = findObject(resultTarget_);
-    if (target && !resultRedirectAttr_.isEmpty()) {
-        const CString redirect = target->getAttrString(resultRedirectAttr_);
+    CObject* target = findObject(path);
+    if (const CString attribute = getAttrString("result-target-redirect-attr");
+        target && !attribute.isEmpty()) {
+        const CString redirect = target->getAttrString(attribute);
         target = redirect.isEmpty() ? target : target->findObject(redirect);
     }
     if (!target) {
         QEL_FAIL(getFullName(), "@qelstr_CTextView_deliverResult_NoTarget Unable to find result target '%1'.",
-                 resultTarget_);
+                 path);
     }
     parameters[kSource] = CAttrValue(getFullName());
-    if (!resultIndexAttr_.isEmpty()) {
-        QEL_TRY(target->setAttribute(resultIndexAttr_, parameters.at("index"), true), getFullName());
+    if (const CString attribute = getAttrString("result-target-index-attr"); !attribute.isEmpty()) {
+        QEL_TRY(target->setAttribute(attribute, parameters.at("index"), true), getFullName());
     }
     // A view that gets the result closes the pop-up with it; others know nothing of windows.
     const bool isView = dynamic_cast<CView*>(target) != nullptr;
@@ -142,8 +144,8 @@ CError CTextViewList::openSubList(std::int32_t index)
     parameters["popup-dynamic-list-parent-id"] = CAttrValue(item->subListId);
     parameters["popup-dynamic-list-parent-item"] = CAttrValue(index);
     parameters["popup-selected-paragraph"] = CAttrValue(kNone);
-    parameters["popup-original-opener"] =
-        CAttrValue(originalOpener_.isEmpty() ? getFullName() : originalOpener_);
+    const CString opener = getAttrString("original-opener");
+    parameters["popup-original-opener"] = CAttrValue(opener.isEmpty() ? getFullName() : opener);
     const CHold hold(*this);
     const std::int32_t opened = index;
     QEL_TRY(eventPopupToggle(parameters), getFullName());
@@ -247,7 +249,7 @@ CError CTextViewList::eventKeyPress(const CAttrMap& parameters)
     case key::kRight:
         return openSubList(cursor);
     case key::kLeft:
-        return listId_.isEmpty() ? CError() : closePopup();
+        return getListId().isEmpty() ? CError() : closePopup();
     case key::kEnter:
         return isInPopup() ? chooseParagraph(cursor)
                            : raiseEvent(kDoubleClicked, paragraphParameters(cursor));
