@@ -164,7 +164,7 @@ screenshots() {
         --set sat-gain=2.1 --set sub-enable=On --set sub-gain=-6 --set mono-enable=On --set mix-gain=1.2
         --set "instance-name=Kick bus") palette window
     mkdir -p Docs/pictures
-    picture main "${sound[@]}" --hover ui.main-window.c.upper.saturator.satframe.drive.knob-base
+    picture main "${sound[@]}" --hover ui.main-window.c.mix.row.sub
     for palette in Blue Green Military Red; do
         picture "main-${palette,,}" "${sound[@]}" --palette "$palette"
     done

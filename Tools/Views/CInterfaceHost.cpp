@@ -35,6 +35,16 @@ void require(CError error)
     }
 }
 
+// As the setting has it: "1.0", "0.8".
+std::string scaleText(double scale)
+{
+    std::string text = std::to_string(scale);
+    while (text.ends_with('0') && !text.ends_with(".0")) {
+        text.pop_back();
+    }
+    return text;
+}
+
 // The number of a state by its name.
 bool findState(const CParamBridge& bridge, const CString& name, double& out)
 {
@@ -80,6 +90,7 @@ CInterfaceHost::CInterfaceHost(const Options& options)
     user_ = std::make_unique<COffscreenUser>(*window);
     require(interface_.open());
     set("ui.local-data.ui-color-scheme:palette-name", options.palette);
+    set("ui.local-data.ui-scale:scale", scaleText(options.scale));
     settle();
 }
 
