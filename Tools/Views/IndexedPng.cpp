@@ -35,12 +35,16 @@ std::uint32_t channel(std::uint32_t rgb, int shift)
 struct Box
 {
     std::vector<Colour> colours;
-    int widestShift = 0; // of the channel in which they differ most
-    std::uint32_t width = 0;
+    int widestShift = 0;    // of the channel in which they differ most
+    std::size_t weight = 0; // how much is lost if they become one
 
     void measure()
     {
-        width = 0;
+        std::uint32_t width = 0;
+        std::size_t count = 0;
+        for (const Colour& colour : colours) {
+            count += colour.count;
+        }
         for (const int shift : kChannelShifts) {
             const auto [low, high] = std::ranges::minmax(
                 colours, {}, [&](const Colour& colour) { return channel(colour.rgb, shift); });
@@ -50,6 +54,7 @@ struct Box
                 widestShift = shift;
             }
         }
+        weight = std::size_t{width} * width * count;
     }
 
     // What lies on the far side of the middle of all pixels goes to another box.
@@ -104,11 +109,11 @@ std::vector<Box> findBoxes(std::span<const std::uint32_t> pixels)
     }
     boxes[0].measure();
     while (boxes.size() < kMaxColours) {
-        const auto widest = std::ranges::max_element(boxes, {}, &Box::width);
-        if (widest->width == 0) {
+        const auto heaviest = std::ranges::max_element(boxes, {}, &Box::weight);
+        if (heaviest->weight == 0) {
             break;
         }
-        Box other = widest->split();
+        Box other = heaviest->split();
         boxes.push_back(std::move(other));
     }
     return boxes;
