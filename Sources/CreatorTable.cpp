@@ -36,6 +36,8 @@
 #include "CButtonAB.h"
 #include "CColorSwatch.h"
 #include "CControlArray.h"
+#include "CControlSurface.h"
+#include "CControlSurfaceGroup.h"
 #include "CDCDAWContextObject.h"
 #include "CDynamicListPresets.h"
 #include "CEditBox.h"
@@ -146,6 +148,8 @@ const CCreatorRow kCreatorTable[] = {
     row<CButton>("ui:button-base"),
     row<CColorSwatch>("ui:color-swatch"),
     row<CControlArray>("ui:control-array"),
+    row<CControlSurface>("ui:control-surface"),
+    row<CControlSurfaceGroup>("ui:control-surface-group"),
     row<CDynamicListPresets>("ui:dynamic-list-presets"),
     row<CEditBox>("ui:editbox"),
     row<CFileDialog>("ui:file-dialog"),

@@ -1,6 +1,7 @@
 // A scroll bar.
 #include "CScrollerBar.h"
 
+#include "DrawTiled.h"
 #include "PointerEvents.h"
 
 namespace qel {
@@ -523,23 +524,14 @@ const CPaletteColor* CScrollerBar::plainColor(const CString& name)
     return actsDisabled() || !palette ? getColor(0) : palette->findColor(name);
 }
 
-// Layer by layer, since the parts of a bar differ in their colours.
+// The parts of a bar differ in their colours.
 void CScrollerBar::drawPart(CDrawContext& context, std::uint32_t id, const CPoint& point, std::size_t clip,
                             const CPaletteColor* const (&colors)[2], bool isTiling) const
 {
-    const CImage* const image = findImage(id, false);
-    const double step = image ? imageLength(id) : 0.0;
-    if (!image || step < 1.0) {
-        return;
-    }
-    const CRect& clipRect = getClip(clip).getRect();
-    const double end = isTiling ? lengthOf(clipRect) : step;
-    for (const CImageLayer& layer : image->layers) {
-        for (double at = 0.0; at < end; at += step) {
-            const CPoint place = isVertical_ ? CPoint{point.x, point.y + at} : CPoint{point.x + at, point.y};
-            context.drawGlyph(layer, place, clip, *colors[std::min(layer.colorSlot, 1U)], 1.0);
-        }
-    }
+    drawTiled(
+        context, findImage(id, false), point, getArea(), getClip(clip).getRect(), clip,
+        [&](std::uint32_t slot) { return colors[std::min(slot, 1U)]; }, isTiling && !isVertical_,
+        isTiling && isVertical_);
 }
 
 void CScrollerBar::drawBar(CDrawContext& context)

@@ -39,44 +39,54 @@ double heightOf(const CImage* image)
     return image ? image->getHeight() : 0.0;
 }
 
-} // namespace
-
-std::array<FramePiece, kFramePieces> layoutFrame(const CView& view)
+std::array<FramePiece, kFramePieces> layout(const CView& view, const CRect& rect, std::uint32_t first,
+                                            bool isInRange)
 {
     const CImage* images[kFramePieces];
     // The outer fields are as thick as the thickest of their pieces.
     double thicknessX[3] = {};
     double thicknessY[3] = {};
     for (std::uint32_t i = 0; i < kFramePieces; ++i) {
-        images[i] = view.findImage(i, true);
+        images[i] = view.findImage(first + i, isInRange);
         double& x = thicknessX[kFields[i].column];
         double& y = thicknessY[kFields[i].row];
         x = std::max(x, widthOf(images[i]));
         y = std::max(y, heightOf(images[i]));
     }
-    const CRect& area = view.getArea();
-    const Fields columns = divide(area.width, thicknessX[0], thicknessX[2]);
-    const Fields rows = divide(area.height, thicknessY[0], thicknessY[2]);
+    const Fields columns = divide(rect.width, thicknessX[0], thicknessX[2]);
+    const Fields rows = divide(rect.height, thicknessY[0], thicknessY[2]);
 
     std::array<FramePiece, kFramePieces> pieces;
     for (std::uint32_t i = 0; i < kFramePieces; ++i) {
         FramePiece& piece = pieces[i];
-        piece.index = i;
+        piece.index = first + i;
         if (!images[i]) {
             continue;
         }
         const auto [column, row] = kFields[i];
         const double left = columns.edges[column];
         const double top = rows.edges[row];
-        piece.clip = {area.x + left, area.y + top, columns.edges[column + 1] - left,
+        piece.clip = {rect.x + left, rect.y + top, columns.edges[column + 1] - left,
                       rows.edges[row + 1] - top};
         // What stands at the far edge is measured from there, so that what is cut is its inner part.
-        piece.x = column > kMiddle ? area.width - widthOf(images[i]) : left;
-        piece.y = row > kMiddle ? area.height - heightOf(images[i]) : top;
+        piece.x = rect.x - view.getArea().x + (column > kMiddle ? rect.width - widthOf(images[i]) : left);
+        piece.y = rect.y - view.getArea().y + (row > kMiddle ? rect.height - heightOf(images[i]) : top);
         piece.isTilingX = column == kMiddle;
         piece.isTilingY = row == kMiddle;
     }
     return pieces;
+}
+
+} // namespace
+
+std::array<FramePiece, kFramePieces> layoutFrame(const CView& view)
+{
+    return layout(view, view.getArea(), 0, true);
+}
+
+std::array<FramePiece, kFramePieces> layoutFrame(const CView& view, const CRect& rect, std::uint32_t first)
+{
+    return layout(view, rect, first, false);
 }
 
 } // namespace qel

@@ -13,7 +13,7 @@ class CView;
 // Where one piece of a frame stands.
 struct FramePiece
 {
-    std::uint32_t index = 0; // in the present range of the image set
+    std::uint32_t index = 0; // in the present range of the image set, or in all of it
     CRect clip;              // of the window; empty where there is no room for the piece
     double x = 0.0;          // of the image, from the corner of the view
     double y = 0.0;
@@ -26,5 +26,8 @@ struct FramePiece
 // left, right, top, bottom left, bottom right, top left, top right; one that is missing has no piece.
 inline constexpr std::size_t kFramePieces = 8;
 std::array<FramePiece, kFramePieces> layoutFrame(const CView& view);
+// The same around a rectangle of the window that lies in the view, from the images `first` and on of the
+// whole image set.
+std::array<FramePiece, kFramePieces> layoutFrame(const CView& view, const CRect& rect, std::uint32_t first);
 
 } // namespace qel
