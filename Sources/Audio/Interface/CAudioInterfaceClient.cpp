@@ -10,6 +10,7 @@ void CAudioInterfaceClient::buildClassInfo(CClassInfo& info)
     using Self = CAudioInterfaceClient;
     CObject::buildClassInfo(info);
     info.bind<&Self::connectorPath_>("client-connector", "");
+    info.handleEvent<&Self::onImportChannelLabels>("import-channel-labels");
 }
 
 CError CAudioInterfaceClient::init()
@@ -29,6 +30,11 @@ void CAudioInterfaceClient::release()
         connector_->setClient(nullptr);
     }
     CObject::release();
+}
+
+CError CAudioInterfaceClient::onImportChannelLabels(const CAttrMap&)
+{
+    return send(record::CImportChannelLabels{});
 }
 
 void CAudioInterfaceClient::takeWaiting()

@@ -65,7 +65,7 @@ bool CParamBridge::parseText(std::int32_t element, const CString& text, double& 
     std::int32_t index = 0;
     const CAudioParamConverter* const converter = converterOf(element, index);
     bool isValue = false;
-    if (converter) {
+    if (converter && !getInfo()->isString()) {
         out = converter->textToValueClamped(*getInfo(), index, text, &isValue);
     }
     return isValue;

@@ -76,7 +76,7 @@ public:
     // --- converted; NaN, empty or false without a declaration
     double toNorm(std::int32_t element, double value) const;
     double toValue(std::int32_t element, double norm) const;
-    // The value of a typed text, with or without its unit; false if it is none.
+    // The value of a typed text, with or without its unit; false if it is none, and for string parameters.
     bool parseText(std::int32_t element, const CString& text, double& out) const;
     CString getUnit(std::int32_t element) const;
 

@@ -1,16 +1,16 @@
-// What a user does with presets, in the windows as they are delivered.
+// What a user does with presets and groups, in the windows as they are delivered.
 #include "EditorRig.h"
 
 namespace qel::test {
 namespace {
 
-class PresetWorkflow : public InstanceFixture
+class Workflow : public InstanceFixture
 {
 protected:
     static constexpr const char* kBanks = ".c.banks.lists.list";
     static constexpr const char* kPresets = ".c.presets.lists.list";
 
-    PresetWorkflow() { host_.reset(); }
+    Workflow() { host_.reset(); }
 
     static std::string program(EditorRig& editor, std::int32_t index)
     {
@@ -18,7 +18,7 @@ protected:
     }
 };
 
-TEST_F(PresetWorkflow, APresetIsLoadedTurnedUndoneComparedKeptAndFoundAgain)
+TEST_F(Workflow, APresetIsLoadedTurnedUndoneComparedKeptAndFoundAgain)
 {
     EditorRig editor;
     EditorRig neighbour; // a second instance with its own window, which is to notice nothing
@@ -71,7 +71,7 @@ TEST_F(PresetWorkflow, APresetIsLoadedTurnedUndoneComparedKeptAndFoundAgain)
     EXPECT_EQ(neighbour.host.get("modDrumfell.xover-freq"), 100.0);
 }
 
-TEST_F(PresetWorkflow, ABankGoesThroughAFileToAnotherInstanceAndIsDeletedOnlyWhenConfirmed)
+TEST_F(Workflow, ABankGoesThroughAFileToAnotherInstanceAndIsDeletedOnlyWhenConfirmed)
 {
     EditorRig editor;
     editor.clickMain("buttons.preset-manager");
@@ -113,6 +113,57 @@ TEST_F(PresetWorkflow, ABankGoesThroughAFileToAnotherInstanceAndIsDeletedOnlyWhe
                         {{"filename", CAttrValue("/none.cbf")}}));
     other.wait();
     EXPECT_EQ(other.attr(other.topWindow() + ".c.message", "title"), "The bank could not be read.");
+}
+
+// Inputs 3 and 4 become a second group with a name and a sound of its own.
+TEST_F(Workflow, InputsAreRoutedToAGroupThatIsNamedSoloedAndCopiedTo)
+{
+    EditorRig editor;
+    CAudioHostSetup setup;
+    setup.sampleRateHz = 48000.0;
+    setup.inputCount = 4;
+    setup.outputCount = 4;
+    editor.host.suspend();
+    editor.host.resume(setup);
+    editor.wait();
+    const auto pick = [&](const std::string& button, int index) {
+        editor.click(button);
+        editor.clickItem(editor.topWindow() + ".c.list", index);
+    };
+    editor.clickMain("buttons.channel-routing");
+    const std::string routing = editor.topWindow();
+    for (const int channel : {2, 3}) {
+        const std::string item = ".array.item#" + std::to_string(channel) + ".button";
+        pick(routing + ".c.in-routing" + item, channel + 1);
+        pick(routing + ".c.out-routing" + item, channel + 1);
+        EXPECT_EQ(editor.host.get("io-params.in-routing", 0, channel), channel + 1.0);
+        EXPECT_EQ(editor.host.get("io-params.out-routing", 0, channel), channel + 1.0);
+    }
+    EXPECT_EQ(editor.attr(routing + ".c.in-routing.array.item#3.button", "title"), "IN4");
+    editor.click(routing + ".c.buttons.group-names");
+    const std::string names = editor.topWindow();
+    editor.click(names + ".c.names.array.item#1.name");
+    editor.type(U"Toms");
+    editor.click(names + ".window-title.close");
+    editor.click(routing + ".window-title.close");
+    ASSERT_EQ(editor.topWindow(), "ui.main-window");
+
+    editor.drag("ui.main-window.c.mix.lfgain.knob-base", 20.0);
+    const double gain = editor.host.get("modDrumfell.lf-gain", 0);
+    pick("ui.main-window.c.bottom-frame.copy", 1);
+    EXPECT_EQ(editor.host.get("modDrumfell.lf-gain", 1), gain);
+    EXPECT_EQ(editor.attr("ui.main-window.c.buttons.history.button-select", "title"), "Group (Toms) copy");
+    editor.click("ui.main-window.c.bottom-frame.group-selector.button#1");
+    EXPECT_EQ(editor.attr("ui.main-window.c.bottom-frame.group-label", "title"), "IN3, IN4");
+    editor.clickMain("bottom-frame.solo");
+    EXPECT_EQ(editor.host.get("io-params.channel-group-solo", 0, 1), 1.0);
+    EXPECT_EQ(editor.host.get("io-params.channel-group-solo", 0, 0), 0.0);
+    editor.drag("ui.main-window.c.mix.lfgain.knob-base", -20.0);
+    EXPECT_EQ(editor.host.get("modDrumfell.lf-gain", 0), gain);
+    EXPECT_LT(editor.host.get("modDrumfell.lf-gain", 1), gain);
+    editor.clickMain("bottom-frame.reset");
+    EXPECT_EQ(editor.host.get("modDrumfell.lf-gain", 1), 1.0);
+    EXPECT_EQ(editor.host.get("modDrumfell.lf-gain", 0), gain);
 }
 
 } // namespace
