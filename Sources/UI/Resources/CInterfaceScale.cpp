@@ -3,24 +3,22 @@
 
 #include "CApplication.h"
 
-#include <atomic>
-
 namespace qel {
 
 namespace {
 
-std::atomic<double> theScale{1.0};
+thread_local double theScale = 1.0;
 
 } // namespace
 
 double CInterfaceScale::get()
 {
-    return theScale.load(std::memory_order_relaxed);
+    return theScale;
 }
 
 void CInterfaceScale::set(double scale)
 {
-    theScale.store(scale, std::memory_order_relaxed);
+    theScale = scale;
 }
 
 void CInterfaceScale::readSetting()

@@ -1,6 +1,7 @@
 // The pop-ups of a window.
 #include "CPopups.h"
 
+#include "CInterfaceScale.h"
 #include "CWindow.h"
 #include "Trace.h"
 
@@ -166,6 +167,8 @@ CError CPopups::createTree(CView& opener, const CAttrMap& settings, CWindow*& ou
     attributes["is-popup-window"] = CAttrValue(true);
     attributes["opener"] = CAttrValue(opener.getFullName());
 
+    // The user may have chosen another one since, for windows to come.
+    const CInterfaceScale::CScope scale(opener.getInterfaceScale());
     const CString tag = textOf(settings, "tag");
     CView* root = nullptr;
     QEL_TRY(window_.getRoot()->createChild(root, tag, nameOf(tag), true, nullptr, &attributes),

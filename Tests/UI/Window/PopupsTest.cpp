@@ -1,5 +1,6 @@
 // Pop-ups: lists, menus and dialogs, and what closes them.
 #include "CFileDialog.h"
+#include "CInterfaceScale.h"
 #include "TemporaryFolder.h"
 #include "WholeFile.h"
 #include "WindowFixture.h"
@@ -105,6 +106,12 @@ TEST_F(Popups, OpenWhereAndAsTheirOpenerSays)
     EXPECT_EQ(attr("win-list", "opener"), "ui.main-window.a");
     EXPECT_TRUE(in("a").isStateActive("popup"));
     EXPECT_EQ(takeLog(), (Lines{"text=a changed"}));
+
+    user().click(in("a"));
+    CInterfaceScale::set(1.25); // for windows to come
+    user().click(in("a"));
+    CInterfaceScale::set(1.0);
+    EXPECT_EQ(placeOf("win-list").width, 60) << "at the scale of its opener";
 }
 
 TEST_F(Popups, CloseWithTheSecondPressAndStayClosed)
