@@ -179,6 +179,28 @@ TEST_F(RudeEditor, IsOpenTwentyTimesAtOnce)
     }
 }
 
+// Hosts run each editor where they like.
+TEST_F(RudeEditor, IsOpenInSeveralThreads)
+{
+    const auto use = [] {
+        test::CTestXClient own;
+        EditorHost editor(own, 0, 0);
+        for (int i = 0; i < 5; ++i) {
+            EXPECT_TRUE(editor.open());
+            editor.idleFor(0.05);
+            EXPECT_NE(editor.editor(), 0U);
+            editor.close();
+        }
+    };
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back(use);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
 TEST_F(RudeEditor, LeavesNothingBehindAfterAHundredOpenings)
 {
     EditorHost editor(client, 0, 0);

@@ -92,6 +92,8 @@ CError CAudioInterfaceClientConnector::sendToBase(const CByteBuffer& record)
     if (!base_) {
         return {};
     }
+    // A host that is told of a change may close the editor at once.
+    const CHold hold(*this);
     CError error = base_->processClientData(index_, record);
     postWaiting(); // what could not be posted when it came
     return error;
