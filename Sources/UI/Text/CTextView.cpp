@@ -287,12 +287,11 @@ CAttrMap CTextView::frameAttributes(const Choice& choice) const
         }
     }
     attributes["temp-editbox-owner"] = CAttrValue(getFullName());
-    const CString ownBorder = choice.paragraph == kNone ? getAttrString(kInnerBorder) : CString();
-    attributes[kInnerBorder] = CAttrValue(getAttrString(kBoxInnerBorder, ownBorder));
     if (choice.paragraph != kNone) {
         placeAtParagraph(choice.paragraph, attributes);
         return attributes;
     }
+    attributes[kInnerBorder] = CAttrValue(getAttrString(kBoxInnerBorder, getAttrString(kInnerBorder)));
     const bool hasReadOut = dynamic_cast<CView*>(findChild("readout")) != nullptr;
     const CString atReadOut =
         getAttrString("editbox-readout-placement", getAttrString("readout-placement", "match"));
@@ -305,15 +304,21 @@ CAttrMap CTextView::frameAttributes(const Choice& choice) const
     return attributes;
 }
 
+// Over the whole row, with the text where it was.
 void CTextView::placeAtParagraph(std::int32_t paragraph, CAttrMap& attributes) const
 {
     const double scale = getInterfaceScale();
+    const auto pixels = [&](double length) { return formatReal(length / scale, 2); };
+    const CRect& box = getTextBox();
     const CRect row = getParagraphRect(static_cast<std::size_t>(paragraph));
-    const double top = row.y + getTextShiftY() - getTextBox().y;
+    const double width = getClip(kTextClip).getRect().width;
     attributes["placement"] = CAttrValue("overlay");
-    attributes["outer-border"] = CAttrValue("T" + formatReal(top / scale, 2));
-    attributes["width"] = CAttrValue(getTextBox().width / scale);
+    attributes["outer-border"] =
+        CAttrValue("L" + pixels(-box.x) + " T" + pixels(row.y + getTextShiftY() - box.y));
+    attributes["width"] = CAttrValue(width / scale);
     attributes["height"] = CAttrValue(row.height / scale);
+    const CString border = "L" + pixels(box.x) + " R" + pixels(width - box.right());
+    attributes[kInnerBorder] = CAttrValue(getAttrString(kBoxInnerBorder, border));
 }
 
 CError CTextView::configure(CEditBox& box) const

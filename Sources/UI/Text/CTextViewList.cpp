@@ -283,7 +283,7 @@ void CTextViewList::drawBehindText(CDrawContext& context)
         return;
     }
     const auto drawStrip = [&](std::int32_t index, std::size_t slot) {
-        if (index >= 0 && index < getItemCount()) {
+        if (index >= 0 && index < getItemCount() && isParagraphShown(static_cast<std::size_t>(index))) {
             context.drawFilledRect(getTextSlotColor(slot), getParagraphRect(static_cast<std::size_t>(index)),
                                    kTextClip, 1.0);
         }

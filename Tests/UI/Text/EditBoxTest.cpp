@@ -308,6 +308,7 @@ TEST_F(EditBoxTest, AsksWhetherATextMayBeRenamed)
     loadLabels({{"editbox-can-rename-event", "can-rename"},
                 {"editbox-can-rename-target", "refusing"},
                 {"text-source", "values"},
+                {"inner-border", "L6 R4 T1"},
                 {"is-paragraph-selectable", "true"}});
     set("values", "values", "fixed;free");
     frame(0.1);
@@ -317,7 +318,8 @@ TEST_F(EditBoxTest, AsksWhetherATextMayBeRenamed)
     ASSERT_OK(label().openEditBox(1));
     ASSERT_TRUE(label().isEditing());
     frame(0.2);
-    EXPECT_EQ(at("w.t.temp-editbox").getArea(), (CRect{0, 13, 100, 13}));
+    EXPECT_EQ(at("w.t.temp-editbox").getArea(), (CRect{0, 14, 100, 13}));
+    EXPECT_EQ(box().getArea(), (CRect{6, 14, 90, 13}));
     type("r");
     key(keys::kEnter, false);
     EXPECT_EQ(log(), Log({"index=1", "is-cancelled=false", "text=freer"}));
