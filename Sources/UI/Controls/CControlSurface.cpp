@@ -82,6 +82,12 @@ CError CControlSurface::attrLook()
     return {};
 }
 
+CError CControlSurface::attrInnerBorder()
+{
+    QEL_TRY(CView::attrInnerBorder(), getFullName());
+    return attrLook();
+}
+
 void CControlSurface::updateClips()
 {
     CView::updateClips();
@@ -94,6 +100,15 @@ double CControlSurface::toPixelY(double db) const
     const double range = maxDb_ - minDb_;
     const double y = range > 0.0 ? (maxDb_ - db) / range * height : 0.0;
     return std::clamp(y, -kOvershootPx, height + kOvershootPx);
+}
+
+// Beyond the ends in equal ratios.
+double CControlSurface::frequencyAt(double norm) const
+{
+    const double leastHz = std::max(freq_->toValue(0, 0.0), 1e-3);
+    const double mostHz = std::max(freq_->toValue(0, 1.0), leastHz);
+    const double beyond = norm - std::clamp(norm, 0.0, 1.0);
+    return std::max(freq_->toValue(0, norm - beyond), 1e-3) * std::pow(mostHz / leastHz, beyond);
 }
 
 void CControlSurface::layOut()
@@ -110,20 +125,23 @@ void CControlSurface::layOut()
     if (!freq_ || freq_->getElementCount() == 0 || area.isEmpty()) {
         return;
     }
-    const double leastHz = std::max(freq_->toValue(0, 0.0), 1e-3);
-    const double mostHz = freq_->toValue(0, 1.0);
-    for (double decade = std::pow(10.0, std::floor(std::log10(leastHz))); decade < mostHz; decade *= 10.0) {
+    using Var = CViewArea::Var;
+    const double left = static_cast<double>(getViewArea().getValue(Var::kInnerBefore, CAxis::kX));
+    const double right = static_cast<double>(getViewArea().getValue(Var::kInnerAfter, CAxis::kX));
+    const double width = std::max(1.0, area.width - left - right);
+    const double leastHz = frequencyAt(0.0);
+    const double mostHz = frequencyAt(1.0);
+    for (double decade = std::pow(10.0, std::floor(std::log10(leastHz))); decade <= mostHz; decade *= 10.0) {
         for (const double digit : {1.0, 2.0, 5.0}) {
-            const double place = freq_->toNorm(0, digit * decade);
-            if (digit * decade > leastHz && digit * decade < mostHz) {
-                gridUpright_.push_back(std::round(place * area.width));
+            if (digit * decade >= leastHz && digit * decade <= mostHz) {
+                gridUpright_.push_back(std::round(left + freq_->toNorm(0, digit * decade) * width));
             }
         }
     }
     const std::int32_t type = type_ ? static_cast<std::int32_t>(std::lround(type_->getValue(0))) : 0;
     const double cornerHz = freq_->getValue(0);
     for (double x = 0.0; x <= area.width; x += 1.0) {
-        const double hz = freq_->toValue(0, x / area.width);
+        const double hz = frequencyAt((x - left) / width);
         curve_.push_back({x, toPixelY(response_.getGainDb(type, hz, cornerHz))});
     }
 }

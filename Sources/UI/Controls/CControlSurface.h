@@ -8,7 +8,8 @@
 namespace qel {
 
 // Tag `ui:control-surface`. Draws what the points of its groups (CControlSurfaceGroup, which lie over it)
-// mean: the response of a filter, over a grid. Frequencies lie as the parameter of the corner has them.
+// mean: the response of a filter, over a grid. Frequencies lie as the parameter of the corner has them, from
+// end to end of the inside of the inner border.
 //
 //     filters           path of the array of filters whose response is shown
 //     min-db, max-db    what is seen of the response, -48 and 6 by default
@@ -23,6 +24,7 @@ public:
     static void buildClassInfo(CClassInfo& info);
 
     CError init() override;
+    CError attrInnerBorder() override;
 
     CError onParamAdded(CUIParam& param) override;
     CError onParamRemoved(CUIParam& param) override;
@@ -38,6 +40,7 @@ private:
     CError attrLook();
     void layOut();
     double toPixelY(double db) const;
+    double frequencyAt(double norm) const;
 
     CFilterResponse response_;
     CUIParam* freq_ = nullptr;

@@ -7,6 +7,7 @@
 #include "CParamEdit.h"
 #include "CUIParam.h"
 #include "DrawTiled.h"
+#include "NumberSyntax.h"
 #include "PointerEvents.h"
 
 #include <cmath>
@@ -50,6 +51,8 @@ void CControlSurfaceGroup::buildClassInfo(CClassInfo& info)
     using Self = CControlSurfaceGroup;
     CView::buildClassInfo(info);
     info.bind<&Self::swatchPath_>("color-swatch", "");
+    info.bind<&Self::maxX_>("max-x", std::nullopt);
+    info.bind<&Self::maxY_>("max-y", std::nullopt);
     info.handleEvent<&Self::onMouseWheel>("mouse-wheel");
 }
 
@@ -162,6 +165,14 @@ double CControlSurfaceGroup::travel(CAxis axis) const
     return std::max(1.0, isSlider() ? length - std::round(kHandleLength * getInterfaceScale()) : length);
 }
 
+double CControlSurfaceGroup::endNorm(CAxis axis) const
+{
+    const std::optional<CString>& text = axis == CAxis::kX ? maxX_ : maxY_;
+    const std::optional<double> value = text ? parseReal(*text) : std::nullopt;
+    const CUIParam* const param = params_[indexOf(axis)];
+    return value && param ? std::max(1e-6, param->toNorm(0, *value)) : 1.0;
+}
+
 void CControlSurfaceGroup::layOut()
 {
     std::int32_t count = 0;
@@ -175,7 +186,7 @@ void CControlSurfaceGroup::layOut()
         Point& point = points_[static_cast<std::size_t>(i)];
         for (const CAxis axis : kAxes) {
             const CUIParam* const param = params_[indexOf(axis)];
-            point.norm[indexOf(axis)] = param ? param->getNorm(i) : 0.5;
+            point.norm[indexOf(axis)] = param ? std::min(1.0, param->getNorm(i) / endNorm(axis)) : 0.5;
         }
         point.isActive = !activeParam_ || activeParam_->getValue(i) != 0.0;
         point.color = swatch_ ? swatch_->getColor(i) : CString();
@@ -366,8 +377,11 @@ CError CControlSurfaceGroup::onMouseWheel(const CAttrMap& parameters)
 
 CError CControlSurfaceGroup::resetPoint(std::size_t index)
 {
-    const double norm[2] = {params_[0] ? params_[0]->getDefaultNorm(static_cast<std::int32_t>(index)) : 0.0,
-                            params_[1] ? params_[1]->getDefaultNorm(static_cast<std::int32_t>(index)) : 0.0};
+    const auto defaultOf = [&](CAxis axis) {
+        const CUIParam* const param = params_[indexOf(axis)];
+        return param ? param->getDefaultNorm(static_cast<std::int32_t>(index)) / endNorm(axis) : 0.0;
+    };
+    const double norm[2] = {defaultOf(CAxis::kX), defaultOf(CAxis::kY)};
     return write(index, norm);
 }
 
@@ -382,7 +396,7 @@ CError CControlSurfaceGroup::write(std::size_t index, const double (&norm)[2])
         CUIParam* const param = params_[indexOf(axis)];
         if (param && !isReleased()) {
             first.add(param->setNorm(static_cast<std::int32_t>(index),
-                                     std::clamp(norm[indexOf(axis)], 0.0, 1.0), &edit));
+                                     std::clamp(norm[indexOf(axis)], 0.0, 1.0) * endNorm(axis), &edit));
         }
     }
     first.add(edit.send());

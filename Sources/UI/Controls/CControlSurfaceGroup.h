@@ -14,7 +14,8 @@ class CUIParam;
 // which is the place of a point, from the left and from the bottom; "ui-param-active", where 0 shows a point
 // as switched off. With only one of the first two it is a slider of one handle along that axis.
 //
-//     color-swatch     path of a CColorSwatch: its colours 0, 1, ... are those of the points, in turn
+//     color-swatch          path of a CColorSwatch: its colours 0, 1, ... are those of the points, in turn
+//     max-x, max-y          the greatest value that a point can have, where the parameter has more
 //
 // A drag moves one point; with Shift slowly. Ctrl or a double click bring it back to its defaults. The wheel
 // moves it along x. Points keep to the inside of the inner border. Each gesture is one step of the history,
@@ -53,8 +54,8 @@ private:
 
     struct Point
     {
-        double norm[2] = {0.0, 0.0};
-        CPoint center; // from the view's corner, pixels
+        double norm[2] = {0.0, 0.0}; // along the axes
+        CPoint center;               // from the view's corner, pixels
         bool isActive = true;
         CString color; // of the palette; empty: slot 0
     };
@@ -65,6 +66,8 @@ private:
     void layOutSlider();
     CRect content() const;
     double travel(CAxis axis) const;
+    // The position of the parameter at the far end of an axis.
+    double endNorm(CAxis axis) const;
     std::size_t pointAt(const CPoint& point) const;
     CError setHovered(std::size_t index);
 
@@ -90,6 +93,8 @@ private:
 
     // Bound attributes.
     CString swatchPath_;
+    std::optional<CString> maxX_;
+    std::optional<CString> maxY_;
 };
 
 } // namespace qel
