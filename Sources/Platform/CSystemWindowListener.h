@@ -40,6 +40,9 @@ public:
     // The host's window around a child has become, or no longer is, the one the user works in. It is left for
     // a dialog whose text is edited, too: CSystemDisplay::isActive() tells of all windows together.
     virtual void onActivation(bool /*isActive*/) {}
+    // The host has hidden its window around a child, with the child in it, or shows it again. Windows above
+    // it stay where they are.
+    virtual void onHostShown(bool /*isShown*/) {}
     virtual void onCloseRequest() {}
     // The window is gone, by another's hand (its parent was destroyed, the server died). Its object stays and
     // does nothing from now on.

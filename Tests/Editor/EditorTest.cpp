@@ -188,6 +188,33 @@ TEST_F(Editor, OpensTheSettingsAndScalesTheNextWindow)
     EXPECT_TRUE(editor->idleUntil([&] { return client.pixelsOf(editor->editor(), edge) == before; }));
 }
 
+// Hosts often only hide a window that the user closes.
+TEST_F(Editor, TakesItsDialogsAlongWhereTheHostHidesOrLosesIt)
+{
+    const auto isOpen = [&] { return hasPopup(); };
+    const auto isGone = [&] { return !hasPopup(); };
+    editor->click(placeOf(kSettings));
+    ASSERT_TRUE(editor->idleUntil(isOpen));
+    const xcb_window_t dialog = popups()[0];
+    xcb_unmap_window(client.get(), editor->window());
+    client.sync();
+    EXPECT_TRUE(editor->idleUntil(isGone));
+    xcb_map_window(client.get(), editor->window());
+    client.sync();
+    ASSERT_TRUE(editor->idleUntil(isOpen));
+    EXPECT_EQ(popups()[0], dialog);
+    client.destroyWindow(editor->window());
+    EXPECT_TRUE(editor->idleUntil(isGone));
+}
+
+// A host that hangs while a plug-in holds the pointer or the keyboard locks the whole desktop.
+TEST_F(Editor, GrabsNothingWhileAListIsOpen)
+{
+    editor->click(placeOf(kList));
+    ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
+    EXPECT_TRUE(client.canGrab());
+}
+
 // While a text is edited keys are ours, at any other time the host's: its space bar starts the transport,
 // whatever was clicked here.
 TEST_F(Editor, HasTheKeyboardOnlyWhileATextIsEdited)

@@ -72,6 +72,25 @@ public:
         sync();
     }
 
+    // Does nobody else hold the pointer or the keyboard?
+    bool canGrab()
+    {
+        const XPtr<xcb_grab_pointer_reply_t> pointer(xcb_grab_pointer_reply(
+            connection_,
+            xcb_grab_pointer(connection_, 0, root(), 0, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC, XCB_NONE,
+                             XCB_NONE, XCB_CURRENT_TIME),
+            nullptr));
+        const XPtr<xcb_grab_keyboard_reply_t> keyboard(
+            xcb_grab_keyboard_reply(connection_,
+                                    xcb_grab_keyboard(connection_, 0, root(), XCB_CURRENT_TIME,
+                                                      XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+                                    nullptr));
+        xcb_ungrab_pointer(connection_, XCB_CURRENT_TIME);
+        xcb_ungrab_keyboard(connection_, XCB_CURRENT_TIME);
+        return pointer && keyboard && pointer->status == XCB_GRAB_STATUS_SUCCESS &&
+               keyboard->status == XCB_GRAB_STATUS_SUCCESS;
+    }
+
     // From the lowest to the topmost.
     std::vector<xcb_window_t> childrenOf(xcb_window_t window)
     {

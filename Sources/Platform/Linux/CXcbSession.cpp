@@ -144,6 +144,12 @@ bool CXcbSession::dispatchHost(const xcb_generic_event_t& event, xcb_window_t wi
                 ours->askScreenPosition();
             }
         }
+    } else if (type == XCB_MAP_NOTIFY || type == XCB_UNMAP_NOTIFY) {
+        forEachWindow([window, type](CXcbWindow& ours) {
+            if (ours.topLevel() == window && ours.kind() == WindowKind::kChild) {
+                ours.reportHostShown(type == XCB_MAP_NOTIFY);
+            }
+        });
     } else if (type == XCB_DESTROY_NOTIFY) {
         hosts_.erase(host);
     } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {

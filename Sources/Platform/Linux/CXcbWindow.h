@@ -47,6 +47,7 @@ public:
     bool paint();
     void askScreenPosition();
     void reportActivation(bool isActive);
+    void reportHostShown(bool isShown);
     void lose(); // the window is gone
 
     static xcb_window_t windowOf(const xcb_generic_event_t& event); // that reports it, or 0

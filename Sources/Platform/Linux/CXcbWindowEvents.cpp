@@ -316,6 +316,11 @@ void CXcbWindow::reportActivation(bool isActive)
     listener_.onActivation(isActive);
 }
 
+void CXcbWindow::reportHostShown(bool isShown)
+{
+    listener_.onHostShown(isShown);
+}
+
 void CXcbWindow::lose()
 {
     if (!id_) {

@@ -220,6 +220,12 @@ void CWin32Window::watchHost(bool isActive)
         listener_.onActivation(isActive);
     }
     if (!life.expired() && window_) {
+        const bool isShown = IsWindowVisible(window_) != FALSE;
+        if (std::exchange(isHostShown_, isShown) != isShown) {
+            listener_.onHostShown(isShown);
+        }
+    }
+    if (!life.expired() && window_) {
         handleMove();
     }
 }

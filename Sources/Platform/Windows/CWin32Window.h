@@ -78,6 +78,7 @@ private:
     bool isTrackingLeave_ = false;
     bool isFocusTaken_ = false;
     bool isHostActive_ = true;
+    bool isHostShown_ = true;
 };
 
 } // namespace qel::platform

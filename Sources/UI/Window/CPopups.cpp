@@ -320,6 +320,16 @@ void CPopups::forgetView(CView& view)
     }
 }
 
+CError CPopups::setShown(bool isShown)
+{
+    CError error = isShown ? CError() : closeDropDowns({});
+    for (const Child& child : children_) {
+        child.window->setShown(isShown);
+        collectError(error, child.window->getPopups().setShown(isShown));
+    }
+    return error;
+}
+
 void CPopups::closeAll()
 {
     while (!children_.empty()) {

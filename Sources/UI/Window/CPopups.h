@@ -66,6 +66,9 @@ public:
     CError onDeactivateTick();
     // This window, a pop-up, is to close: tells its opener and releases the window's whole tree.
     CError closeOwn();
+    // The window in which all of this began is hidden, or shown again: dialogs below this window are hidden
+    // and shown with it, lists close.
+    CError setShown(bool isShown);
     // All pop-ups of this window close.
     void closeAll();
     // This window is going, and its pop-ups with it.

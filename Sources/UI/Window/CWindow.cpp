@@ -256,6 +256,15 @@ void CWindow::raise()
     }
 }
 
+void CWindow::setShown(bool isShown)
+{
+    if (systemWindow_ && isShown) {
+        systemWindow_->show();
+    } else if (systemWindow_) {
+        systemWindow_->hide();
+    }
+}
+
 void CWindow::release()
 {
     end();
@@ -697,6 +706,11 @@ void CWindow::onFocus(bool isFocused)
 void CWindow::onActivation(bool isActive)
 {
     handle([&] { return rootView_->fireEvent(isActive ? "activate-window" : "deactivate-window", {}); });
+}
+
+void CWindow::onHostShown(bool isShown)
+{
+    handle([&] { return popups_.setShown(isShown); });
 }
 
 void CWindow::onCloseRequest()

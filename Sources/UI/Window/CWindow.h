@@ -76,6 +76,8 @@ public:
     // From a successful open() until the root view is released.
     bool isOpen() const { return isOpen_; }
     void raise();
+    // Hides or shows what is open, as it is.
+    void setShown(bool isShown);
 
     // --- what it is made of
 
@@ -139,6 +141,7 @@ public:
     void onKeyRelease(const platform::KeyEvent& event) override;
     void onFocus(bool isFocused) override;
     void onActivation(bool isActive) override;
+    void onHostShown(bool isShown) override;
     void onCloseRequest() override;
     void onDestroyed() override;
 
