@@ -24,9 +24,11 @@ constexpr double kRateHz = 48000.0;
 constexpr int kBlock = 480;
 constexpr double kBlockSec = kBlock / kRateHz;
 constexpr double kToneHz = 60.0;
-constexpr double kRightGain = 0.8;
+constexpr int kChannels = 8;
+// From each channel to the next.
+constexpr double kGainStep = 0.8;
 // Longer than any state takes to show.
-constexpr double kSettleSec = 1.0;
+constexpr double kSettleSec = 0.6;
 
 void require(CError error)
 {
@@ -74,7 +76,7 @@ CInterfaceHost::CInterfaceHost(const Options& options)
     instance_ = std::make_unique<CInstance>();
     require(instance_->init());
     require(instance_->finishInit());
-    instance_->resume({kRateHz, 2, 0, 2});
+    instance_->resume({kRateHz, kChannels, 0, kChannels});
     processBlock();
 
     require(
@@ -218,17 +220,19 @@ void CInterfaceHost::advance(double sec)
 
 void CInterfaceHost::processBlock()
 {
-    std::vector<double> samples[2] = {std::vector<double>(kBlock), std::vector<double>(kBlock)};
-    for (int i = 0; i < kBlock; ++i) {
-        const double phase = 2.0 * std::numbers::pi * kToneHz * (positionSec_ + i / kRateHz);
-        const auto place = static_cast<std::size_t>(i);
-        samples[0][place] = gain_ * std::sin(phase);
-        samples[1][place] = samples[0][place] * kRightGain;
+    std::vector<double> samples[kChannels];
+    void* channels[kChannels];
+    double gain = gain_;
+    for (int channel = 0; channel < kChannels; ++channel) {
+        for (int i = 0; i < kBlock; ++i) {
+            const double phase = 2.0 * std::numbers::pi * kToneHz * (positionSec_ + i / kRateHz);
+            samples[channel].push_back(gain * std::sin(phase));
+        }
+        channels[channel] = samples[channel].data();
+        gain *= kGainStep;
     }
     positionSec_ += kBlockSec;
-    const void* inputs[] = {samples[0].data(), samples[1].data()};
-    void* outputs[] = {samples[0].data(), samples[1].data()};
-    instance_->processBlock({inputs, outputs, kBlock, true});
+    instance_->processBlock({channels, channels, kBlock, true});
 }
 
 } // namespace qel::tools

@@ -45,7 +45,8 @@ public:
     // A parameter by the end of its name ("lf-gain"), with a text as a user would type it; or an attribute of
     // an object, "path:attribute".
     void set(const std::string& name, const std::string& value);
-    // Sound at the inputs while the interface goes on: a low sine, on the right a little softer.
+    // Sound at the inputs while the interface goes on: a low sine, on each channel softer than on the one
+    // before.
     void play(double sec, double levelDb);
     // Time goes on until nothing moves any more.
     void settle();
