@@ -14,6 +14,8 @@ build_packages=(g++ cmake ninja-build ccache zlib1g-dev libxcb1-dev libxcb-shm0-
 test_packages=(dpf-plugins-vst xvfb libx11-data xkb-data dbus-daemon)
 # What reads the reports, and recorded drums.
 demo_packages=(jq sonic-pi-samples)
+# The drums of the plots, and what makes their files small.
+picture_packages=(sonic-pi-samples pngquant)
 windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
 fuzz_packages=(clang libclang-rt-14-dev)
 check_packages=(clang-format)
@@ -25,7 +27,7 @@ usage: drumfell.sh COMMAND
   demo       build, do the main job on real input and show the result
   test       build and run all tests
   screenshots
-             draw the windows anew for the documentation, without a screen
+             draw the windows and the plots of the documentation anew, without a screen
   check      tell which sources are not laid out as .clang-format says
   bench      build and run the benchmarks (arguments go to Google Benchmark)
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
@@ -171,6 +173,21 @@ screenshots() {
     for window in settings global-settings preset-manager channel-routing; do
         picture "$window" --window "ui:win-$window"
     done
+    plot punch --set PncEnab=On --set PncGain=+9
+    plot saturation --set SatEnab=On --set SatDrv=+18
+    plot sub --set SubEnab=On --set XOverFr=120
+}
+
+# plot NAME [option of the renderer...]: a recorded bass drum before and after.
+plot() {
+    local name=$1 sound
+    shift
+    sound=$(mktemp --suffix .wav)
+    build/release/bin/drumfell-render /usr/share/sonic-pi/samples/drum_bass_hard.flac --input-gain -9 --tail 0.5 --quiet \
+        -o "$sound" --plot "Docs/pictures/plot-$name.png" "$@"
+    rm -f "$sound"
+    pngquant --force --ext .png 32 "Docs/pictures/plot-$name.png"
+    echo "Docs/pictures/plot-$name.png"
 }
 
 case "${1:-}" in
@@ -185,8 +202,8 @@ test)
     run_tests release
     ;;
 screenshots)
-    need "${build_packages[@]}"
-    build release drumfell-inspect
+    need "${build_packages[@]}" "${picture_packages[@]}"
+    build release Drumfell drumfell-inspect drumfell-render
     screenshots
     ;;
 check)
