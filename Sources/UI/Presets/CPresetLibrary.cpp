@@ -120,6 +120,15 @@ void CPresetLibrary::listBanks()
 
 // --- what there is
 
+std::vector<CString> CPresetLibrary::listNames() const
+{
+    std::vector<CString> names;
+    for (const Bank& bank : banks_) {
+        names.push_back(bank.name);
+    }
+    return names;
+}
+
 const CPresetLibrary::Bank* CPresetLibrary::findBank(std::int32_t bank) const
 {
     return bank >= 0 && static_cast<std::size_t>(bank) < banks_.size()

@@ -60,6 +60,7 @@ public:
     // --- what there is
 
     const std::vector<Bank>& getBanks() const { return banks_; }
+    std::vector<CString> listNames() const;
     // Null for an index that is not there.
     const Bank* findBank(std::int32_t bank) const;
     bool hasPreset(std::int32_t bank, std::int32_t preset) const;

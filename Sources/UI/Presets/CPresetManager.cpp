@@ -1,7 +1,6 @@
 // The window in which the user arranges banks and presets.
 #include "CPresetManager.h"
 
-#include "CFileDialog.h"
 #include "CFirstError.h"
 #include "CParamGroupSelector.h"
 #include "CTextViewList.h"
@@ -23,22 +22,6 @@ constexpr const char* kStoreUpdate = "shared-banks-update";
 constexpr const char* kBank = "bank";
 constexpr const char* kPreset = "preset";
 
-struct FileActionText
-{
-    const char* object;
-    const char* mode;
-    const char* filter;
-    const char* extension;
-    const char* result;
-};
-
-constexpr FileActionText kFileActionTexts[] = {
-    {"bank-load-dialog", "open", "Compressed bank files", "cbf", "perform-bank-load"},
-    {"bank-save-dialog", "save", "Compressed bank files", "cbf", "perform-bank-save"},
-    {"preset-load-dialog", "open", "Compressed preset files", "cpf", "perform-preset-load"},
-    {"preset-save-dialog", "save", "Compressed preset files", "cpf", "perform-preset-save"},
-};
-
 struct ButtonLink
 {
     const char* path;
@@ -58,19 +41,6 @@ constexpr ButtonLink kButtons[] = {
     {"$preset-buttons-path.activate", "preset-activate"},
     {"$preset-buttons-path.set-default", "preset-set-default"},
 };
-
-// The name, or the name and the first number that makes it one of its own.
-CString uniqueName(const CString& name, const std::vector<CString>& taken)
-{
-    const auto isTaken = [&](const CString& one) {
-        return std::find(taken.begin(), taken.end(), one) != taken.end();
-    };
-    CString unique = name;
-    for (int number = 2; isTaken(unique); ++number) {
-        unique = name + CString(" ") + CString::number(number);
-    }
-    return unique;
-}
 
 } // namespace
 
@@ -206,13 +176,31 @@ CError CPresetManager::onUpdate(const CAttrMap&)
     return {};
 }
 
+// By its name, since other instances change the same lists; at its place if it has another name now, and
+// otherwise what has taken its place.
+std::int32_t CPresetManager::locate(const std::vector<CString>& names, std::int32_t index,
+                                    const CString& name)
+{
+    const auto count = static_cast<std::int32_t>(names.size());
+    if (index < 0 || (index < count && names[static_cast<std::size_t>(index)] == name)) {
+        return index;
+    }
+    const auto found = std::find(names.begin(), names.end(), name);
+    return found == names.end() ? std::min(index, count - 1)
+                                : static_cast<std::int32_t>(found - names.begin());
+}
+
 CError CPresetManager::showLists()
 {
     if (!presetList_) {
         return {};
     }
-    if (added_ && library_.hasPreset(bank_, *added_)) {
-        preset_ = *std::exchange(added_, std::nullopt);
+    bank_ = locate(library_.listNames(), bank_, bankName_);
+    preset_ = locate(library_.findBank(bank_)->presets, preset_, presetName_);
+    const std::vector<CString>& presets = library_.findBank(bank_)->presets;
+    if (added_ && library_.hasPreset(bank_, added_->preset) &&
+        presets[static_cast<std::size_t>(added_->preset)] == added_->presetName) {
+        preset_ = std::exchange(added_, std::nullopt)->preset;
     }
     return select(bank_, preset_);
 }
@@ -223,15 +211,13 @@ CError CPresetManager::select(std::int32_t bank, std::int32_t preset)
     bank_ = std::clamp(bank, 0, bankCount - 1);
     const CPresetLibrary::Bank& shown = *library_.findBank(bank_);
     preset_ = std::clamp(preset, -1, static_cast<std::int32_t>(shown.presets.size()) - 1);
+    bankName_ = shown.name;
+    presetName_ = preset_ < 0 ? CString() : shown.presets[static_cast<std::size_t>(preset_)];
     const CHold hold(*this);
     const bool wasSelecting = std::exchange(isSelecting_, true);
     CFirstError first;
     if (bankItems_) {
-        std::vector<CString> names;
-        for (const CPresetLibrary::Bank& one : library_.getBanks()) {
-            names.push_back(one.name);
-        }
-        first.add(bankItems_->setValues(std::move(names)));
+        first.add(bankItems_->setValues(library_.listNames()));
         first.add(bankList_->selectParagraph(bank_));
         first.add(bankList_->setAttribute("is-read-only", CAttrValue(!library_.canChangeBank(bank_)), true));
     }
@@ -268,15 +254,6 @@ CError CPresetManager::updateButtons()
     first.add(setButton("$preset-buttons-path.activate", hasPreset));
     first.add(setButton("$preset-buttons-path.set-default", hasPreset && library_.getState().isMaster));
     return first.take();
-}
-
-CString CPresetManager::selectedName(bool isBank) const
-{
-    const CPresetLibrary::Bank& bank = *library_.findBank(bank_);
-    if (isBank) {
-        return bank.name;
-    }
-    return preset_ >= 0 ? bank.presets[static_cast<std::size_t>(preset_)] : CString();
 }
 
 // --- the lists
@@ -333,59 +310,71 @@ CError CPresetManager::onBankRename(const CAttrMap& parameters)
 {
     const CString text = eventText(parameters, "text");
     const bool isKept = eventFlag(parameters, "is-cancelled") || text.isEmpty();
-    return isKept ? CError() : library_.renameBank(eventIndex(parameters, bank_), text);
+    return isKept ? CError()
+                  : tell(library_.renameBank(eventIndex(parameters, bank_), text), "error-bank-save");
 }
 
 CError CPresetManager::onPresetRename(const CAttrMap& parameters)
 {
     const CString text = eventText(parameters, "text");
     const bool isKept = eventFlag(parameters, "is-cancelled") || text.isEmpty();
-    return isKept ? CError() : library_.renamePreset(bank_, eventIndex(parameters, preset_), text);
+    return isKept ? CError()
+                  : tell(library_.renamePreset(bank_, eventIndex(parameters, preset_), text),
+                         "error-preset-save");
 }
 
 // --- banks
 
+CError CPresetManager::addBank(const FileTarget& target, const CAudioPresetBank& bank)
+{
+    const std::int32_t behind = target.isInsert ? target.item.bank : -1;
+    const bool isInside = library_.canChangeBank(behind);
+    if (CError error = library_.addBank(behind, bank)) {
+        return showError("error-bank-save", error);
+    }
+    const auto last = static_cast<std::int32_t>(library_.getBanks().size()) - 1;
+    return select(isInside ? behind + 1 : last, -1);
+}
+
 CError CPresetManager::onBankAdd(const CAttrMap& parameters)
 {
-    std::vector<CString> taken;
-    for (const CPresetLibrary::Bank& bank : library_.getBanks()) {
-        taken.push_back(bank.name);
-    }
     CAudioPresetBank bank;
-    bank.setName(uniqueName(newBankName_, taken));
-    const std::int32_t behind = eventFlag(parameters, "is-insert") ? bank_ : -1;
-    QEL_TRY(library_.addBank(behind, bank), getFullName());
-    const auto last = static_cast<std::int32_t>(library_.getBanks().size()) - 1;
-    return select(library_.canChangeBank(behind) ? behind + 1 : last, -1);
+    bank.setName(uniqueName(newBankName_, library_.listNames()));
+    return addBank({getSelection(), eventFlag(parameters, "is-insert")}, bank);
 }
 
 CError CPresetManager::onBankDelete(const CAttrMap&)
 {
-    return library_.canChangeBank(bank_)
-               ? confirm("confirm-bank-delete", selectedName(true), "perform-bank-delete")
-               : CError();
+    return library_.canChangeBank(bank_) ? confirm("confirm-bank-delete", bankName_, "perform-bank-delete")
+                                         : CError();
 }
 
 CError CPresetManager::onPerformBankDelete(const CAttrMap&)
 {
-    return library_.removeBank(bank_);
+    return isAsked() ? tell(library_.removeBank(bank_), "error-bank-save") : CError();
 }
 
 // --- presets
 
 CError CPresetManager::addPreset(const FileTarget& target, const CAudioPreset& preset)
 {
-    const CPresetLibrary::Bank* const bank = library_.findBank(target.bank);
+    const auto [bankIndex, selected, bankName, presetName] = target.item;
+    const CPresetLibrary::Bank* const bank = library_.findBank(bankIndex);
     if (!bank) {
         return {};
     }
     const auto count = static_cast<std::int32_t>(bank->presets.size());
-    const bool isInside = target.isInsert && library_.hasPreset(target.bank, target.preset + 1);
+    const bool isInside = target.isInsert && library_.hasPreset(bankIndex, selected + 1);
     CAudioPreset named = preset;
     named.setName(CAudioPreset::makeName(preset.getId(), uniqueName(preset.getTitle(), bank->presets)));
-    QEL_TRY(library_.addPreset(target.bank, isInside ? target.preset + 1 : -1, named), getFullName());
-    bank_ = target.bank;
-    added_ = isInside ? target.preset + 1 : count;
+    const std::int32_t place = isInside ? selected + 1 : count;
+    if (CError error = library_.addPreset(bankIndex, isInside ? place : -1, named)) {
+        return showError("error-preset-save", error);
+    }
+    if (!(bankIndex == bank_)) {
+        QEL_TRY(select(bankIndex, -1), getFullName());
+    }
+    added_ = Item{bankIndex, place, {}, named.getTitle()};
     return showLists();
 }
 
@@ -394,7 +383,7 @@ CError CPresetManager::onPresetAdd(const CAttrMap& parameters)
     if (!library_.canChange(bank_)) {
         return {};
     }
-    const FileTarget target{bank_, preset_, eventFlag(parameters, "is-insert")};
+    const FileTarget target{getSelection(), eventFlag(parameters, "is-insert")};
     return library_.takePresent(group(), [this, target](const CAudioPreset& present) {
         CAudioPreset named = present;
         named.setName(CAudioPreset::makeName(present.getId(), newPresetName_));
@@ -405,13 +394,13 @@ CError CPresetManager::onPresetAdd(const CAttrMap& parameters)
 CError CPresetManager::onPresetDelete(const CAttrMap&)
 {
     return library_.canChange(bank_) && preset_ >= 0
-               ? confirm("confirm-preset-delete", selectedName(false), "perform-preset-delete")
+               ? confirm("confirm-preset-delete", presetName_, "perform-preset-delete")
                : CError();
 }
 
 CError CPresetManager::onPerformPresetDelete(const CAttrMap&)
 {
-    return library_.removePreset(bank_, preset_);
+    return isAsked() ? tell(library_.removePreset(bank_, preset_), "error-preset-save") : CError();
 }
 
 CError CPresetManager::onPresetReplace(const CAttrMap&)
@@ -420,17 +409,18 @@ CError CPresetManager::onPresetReplace(const CAttrMap&)
         return {};
     }
     return library_.takePresent(group(), [this, bank = bank_, preset = preset_](const CAudioPreset& present) {
-        return library_.replacePreset(bank, preset, present);
+        return tell(library_.replacePreset(bank, preset, present), "error-preset-save");
     });
 }
 
 CError CPresetManager::onPresetActivate(const CAttrMap& parameters)
 {
-    return library_.activate(bank_, eventIndex(parameters, preset_), group());
+    return tell(library_.activate(bank_, eventIndex(parameters, preset_), group()), "error-preset-load");
 }
 
 CError CPresetManager::onPresetSetDefault(const CAttrMap&)
 {
+    asked_ = getSelection();
     return library_.hasPreset(bank_, preset_)
                ? openWindow("ui:win-confirmation", "Set as Default", "Use this preset as default preset?",
                             "perform-set-default")
@@ -439,153 +429,12 @@ CError CPresetManager::onPresetSetDefault(const CAttrMap&)
 
 CError CPresetManager::onPerformSetDefault(const CAttrMap&)
 {
-    return library_.takePreset(bank_, preset_,
-                               [](const CAudioPreset& preset) { return saveStoredDefault(preset); });
-}
-
-// --- files
-
-CError CPresetManager::openFileDialog(FileAction action, const CString& fileName, const CAttrMap& parameters)
-{
-    const FileActionText& text = kFileActionTexts[action];
-    fileTargets_[action] = FileTarget{bank_, preset_, eventFlag(parameters, "is-insert")};
-    auto* dialog = dynamic_cast<CFileDialog*>(findChild(text.object));
-    if (!dialog) {
-        const CAttrMap attributes{{"mode", CAttrValue(text.mode)},
-                                  {"filter-name", CAttrValue(text.filter)},
-                                  {"extension", CAttrValue(text.extension)},
-                                  {"result-event", CAttrValue(text.result)},
-                                  {"result-target", CAttrValue(getFullName())},
-                                  {"title", CAttrValue(getAttrString("title"))}};
-        QEL_TRY(createChild(dialog, "ui:file-dialog", text.object, false, nullptr, &attributes),
-                getFullName());
+    if (!isAsked()) {
+        return {};
     }
-    const CString proposed = fileName.isEmpty() ? CString() : fileName + "." + text.extension;
-    QEL_TRY(dialog->setAttribute("filename", titleOfName(proposed), true), getFullName());
-    return dialog->open();
-}
-
-CPresetManager::FileTarget CPresetManager::takeFileTarget(FileAction action, const CAttrMap& parameters)
-{
-    const FileTarget now{bank_, preset_, eventFlag(parameters, "is-insert")};
-    return std::exchange(fileTargets_[action], std::nullopt).value_or(now);
-}
-
-CError CPresetManager::onBankLoad(const CAttrMap& parameters)
-{
-    return openFileDialog(kBankLoad, {}, parameters);
-}
-
-CError CPresetManager::onBankSave(const CAttrMap& parameters)
-{
-    return openFileDialog(kBankSave, fileNameOf(fileNamePrefix_ + " " + selectedName(true)), parameters);
-}
-
-CError CPresetManager::onPresetLoad(const CAttrMap& parameters)
-{
-    return library_.canChange(bank_) ? openFileDialog(kPresetLoad, {}, parameters) : CError();
-}
-
-CError CPresetManager::onPresetSave(const CAttrMap& parameters)
-{
-    return preset_ >= 0 ? openFileDialog(kPresetSave, fileNameOf(fileNamePrefix_ + " " + selectedName(false)),
-                                         parameters)
-                        : CError();
-}
-
-CError CPresetManager::checkType(const CString& id, std::function<CError()> goOn)
-{
-    return library_.takePresent(-1, [this, id, goOn = std::move(goOn)](const CAudioPreset& present) {
-        return id == present.getId() ? goOn() : showError("error-preset-type", {});
+    return library_.takePreset(bank_, preset_, [this](const CAudioPreset& preset) {
+        return tell(saveStoredDefault(preset), "error-preset-save");
     });
-}
-
-CError CPresetManager::onPerformBankLoad(const CAttrMap& parameters)
-{
-    const FileTarget target = takeFileTarget(kBankLoad, parameters);
-    CAudioPresetBank bank;
-    if (CError error = bank.loadFile(eventText(parameters, "filename"))) {
-        return showError("error-bank-load", error);
-    }
-    std::vector<CString> taken;
-    for (const CPresetLibrary::Bank& one : library_.getBanks()) {
-        taken.push_back(one.name);
-    }
-    bank.setName(uniqueName(bank.getName().isEmpty() ? newBankName_ : bank.getName(), taken));
-    const auto add = [this, target, bank] {
-        const std::int32_t behind = target.isInsert ? target.bank : -1;
-        QEL_TRY(library_.addBank(behind, bank), getFullName());
-        const auto last = static_cast<std::int32_t>(library_.getBanks().size()) - 1;
-        return select(library_.canChangeBank(behind) ? behind + 1 : last, -1);
-    };
-    return bank.isEmpty() ? add() : checkType(bank.get(0).getId(), add);
-}
-
-CError CPresetManager::onPerformBankSave(const CAttrMap& parameters)
-{
-    const FileTarget target = takeFileTarget(kBankSave, parameters);
-    const CString file = eventText(parameters, "filename");
-    CError error = library_.takeBank(target.bank, [this, file](const CAudioPresetBank& bank) {
-        const CError failed = bank.saveFile(file);
-        return failed ? showError("error-bank-save", failed) : CError();
-    });
-    return error ? showError("error-bank-save", error) : CError();
-}
-
-CError CPresetManager::onPerformPresetLoad(const CAttrMap& parameters)
-{
-    const FileTarget target = takeFileTarget(kPresetLoad, parameters);
-    CAudioPreset preset;
-    if (CError error = preset.loadFile(eventText(parameters, "filename"))) {
-        return showError("error-preset-load", error);
-    }
-    return checkType(preset.getId(), [this, target, preset] { return addPreset(target, preset); });
-}
-
-CError CPresetManager::onPerformPresetSave(const CAttrMap& parameters)
-{
-    const FileTarget target = takeFileTarget(kPresetSave, parameters);
-    const CString file = eventText(parameters, "filename");
-    CError error = library_.takePreset(target.bank, target.preset, [this, file](const CAudioPreset& preset) {
-        const CError failed = preset.saveFile(file);
-        return failed ? showError("error-preset-save", failed) : CError();
-    });
-    return error ? showError("error-preset-save", error) : CError();
-}
-
-// --- windows with a text
-
-CString CPresetManager::textOfChild(const char* name) const
-{
-    const CObject* const child = findChild(name);
-    return child ? child->getAttrString("text") : CString();
-}
-
-CError CPresetManager::openWindow(const char* tag, const CString& title, const CString& text,
-                                  const char* confirmEvent)
-{
-    const CAttrMap parameters{{"tag", CAttrValue(tag)},
-                              {"window-alignment", CAttrValue("center")},
-                              {"is-popup-toggle-always-create", CAttrValue(true)},
-                              {"popup-title", CAttrValue(titleOfName(title))},
-                              {"popup-title-message", CAttrValue(titleOfName(text))},
-                              {"popup-confirm-event", CAttrValue(confirmEvent)},
-                              {"popup-owner-window", CAttrValue(getFullName())}};
-    return receiveEvent("popup-toggle", parameters);
-}
-
-CError CPresetManager::showError(const char* name, const CError& why)
-{
-    traceError(why);
-    return openWindow("ui:win-message", getAttrString("title"), textOfChild(name), "");
-}
-
-CError CPresetManager::confirm(const char* question, const CString& name, const char* event)
-{
-    const CString text = textOfChild(question);
-    return text.isEmpty() ? receiveEvent(event, {})
-                          : openWindow("ui:win-confirmation", getAttrString("title"),
-                                       formatMessage(text, {name}), event);
 }
 
 } // namespace qel

@@ -80,11 +80,18 @@ private:
         kPresetSave,
         kFileActions
     };
-    // What a file dialog was opened for.
-    struct FileTarget
+    // An item, with the names that it had.
+    struct Item
     {
         std::int32_t bank;
         std::int32_t preset;
+        CString bankName;
+        CString presetName;
+    };
+    // What a file dialog was opened for.
+    struct FileTarget
+    {
+        Item item;
         bool isInsert;
     };
 
@@ -124,7 +131,10 @@ private:
     CError setButton(const char* path, bool isEnabled);
     std::int32_t group() const;
     CString textOfChild(const char* name) const;
-    CString selectedName(bool isBank) const;
+    static std::int32_t locate(const std::vector<CString>& names, std::int32_t index, const CString& name);
+    Item getSelection() const { return {bank_, preset_, bankName_, presetName_}; }
+    // False if something else is selected than what the user was asked about.
+    bool isAsked() const { return asked_.bankName == bankName_ && asked_.presetName == presetName_; }
 
     // The list that asks whether it may open an edit box may not.
     CError refuseEdit(const CAttrMap& parameters);
@@ -132,10 +142,13 @@ private:
     FileTarget takeFileTarget(FileAction action, const CAttrMap& parameters);
     // Puts the presets' kind to the test, which the audio side knows, and then goes on.
     CError checkType(const CString& id, std::function<CError()> goOn);
+    CError addBank(const FileTarget& target, const CAudioPresetBank& bank);
     CError addPreset(const FileTarget& target, const CAudioPreset& preset);
     CError openWindow(const char* tag, const CString& title, const CString& text, const char* confirmEvent);
     // Tells the user, and traces why.
     CError showError(const char* name, const CError& why);
+    // The same, if something has failed.
+    CError tell(CError error, const char* name);
     CError confirm(const char* question, const CString& name, const char* event);
 
     CPresetLibrary library_;
@@ -146,7 +159,10 @@ private:
     CValueList* presetItems_ = nullptr;
     std::int32_t bank_ = 0;
     std::int32_t preset_ = -1;
-    std::optional<std::int32_t> added_; // selected once the audio side has it
+    CString bankName_; // of what is selected
+    CString presetName_;
+    Item asked_{-1, -1, {}, {}}; // what the user is asked about
+    std::optional<Item> added_;  // is selected once the audio side has it
     bool isSelecting_ = false;
     std::array<std::optional<FileTarget>, kFileActions> fileTargets_;
 

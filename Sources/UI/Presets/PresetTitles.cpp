@@ -1,6 +1,8 @@
 // Names that users have given, where attributes show them.
 #include "PresetTitles.h"
 
+#include <algorithm>
+
 namespace qel {
 
 CString titleOfName(const CString& name)
@@ -22,6 +24,18 @@ CString fileNameOf(const CString& name)
         file += c < 0x20 || refused.find(c) != CString::kNone ? u'_' : c;
     }
     return file;
+}
+
+CString uniqueName(const CString& name, const std::vector<CString>& taken)
+{
+    const auto isTaken = [&](const CString& one) {
+        return std::find(taken.begin(), taken.end(), one) != taken.end();
+    };
+    CString unique = name;
+    for (int number = 2; isTaken(unique); ++number) {
+        unique = name + CString(" ") + CString::number(number);
+    }
+    return unique;
 }
 
 } // namespace qel

@@ -3,6 +3,8 @@
 
 #include "CString.h"
 
+#include <vector>
+
 namespace qel {
 
 // As attributes of views can hold it: braces in an attribute stand for other attributes, so they become
@@ -11,5 +13,8 @@ CString titleOfName(const CString& name);
 
 // As part of the name of a file: without what systems do not take.
 CString fileNameOf(const CString& name);
+
+// The name, or the name and the first number that makes it one of its own.
+CString uniqueName(const CString& name, const std::vector<CString>& taken);
 
 } // namespace qel

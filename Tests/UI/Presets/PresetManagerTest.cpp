@@ -105,6 +105,36 @@ TEST_F(PresetManager, KeepsTheUsersBanksForAllInstances)
     EXPECT_EQ(banks(tree), "Factory ROM|Session Bank|Bank");
 }
 
+TEST_F(PresetManager, KeepsToItsSelectionWhenAnotherInstanceChangesTheLists)
+{
+    PresetTree tree(*host_, kMaster);
+    tree.click("w.b.add");
+    tree.click("w.b.add");
+    for (int i = 0; i < 3; ++i) {
+        tree.click("w.p.add");
+    }
+    tree.select("w.presets", 1);
+    tree.click("w.b.delete");
+    ListeningHost otherHost;
+    PresetTree other(otherHost, kMaster);
+    other.select("w.banks", 3);
+    other.select("w.presets", 0);
+    other.click("w.p.delete");
+    other.select("w.banks", kFirstOwn);
+    other.click("w.b.delete");
+    other.send("w", "perform-bank-delete");
+    tree.settle();
+    EXPECT_EQ(banks(tree), "Factory ROM|Session Bank|Bank 2");
+    EXPECT_EQ(tree.attr("w.banks", "selected-paragraph"), "2");
+    EXPECT_EQ(presets(tree), "Preset 2|Preset 3");
+    EXPECT_EQ(tree.attr("w.presets", "selected-paragraph"), "0");
+    tree.select("w.banks", kSession);
+    tree.send("w", "perform-bank-delete");
+    tree.select("w.banks", 2);
+    tree.send("w", "perform-bank-delete");
+    EXPECT_EQ(banks(tree), "Factory ROM|Session Bank|Bank 2") << "the question was about another preset";
+}
+
 TEST_F(PresetManager, ActivatesAndSavesFactoryPresetsButNeverChangesThem)
 {
     PresetTree tree(*host_, kMaster);
