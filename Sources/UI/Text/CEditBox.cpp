@@ -47,6 +47,7 @@ void CEditBox::buildClassInfo(CClassInfo& info)
     info.handleEvent<&Self::eventBlur>("blur");
     info.handleEvent<&Self::eventFocusLost>("focus-lost");
     info.handleEvent<&Self::eventIdleTick>(kIdleTick);
+    info.handleEvent<&Self::eventPopupClosed>("popup-closed");
     info.handleEvent<&Self::eventVirtualKeyboardPress>("virtual-keyboard-press");
 }
 
@@ -132,6 +133,12 @@ CError CEditBox::eventFocusLost(const CAttrMap&)
 {
     // The window of the keyboard on the screen may take the focus when it is pressed.
     return isStateActive("popup") ? CError() : end(CEditEnd::kCommit);
+}
+
+CError CEditBox::eventPopupClosed(const CAttrMap&)
+{
+    CViewWindow* const window = isEnded_ ? nullptr : getWindow();
+    return window ? window->setKeyFocus(this, false) : CError();
 }
 
 CError CEditBox::eventIdleTick(const CAttrMap&)

@@ -90,6 +90,8 @@ private:
     CError eventKeyPress(const CAttrMap& parameters);
     CError eventBlur(const CAttrMap& parameters);
     CError eventFocusLost(const CAttrMap& parameters);
+    // The keyboard on the screen has closed: the keys come from the other one again.
+    CError eventPopupClosed(const CAttrMap& parameters);
     CError eventIdleTick(const CAttrMap& parameters);
     CError eventVirtualKeyboardPress(const CAttrMap& parameters);
 

@@ -34,8 +34,9 @@ constexpr const char* kBoxInnerBorder = "editbox-inner-border";
 constexpr double kDoubleClickSec = 0.5;
 
 // What the frame of the box has from its owner, if the owner has it.
-constexpr const char* kFrameCopies[] = {"font-name",    "is-dynamic", "text-alignment", "z-index",
-                                        "unclip-level", "spread",     "text-color"};
+constexpr const char* kFrameCopies[] = {
+    "accept-chars", "font-name",      "is-accept-tab", "is-dynamic", "max-paragraph-length",
+    "spread",       "text-alignment", "unclip-level",  "z-index"};
 
 void collectError(CError& first, CError error)
 {
