@@ -53,6 +53,8 @@ constexpr const char* kTree = R"(
       <core:object name="p" param="plugin.modMain.modDrumfell.lf-gain"/>
       <core:object name="p" bridge="shared.out"/>
       <core:object name="p" bridge="shared.route"/>
+      <core:object name="p" param="plugin.modMain.modDrumfell.dcfilter-params.name"/>
+      <core:object name="p" param="plugin.modMain.modDrumfell.dcfilter-params.freq"/>
     </ui:param-group-controller>
   </core:object>
   <test:control name="knob"><ui:ui-param name="p" bridge="shared.gain" group-selector="shared.group"/></test:control>
@@ -278,12 +280,19 @@ TEST_F(ParamBinding, CopyAndResetOfAGroupAreOneStepEach)
 {
     EXPECT_OK(param("knob").setText(0, "3"));
     EXPECT_OK(param("out").setText(0, "-2"));
+    host_->set("modDrumfell.dcfilter-params.freq", 20.0);
+    CAudioParam& filterName = host_->param("modDrumfell.dcfilter-params.name");
+    const CString nameBefore = filterName.getString(2, 0);
+    CAudioParamContext context(CAudioParamOrigin::kActivation);
+    filterName.setString(0, 0, "Gentle", context);
     tree_.settle();
     CParamGroupController& groups = tree_.at<CParamGroupController>("shared.groups");
     EXPECT_OK(groups.notifyTo("shared.groups", "copy-group", {{"index", CAttrValue(2)}}, false));
     tree_.settle();
     EXPECT_EQ(host_->get("modDrumfell.lf-gain", 2), host_->get("modDrumfell.lf-gain", 0));
     EXPECT_EQ(host_->get("modOutGain.gain", 2), host_->get("modOutGain.gain", 0));
+    EXPECT_EQ(host_->get("modDrumfell.dcfilter-params.freq", 2), 20.0);
+    EXPECT_EQ(filterName.getString(2, 0), "Gentle");
     EXPECT_EQ(host_->param("io-params.in-routing").getCurrent().getGroupCount(), 1);
     EXPECT_EQ(history().size(), 4U);
     EXPECT_EQ(history().back(), "Group (3) copy");
@@ -295,6 +304,7 @@ TEST_F(ParamBinding, CopyAndResetOfAGroupAreOneStepEach)
     undo();
     undo();
     EXPECT_EQ(host_->get("modDrumfell.lf-gain", 2), 1.0);
+    EXPECT_EQ(filterName.getString(2, 0), nameBefore);
     EXPECT_EQ(shown("knob").back(), "3.0");
     EXPECT_OK(groups.copyGroup(0, 8));
     EXPECT_OK(groups.copyGroup(0, 0));
