@@ -162,9 +162,9 @@ picture() {
 }
 
 screenshots() {
-    local sound=(--sound 1.5 --level -16 --set punch-enable=On --set punch-gain=5 --set sat-enable=On --set sat-drive=16.4
-        --set sat-gain=2.1 --set sub-enable=On --set sub-gain=-6 --set mono-enable=On --set mix-gain=1.2
-        --set "instance-name=Kick bus") palette window
+    local sound=(--sound 1.5 --level -16 --set "instance-name=Kick bus" --set punch-enable=On --set punch-gain=5 --set sat-enable=On --set sat-drive=16.4
+        --set sat-gain=-4.5 --set sub-enable=On --set sub-gain=-6 --set mono-enable=On --set mix-gain=1.2) palette
+    local window
     mkdir -p Docs/pictures
     picture main "${sound[@]}" --hover ui.main-window.c.mix.row.sub
     for palette in Blue Green Military Red; do
