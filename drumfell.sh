@@ -3,6 +3,7 @@
 set -euo pipefail
 caller_dir=$PWD
 cd "$(dirname "${BASH_SOURCE[0]}")"
+project_dir=$PWD
 
 build_packages=(g++ cmake ninja-build ccache zlib1g-dev libxcb1-dev libxcb-shm0-dev
     libxcb-randr0-dev libxcb-xkb-dev libxcb-cursor-dev libxkbcommon-dev libxkbcommon-x11-dev libdbus-1-dev
@@ -16,7 +17,10 @@ test_packages=(dpf-plugins-vst xvfb libx11-data xkb-data dbus-daemon)
 demo_packages=(jq sonic-pi-samples)
 # The drums of the plots, and what makes their files small.
 picture_packages=(sonic-pi-samples pngquant)
-windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev)
+windows_packages=(g++-mingw-w64-x86-64-posix libz-mingw-w64-dev dpkg-dev googletest)
+# Runs what was built for Windows, its windows on an X server without a screen.
+wine_packages=(wine wine64 xvfb xauth)
+package_packages=(dpkg-dev unzip "${wine_packages[@]}")
 fuzz_packages=(clang libclang-rt-14-dev)
 check_packages=(clang-format)
 
@@ -32,7 +36,10 @@ usage: drumfell.sh COMMAND
   bench      build and run the benchmarks (arguments go to Google Benchmark)
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
-  windows    cross-build the Windows library with MinGW-w64
+  windows    cross-build the library, the renderer and their tests for Windows with MinGW-w64; with --test run the tests
+             under wine and compare sounds and states with those of Linux
+  package    build what users get, a Debian package and a zip for Windows, and try both: installed into empty folders, each
+             has to render a loop
   install    put the library where hosts look, ~/.vst, and the tools into ~/.local/bin; with --prefix DIR into DIR/lib/vst
              and DIR/bin
   clean      remove all builds
@@ -102,6 +109,95 @@ install_product() {
         echo "$tool_dir/$tool"
     done
     [[ ":$PATH:" == *":$tool_dir:"* ]] || echo "$tool_dir is not in PATH yet."
+}
+
+build_windows() {
+    need "${build_packages[@]}" "${windows_packages[@]}"
+    build release drumfell-treec drumfell-presetc drumfell-gfxc
+    cmake/windows-libraries.sh build/windows-libraries
+    build windows "$@"
+}
+
+# Runs a program for Windows, with a Windows and a screen of the project's own.
+run_wine() {
+    mkdir -p "$project_dir/build/wine"
+    env LC_ALL=C.UTF-8 WINEPREFIX="$project_dir/build/wine" WINEDEBUG=-all WINEDLLOVERRIDES="mscoree=;mshtml=" \
+        xvfb-run -a -s "-screen 0 1600x1200x24" wine "$@"
+}
+
+# What was built for Windows, run under wine, and held against the same on Linux.
+test_windows() {
+    local program failed=()
+    need "${wine_packages[@]}"
+    build release drumfell-compare
+    for program in build/windows/Drumfell.dll build/windows/bin/drumfell-render.exe; do
+        # Libraries of the compiler, which users do not have.
+        x86_64-w64-mingw32-objdump -p "$program" | grep -i 'DLL Name: lib' && failed+=("libraries of $program")
+    done
+    for program in build/windows/bin/drumfell-tests-*.exe; do
+        echo "== $(basename "$program")"
+        run_wine "$program" --gtest_brief=1 || failed+=("$program")
+    done
+    echo "== sounds and states of Linux and Windows"
+    rm -rf build/compare
+    build/release/bin/drumfell-compare write build/compare/linux
+    run_wine build/windows/bin/drumfell-compare.exe check build/compare/linux || failed+=("Linux's on Windows")
+    run_wine build/windows/bin/drumfell-compare.exe write build/compare/windows
+    build/release/bin/drumfell-compare check build/compare/windows || failed+=("Windows' on Linux")
+    [ ${#failed[@]} -eq 0 ] || {
+        printf 'failed: %s\n' "${failed[@]}" >&2
+        exit 1
+    }
+}
+
+# pack PRESET PATTERN: the package of that build, as found by the pattern.
+pack() {
+    local made
+    rm -f build/"$1"/$2
+    (cd "build/$1" && cpack) >"/tmp/drumfell-pack-$$.log" || {
+        cat "/tmp/drumfell-pack-$$.log" >&2
+        exit 1
+    }
+    rm -f "/tmp/drumfell-pack-$$.log"
+    made=(build/"$1"/$2)
+    echo "${made[0]}"
+}
+
+# try_render FOLDER LIBRARY COMMAND...: the renderer has to send a loop through that very library and change it.
+try_render() {
+    local folder=$1 library=$2
+    shift 2
+    build/release/bin/drumfell-drumloop "$folder/loop.wav"
+    (cd "$folder" && HOME=$folder "$@" loop.wav -o out.wav --preset "Extra Sub" --json report.json --quiet) &&
+        grep -qF "$library" "$folder/report.json" && [ -s "$folder/out.wav" ] &&
+        ! cmp -s "$folder/loop.wav" "$folder/out.wav"
+}
+
+package() {
+    local debian windows
+    need "${build_packages[@]}" "${package_packages[@]}"
+    build release
+    build_windows
+    debian=$(pack release "*.deb")
+    windows=$(pack windows "*.zip")
+
+    root=$(mktemp -d) # not local: it goes when the program ends
+    trap 'rm -rf "$root"' EXIT
+    mkdir -p "$root"/{debian/var/lib/dpkg/{info,updates},windows}
+    touch "$root/debian/var/lib/dpkg/status"
+    # Unpacked, not configured: an empty root has no shell to run anything.
+    dpkg --root="$root/debian" --force-not-root --log=/dev/null --unpack "$debian" >/dev/null
+    try_render "$root/debian" "$root/debian/usr/lib/vst/Drumfell.so" "$root/debian/usr/bin/drumfell-render" || {
+        echo "$debian does not work." >&2
+        exit 1
+    }
+    unzip -q "$windows" -d "$root/windows"
+    mv "$root"/windows/*/* "$root/windows"
+    try_render "$root/windows" '\\Drumfell.dll' run_wine drumfell-render.exe || {
+        echo "$windows does not work." >&2
+        exit 1
+    }
+    ls -l "$debian" "$windows"
 }
 
 run_tests() {
@@ -230,10 +326,12 @@ sanitize)
     done
     ;;
 windows)
-    need "${build_packages[@]}" "${windows_packages[@]}"
-    build release drumfell-treec drumfell-presetc drumfell-gfxc
-    build windows
-    ls -l build/windows/Drumfell.dll
+    build_windows
+    ls -l build/windows/Drumfell.dll build/windows/bin/drumfell-render.exe
+    [ "${2:-}" != --test ] || test_windows
+    ;;
+package)
+    package
     ;;
 install)
     shift

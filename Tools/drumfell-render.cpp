@@ -5,7 +5,9 @@
 #include "Render/RenderCommand.h"
 #include "Render/RenderError.h"
 #include "Render/RenderReport.h"
+#include "Render/RenderSystem.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iomanip>
 #include <iostream>
@@ -19,14 +21,14 @@ namespace fs = std::filesystem;
 
 void makeFolders(const CRenderCommand& command)
 {
-    std::vector<std::string> folders{command.outputFolder};
+    std::vector<fs::path> folders{command.outputFolder};
     if (command.inputs.size() > 1) {
         folders.push_back(command.plot);
     }
-    for (const std::string& folder : folders) {
+    for (const fs::path& folder : folders) {
         std::error_code error;
         if (!folder.empty() && !fs::create_directories(folder, error) && error) {
-            throw CRenderError(CExitCode::kOutput, folder + ": " + error.message());
+            throw CRenderError(CExitCode::kOutput, folder.string() + ": " + error.message());
         }
     }
 }
@@ -78,7 +80,7 @@ void listParameters(CGuestPlugin& guest)
 
 // --- the work
 
-void writeReport(const std::string& path, const std::string& report)
+void writeReport(const fs::path& path, const std::string& report)
 {
     if (path == "-") {
         std::cout << report;
@@ -89,7 +91,7 @@ void writeReport(const std::string& path, const std::string& report)
     file << report;
     file.close();
     if (!file) {
-        throw CRenderError(CExitCode::kOutput, path + ": cannot be written");
+        throw CRenderError(CExitCode::kOutput, path.string() + ": cannot be written");
     }
     pending.commit();
 }
@@ -135,8 +137,8 @@ CExitCode run(const CRenderCommand& command)
         throw CRenderError(CExitCode::kUsage, "there is nothing to do; --help tells what could be");
     }
     CPendingFile::catchSignals();
-    const auto library = std::make_shared<CGuestLibrary>(command.library.empty() ? findOwnLibrary()
-                                                                                 : fs::path(command.library));
+    const auto library =
+        std::make_shared<CGuestLibrary>(command.library.empty() ? findOwnLibrary() : command.library);
     constexpr double kAnyRateHz = 48000.0;
     CGuestPlugin guest(library, guestSetup(command.settings, kAnyRateHz));
     if (isAsked) {
@@ -161,14 +163,17 @@ CExitCode run(const CRenderCommand& command)
 int main(int argc, char** argv)
 {
     CLI::App app(
-        "Sends audio files through a VST 2.4 effect, faster than real time and with its delay taken out");
+        "Sends audio files through a VST 2.4 effect, faster than real time and with its delay taken out",
+        "drumfell-render");
     app.footer(
         "Exit codes: 0 done, 2 command line, 3 library, 4 input, 5 output, 6 parameter, preset or state,\n"
         "7 the effect put out NaN or infinity, 130 interrupted.");
     CRenderCommand command;
     addOptions(app, command);
     try {
-        app.parse(argc, argv);
+        std::vector<std::string> arguments = programArguments(argc, argv);
+        std::ranges::reverse(arguments); // as the parser wants them
+        app.parse(std::move(arguments));
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : static_cast<int>(CExitCode::kUsage);
     }

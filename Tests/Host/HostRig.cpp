@@ -9,11 +9,18 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <numbers>
 #include <stdexcept>
+
+#ifdef _WIN32
+#include <filesystem>
+
+#include <windows.h>
+#else
+#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 namespace qel::test {
 
@@ -21,6 +28,32 @@ namespace {
 
 // Between the call of the entry and its return.
 thread_local Host* beginning = nullptr;
+
+#ifdef _WIN32
+
+// Beside the folder of this program: the path at build time is that of another system.
+HMODULE library()
+{
+    static const HMODULE handle = [] {
+        std::wstring program(MAX_PATH, L'\0');
+        program.resize(GetModuleFileNameW(nullptr, program.data(), MAX_PATH));
+        return LoadLibraryW(
+            (std::filesystem::path(program).parent_path().parent_path() / "Drumfell.dll").c_str());
+    }();
+    return handle;
+}
+
+void* findEntry(const char* name)
+{
+    return library() ? reinterpret_cast<void*>(GetProcAddress(library(), name)) : nullptr;
+}
+
+std::string loadFault()
+{
+    return "the library cannot be loaded: " + std::to_string(GetLastError());
+}
+
+#else
 
 void* library()
 {
@@ -31,13 +64,25 @@ void* library()
     return handle;
 }
 
+void* findEntry(const char* name)
+{
+    return library() ? dlsym(library(), name) : nullptr;
+}
+
+std::string loadFault()
+{
+    return dlerror();
+}
+
+#endif
+
 } // namespace
 
 VstPluginEntry loadEntry(const char* name)
 {
-    void* const entry = library() ? dlsym(library(), name) : nullptr;
+    void* const entry = findEntry(name);
     if (!entry) {
-        throw std::runtime_error(dlerror());
+        throw std::runtime_error(loadFault());
     }
     return reinterpret_cast<VstPluginEntry>(entry);
 }
@@ -163,6 +208,7 @@ Channels<Sample> drums(std::size_t length, std::size_t channels)
 template Channels<float> drums(std::size_t, std::size_t);
 template Channels<double> drums(std::size_t, std::size_t);
 
+#ifndef _WIN32
 std::vector<double> inChild(const std::function<std::vector<double>()>& work)
 {
     loadEntry();
@@ -199,5 +245,6 @@ std::vector<double> inChild(const std::function<std::vector<double>()>& work)
     std::copy_n(bytes.data(), result.size() * sizeof(double), reinterpret_cast<char*>(result.data()));
     return result;
 }
+#endif
 
 } // namespace qel::test

@@ -19,7 +19,8 @@ using Bytes = std::vector<std::uint8_t>;
 template <class Sample>
 using Channels = std::vector<std::vector<Sample>>;
 
-// Where the library finds and keeps its settings, as of the first effect: nobody's, unless said otherwise.
+// Where the library finds and keeps its settings on Linux, as of the first effect: nobody's, unless said
+// otherwise.
 inline std::string dataFolder = "/nonexistent";
 
 VstPluginEntry loadEntry(const char* name = "VSTPluginMain");
@@ -122,7 +123,7 @@ template <class Sample>
 Channels<Sample> drums(std::size_t length, std::size_t channels = 2);
 
 // What a function gives in a process of its own, so that whatever is counted process-wide stands where it
-// stood for another one. A crash there fails the test.
+// stood for another one. A crash there fails the test. Not on Windows, which cannot split a process.
 std::vector<double> inChild(const std::function<std::vector<double>()>& work);
 
 // All channels one after another.

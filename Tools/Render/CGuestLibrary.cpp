@@ -2,11 +2,7 @@
 #include "Render/CGuestLibrary.h"
 
 #include "Render/RenderError.h"
-
-#include <cstdlib>
-#include <vector>
-
-#include <dlfcn.h>
+#include "Render/RenderSystem.h"
 
 namespace qel::tools {
 
@@ -20,48 +16,38 @@ CGuestLibrary::CGuestLibrary(const fs::path& path)
     if (!fs::exists(path_, error)) {
         throw CRenderError(CExitCode::kLibrary, path.string() + ": there is no such library");
     }
-    handle_ = dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL);
+    std::string reason;
+    handle_ = openLibrary(path_, reason);
     if (!handle_) {
-        const char* reason = dlerror();
-        throw CRenderError(CExitCode::kLibrary, reason ? reason : path.string() + ": cannot be loaded");
+        throw CRenderError(CExitCode::kLibrary, reason);
     }
     for (const char* name : {"VSTPluginMain", "main"}) {
-        if (void* symbol = dlsym(handle_, name)) {
+        if (void* symbol = findSymbol(handle_, name)) {
             entry_ = reinterpret_cast<VstPluginEntry>(symbol);
             return;
         }
     }
-    dlclose(handle_);
+    closeLibrary(handle_);
     throw CRenderError(CExitCode::kLibrary, path.string() + ": exports no VST 2.4 entry");
 }
 
 CGuestLibrary::~CGuestLibrary()
 {
-    dlclose(handle_);
+    closeLibrary(handle_);
 }
 
 fs::path findOwnLibrary()
 {
-    constexpr const char* kFileName = "Drumfell.so";
-    std::vector<fs::path> places;
     std::error_code error;
-    const fs::path program = fs::read_symlink("/proc/self/exe", error);
-    if (!error) {
-        const fs::path above = program.parent_path().parent_path();
-        places.push_back(above / kFileName);
-        places.push_back(above / "lib/vst" / kFileName);
-    }
-    if (const char* home = std::getenv("HOME")) {
-        places.push_back(fs::path(home) / ".vst" / kFileName);
-    }
     std::string tried;
-    for (const fs::path& place : places) {
+    for (const fs::path& folder : ownLibraryFolders()) {
+        const fs::path place = folder / ownLibraryName();
         if (fs::exists(place, error)) {
             return place;
         }
         tried += "\n  " + place.string();
     }
-    throw CRenderError(CExitCode::kLibrary, std::string(kFileName) +
+    throw CRenderError(CExitCode::kLibrary, std::string(ownLibraryName()) +
                                                 " was not found; name a library with --plugin." +
                                                 " Looked for:" + tried);
 }

@@ -2,10 +2,7 @@
 #include "Render/CPendingFile.h"
 
 #include "Render/RenderError.h"
-
-#include <csignal>
-
-#include <unistd.h>
+#include "Render/RenderSystem.h"
 
 namespace qel::tools {
 
@@ -14,8 +11,10 @@ std::atomic<bool> CPendingFile::interrupted = false;
 CPendingFile::CPendingFile(std::filesystem::path target) : target_(std::move(target)), path_(target_)
 {
     static std::atomic<unsigned> nextNumber = 0;
-    path_.replace_filename("." + target_.filename().string() + "." + std::to_string(getpid()) + "-" +
-                           std::to_string(nextNumber++) + ".partial");
+    std::filesystem::path name = ".";
+    name += target_.filename();
+    name += "." + std::to_string(processNumber()) + "-" + std::to_string(nextNumber++) + ".partial";
+    path_.replace_filename(name);
 }
 
 CPendingFile::~CPendingFile()
@@ -35,13 +34,7 @@ void CPendingFile::commit()
 
 void CPendingFile::catchSignals()
 {
-    struct sigaction action = {};
-    action.sa_handler = [](int) { interrupted = true; };
-    action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigemptyset(&action.sa_mask);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        sigaction(number, &action, nullptr);
-    }
+    onInterruption([] { interrupted = true; });
 }
 
 } // namespace qel::tools

@@ -20,8 +20,8 @@ public:
     const std::filesystem::path& path() const { return path_; }
     void commit();
 
-    // From here on SIGINT, SIGTERM and SIGHUP ask for an orderly end; a second one ends the program at once,
-    // in case an effect never comes back.
+    // From here on an interruption asks for an orderly end; a second one ends the program at once, in case an
+    // effect never comes back.
     static void catchSignals();
     static bool isInterrupted() { return interrupted.load(std::memory_order_relaxed); }
 

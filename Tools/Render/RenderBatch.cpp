@@ -18,9 +18,13 @@ CRenderOutcome renderOne(const std::shared_ptr<CGuestLibrary>& library, const CR
     CRenderOutcome outcome;
     try {
         outcome.result = CFileRender(library, settings, job).run();
+#ifdef DRUMFELL_PLOTS
         if (!job.plot.empty()) {
             writePlot(*outcome.result, effectName, job.plot);
         }
+#else
+        static_cast<void>(effectName);
+#endif
     } catch (const CRenderError& error) {
         outcome.code = error.code();
         outcome.error = error.what();

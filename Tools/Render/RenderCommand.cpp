@@ -3,6 +3,8 @@
 
 #include "Render/RenderError.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -19,11 +21,33 @@ constexpr int kLongestBlock = 1 << 20;
     throw CRenderError(CExitCode::kUsage, text);
 }
 
+// Arguments are UTF-8, which a path takes as the system's code page on Windows.
+fs::path pathOf(const std::string& argument)
+{
+    return std::u8string(argument.begin(), argument.end());
+}
+
+CLI::Option* addPath(CLI::App& app, const char* names, fs::path& target, const char* help)
+{
+    return app.add_option_function<std::string>(
+        names, [&target](const std::string& argument) { target = pathOf(argument); }, help);
+}
+
+CLI::Option* addPaths(CLI::App& app, const char* names, std::vector<fs::path>& targets, const char* help)
+{
+    return app.add_option_function<std::vector<std::string>>(
+        names,
+        [&targets](const std::vector<std::string>& arguments) {
+            std::ranges::transform(arguments, std::back_inserter(targets), pathOf);
+        },
+        help);
+}
+
 void addSoundOptions(CLI::App& app, CRenderCommand& command)
 {
     CRenderSettings& settings = command.settings;
-    app.add_option("--plugin", command.library, "VST 2.4 library; Drumfell beside this program if not given");
-    app.add_option("--load", settings.stateFiles, "Drumfell preset or bank to load first: .cpf or .cbf")
+    addPath(app, "--plugin", command.library, "VST 2.4 library; Drumfell beside this program if not given");
+    addPaths(app, "--load", settings.stateFiles, "Drumfell preset or bank to load first: .cpf or .cbf")
         ->allow_extra_args(false);
     app.add_option("--preset", settings.preset, "Preset by name, its beginning, or number");
     app.add_option(
@@ -48,10 +72,10 @@ void addFileOptions(CLI::App& app, CRenderCommand& command)
                                                                {"24", CSampleFormat::kPcm24},
                                                                {"32", CSampleFormat::kPcm32},
                                                                {"float", CSampleFormat::kFloat}};
-    app.add_option("FILES", command.inputs, "Audio files: WAV, FLAC, OGG and others");
+    addPaths(app, "FILES", command.inputs, "Audio files: WAV, FLAC, OGG and others");
     CLI::Option* output =
-        app.add_option("-o,--output", command.output, "Result of one file; its ending is its type");
-    app.add_option("--output-dir", command.outputFolder, "Folder for the results")->excludes(output);
+        addPath(app, "-o,--output", command.output, "Result of one file; its ending is its type");
+    addPath(app, "--output-dir", command.outputFolder, "Folder for the results")->excludes(output);
     app.add_option("--type", command.type, "Ending of results in place of that of the file")
         ->excludes(output);
     app.add_option("--format", command.settings.format,
@@ -60,8 +84,10 @@ void addFileOptions(CLI::App& app, CRenderCommand& command)
     app.add_option("-j,--jobs", command.workers, "Files rendered at the same time")
         ->capture_default_str()
         ->check(CLI::Range(1, 256));
-    app.add_option("--plot", command.plot, "Picture of before and after (PNG), or a folder for them");
-    app.add_option("--json", command.json, "Report to this file; - for standard output");
+#ifdef DRUMFELL_PLOTS
+    addPath(app, "--plot", command.plot, "Picture of before and after (PNG), or a folder for them");
+#endif
+    addPath(app, "--json", command.json, "Report to this file; - for standard output");
     app.add_flag("--list-presets", command.listsPresets, "Print the presets");
     app.add_flag("--list-parameters", command.listsParameters, "Print the parameters as they stand");
     app.add_flag("-q,--quiet", command.isQuiet, "Print nothing but errors and what is asked for");
@@ -75,22 +101,23 @@ fs::path outputFor(const CRenderCommand& command, const fs::path& input)
     if (command.outputFolder.empty() && command.type.empty()) {
         return {};
     }
-    std::string ending = command.type.empty() ? input.extension().string() : command.type;
-    if (!ending.starts_with('.')) {
-        ending.insert(0, ".");
+    fs::path name = input.stem();
+    if (command.type.empty()) {
+        name += input.extension();
+    } else {
+        name += (command.type.starts_with('.') ? "" : ".") + command.type;
     }
-    const fs::path folder =
-        command.outputFolder.empty() ? input.parent_path() : fs::path(command.outputFolder);
-    return folder / (input.stem().string() + ending);
+    return (command.outputFolder.empty() ? input.parent_path() : command.outputFolder) / name;
 }
 
 CRenderJob makeJob(const CRenderCommand& command, const fs::path& input)
 {
     CRenderJob job{input, outputFor(command, input), {}};
     if (!command.plot.empty()) {
-        const fs::path own = (job.output.empty() ? job.input : job.output).stem().string() + ".png";
+        fs::path own = (job.output.empty() ? job.input : job.output).stem();
+        own += ".png";
         const bool isFolder = command.inputs.size() > 1 || fs::is_directory(command.plot);
-        job.plot = isFolder ? command.plot / own : fs::path(command.plot);
+        job.plot = isFolder ? command.plot / own : command.plot;
     }
     if (job.output.empty() && command.plot.empty() && command.json.empty()) {
         misused("where should the result of " + input.string() + " go? Give -o or --output-dir");
@@ -121,15 +148,15 @@ std::vector<CRenderJob> makeJobs(const CRenderCommand& command)
         }
     };
     claim(command.json);
-    for (const std::string& input : command.inputs) {
+    for (const fs::path& input : command.inputs) {
         jobs.push_back(makeJob(command, input));
         claim(jobs.back().output);
         claim(jobs.back().plot);
     }
-    for (const std::string& input : command.inputs) {
+    for (const fs::path& input : command.inputs) {
         for (const fs::path& result : results) {
             if (fs::equivalent(input, result, ignored)) {
-                misused(input + ": a result would replace the file");
+                misused(input.string() + ": a result would replace the file");
             }
         }
     }

@@ -12,13 +12,13 @@ namespace qel::tools {
 
 struct CRenderCommand
 {
-    std::string library; // empty: Drumfell beside this program
-    std::vector<std::string> inputs;
-    std::string output;
-    std::string outputFolder;
+    std::filesystem::path library; // empty: Drumfell beside this program
+    std::vector<std::filesystem::path> inputs;
+    std::filesystem::path output;
+    std::filesystem::path outputFolder;
     std::string type;
-    std::string plot;
-    std::string json;
+    std::filesystem::path plot;
+    std::filesystem::path json;
     int workers = 1;
     bool listsPresets = false;
     bool listsParameters = false;

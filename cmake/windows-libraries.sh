@@ -1,0 +1,62 @@
+#!/usr/bin/env bash
+# windows-libraries.sh FOLDER: what tools and tests for Windows link, built as static libraries from Debian's sources into
+# FOLDER, since Debian has no packages of them for MinGW. Does nothing for a library that is there.
+set -euo pipefail
+folder=$(realpath -m "$1")
+toolchain=$(realpath "$(dirname "${BASH_SOURCE[0]}")/windows-toolchain.cmake")
+mkdir -p "$folder/src" "$folder/include"
+
+# Source packages come from the places that are set up for packages, without a change to the system's lists.
+apt_sources=$folder/src/apt
+as_source() {
+    apt-get -o Dir::Etc::sourcelist=/dev/null -o Dir::Etc::sourceparts="$apt_sources/sources.list.d" \
+        -o Dir::State::lists="$apt_sources/lists" -o Dir::Cache="$apt_sources/cache" \
+        -o APT::Sandbox::User="$(id -un)" "$@"
+}
+
+update_sources() {
+    local file
+    mkdir -p "$apt_sources"/{sources.list.d,lists/partial,cache/archives/partial}
+    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*; do
+        [ -f "$file" ] && grep -q '/debian' "$file" || continue
+        # One-line files have the .list that the plain name lacks.
+        sed -e 's/^Types: deb$/Types: deb-src/' -e 's/^deb /deb-src /' "$file" \
+            >"$apt_sources/sources.list.d/$(basename "$file")"
+    done
+    if [ -f "$apt_sources/sources.list.d/sources.list" ]; then
+        mv "$apt_sources/sources.list.d/sources.list" "$apt_sources/sources.list.d/main.list"
+    fi
+    as_source update -qq
+}
+
+fetch() {
+    [ -d "$folder/src/$1" ] && return
+    [ -d "$apt_sources" ] || update_sources
+    mkdir "$folder/src/$1.new"
+    (cd "$folder/src/$1.new" && as_source source -qq "$1" >/dev/null)
+    mv "$folder/src/$1.new" "$folder/src/$1"
+}
+
+# make_library NAME SOURCES CMAKE_OPTION...
+make_library() {
+    local name=$1 sources=$2
+    shift 2
+    cmake -S "$sources" -B "$folder/src/build-$name" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX="$folder" -DBUILD_SHARED_LIBS=OFF "$@" \
+        >"$folder/src/$name.log" 2>&1 &&
+        cmake --build "$folder/src/build-$name" --target install ${DRUMFELL_JOBS:+-j "$DRUMFELL_JOBS"} \
+            >>"$folder/src/$name.log" 2>&1 || {
+        cat "$folder/src/$name.log" >&2
+        return 1
+    }
+}
+
+if [ ! -f "$folder/lib/libsndfile.a" ]; then
+    fetch libsndfile
+    # Its own file types; coders would each be one more library.
+    make_library libsndfile "$folder"/src/libsndfile/libsndfile-*/ -DENABLE_EXTERNAL_LIBS=OFF -DENABLE_MPEG=OFF \
+        -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DENABLE_CPACK=OFF
+fi
+[ -f "$folder/lib/libgtest.a" ] || make_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
+# Headers without a library are the same for all systems.
+cp -rp -t "$folder/include" /usr/include/CLI /usr/include/nlohmann /usr/include/kissfft
