@@ -22,6 +22,8 @@ bool folderExists(const std::string& path);
 [[nodiscard]] int renameFile(const std::string& from, const std::string& to);
 [[nodiscard]] int removeFile(const std::string& path);
 
+// The folder that is the user's own: $HOME where that is an absolute path, or the profile.
+[[nodiscard]] int homeFolder(std::string& out);
 // The folder of the user's application data. Linux: $XDG_DATA_HOME, else $HOME/.local/share; a value that is
 // not an absolute path counts as unset, and without either the look-up fails. Windows: roaming application
 // data.

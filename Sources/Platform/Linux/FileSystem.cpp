@@ -83,6 +83,12 @@ int removeFile(const std::string& path)
     return unlink(path.c_str()) == 0 ? 0 : errno;
 }
 
+int homeFolder(std::string& out)
+{
+    out = folderFromEnvironment("HOME");
+    return out.empty() ? ENOENT : 0;
+}
+
 int userDataFolder(std::string& out)
 {
     out = folderFromEnvironment("XDG_DATA_HOME");

@@ -100,6 +100,11 @@ int removeFile(const std::string& path)
     return DeleteFileW(wide.c_str()) ? 0 : lastError();
 }
 
+int homeFolder(std::string& out)
+{
+    return specialFolder(CSIDL_PROFILE, out);
+}
+
 int userDataFolder(std::string& out)
 {
     return specialFolder(CSIDL_APPDATA, out);

@@ -199,6 +199,10 @@ CView* CFileDialog::findPathWindow() const
 
 CError CFileDialog::openPathWindow()
 {
+    std::string home;
+    if (folder_.isEmpty() && platform::homeFolder(home) == 0) {
+        QEL_TRY(setAttribute("path", CString::fromUtf8(home), true), getFullName());
+    }
     const std::string name = openMode_ == FileDialogMode::kFolder ? "" : fileName_.toUtf8();
     typed_ = CString::fromUtf8(join(folder_.toUtf8(), name));
     confirmed_ = {};

@@ -19,7 +19,8 @@ class CWindow;
 //     title             of the dialog
 //     filter-name       what the files are: "Compressed bank files"
 //     extension         theirs, without the dot; none: all files. "save" adds it where the user left it out
-//     path              the folder to start in; the result writes its own here
+//     path              the folder to start in; the result writes its own here. None: the system's choice, or
+//                       the user's own folder
 //     filename          proposed
 //     result-event      name of the event that brings the result, with the parameters
 //                           filename    the whole path of the file; empty for a folder

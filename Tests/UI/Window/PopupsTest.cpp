@@ -1,6 +1,7 @@
 // Pop-ups: lists, menus and dialogs, and what closes them.
 #include "CFileDialog.h"
 #include "CInterfaceScale.h"
+#include "FileSystem.h"
 #include "TemporaryFolder.h"
 #include "WholeFile.h"
 #include "WindowFixture.h"
@@ -411,9 +412,10 @@ TEST_F(FileDialogs, AskBeforeAFileIsReplaced)
 {
     const std::string folder = folder_.root().generic_string();
     writeWhole(folder_.path("old.cbf"), "x");
+    std::string home;
+    ASSERT_EQ(platform::homeFolder(home), 0);
     openDialog("save", {{"filename", "old"}});
-    EXPECT_EQ(attr("win-file-path", "path-text"), "old");
-    EXPECT_EQ(enter("old"), "'old' is no whole path: it must begin with '/'.");
+    EXPECT_EQ(attr("win-file-path", "path-text"), home + (home.ends_with('/') ? "old" : "/old"));
     EXPECT_EQ(enter(folder + "/no/new"), "There is no folder '" + folder + "/no'.");
     const std::string question = "The file '" + folder + "/old.cbf' exists. Once more to replace it.";
     EXPECT_EQ(enter(folder + "/old"), question);
