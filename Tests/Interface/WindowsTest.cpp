@@ -5,6 +5,7 @@
 #include "CKnob.h"
 #include "CReadOut.h"
 #include "CTextView.h"
+#include "Trace.h"
 #include "Views/CInterfaceHost.h"
 #include "Views/PrintViews.h"
 
@@ -137,8 +138,15 @@ protected:
     CInterfaceHost host_;
 };
 
-TEST_P(Windows, FitTheirContent)
+// Nothing stops where a colour or a range of images is missing: it is only traced.
+TEST_P(Windows, FitTheirContentAndFindWhatTheyAreDrawnWith)
 {
+    std::vector<std::string> missing;
+    const auto before = setTraceHook([&](const CString& line) {
+        if (line.toUtf8().find("not found") != std::string::npos) {
+            missing.push_back(line.toUtf8());
+        }
+    });
     for (const char* const tag : kWindows) {
         SCOPED_TRACE(tag);
         CView& root = open(tag);
@@ -147,7 +155,10 @@ TEST_P(Windows, FitTheirContent)
             expectRoom(view, window);
             expectReadable(view);
         });
+        EXPECT_EQ(missing, std::vector<std::string>());
+        missing.clear();
     }
+    setTraceHook(before);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scales, Windows, ::testing::Values(0.8, 1.0, 1.25));
