@@ -243,6 +243,7 @@ void CAudioFileWriter::finish()
         throw CRenderError(CExitCode::kOutput,
                            pending_.target().string() + ": not all of it could be written");
     }
+    check = SndfileHandle(); // Windows renames no open file
     pending_.commit();
 }
 
