@@ -42,6 +42,7 @@ public:
     void onVizData(const CAudioVizData& data) override;
     void onVizTick() override;
     void onVizClear() override;
+    void onVizGone() override { exchange_ = nullptr; }
 
 private:
     CError onListChanged(const CAttrMap& parameters);

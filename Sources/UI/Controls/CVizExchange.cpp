@@ -29,12 +29,29 @@ CError CVizExchange::init()
     return {};
 }
 
+template <class Call>
+void CVizExchange::forListeners(Call&& call)
+{
+    const CHold keep(*this);
+    ++calls_;
+    const std::size_t count = entries_.size();
+    for (std::size_t i = 0; i < std::min(count, entries_.size()); ++i) {
+        if (entries_[i].listener) {
+            call(entries_[i]);
+        }
+    }
+    if (--calls_ == 0) {
+        std::erase_if(entries_, [](const Entry& entry) { return !entry.listener; });
+    }
+}
+
 void CVizExchange::release()
 {
+    forListeners([](Entry& entry) { entry.listener->onVizGone(); });
+    entries_.clear();
     if (client_ && !client_->isReleased()) {
         client_->setVizProcessor(nullptr);
     }
-    entries_.clear();
     timer_ = nullptr;
     CObject::release();
 }
@@ -80,22 +97,6 @@ void CVizExchange::removeListener(CVizListener& listener)
     if (std::ranges::none_of(entries_, [](const Entry& entry) { return entry.listener; })) {
         releaseObject(timer_);
         timer_ = nullptr;
-    }
-}
-
-template <class Call>
-void CVizExchange::forListeners(Call&& call)
-{
-    const CHold keep(*this);
-    ++calls_;
-    const std::size_t count = entries_.size();
-    for (std::size_t i = 0; i < std::min(count, entries_.size()); ++i) {
-        if (entries_[i].listener) {
-            call(entries_[i]);
-        }
-    }
-    if (--calls_ == 0) {
-        std::erase_if(entries_, [](const Entry& entry) { return !entry.listener; });
     }
 }
 

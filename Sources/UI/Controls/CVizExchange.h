@@ -17,6 +17,8 @@ public:
     virtual void onVizTick() = 0;
     // What came so far is void.
     virtual void onVizClear() = 0;
+    // The exchange is going away.
+    virtual void onVizGone() = 0;
 
 protected:
     ~CVizListener() = default;

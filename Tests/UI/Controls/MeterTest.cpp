@@ -140,8 +140,9 @@ TEST_F(Meter, ShowsTheLevelOfWhatTheEffectPlaysAndMeasuresOnlyWhileItIsThere)
     EXPECT_GT(lampAt(levelDb - 3.0, 10), 0);
     EXPECT_EQ(lampAt(levelDb + 5.0, 10), 0) << "no higher than the level";
 
+    CObject::releaseObject(&tree_->at<CVizExchange>("viz"));
     tree_.reset();
-    EXPECT_EQ(host_->get("modMeterOut-enable"), 0.0);
+    EXPECT_EQ(host_->get("modMeterOut-enable"), 0.0) << "in whatever order they end";
 }
 
 TEST_F(Meter, LightsTheZonesUpToTheLevelAndALineAtThePeak)
