@@ -84,10 +84,13 @@ TEST_F(Workflow, ABankGoesThroughAFileToAnotherInstanceAndIsDeletedOnlyWhenConfi
     ASSERT_NE(dialog, manager);
     editor.click(dialog + ".c.field.path");
     editor.user().key(platform::key::kHome);
-    editor.type(std::u32string(folder.begin(), folder.end()));
+    editor.user().setModifiers({.isShift = true});
+    editor.user().key(platform::key::kEnd);
+    editor.user().setModifiers({});
+    const std::string file = folder + "Drumfell Factory ROM.cbf";
+    editor.type(std::u32string(file.begin(), file.end()));
     editor.click(dialog + ".c.buttons.confirm");
     EXPECT_EQ(editor.topWindow(), manager);
-    const std::string file = folder + "Drumfell Factory ROM.cbf";
     EXPECT_TRUE(std::filesystem::exists(file));
 
     EditorRig other;
