@@ -3,17 +3,9 @@
 
 namespace qel {
 
-CError CBridgeWindow::attach(platform::CSystemDisplay& display, platform::NativeWindow parent, int width,
+CError CBridgeWindow::create(platform::CSystemDisplay& display, platform::NativeWindow parent, int width,
                              int height)
 {
-    if (getHandle() != 0) {
-        if (!window_->setParent(parent)) {
-            QEL_FAIL({}, "@qelstr_CWindow_createWindow_NoParent Unable to locate parent window.");
-        }
-        setSize(width, height);
-        window_->show();
-        return {};
-    }
     platform::WindowDescription description;
     description.kind = platform::WindowKind::kBridge;
     description.parent = parent;
@@ -22,13 +14,6 @@ CError CBridgeWindow::attach(platform::CSystemDisplay& display, platform::Native
         QEL_FAIL({}, "@qelstr_CWindow_createWindow_CreateWindow Unable to create window (error %1).", code);
     }
     return {};
-}
-
-void CBridgeWindow::detach()
-{
-    if (window_) {
-        window_->hide();
-    }
 }
 
 void CBridgeWindow::setSize(int width, int height)

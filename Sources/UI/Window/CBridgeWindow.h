@@ -14,13 +14,11 @@ namespace qel {
 class CBridgeWindow : private platform::CSystemWindowListener
 {
 public:
-    // Into a window of the host: makes the bridge, or moves the one that is there with all that it holds.
-    CError attach(platform::CSystemDisplay& display, platform::NativeWindow parent, int width, int height);
-    // Out of sight, with what it holds, until it is attached again.
-    void detach();
+    // In a window of the host.
+    CError create(platform::CSystemDisplay& display, platform::NativeWindow parent, int width, int height);
     void setSize(int width, int height);
 
-    // 0 before attach(), and once the host's window has gone with it.
+    // 0 before create(), and once the host's window has gone with it.
     platform::NativeWindow getHandle() const { return window_ ? window_->handle() : 0; }
 
 private:

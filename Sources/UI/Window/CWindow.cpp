@@ -231,7 +231,7 @@ CError CWindow::createBridge(platform::CSystemDisplay& display)
         return {};
     }
     bridge_ = std::make_unique<CBridgeWindow>();
-    return bridge_->attach(display, system_->getHostWindow(), place_.width, place_.height);
+    return bridge_->create(display, system_->getHostWindow(), place_.width, place_.height);
 }
 
 platform::WindowDescription CWindow::describe() const
