@@ -88,7 +88,6 @@ private:
     CError findList(CObject*& out);
     CError openList(const CAttrMap& parameters);
     CError followShared();
-    CError takeParam(CUIParam& param);
 
     CUIParam* activity_ = nullptr;
     CUIParam* value_ = nullptr;
