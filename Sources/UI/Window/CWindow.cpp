@@ -13,16 +13,9 @@ namespace qel {
 namespace {
 
 constexpr const char* kGlobalSettingsPath = "ui.global-settings";
-constexpr const char* kDeactivateTimer = "deactivate-timer";
-constexpr const char* kAutoClickTimer = "auto-click-timer";
 constexpr const char* kParentWindow = "ParentWindow";
 
-constexpr const char* kTimers[] = {"render-timer", "gradient-timer", "cursor-timer", kDeactivateTimer,
-                                   kAutoClickTimer};
-
 constexpr int kMaxSidePx = 8192;
-constexpr double kNeverSec = 1e9;
-constexpr double kClockToleranceSec = 1e-6; // of a clock that adds up small steps
 constexpr double kDefaultFps = 40.0;
 constexpr double kDefaultGradientFps = 20.0;
 constexpr double kDefaultCursorFps = 3.0;
@@ -173,11 +166,11 @@ CError CWindow::open()
     drawing::setFrameTime(system_->getTimeSec());
     Size size;
     QEL_TRY(solveRootSize(size), getFullName());
-    QEL_TRY(createSystemWindow(size), getFullName());
+    QEL_TRY(openShell(size), getFullName());
     QEL_TRY(applySize(size), getFullName());
-    QEL_TRY(startTimer("render-timer", fps_, "render-tick"), getFullName());
-    QEL_TRY(startTimer("gradient-timer", gradientFps_, "gradient-tick"), getFullName());
-    QEL_TRY(startTimer("cursor-timer", cursorFps_, "cursor-tick"), getFullName());
+    QEL_TRY(timers_.start(CWindowTimers::kRender, fps_, "render-tick"), getFullName());
+    QEL_TRY(timers_.start(CWindowTimers::kGradient, gradientFps_, "gradient-tick"), getFullName());
+    QEL_TRY(timers_.start(CWindowTimers::kCursor, cursorFps_, "cursor-tick"), getFullName());
     isOpen_ = true;
     system_->addWindow(*this);
     QEL_TRY(attrAutoClickTimeout(), getFullName());
@@ -189,8 +182,8 @@ CError CWindow::open()
         handle([&] { return placeAgain(); });
     }
     renderFrame();
-    if (isOpen_ && systemWindow_) {
-        systemWindow_->show();
+    if (isOpen_) {
+        shell_.show();
     }
     return {};
 }
@@ -201,68 +194,38 @@ CError CWindow::connect()
     return parent ? system_->connect(parseHandle(parent->toString()), title_) : CError();
 }
 
-CError CWindow::createSystemWindow(const Size& size)
-{
-    QEL_TRY(connect(), getFullName());
-    platform::CSystemDisplay* const display = system_->getDisplay();
-    if (isMainWindow_) {
-        place_ = display ? platform::PixelRect() : CWindowSystem::kMainPlace;
-        place_.width = size.width;
-        place_.height = size.height;
-    } else {
-        QEL_TRY(popups_.findPlace(size.width, size.height, place_), getFullName());
-    }
-    if (display) {
-        QEL_TRY(createBridge(*display), getFullName());
-        if (const int code = display->createWindow(describe(), *this, systemWindow_); code != 0) {
-            QEL_FAIL(getFullName(),
-                     "@qelstr_CWindow_createWindow_CreateWindow Unable to create window (error %1).", code);
-        }
-    }
-    surface_.attach(display, systemWindow_.get());
-    focus_.setSystemWindow(systemWindow_.get());
-    context_->setSurface(&surface_);
-    return {};
-}
-
-CError CWindow::createBridge(platform::CSystemDisplay& display)
-{
-    if (!isMainWindow_) {
-        return {};
-    }
-    bridge_ = std::make_unique<CBridgeWindow>();
-    return bridge_->create(display, system_->getHostWindow(), place_.width, place_.height);
-}
-
-platform::WindowDescription CWindow::describe() const
+CError CWindow::openShell(const Size& size)
 {
     using platform::WindowKind;
+    QEL_TRY(connect(), getFullName());
     platform::WindowDescription description;
     const bool isList = isHelperWindow_ || isDropDown();
     description.kind = isMainWindow_ ? WindowKind::kChild : isList ? WindowKind::kPopup : WindowKind::kDialog;
-    description.parent = bridge_ ? bridge_->getHandle() : system_->getHostWindow();
-    description.place = place_;
     description.title = title_.toUtf8();
     description.isOnTaskbar = isTaskbar_;
     description.isHelper = isHelperWindow_;
-    return description;
+    if (!isMainWindow_) {
+        QEL_TRY(popups_.findPlace(size.width, size.height, description.place), getFullName());
+    } else if (!system_->getDisplay()) {
+        description.place = CWindowSystem::kMainPlace;
+    }
+    description.place.width = size.width;
+    description.place.height = size.height;
+    QEL_TRY(shell_.open(*system_, description, *this, getFullName()), getFullName());
+    focus_.setSystemWindow(shell_.getWindow());
+    context_->setSurface(&shell_.getSurface());
+    return {};
 }
 
 void CWindow::raise()
 {
     system_->raiseWindow(*this);
-    if (systemWindow_) {
-        systemWindow_->raise();
-    }
+    shell_.raise();
 }
 
 void CWindow::setShown(bool isShown)
 {
-    if (systemWindow_ && isShown) {
-        systemWindow_->show();
-    } else if (systemWindow_) {
-        systemWindow_->hide();
-    }
+    isShown ? shell_.show() : shell_.hide();
 }
 
 void CWindow::release()
@@ -281,38 +244,14 @@ void CWindow::end()
     }
     pointer_.setRoot(nullptr);
     focus_.setSystemWindow(nullptr);
-    surface_.detach();
-    systemWindow_.reset();
-    bridge_.reset();
+    shell_.close();
     if (context_ && context_->getWindow() == this) {
         context_->setWindow(nullptr);
     }
-    stopTimers();
+    timers_.stopAll();
 }
 
 // --- timers
-
-CError CWindow::startTimer(const char* name, double fps, const char* handler)
-{
-    CAttrMap attributes;
-    attributes["interval"] = CAttrValue(fps > 0.0 ? 1.0 / fps : kNeverSec);
-    CObject* timer = nullptr;
-    QEL_TRY(createChild(timer, "core:timer", name, false, nullptr, &attributes), getFullName());
-    listenObject(timer->getFullName(), "tick", handler);
-    return {};
-}
-
-void CWindow::stopTimer(const char* name)
-{
-    releaseObject(findChild(name));
-}
-
-void CWindow::stopTimers()
-{
-    for (const char* const timer : kTimers) {
-        stopTimer(timer);
-    }
-}
 
 CError CWindow::onRenderTick(const CAttrMap&)
 {
@@ -340,14 +279,11 @@ CError CWindow::onDeactivateTick(const CAttrMap&)
     return {};
 }
 
-// Once for each rest of the pointer.
 CError CWindow::onAutoClickTick(const CAttrMap&)
 {
-    const bool hasRested =
-        system_->getTimeSec() - restingSinceSec_ >= autoClickTimeoutSec_ - kClockToleranceSec;
     CView* const view = pointer_.getTop();
-    if (isAutoClickDue_ && hasRested && view && !view->actsDisabled() && !pointer_.isButtonHeld()) {
-        isAutoClickDue_ = false;
+    if (view && !view->actsDisabled() && !pointer_.isButtonHeld() &&
+        autoClick_.take(system_->getTimeSec(), autoClickTimeoutSec_)) {
         handle([&] { return view->receiveEvent("auto-click", {}); });
     }
     return {};
@@ -355,11 +291,10 @@ CError CWindow::onAutoClickTick(const CAttrMap&)
 
 void CWindow::setDeactivateTimer(bool isRunning)
 {
-    const bool isThere = findChild(kDeactivateTimer) != nullptr;
-    if (isThere && !isRunning) {
-        stopTimer(kDeactivateTimer);
-    } else if (!isThere && isRunning && isOpen_) {
-        traceError(startTimer(kDeactivateTimer, deactivateFps_, "deactivate-tick"));
+    if (!isRunning) {
+        timers_.stop(CWindowTimers::kDeactivate);
+    } else if (isOpen_) {
+        traceError(timers_.start(CWindowTimers::kDeactivate, deactivateFps_, "deactivate-tick"));
     }
 }
 
@@ -427,8 +362,7 @@ CError CWindow::solveRootSize(Size& out)
 CError CWindow::applySize(const Size& size)
 {
     size_ = pendingSize_ = size;
-    place_.width = size.width;
-    place_.height = size.height;
+    shell_.noteSize(size.width, size.height);
     QEL_TRY(setAttribute("width", CAttrValue(std::int32_t{size.width}), true), getFullName());
     QEL_TRY(setAttribute("height", CAttrValue(std::int32_t{size.height}), true), getFullName());
     QEL_TRY(rootView_->setRootSize(size.width, size.height), getFullName());
@@ -451,12 +385,7 @@ CError CWindow::adoptRootSize()
         QEL_TRY(rootView_->setRootSize(size.width, size.height), getFullName());
         return rootView_->solveLayout();
     }
-    if (bridge_) {
-        bridge_->setSize(size.width, size.height);
-    }
-    if (systemWindow_) {
-        systemWindow_->setPlace({place_.x, place_.y, size.width, size.height});
-    }
+    shell_.setSize(size.width, size.height);
     return applySize(size);
 }
 
@@ -472,29 +401,19 @@ CError CWindow::placeAgain()
     return {};
 }
 
-platform::PixelRect CWindow::getScreenPlace() const
-{
-    return systemWindow_ ? systemWindow_->screenPlace() : place_;
-}
-
 void CWindow::moveTo(int screenX, int screenY)
 {
     if (isMainWindow_) {
         return;
     }
-    place_.x = screenX;
-    place_.y = screenY;
-    if (systemWindow_) {
-        systemWindow_->setPlace(place_);
-    }
+    shell_.moveTo(screenX, screenY);
     onMove(screenX, screenY);
 }
 
 void CWindow::onMove(int screenX, int screenY)
 {
     if (!isMainWindow_) {
-        place_.x = screenX;
-        place_.y = screenY;
+        shell_.noteCorner(screenX, screenY);
     }
     handle([&]() -> CError {
         QEL_TRY(setAttribute("window-x", CAttrValue(std::int32_t{screenX}), true), getFullName());
@@ -559,20 +478,17 @@ CError CWindow::setKeyFocus(CView* view, bool isTab)
 
 CError CWindow::attrTitle()
 {
-    if (systemWindow_) {
-        systemWindow_->setTitle(title_.toUtf8());
-    }
+    shell_.setTitle(title_);
     return {};
 }
 
 CError CWindow::attrAutoClickTimeout()
 {
-    const bool isWanted = isOpen_ && autoClickTimeoutSec_ >= 0.0;
-    const bool isThere = findChild(kAutoClickTimer) != nullptr;
-    if (isThere && !isWanted) {
-        stopTimer(kAutoClickTimer);
+    if (isOpen_ && autoClickTimeoutSec_ >= 0.0) {
+        return timers_.start(CWindowTimers::kAutoClick, autoClickFps_, "auto-click-tick");
     }
-    return isWanted && !isThere ? startTimer(kAutoClickTimer, autoClickFps_, "auto-click-tick") : CError();
+    timers_.stop(CWindowTimers::kAutoClick);
+    return {};
 }
 
 CError CWindow::attrIsExportDrawLoad()
@@ -606,21 +522,15 @@ CError CWindow::eventMouseButtonReset(const CAttrMap&)
 
 CError CWindow::eventResetAutoClick(const CAttrMap&)
 {
-    restAutoClick();
+    autoClick_.restart(system_->getTimeSec());
     return {};
-}
-
-void CWindow::restAutoClick()
-{
-    restingSinceSec_ = system_->getTimeSec();
-    isAutoClickDue_ = true;
 }
 
 // --- what the system tells
 
 void CWindow::onPaint(const platform::PixelRect& update)
 {
-    surface_.present(update);
+    shell_.getSurface().present(update);
 }
 
 // With the next frame, since a host that drags a corner tells of many sizes at once.
@@ -631,7 +541,7 @@ void CWindow::onResize(int width, int height)
 
 void CWindow::onPointerMove(const platform::PointerEvent& event)
 {
-    restAutoClick();
+    autoClick_.restart(system_->getTimeSec());
     handle([&] { return pointer_.move(event); });
 }
 
@@ -722,9 +632,9 @@ void CWindow::onCloseRequest()
 // and the tree waits for the host to close the editor.
 void CWindow::onDestroyed()
 {
-    surface_.detach();
+    shell_.detach();
     if (isMainWindow_) {
-        stopTimers();
+        timers_.stopAll();
         const CHold hold(*this);
         popups_.closeAll();
     } else {

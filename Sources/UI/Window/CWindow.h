@@ -1,7 +1,7 @@
 // The bridge between a tree of views and a window.
 #pragma once
 
-#include "CBridgeWindow.h"
+#include "CAutoClick.h"
 #include "CDrawLoad.h"
 #include "CHintLine.h"
 #include "CKeyFocus.h"
@@ -10,8 +10,9 @@
 #include "CPopups.h"
 #include "CSystemWindowListener.h"
 #include "CViewWindow.h"
-#include "CWindowSurface.h"
+#include "CWindowShell.h"
 #include "CWindowSystem.h"
+#include "CWindowTimers.h"
 
 #include <memory>
 
@@ -87,9 +88,9 @@ public:
     const std::shared_ptr<CWindowSystem>& getSharedSystem() const { return system_; }
     CPopups& getPopups() { return popups_; }
     CPointerRouter& getPointer() { return pointer_; }
-    CWindowSurface& getSurface() { return surface_; }
+    CWindowSurface& getSurface() { return shell_.getSurface(); }
     // Null without a window system.
-    platform::CSystemWindow* getSystemWindow() const { return systemWindow_.get(); }
+    platform::CSystemWindow* getSystemWindow() const { return shell_.getWindow(); }
 
     bool isMainWindow() const { return isMainWindow_; }
     bool isPopupWindow() const { return isPopupWindow_; }
@@ -99,7 +100,7 @@ public:
 
     // --- place, pixels of the screen
 
-    platform::PixelRect getScreenPlace() const;
+    platform::PixelRect getScreenPlace() const { return shell_.getScreenPlace(); }
     // Of a window that lies on the screen by itself; others stay.
     void moveTo(int screenX, int screenY);
 
@@ -155,19 +156,13 @@ private:
 
     CError findParts();
     CError readRootAttributes();
-    CError createSystemWindow(const Size& size);
-    CError createBridge(platform::CSystemDisplay& display);
     CError connect();
-    platform::WindowDescription describe() const;
+    CError openShell(const Size& size);
     // The size that the root view wants, in whole pixels.
     CError solveRootSize(Size& out);
     CError applySize(const Size& size);
     // By the rules of opening, for the size that it has now.
     CError placeAgain();
-    CError startTimer(const char* name, double fps, const char* handler);
-    void stopTimer(const char* name);
-    void stopTimers();
-    void restAutoClick();
     void exportDrawLoad(double nowSec);
     void end();
 
@@ -189,20 +184,17 @@ private:
     CWindowSharedData* sharedData_ = nullptr;
     std::shared_ptr<CViewContext> context_;
     std::shared_ptr<CWindowSystem> system_;
-    CWindowSurface surface_;
-    std::unique_ptr<CBridgeWindow> bridge_; // of a main window
-    std::unique_ptr<platform::CSystemWindow> systemWindow_;
+    CWindowShell shell_;
+    CWindowTimers timers_{*this};
     CPointerRouter pointer_;
     CKeyFocus focus_;
     CHintLine hintLine_;
+    CAutoClick autoClick_;
     CDrawLoad drawLoad_;
     CPopups popups_{*this};
 
     bool isOpen_ = false;
-    platform::PixelRect place_; // in the host's window or on the screen
     Size size_;
-    double restingSinceSec_ = 0.0;
-    bool isAutoClickDue_ = false;
     Size pendingSize_; // asked for from outside, for the next frame
 
     // Bound attributes.
