@@ -49,13 +49,6 @@ public:
 private:
     static constexpr std::int32_t kId = 77;
 
-    // The clock of frames belongs to the process, and each host's time begins anew.
-    struct Clock
-    {
-        Clock() { drawing::setFrameTime(0.0); }
-    };
-
-    Clock clock_;
     tools::CInterfaceHost host_{{}};
     CVizExchange* exchange_ = nullptr;
     double phase_ = 0.0;

@@ -3,6 +3,7 @@
 
 #include "CEventLoop.h"
 #include "CUIEventBridge.h"
+#include "CViewContext.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +12,8 @@ namespace qel {
 
 COffscreenUser::COffscreenUser(CWindow& mainWindow)
     : root_(*mainWindow.getRoot()), system_(mainWindow.getSharedSystem()),
-      timeSec_(std::make_shared<double>(0.0))
+      // Fades of the tree may have begun at the time that another user's window left behind.
+      timeSec_(std::make_shared<double>(std::max(system_->getTimeSec(), CViewContext::getTimeSec())))
 {
     const auto clock = [time = timeSec_] { return *time; };
     system_->setClock(clock);
