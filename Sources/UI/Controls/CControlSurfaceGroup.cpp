@@ -269,7 +269,7 @@ CError CControlSurfaceGroup::onMousePress(const CAttrMap& parameters)
     if (index == kNone) {
         return {};
     }
-    if (isPointerFlag(parameters, "is-ctrl") || isPointerFlag(parameters, "is-double-click")) {
+    if (eventFlag(parameters, "is-ctrl") || eventFlag(parameters, "is-double-click")) {
         return resetPoint(index);
     }
     return grip(index, point);
@@ -305,7 +305,7 @@ CError CControlSurfaceGroup::onMouseMove(const CAttrMap& parameters)
     }
     const CPoint point = pointerIn(*this, parameters);
     return held_ == kNone ? setHovered(actsDisabled() ? kNone : pointAt(point))
-                          : drag(point, isPointerFlag(parameters, "is-shift"));
+                          : drag(point, eventFlag(parameters, "is-shift"));
 }
 
 CError CControlSurfaceGroup::onMouseExit(const CAttrMap& parameters)
@@ -362,14 +362,14 @@ CError CControlSurfaceGroup::onMouseWheel(const CAttrMap& parameters)
         return {};
     }
     const std::size_t axis = params_[0] ? 0 : 1;
-    const double delta = pointerNumber(parameters, "delta");
+    const double delta = eventNumber(parameters, "delta");
     const CAudioParamInfo* const info = params_[axis] ? params_[axis]->getInfo() : nullptr;
     if (info && info->isDiscrete) {
         const auto element = static_cast<std::int32_t>(index);
         const double step = delta < 0.0 ? std::floor(delta) : std::ceil(delta);
         return params_[axis]->setValue(element, params_[axis]->getValue(element) + step);
     }
-    const double factor = isPointerFlag(parameters, "is-shift") ? kFineFactor : 1.0;
+    const double factor = eventFlag(parameters, "is-shift") ? kFineFactor : 1.0;
     double norm[2] = {points_[index].norm[0], points_[index].norm[1]};
     norm[axis] += delta * kWheelStep * factor;
     return write(index, norm);

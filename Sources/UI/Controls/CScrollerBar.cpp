@@ -255,7 +255,7 @@ CError CScrollerBar::onMousePress(const CAttrMap& parameters)
     const CPoint point = pointerIn(*this, parameters);
     const Part part = partAt(point);
     const bool isOnBar = part == Part::kBar || part == Part::kStartEdge || part == Part::kEndEdge;
-    if (isOnBar && isResizeable_ && isSnapshotsEnabled_ && isPointerFlag(parameters, "is-double-click")) {
+    if (isOnBar && isResizeable_ && isSnapshotsEnabled_ && eventFlag(parameters, "is-double-click")) {
         return toggleSnapshot();
     }
     return hold(part, point);
@@ -476,7 +476,7 @@ CError CScrollerBar::scrollBy(double delta)
 
 CError CScrollerBar::eventScrollStart(const CAttrMap& parameters)
 {
-    scrollDelta_ = pointerNumber(parameters, "delta");
+    scrollDelta_ = eventNumber(parameters, "delta");
     nextScrollSec_ = CViewContext::getTimeSec() + kRepeatDelaySec;
     isOverHeld_ = true;
     scrollTick_.start(getViewContext().getTimer());
@@ -510,10 +510,10 @@ CError CScrollerBar::eventScrollWheel(const CAttrMap& parameters)
     if (!scrolled || !isShown_) {
         return {};
     }
-    const bool isAlongX = isPointerFlag(parameters, "is-shift") ||
+    const bool isAlongX = eventFlag(parameters, "is-shift") ||
                           scrolled->getAttrReal(kRatio[indexOf(CAxis::kY)], 1.0) >= kAllSeen;
     return isAlongX == isVertical_ ? CError()
-                                   : scrollBy(-pointerNumber(parameters, "delta") * kWheelStep * ratio_);
+                                   : scrollBy(-eventNumber(parameters, "delta") * kWheelStep * ratio_);
 }
 
 // --- drawing
