@@ -37,7 +37,7 @@ usage: drumfell.sh COMMAND
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
   windows    cross-build the library, the renderer and their tests for Windows with MinGW-w64; with --test run the tests
-             under wine and compare sounds and states with those of Linux
+             under wine and compare sounds and states with those of Linux; with --library build the library alone
   package    build what users get, a Debian package and a zip for Windows, and try both: installed into empty folders, each
              has to render a loop
   install    put the library where hosts look, ~/.vst, and the tools into ~/.local/bin; with --prefix DIR into DIR/lib/vst
@@ -109,6 +109,13 @@ install_product() {
         echo "$tool_dir/$tool"
     done
     [[ ":$PATH:" == *":$tool_dir:"* ]] || echo "$tool_dir is not in PATH yet."
+}
+
+build_windows_library() {
+    need "${build_packages[@]}" "${windows_packages[@]}"
+    build release drumfell-treec drumfell-presetc drumfell-gfxc
+    build windows-library Drumfell
+    ls -l build/windows-library/Drumfell.dll
 }
 
 build_windows() {
@@ -326,6 +333,10 @@ sanitize)
     done
     ;;
 windows)
+    if [ "${2:-}" = --library ]; then
+        build_windows_library
+        exit
+    fi
     build_windows
     ls -l build/windows/Drumfell.dll build/windows/bin/drumfell-render.exe
     [ "${2:-}" != --test ] || test_windows
