@@ -38,7 +38,7 @@ TEST(RealHosts, QtractorListsTheEffect)
     const auto [output, status] =
         outputOf("echo VST:" DRUMFELL_LIBRARY " | env -u DISPLAY timeout 60 " + scanner);
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(output, "VST|Drumfell|2:2|1:0|24:0|EXT,RT|" DRUMFELL_LIBRARY "|0|0x3771747a\n");
+    EXPECT_EQ(output, "VST|Drumfell|2:2|1:0|24:0|GUI,EXT,RT|" DRUMFELL_LIBRARY "|0|0x3771747a\n");
 }
 
 constexpr const char* kArdour = "/usr/lib/ardour7";
