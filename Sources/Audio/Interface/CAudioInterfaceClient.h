@@ -22,8 +22,8 @@ struct CAudioInterfaceParam
 // Tag audio:interface-client; in the UI tree, on its thread alone. Attribute: client-connector. Sends
 // requests and mirrors what comes back; a request has no result but what the listeners receive. Raises the
 // events "update-sample-rate", "update-io-channel-counts", "update-internal-channel-count",
-// "update-group-count" and "clear" in its own name. Takes "import-channel-labels": the inputs get the names that
-// the host has for them.
+// "update-group-count" and "clear" in its own name. Takes "import-channel-labels": the inputs get the names
+// that the host has for them.
 //
 // Asks for environment and history when it starts. Parameters are mirrored from the first call of
 // watchParam() on.

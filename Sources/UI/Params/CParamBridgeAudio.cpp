@@ -247,8 +247,8 @@ CError CParamBridgeAudio::write(const CWrite& write, CParamEdit* edit)
     const std::int32_t group = groupOf(write.group);
     const bool isHeld = isWholeWriteHeld(write, group);
     const CString step = write.isUndoDisabled ? CString() : stepName(" change", group);
-    // One source for all gestures of the parameter: turned again before anything else, a knob goes on with its
-    // step.
+    // One source for all gestures of the parameter: turned again before anything else, a knob goes on with
+    // its step.
     const std::int32_t source = getObjectNumber();
     if (edit) {
         edit->add(*client_, step, source, isHeld, recordOf(write, group));
