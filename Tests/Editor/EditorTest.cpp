@@ -14,6 +14,10 @@ constexpr const char* kSettings = "ui.main-window.c.buttons.settings";
 constexpr const char* kKnob = "ui.main-window.c.out.knobs.outgain.knob-base";
 constexpr const char* kList = "ui.main-window.c.upper.xover.row.param-value-selector";
 
+constexpr const char* kSwitch = "ui.main-window.c.mix.row.sub";
+constexpr const char* kFourTimes = "ui.main-window.window-title.quality-selector.item#3.button";
+constexpr const char* kMeter = "ui.main-window.c.out.meter.bars.pit.level-meter";
+
 constexpr const char* kName = "ui.main-window.window-title.instance-name";
 
 // Codes of keys.
@@ -112,6 +116,48 @@ TEST_F(Editor, TurnsKnobsByDragAndWheelAndTellsTheHost)
     const auto wheeled = editor->host().getAll();
     EXPECT_EQ(editor->host().call(vst24::kVendorSpecific, 0x73744341, 0x57686565, nullptr, 1.0f), 1);
     EXPECT_TRUE(editor->idleUntil([&] { return editor->host().getAll() != wheeled; }));
+}
+
+TEST_F(Editor, SwitchesSelectsAndShowsTheLevelOfWhatPlays)
+{
+    constexpr int kSubEnable = 14; // places among the host's parameters
+    constexpr int kOversampling = 1;
+    const auto subSwitch = placeOf(kSwitch);
+    const auto before = client.pixelsOf(editor->editor(), subSwitch);
+    editor->click(subSwitch);
+    EXPECT_TRUE(editor->idleUntil([&] { return editor->host().get(kSubEnable) == 1.0f; }));
+    editor->movePointer(690, 450); // in the host's window
+    editor->idleFor(0.3);
+    EXPECT_NE(client.pixelsOf(editor->editor(), subSwitch), before) << "its lamp is lit";
+
+    const float chosen = editor->host().get(kOversampling);
+    editor->click(placeOf(kFourTimes));
+    EXPECT_TRUE(editor->idleUntil([&] { return editor->host().get(kOversampling) != chosen; }));
+
+    editor->host().start();
+    auto meter = placeOf(kMeter);
+    meter.height /= 2; // above -27 dB, where noise does not reach
+    const test::Channels<float> silence(2, std::vector<float>(512));
+    test::Channels<float> tone = silence;
+    for (std::size_t i = 0; i < 512; ++i) {
+        tone[0][i] = tone[1][i] = i % 96 < 48 ? 0.25f : -0.25f;
+    }
+    const auto playUntil = [&](const test::Channels<float>& sound, const std::function<bool()>& condition) {
+        return editor->idleUntil(
+            [&] {
+                editor->host().run<float>(sound, {512});
+                return condition();
+            },
+            10.0);
+    };
+    // Channels that carry a stream look other than those that do not.
+    const auto unused = client.pixelsOf(editor->editor(), meter);
+    const auto picture = [&] { return client.pixelsOf(editor->editor(), meter); };
+    ASSERT_TRUE(playUntil(silence, [&] { return picture() != unused; }));
+    playUntil(silence, [blocks = 0]() mutable { return ++blocks == 50; });
+    const auto silent = picture();
+    EXPECT_TRUE(playUntil(tone, [&] { return picture() != silent; }));
+    EXPECT_TRUE(playUntil(silence, [&] { return picture() == silent; })) << "it falls when nothing plays";
 }
 
 TEST_F(Editor, OpensListsThatAPressElsewhereCloses)
