@@ -43,7 +43,6 @@ protected:
     CError setActiveButton(std::int32_t index);
     // Null for a number without a button.
     CView* getButton(std::int32_t index) const;
-    const std::vector<CString>& getTitles() const { return titles_; }
     bool isUp() const { return isUp_ && !isReleased(); }
 
 private:

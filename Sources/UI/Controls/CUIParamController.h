@@ -55,7 +55,6 @@ public:
     CError drag(const CAttrMap& parameters);
     CError moveTo(double position);
     CError finish();
-    bool isInGesture() const { return gesture_ != Gesture::kNone; }
 
     // --- steps
 

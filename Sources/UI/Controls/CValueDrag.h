@@ -28,7 +28,6 @@ public:
     // Spreads quick movements over a few events; flicks pass.
     void setSmoothed(bool isSmoothed) { isSmoothed_ = isSmoothed; }
 
-    Mode getMode() const { return mode_; }
     std::size_t getCount() const { return starts_.size(); }
     double getPosition(std::size_t index) const;
 

@@ -51,16 +51,9 @@ public:
     void drawArc(CPoint center, double radius, double fromAngle, double toAngle, const CBrush& brush,
                  std::size_t clip, const CPaletteColor& color, double opacity);
 
-    // False if nothing that is drawn with this clip can show: then a view may skip costly work.
-    bool isClipVisible(std::size_t clip) const { return !visiblePart(clip).isEmpty(); }
-    // The same for a rectangle: text lines that lie outside, for example.
+    // False if nothing in the rectangle can show: then a view may skip costly work, as for text lines
+    // outside.
     bool isRectVisible(const CRect& rect, std::size_t clip) const;
-
-    CLinearBitmap& getTarget() { return target_; }
-    std::int32_t getColumn() const { return column_; }
-    std::int32_t getRow() const { return row_; }
-    // The part of the sector that is being repainted, in the sector's own pixels.
-    const CPixelRect& getRegion() const { return region_; }
 
 private:
     const CViewClip& clipOf(std::size_t index, const char* caller) const;

@@ -63,8 +63,6 @@ public:
     void paintDirty();
     // Hands what was painted to the surface.
     void present();
-    // A frame was painted that the surface does not know of yet.
-    bool isFramePending() const { return !paintedSectors_.empty(); }
 
     // While the draw load is shown, the time of the last rebuild of a static layer is kept, in seconds of the
     // frame clock (CDrawLoad.h).

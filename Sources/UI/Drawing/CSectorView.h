@@ -43,8 +43,6 @@ public:
         static constexpr CViewClip kNone;
         return index < clips_.size() ? clips_[index] : kNone;
     }
-    // The number of entries, entry 0 included.
-    std::size_t getClipCount() const { return clips_.size(); }
 
     // --- hooks
 

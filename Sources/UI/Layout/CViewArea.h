@@ -56,7 +56,6 @@ public:
 
     // --- what shapes the layout
 
-    CPlacement getPlacement() const { return placement_; }
     // A root view stays as it is.
     CError setPlacement(CPlacement placement);
     // Finds the area that a view of placement kMatch lies over, or null; asked at every rebuild.
@@ -95,7 +94,6 @@ public:
     CRect getRect() const;
     // What was reported last.
     const CRect& getVisibleRect() const { return visible_; }
-    const CRect& getWholeRect() const { return whole_; }
     // Reports the rectangles with the next solve, changed or not: to a view that has just become interested.
     void requestReport();
 

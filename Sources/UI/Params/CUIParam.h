@@ -58,7 +58,6 @@ public:
 
     // True once init has found a bridge or a shared attribute.
     bool isBound() const { return bridge_ || shared_; }
-    bool hasBridge() const { return bridge_ != nullptr; }
     CParamBridge* getBridge() const { return bridge_; }
     // Null without a bridge, and until the parameter is known.
     const CAudioParamInfo* getInfo() const { return bridge_ ? bridge_->getInfo() : nullptr; }

@@ -67,8 +67,6 @@ public:
     CError initChilds() override;
     void release() override;
 
-    std::int32_t getSelectedBank() const { return bank_; }
-    std::int32_t getSelectedPreset() const { return preset_; } // or -1
     CPresetLibrary& getLibrary() { return library_; }
 
 private:

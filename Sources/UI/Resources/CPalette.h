@@ -33,12 +33,9 @@ public:
     // The same for a colour that may be animated: where there is none of this name but a frame table, the
     // frame at `position`, 0 to 1. A name in neither is traced.
     const CPaletteColor* findColor(const CString& name, double position) const;
-    // True if there is a colour of exactly this name.
-    bool hasColor(const CString& name) const { return colors_.contains(name); }
     // Number of frames of an animated colour, 0 for any other name.
     std::uint32_t getFrames(const CString& name) const;
 
-    const CStringMap<CPaletteColor>& getColors() const { return colors_; }
     const CPaletteColor& getFallback() const { return fallback_; }
 
 private:

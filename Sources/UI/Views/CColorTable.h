@@ -20,7 +20,6 @@ public:
 
     // Makes room for this slot, too.
     void addSlot(std::size_t slot);
-    std::size_t getSlotCount() const { return names_.size(); }
     // The base name of a slot that there is; an empty one means that of slot 0.
     void setSlotName(std::size_t slot, const CString& name);
     // The row of a colour state.

@@ -66,7 +66,6 @@ public:
     // by side, that with the higher z-index, then the later one, takes it.
     CView* findViewAt(const CPoint& point);
     bool isFocusable() const { return isFocusable_; }
-    bool isWindowDraggable() const { return isWindowDraggable_; }
     bool isDebug() const { return isDebug_; }
     const CString& getHint() const { return hint_; }
 

@@ -47,8 +47,6 @@ public:
     CError unsetState(const CString& name, bool isImmediate = false);
     CError toggleState(const CString& name);
     bool isStateActive(const CString& name) const;
-    // In the order of activation.
-    const std::vector<CString>& getActiveStates() const { return activeStates_; }
     // True while a morph or a fade runs, or "state-ready" has still to be fired.
     bool isStateMoving() const { return tick_.isRunning(); }
 

@@ -53,7 +53,6 @@ public:
     void forgetView(CView& view);
     // The root view of what `opener` has open, or null.
     CView* findOpen(const CView& opener);
-    bool hasOpen() const { return !children_.empty(); }
 
     // --- called by the window
     // Where this window is to open, if it lies on the screen by itself.

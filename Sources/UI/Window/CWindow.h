@@ -93,7 +93,6 @@ public:
     platform::CSystemWindow* getSystemWindow() const { return shell_.getWindow(); }
 
     bool isMainWindow() const { return isMainWindow_; }
-    bool isPopupWindow() const { return isPopupWindow_; }
     // It closes when the user presses elsewhere.
     bool isDropDown() const { return isPopupWindow_ && !isDropDownDisabled_; }
     const CString& getUniqueName() const { return uniqueName_; }
