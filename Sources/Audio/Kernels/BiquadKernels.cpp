@@ -1,57 +1,10 @@
 // Second-order sections in Direct Form II.
+#include "FilterSections.h"
 #include "KernelFamilies.h"
 
 namespace qel {
 
 namespace {
-
-// w[n] = x[n] + a1 w[n-1] + a2 w[n-2], the feedback signs folded into the coefficients; b0 is 1 and the
-// output gain makes up for it. The coefficient block is n1, n2, a1, a2; the numerators that are fixed do not
-// read n1, n2.
-struct BiquadCoefficients
-{
-    double n1;
-    double n2;
-    double a1;
-    double a2;
-};
-struct BiquadState
-{
-    BiquadCoefficients coefficients;
-    double w1;
-    double w2;
-};
-static_assert(sizeof(BiquadState) == 48);
-
-using Coefficients = const BiquadCoefficients&;
-constexpr auto kCommon = [](Coefficients c, double w, double w1, double w2) {
-    return w + c.n1 * w1 + c.n2 * w2;
-};
-constexpr auto kLowPass = [](Coefficients, double w, double w1, double w2) { return w + 2 * w1 + w2; };
-constexpr auto kHighPass = [](Coefficients, double w, double w1, double w2) { return w - 2 * w1 + w2; };
-constexpr auto kBandPass = [](Coefficients, double w, double, double w2) { return w - w2; };
-constexpr auto kNotch = [](Coefficients c, double w, double w1, double w2) { return w + c.n1 * w1 + w2; };
-
-template <auto kNumerator, bool kHasGain>
-void run(const CKernelCall& call)
-{
-    double* out = call.samples(0);
-    BiquadState& state = *call.state<BiquadState>(1);
-    const double* in = call.samples(2);
-    const double gain = call.scalar;
-    const BiquadCoefficients c = state.coefficients;
-    double w1 = state.w1;
-    double w2 = state.w2;
-    for (std::size_t i = 0; i < call.count; ++i) {
-        const double w = w1 * c.a1 + in[i] + c.a2 * w2;
-        const double y = kNumerator(c, w, w1, w2);
-        out[i] = kHasGain ? y * gain : y;
-        w2 = w1;
-        w1 = w;
-    }
-    state.w1 = w1;
-    state.w2 = w2;
-}
 
 void init(const CKernelCall& call)
 {
@@ -65,19 +18,64 @@ void update(const CKernelCall& call)
     *call.state<BiquadState>(0) = {*call.state<BiquadCoefficients>(2), running.w1, running.w2};
 }
 
+using LowPass = BiquadSection<LowPassNumerator, true>;
+using HighPass = BiquadSection<HighPassNumerator, true>;
+
+// Both bands of a crossover of fourth order from one reading of its input.
+template <class Sample>
+void crossOver(const CKernelCall* calls)
+{
+    constexpr std::size_t kParts = 4;
+    const LaneCalls lowCalls{calls, kParts};
+    const LaneCalls highCalls{calls + 2, kParts};
+    const LaneInput<Sample> in(lowCalls, kSectionInput);
+    const LaneOutput<Sample> low({calls + 1, kParts}, kSectionOutput);
+    const LaneOutput<Sample> high({calls + 3, kParts}, kSectionOutput);
+    SectionChain<Sample, LowPass, LowPass> lowChain(lowCalls);
+    SectionChain<Sample, HighPass, HighPass> highChain(highCalls);
+    const std::size_t count = calls->count;
+    for (std::size_t i = 0; i < count; ++i) {
+        const Sample x = in[i];
+        low.set(i, lowChain.next(x));
+        high.set(i, highChain.next(x));
+    }
+    lowChain.store(lowCalls);
+    highChain.store(highCalls);
+}
+
+constexpr CKernelPart kCrossover[] = {{runSection<LowPass>, CKernelPart::kInput},
+                                      {runSection<LowPass>, 0},
+                                      {runSection<HighPass>, CKernelPart::kInput},
+                                      {runSection<HighPass>, 2}};
+constexpr CKernelJoin kLowPassJoins[] = {
+    {kCrossover, crossOver<double>, crossOver<SamplePair>},
+    ChainOf<LowPass, LowPass>::kJoin,
+};
+constexpr CKernelJoin kHighPassJoins[] = {
+    ChainOf<HighPass, HighPass, HighPass>::kJoin,
+    ChainOf<HighPass, HighPass>::kJoin,
+};
+
+template <class Numerator, bool kHasGain>
+constexpr CKernelDef row(const char* name, std::span<const CKernelJoin> joins = {})
+{
+    using Section = BiquadSection<Numerator, kHasGain>;
+    return {name, runSection<Section>, 3, 3, runSections<SamplePair, Section>, joins};
+}
+
 constexpr CKernelDef kTable[] = {
     {"fltbiqi", init, 2, 1},
     {"fltbiqu", update, 3, 1},
-    {"fltbiqcommon", run<kCommon, false>, 3, 3},
-    {"fltbiqcommong", run<kCommon, true>, 3, 3},
-    {"fltbiqlp", run<kLowPass, false>, 3, 3},
-    {"fltbiqlpg", run<kLowPass, true>, 3, 3},
-    {"fltbiqhp", run<kHighPass, false>, 3, 3},
-    {"fltbiqhpg", run<kHighPass, true>, 3, 3},
-    {"fltbiqbp", run<kBandPass, false>, 3, 3},
-    {"fltbiqbpg", run<kBandPass, true>, 3, 3},
-    {"fltbiqnotch", run<kNotch, false>, 3, 3},
-    {"fltbiqnotchg", run<kNotch, true>, 3, 3},
+    row<CommonNumerator, false>("fltbiqcommon"),
+    row<CommonNumerator, true>("fltbiqcommong"),
+    row<LowPassNumerator, false>("fltbiqlp"),
+    row<LowPassNumerator, true>("fltbiqlpg", kLowPassJoins),
+    row<HighPassNumerator, false>("fltbiqhp"),
+    row<HighPassNumerator, true>("fltbiqhpg", kHighPassJoins),
+    row<BandPassNumerator, false>("fltbiqbp"),
+    row<BandPassNumerator, true>("fltbiqbpg"),
+    row<NotchNumerator, false>("fltbiqnotch"),
+    row<NotchNumerator, true>("fltbiqnotchg"),
 };
 
 } // namespace

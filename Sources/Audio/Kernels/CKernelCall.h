@@ -2,9 +2,11 @@
 #pragma once
 
 #include "CBufferRef.h"
+#include "KernelPairs.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace qel {
 
@@ -23,6 +25,8 @@ struct CKernelDef
     CKernelFunction function;
     int operandCount;
     std::uint32_t writeMask;
+    CKernelGroupFunction pair = nullptr;     // two calls of this kernel; null if that is no faster
+    std::span<const CKernelJoin> joins = {}; // those that begin with this kernel, the longest first
 };
 
 struct CKernelEntry;

@@ -35,8 +35,7 @@ int CKernelContext::addKernel(std::string_view name, CKernelFunction function, i
 
 int CKernelContext::addKernel(const CKernelDef& kernel)
 {
-    return registry_.add(FullName(kernel.name).view(), kernel.function, kernel.operandCount,
-                         kernel.writeMask);
+    return registry_.add(FullName(kernel.name).view(), kernel);
 }
 
 void CKernelContext::addKernels(std::span<const CKernelDef> kernels)

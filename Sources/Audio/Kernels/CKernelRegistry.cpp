@@ -21,15 +21,21 @@ std::size_t bucketOf(std::string_view name)
 int CKernelRegistry::add(std::string_view name, CKernelFunction function, int operandCount,
                          std::uint32_t writeMask)
 {
-    if (!function || operandCount < 0 || operandCount > static_cast<int>(kMaxKernelOperands)) {
+    return add(name, CKernelDef{nullptr, function, operandCount, writeMask});
+}
+
+int CKernelRegistry::add(std::string_view name, const CKernelDef& kernel)
+{
+    if (!kernel.function || kernel.operandCount < 0 ||
+        kernel.operandCount > static_cast<int>(kMaxKernelOperands)) {
         return -1;
     }
     const std::string_view kept = name.substr(0, CKernelEntry::kMaxNameLength);
     const int existing = find(kept);
     if (existing >= 0) {
         const CKernelEntry& known = entries_[static_cast<std::size_t>(existing)];
-        const bool isSame =
-            known.function == function && known.operandCount == operandCount && known.writeMask == writeMask;
+        const bool isSame = known.function == kernel.function && known.operandCount == kernel.operandCount &&
+                            known.writeMask == kernel.writeMask;
         return isSame ? existing : -1;
     }
     if (size_ == kMaxKernels) {
@@ -37,9 +43,11 @@ int CKernelRegistry::add(std::string_view name, CKernelFunction function, int op
     }
     CKernelEntry& added = entries_[size_];
     *std::copy(kept.begin(), kept.end(), added.name) = '\0';
-    added.function = function;
-    added.operandCount = operandCount;
-    added.writeMask = writeMask;
+    added.function = kernel.function;
+    added.operandCount = kernel.operandCount;
+    added.writeMask = kernel.writeMask;
+    added.pair = kernel.pair;
+    added.joins = kernel.joins;
     std::int32_t& head = heads_[bucketOf(kept)];
     added.next = head;
     head = static_cast<std::int32_t>(size_);

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 namespace qel {
@@ -20,6 +21,8 @@ struct CKernelEntry
     CKernelFunction function;
     std::int32_t operandCount;
     std::uint32_t writeMask;
+    CKernelGroupFunction pair; // as in CKernelDef
+    std::span<const CKernelJoin> joins;
     std::int32_t next; // in the hash chain
 };
 
@@ -38,6 +41,8 @@ public:
     // if the same kernel is there already. -1: more than 8 operands, no function, the name taken by a
     // different kernel, or the table full.
     int add(std::string_view name, CKernelFunction function, int operandCount, std::uint32_t writeMask);
+    // The same with all that a table says of the kernel but for its name, which is the full one here.
+    int add(std::string_view name, const CKernelDef& kernel);
     // The identifier, or -1. The name is taken whole: one that was cut when added is found by what was kept.
     int find(std::string_view name) const;
     // Null if the identifier is none, -1 included.

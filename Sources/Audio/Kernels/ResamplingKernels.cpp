@@ -1,13 +1,10 @@
 // Factors of two in rate, and mid/side.
 #include "KernelFamilies.h"
+#include "RateChange.h"
 
 namespace qel {
 
-namespace {
-
-// Zeros between the samples; twice the level makes up for the images that the filter behind takes away. The
-// output has twice the count and must lie apart from the input.
-void interp2(const CKernelCall& call)
+void interpolate(const CKernelCall& call)
 {
     double* out = call.samples(0);
     const double* in = call.samples(1);
@@ -17,9 +14,10 @@ void interp2(const CKernelCall& call)
     }
 }
 
-// The count is that of the output; the input has twice as many.
+namespace {
+
 template <std::size_t kPhase>
-void decimate(const CKernelCall& call)
+void takeEverySecond(const CKernelCall& call)
 {
     double* out = call.samples(0);
     const double* in = call.samples(1);
@@ -57,15 +55,22 @@ void decodeMidSide(const CKernelCall& call)
     }
 }
 
-constexpr CKernelDef kTable[] = {
-    {"interp2", interp2, 2, 1},     {"decim2", decimate<0>, 2, 1},  {"decim2s", decimate<1>, 2, 1},
-    {"msenc", encodeMidSide, 4, 3}, {"msdec", decodeMidSide, 4, 3},
-};
-
 } // namespace
+
+void decimate(const CKernelCall& call)
+{
+    takeEverySecond<0>(call);
+}
 
 std::span<const CKernelDef> resamplingKernels()
 {
+    static const CKernelDef kTable[] = {
+        {"interp2", interpolate, 2, 1, nullptr, interpolatorJoins()},
+        {"decim2", decimate, 2, 1},
+        {"decim2s", takeEverySecond<1>, 2, 1},
+        {"msenc", encodeMidSide, 4, 3},
+        {"msdec", decodeMidSide, 4, 3},
+    };
     return kTable;
 }
 
