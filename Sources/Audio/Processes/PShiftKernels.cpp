@@ -2,6 +2,8 @@
 #include "PShiftKernels.h"
 
 #include "Math/Elementary.h"
+#include "SamplePair.h"
+#include "Unrolled.h"
 
 #include <algorithm>
 #include <numbers>
@@ -14,7 +16,8 @@ namespace {
 constexpr std::int32_t kFirstWrite = 3;
 
 // Interpolates between p1 and p2 (Catmull-Rom spline); t runs from 0 to 1.
-inline double interpolate(double p0, double p1, double p2, double p3, double t)
+template <class Sample>
+inline Sample interpolate(Sample p0, Sample p1, Sample p2, Sample p3, double t)
 {
     return p1 + (0.5 * (p2 - p0) +
                  (p0 - 2.5 * p1 + 2.0 * p2 - 0.5 * p3 + (1.5 * (p1 - p2) + 0.5 * (p3 - p0)) * t) * t) *
@@ -23,12 +26,16 @@ inline double interpolate(double p0, double p1, double p2, double p3, double t)
 
 // Two heads read the ring at half speed, half a grain apart. Each jumps back when it has read a grain, and is
 // silent then: a raised cosine, from a two-multiply oscillator, fades between them.
-void shift(const CKernelCall& call)
+//
+// Channels whose heads stand alike share all that does not touch samples.
+template <class Sample>
+void shift(const LaneCalls& calls)
 {
-    double* out = call.samples(0);
-    PShiftState& state = *call.state<PShiftState>(1);
-    double* ring = call.samples(2);
-    const double* in = call.samples(3);
+    constexpr std::size_t kChannels = kLanes<Sample>;
+    const LaneOutput<Sample> out(calls, 0);
+    const LaneOutput<Sample> rings(calls, 2);
+    const LaneInput<Sample> in(calls, 3);
+    PShiftState& state = *calls[0].state<PShiftState>(1);
     const std::int32_t grain = state.grain;
     const std::int32_t halfGrain = state.halfGrain;
     const std::int32_t lastWrite = state.lastWrite;
@@ -38,9 +45,13 @@ void shift(const CKernelCall& call)
     std::int32_t headB = state.headB;
     double window = state.window;
     double previous = state.previous;
-    for (std::size_t i = 0; i < call.count; ++i) {
-        ring[writePosition] = in[i];
-        ring[writePosition + grain] = in[i];
+    const std::size_t count = calls[0].count;
+    for (std::size_t i = 0; i < count; ++i) {
+        for (std::size_t channel = 0; channel < kChannels; ++channel) {
+            double* const ring = rings.samples[channel];
+            ring[writePosition] = in.samples[channel][i];
+            ring[writePosition + grain] = in.samples[channel][i];
+        }
         writePosition = writePosition == lastWrite ? 0 : writePosition + 1;
 
         std::int32_t a = headA >> 1;
@@ -66,17 +77,41 @@ void shift(const CKernelCall& call)
         previous = window;
         window = next;
 
-        const double* tapsA = ring + a;
-        const double* tapsB = ring + b;
-        out[i] =
-            interpolate(tapsA[0] * weightA + tapsB[0] * weightB, tapsA[1] * weightA + tapsB[1] * weightB,
-                        tapsA[2] * weightA + tapsB[2] * weightB, tapsA[3] * weightA + tapsB[3] * weightB, t);
+        // Two taps at a time.
+        SamplePair taps[kChannels][2];
+        unrolled<kChannels>([&](auto channel) {
+            const double* const ring = rings.samples[channel];
+            taps[channel][0] = loadPair(ring + a) * weightA + loadPair(ring + b) * weightB;
+            taps[channel][1] = loadPair(ring + a + 2) * weightA + loadPair(ring + b + 2) * weightB;
+        });
+        const auto tap = [&](auto index) {
+            return gatherLanes<Sample>([&](std::size_t lane) { return taps[lane][index / 2][index % 2]; });
+        };
+        out.set(i, interpolate(tap(0), tap(1), tap(2), tap(3), t));
     }
-    state.writePosition = writePosition;
-    state.headA = headA;
-    state.headB = headB;
-    state.window = window;
-    state.previous = previous;
+    for (std::size_t channel = 0; channel < kChannels; ++channel) {
+        PShiftState& moved = *calls[channel].state<PShiftState>(1);
+        moved.writePosition = writePosition;
+        moved.headA = headA;
+        moved.headB = headB;
+        moved.window = window;
+        moved.previous = previous;
+    }
+}
+
+void run(const CKernelCall& call)
+{
+    shift<double>({&call, 1});
+}
+
+void runPair(const CKernelCall* calls)
+{
+    if (*calls[0].state<PShiftState>(1) == *calls[1].state<PShiftState>(1)) {
+        shift<SamplePair>({calls, 1});
+    } else {
+        run(calls[0]);
+        run(calls[1]);
+    }
 }
 
 void restart(PShiftState& state, double* ring)
@@ -108,7 +143,7 @@ void clear(const CKernelCall& call)
 }
 
 constexpr CKernelDef kTable[] = {
-    {"pshift", shift, 4, 7},
+    {"pshift", run, 4, 7, runPair},
     {"pshifti", init, 2, 3},
     {"pshiftc", clear, 2, 3},
 };

@@ -31,6 +31,8 @@ struct PShiftState
     double window;
     double previous;
 
+    friend bool operator==(const PShiftState&, const PShiftState&) = default;
+
     // Every sample is written twice, a grain apart, so that the four taps of a head never have to wrap.
     static constexpr std::size_t ringSamples(std::int32_t grain)
     {

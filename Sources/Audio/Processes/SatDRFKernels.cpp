@@ -2,8 +2,10 @@
 #include "SatDRFKernels.h"
 
 #include "OnePoleGain.h"
+#include "SamplePair.h"
 #include "Unrolled.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -36,67 +38,177 @@ constexpr double kReductionSec = 0.00083;
 constexpr double kUnshapedSum = 2.8284;
 constexpr double kTestHz[] = {500.0, 2000.0};
 
-inline double curveGain(double u)
+// A saturator in registers, for one channel or two. Calculating a sample goes in steps, so that a loop over
+// many can take one step of all of them before the next: what waits for the sample before then stands apart
+// from what does not.
+template <class Sample>
+struct Saturator
 {
-    const double v = u - 1.0;
-    if (v <= kArcStart) {
-        return 1.0;
+    Sample drive, b1, b2, c1, c2;
+    Sample smooth;
+    Sample pumpFirst;
+    Sample pumpUp[4];
+    Sample pumpDown[4];
+    Sample y1, y2;
+    Sample e1, e2;
+    Sample p[5];
+
+    // `coefficients` and `signal` give the lane's record.
+    Saturator(auto coefficients, auto signal)
+    {
+        const auto gather = [](auto record, auto field) {
+            return gatherLanes<Sample>([&](std::size_t lane) { return record(lane).*field; });
+        };
+        using Coefficients = SatDRFState::Coefficients;
+        using Signal = SatDRFState::Signal;
+        drive = gather(coefficients, &Coefficients::drive);
+        b1 = gather(coefficients, &Coefficients::b1);
+        b2 = gather(coefficients, &Coefficients::b2);
+        c1 = gather(coefficients, &Coefficients::c1);
+        c2 = gather(coefficients, &Coefficients::c2);
+        smooth = gather(coefficients, &Coefficients::smooth);
+        pumpFirst = gather(coefficients, &Coefficients::pumpFirst);
+        unrolled<4>([&](auto i) {
+            pumpUp[i] = gatherLanes<Sample>([&](std::size_t lane) { return coefficients(lane).pumpUp[i]; });
+            pumpDown[i] =
+                gatherLanes<Sample>([&](std::size_t lane) { return coefficients(lane).pumpDown[i]; });
+        });
+        y1 = gather(signal, &Signal::y1);
+        y2 = gather(signal, &Signal::y2);
+        e1 = gather(signal, &Signal::e1);
+        e2 = gather(signal, &Signal::e2);
+        unrolled<5>(
+            [&](auto i) { p[i] = gatherLanes<Sample>([&](std::size_t lane) { return signal(lane).p[i]; }); });
     }
-    if (v < kArcEnd) {
-        const double along = v - kArcStart;
-        return 1.0 + (std::sqrt(kArcRadiusSquared - along * along) + kArcCentre) / u;
+    void store(auto signal) const
+    {
+        using Signal = SatDRFState::Signal;
+        const auto scatter = [&](auto field, Sample value) {
+            scatterLanes(value, [&](std::size_t lane, double part) { signal(lane).*field = part; });
+        };
+        scatter(&Signal::y1, y1);
+        scatter(&Signal::y2, y2);
+        scatter(&Signal::e1, e1);
+        scatter(&Signal::e2, e2);
+        unrolled<5>([&](auto i) {
+            scatterLanes(p[i], [&](std::size_t lane, double part) { signal(lane).p[i] = part; });
+        });
     }
-    return 1.0 + kLineSlope * v / u;
+
+    // The sample, driven and turned in phase.
+    Sample turn(Sample x)
+    {
+        const Sample f = drive * x + c1 * y1 + c2 * y2;
+        const Sample u = (f + b1 * y1 + b2 * y2) * kPoleRadiusSquared;
+        y2 = y1;
+        y1 = f;
+        return u;
+    }
+    Sample smoothed(Sample gain)
+    {
+        e1 += (gain - e1) * smooth;
+        e2 += (e1 - e2) * smooth;
+        return e2;
+    }
+    // The smoothed gain rides further down the pumping chain.
+    Sample pumped(Sample gain)
+    {
+        p[0] += (gain - p[0]) * pumpFirst;
+        unrolled<4>([&](auto i) {
+            const Sample target = p[i];
+            p[i + 1] += (target - p[i + 1]) * chosen(p[i + 1] <= target, pumpUp[i], pumpDown[i]);
+        });
+        return gain * p[4];
+    }
+};
+
+// The gain for a turned sample. Positive half-waves go through the curve in a first stage, and what comes out
+// of it, a third as high and with the sign turned, in a second. The curve has a gain of 1 up to kArcStart, so
+// one stage at most does anything, and where it is the second, the first one has left u as it was: one curve
+// does for both.
+template <class Sample>
+inline Sample curveGain(Sample u)
+{
+    constexpr Sample kOne = Sample{} + 1.0;
+    const auto isFirst = !(u - 1.0 <= kArcStart);
+    u = chosen(isFirst, u, u * (-1.0 / 3.0));
+    const Sample v = u - 1.0;
+    const Sample along = v - kArcStart;
+    const Sample arc = squareRoot(kArcRadiusSquared - along * along) + kArcCentre;
+    const Sample h = chosen(v < kArcEnd, arc, kLineSlope * v);
+    return chosen(v <= kArcStart, kOne, 1.0 + h / u);
 }
 
-// The gain for the next sample x. A copy of x, driven and turned in phase, goes through the curve: its
-// positive half-waves in the first stage and its negative ones, with the sign turned, in the second. Both
-// gains together are smoothed, and ride further down the pumping chain.
-template <bool kPumps>
-inline double nextGain(double x, const SatDRFState::Coefficients& k, SatDRFState::Signal& s)
+// Samples that go through a step together: enough that a loop runs free, few enough for the first cache.
+constexpr std::size_t kTile = 64;
+
+template <class Sample>
+void turnAndCurve(Saturator<Sample>& saturator, const LaneInput<Sample>& in, std::size_t begin,
+                  std::size_t count, Sample* gains)
 {
-    const double f = k.drive * x + k.c1 * s.y1 + k.c2 * s.y2;
-    const double u = (f + k.b1 * s.y1 + k.b2 * s.y2) * kPoleRadiusSquared;
-    s.y2 = s.y1;
-    s.y1 = f;
-    const double g1 = curveGain(u);
-    const double g2 = curveGain(u * (-g1 / 3.0));
-    s.e1 += (g1 * g2 - s.e1) * k.smooth;
-    s.e2 += (s.e1 - s.e2) * k.smooth;
-    if constexpr (!kPumps) {
-        return s.e2;
+    if constexpr (kLanes<Sample> == 1) {
+        // The curve has no memory: two samples side by side.
+        for (std::size_t i = 0; i + 2 <= count; i += 2) {
+            const double first = saturator.turn(in[begin + i]);
+            storePair(gains + i, curveGain(SamplePair{first, saturator.turn(in[begin + i + 1])}));
+        }
+        if (count % 2 != 0) {
+            gains[count - 1] = curveGain(saturator.turn(in[begin + count - 1]));
+        }
+    } else {
+        for (std::size_t i = 0; i < count; ++i) {
+            gains[i] = curveGain(saturator.turn(in[begin + i]));
+        }
     }
-    s.p[0] += (s.e2 - s.p[0]) * k.pumpFirst;
-    unrolled<4>([&](auto i) {
-        const double target = s.p[i];
-        double& stage = s.p[i + 1];
-        stage += (target - stage) * (stage <= target ? k.pumpUp[i] : k.pumpDown[i]);
-    });
-    return s.e2 * s.p[4];
 }
 
-template <bool kPumps>
-void saturate(const CKernelCall& call)
+template <class Sample, bool kPumps>
+void saturate(const LaneCalls& calls)
 {
-    double* out = call.samples(0);
-    SatDRFState& state = *call.state<SatDRFState>(1);
-    const double* in = call.samples(2);
-    const SatDRFState::Coefficients coefficients = state.coefficients;
-    const double norm = state.norm;
-    SatDRFState::Signal signal = state.signal;
-    for (std::size_t i = 0; i < call.count; ++i) {
-        const double x = in[i];
-        out[i] = x * nextGain<kPumps>(x, coefficients, signal) * norm;
+    const auto state = [&](std::size_t lane) { return calls[lane].state<SatDRFState>(1); };
+    Saturator<Sample> saturator([&](std::size_t lane) { return state(lane)->coefficients; },
+                                [&](std::size_t lane) { return state(lane)->signal; });
+    const auto norm = gatherLanes<Sample>([&](std::size_t lane) { return state(lane)->norm; });
+    const LaneInput<Sample> in(calls, 2);
+    const LaneOutput<Sample> out(calls, 0);
+    const std::size_t length = calls[0].count;
+    for (std::size_t begin = 0; begin < length; begin += kTile) {
+        const std::size_t count = std::min(kTile, length - begin);
+        Sample gains[kTile];
+        turnAndCurve(saturator, in, begin, count, gains);
+        for (std::size_t i = 0; i < count; ++i) {
+            gains[i] = saturator.smoothed(gains[i]);
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            const Sample gain = kPumps ? saturator.pumped(gains[i]) : gains[i];
+            out.set(begin + i, in[begin + i] * gain * norm);
+        }
     }
-    state.signal = signal;
+    saturator.store([&](std::size_t lane) -> SatDRFState::Signal& { return state(lane)->signal; });
+}
+
+template <class Sample>
+void saturateByMode(const LaneCalls& calls)
+{
+    if (calls[0].state<SatDRFState>(1)->mode == SatDRFState::EMode::kPumping) {
+        saturate<Sample, true>(calls);
+    } else {
+        saturate<Sample, false>(calls);
+    }
 }
 
 void run(const CKernelCall& call)
 {
-    if (call.state<SatDRFState>(1)->mode == SatDRFState::EMode::kPumping) {
-        saturate<true>(call);
+    saturateByMode<double>({&call, 1});
+}
+
+void runPair(const CKernelCall* calls)
+{
+    if (calls[0].state<SatDRFState>(1)->mode == calls[1].state<SatDRFState>(1)->mode) {
+        saturateByMode<SamplePair>({calls, 1});
     } else {
-        saturate<false>(call);
+        run(calls[0]);
+        run(calls[1]);
     }
 }
 
@@ -132,11 +244,13 @@ double halfWaveRms(const SatDRFState::Coefficients& coefficients, double frequen
     const double twoCos = 2.0 * math::cos(w);
     double sine = 0.0;
     double previous = math::sin(-w);
-    SatDRFState::Signal signal;
+    Saturator<double> saturator([&](std::size_t) { return coefficients; },
+                                [](std::size_t) { return SatDRFState::Signal{}; });
     double sums[2] = {0.0, 0.0};
     int counts[2] = {0, 0};
     for (int i = 0; i < count; ++i) {
-        const double out = sine * nextGain<kPumps>(sine, coefficients, signal);
+        const double gain = saturator.smoothed(curveGain(saturator.turn(sine)));
+        const double out = sine * (kPumps ? saturator.pumped(gain) : gain);
         const int half = out >= 0.0 ? 0 : 1;
         sums[half] += out * out;
         ++counts[half];
@@ -178,7 +292,7 @@ void clear(const CKernelCall& call)
 }
 
 constexpr CKernelDef kTable[] = {
-    {"satdrf", run, 3, 3},
+    {"satdrf", run, 3, 3, runPair},
     {"satdrfi", init, 1, 1},
     {"satdrfc", clear, 1, 1},
 };

@@ -1,223 +1,21 @@
 // Every kernel that does the work of several calls against those calls, down to the last bit.
-#include "CrunchKernels.h"
-#include "KernelFamilies.h"
-#include "KernelRig.h"
-#include "MeterKernels.h"
-#include "PShiftKernels.h"
-#include "SatDRFKernels.h"
-#include "TransKernels.h"
+#include "KernelCalls.h"
 
 #include <gtest/gtest.h>
-
-#include <map>
 
 namespace qel {
 namespace {
 
-using test::noiseSignal;
-using test::Signal;
-
-constexpr std::size_t kLongest = 513; // samples of a call at the lowest rate
-constexpr std::size_t kMostStages = 3;
-constexpr double kRateHz = 48000.0;
-
-const std::map<CKernelFunction, CKernelDef>& kernels()
-{
-    static const auto kKernels = [] {
-        std::map<CKernelFunction, CKernelDef> all;
-        for (const auto table :
-             {vectorKernels(), crossfadeKernels(), biquadKernels(), firstOrderKernels(), halfBandKernels(),
-              allPassKernels(), resamplingKernels(), noiseKernels(), satDRFKernels(), crunchRlsKernels(),
-              crunchAtkKernels(), transKernels(), pshiftKernels(), meterKernels()}) {
-            for (const CKernelDef& kernel : table) {
-                all.insert({kernel.function, kernel});
-            }
-        }
-        return all;
-    }();
-    return kKernels;
-}
-
-CKernelFunction functionOf(const std::string& name)
-{
-    for (const auto& [function, kernel] : kernels()) {
-        if (kernel.name == name) {
-            return function;
-        }
-    }
-    throw std::runtime_error("no kernel " + name);
-}
-
-void runKernel(const std::string& name, double scalar, std::initializer_list<void*> operands)
-{
-    CKernelCall call{};
-    call.scalar = scalar;
-    std::copy(operands.begin(), operands.end(), call.data);
-    functionOf(name)(call);
-}
-
-// Calls over memory of their own, the same whenever they are made anew.
-class Calls
-{
-public:
-    // With `differ` the channels have different settings. Without `keepsBetween` what only passes from part
-    // to part has no address.
-    Calls(std::span<const CKernelPart> parts, std::size_t channels, bool differ, bool keepsBetween)
-        : parts_(parts), channels_(channels)
-    {
-        for (std::size_t channel = 0; channel < channels; ++channel) {
-            const bool isOther = differ && channel == 1;
-            double* const input = buffer();
-            inputs_.push_back(input);
-            std::vector<double*> outputs;
-            for (std::size_t i = 0; i < parts.size(); ++i) {
-                const CKernelDef& kernel = kernels().at(parts[i].function);
-                const bool isInner = std::any_of(parts.begin(), parts.end(), [&](const CKernelPart& part) {
-                    return part.source == static_cast<int>(i) && !isInPlace(kernels().at(part.function));
-                });
-                double* const source =
-                    parts[i].source < 0 ? input : outputs[static_cast<std::size_t>(parts[i].source)];
-                CKernelCall call{};
-                call.scalar = isOther ? 0.4 : 0.7;
-                if (isInPlace(kernel)) {
-                    call.data[0] = source;
-                } else {
-                    call.data[0] = isInner && !keepsBetween ? nullptr : buffer();
-                    call.data[kernel.operandCount - 1] = source;
-                }
-                outputs.push_back(call.samples(0));
-                setUp(kernel, call, isOther, static_cast<unsigned>(10 * channel + i));
-                calls_.push_back(call);
-                if (!isInner) {
-                    outputs_.push_back(call.samples(0));
-                }
-            }
-        }
-    }
-
-    void fill(std::size_t count, unsigned seed)
-    {
-        std::size_t rate = 1;
-        for (const CKernelPart& part : parts_) {
-            rate = kernels().at(part.function).name == std::string("decim2") ? 2 : rate;
-        }
-        for (std::size_t i = 0; i < parts_.size(); ++i) {
-            const std::string name = kernels().at(parts_[i].function).name;
-            rate = name == "decim2" ? rate / 2 : rate;
-            for (std::size_t channel = 0; channel < channels_; ++channel) {
-                calls_[channel * parts_.size() + i].count = static_cast<std::uint32_t>(count * rate);
-            }
-            rate = name == "interp2" ? 2 * rate : rate;
-        }
-        written_ = count * rate;
-        for (std::size_t channel = 0; channel < channels_; ++channel) {
-            const Signal noise = noiseSignal(2 * kLongest, seed + static_cast<unsigned>(channel));
-            std::copy(noise.begin(), noise.end(), inputs_[channel]);
-        }
-    }
-    void runSingles() const
-    {
-        for (std::size_t i = 0; i < calls_.size(); ++i) {
-            parts_[i % parts_.size()].function(calls_[i]);
-        }
-    }
-    // One part of each channel over whatever its input holds.
-    void runPart(std::size_t part, std::uint32_t count)
-    {
-        for (std::size_t channel = 0; channel < channels_; ++channel) {
-            CKernelCall& call = calls_[channel * parts_.size() + part];
-            call.count = count;
-            parts_[part].function(call);
-        }
-    }
-    void run(CKernelGroupFunction function) const { function(calls_.data()); }
-    // All that is left for others to read.
-    std::vector<Signal> outputs() const
-    {
-        std::vector<Signal> all;
-        for (const double* output : outputs_) {
-            all.emplace_back(output, output + written_);
-        }
-        return all;
-    }
-
-private:
-    static bool isInPlace(const CKernelDef& kernel)
-    {
-        return (kernel.writeMask >> (kernel.operandCount - 1)) & 1;
-    }
-    double* buffer(std::size_t count = kLongest << kMostStages)
-    {
-        memory_.push_back(std::make_unique<double[]>(count));
-        return memory_.back().get();
-    }
-    template <class Record>
-    Record* record(CKernelCall& call)
-    {
-        call.data[1] = buffer(sizeof(Record) / sizeof(double) + 1);
-        return new (call.data[1]) Record{};
-    }
-    void setUp(const CKernelDef& kernel, CKernelCall& call, bool isOther, unsigned seed)
-    {
-        std::string name = kernel.name;
-        if (name == "interp2" || name == "decim2") {
-            return;
-        }
-        if (name == "denorm" || name == "denormn") {
-            *record<std::uint32_t>(call) = seed;
-        } else if (name == "satdrf") {
-            auto* state = record<SatDRFState>(call);
-            state->mode = isOther ? SatDRFState::EMode::kPrecise : SatDRFState::EMode::kPumping;
-            state->drive = isOther ? 2.0 : 6.0;
-            state->phaseFreqHz = 100.0;
-            runKernel("satdrfi", kRateHz, {state});
-        } else if (name == "pshift") {
-            auto* state = record<PShiftState>(call);
-            state->grain = isOther ? 300 : 441;
-            call.data[2] = buffer(PShiftState::ringSamples(state->grain));
-            runKernel("pshifti", 0.0, {state, call.data[2]});
-        } else if (name.starts_with("trans")) {
-            // The parts of a detector share one record.
-            if (!calls_.empty() && parts_.size() > 1 && calls_.size() % parts_.size() != 0) {
-                call.data[1] = calls_.back().data[1];
-                return;
-            }
-            auto* state = record<TransState>(call);
-            state->sense = 0.4;
-            state->scale = isOther ? 1.0 : 2.0;
-            state->timeSec = 0.01;
-            state->decaySec = 0.03;
-            runKernel("transi", kRateHz, {state});
-        } else if (name.starts_with("flt")) {
-            Signal coefficients = noiseSignal(16, seed);
-            for (double& value : coefficients) {
-                value = 0.25 + 0.15 * value; // stable for every family
-            }
-            call.data[1] = buffer(100);
-            const std::string init = name.starts_with("fltbiq")   ? "fltbiqi"
-                                     : name.starts_with("flthbf") ? name.substr(0, name.find('g')) + "i"
-                                                                  : "fltlphp1i";
-            runKernel(init, 0.0, {call.data[1], coefficients.data()});
-        } else {
-            throw std::runtime_error("no state for " + name);
-        }
-    }
-
-    std::span<const CKernelPart> parts_;
-    std::size_t channels_;
-    std::vector<std::unique_ptr<double[]>> memory_;
-    std::vector<CKernelCall> calls_;
-    std::vector<double*> inputs_;
-    std::vector<double*> outputs_;
-    std::size_t written_ = 0;
-};
+using test::EChannels;
+using test::KernelCalls;
 
 void compare(const std::string& name, std::span<const CKernelPart> parts, std::size_t channels,
              CKernelGroupFunction function)
 {
-    for (const bool differ : {false, true}) {
-        Calls expected(parts, channels, differ, true);
-        Calls grouped(parts, channels, differ, false);
+    for (const EChannels kind :
+         {EChannels::kAlike, EChannels::kDifferentValues, EChannels::kDifferentModes}) {
+        KernelCalls expected(parts, channels, kind, true);
+        KernelCalls grouped(parts, channels, kind, false);
         unsigned seed = 1;
         for (const std::size_t count : {1, 64, 0, 7, 513, 2, 33, 129, 65}) {
             expected.fill(count, ++seed);
@@ -228,34 +26,25 @@ void compare(const std::string& name, std::span<const CKernelPart> parts, std::s
             const auto b = grouped.outputs();
             for (std::size_t i = 0; i < a.size(); ++i) {
                 ASSERT_TRUE(test::isSameBits(a[i], b[i]))
-                    << name << ", " << channels << " channels, " << (differ ? "different, " : "") << "count "
-                    << count << ", output " << i;
+                    << name << ", " << channels << " channels of kind " << static_cast<int>(kind)
+                    << ", count " << count << ", output " << i;
             }
         }
     }
 }
 
-std::string nameOf(std::span<const CKernelPart> parts)
-{
-    std::string name;
-    for (const CKernelPart& part : parts) {
-        name += std::string(" ") + kernels().at(part.function).name;
-    }
-    return name;
-}
-
 TEST(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
 {
     int compared = 0;
-    for (const auto& [function, kernel] : kernels()) {
+    for (const auto& [function, kernel] : test::kernelsByFunction()) {
         if (kernel.pair) {
             const CKernelPart alone[] = {{function, CKernelPart::kInput}};
             compare(kernel.name, alone, 2, kernel.pair);
             ++compared;
         }
         for (const CKernelJoin& join : kernel.joins) {
-            compare(nameOf(join.parts), join.parts, 1, join.one);
-            compare(nameOf(join.parts), join.parts, 2, join.pair);
+            compare(test::nameOf(join.parts), join.parts, 1, join.one);
+            compare(test::nameOf(join.parts), join.parts, 2, join.pair);
             ++compared;
         }
     }
@@ -265,16 +54,17 @@ TEST(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
 // Between the rates, half of a half-band filter rests: unless something is left in it.
 TEST(KernelPairs, FallBackWhereAHalfBandFilterHasAlreadyRunAlone)
 {
-    const CKernelFunction filter = functionOf("flthbf8g");
+    const CKernelFunction filter = test::functionOf("flthbf8g");
     for (const bool isUp : {true, false}) {
-        const std::span joins = kernels().at(isUp ? functionOf("interp2") : filter).joins;
+        const std::span joins =
+            test::kernelsByFunction().at(isUp ? test::functionOf("interp2") : filter).joins;
         const auto join = std::find_if(joins.begin(), joins.end(), [&](const CKernelJoin& candidate) {
             return candidate.parts[isUp ? 1 : 0].function == filter;
         });
         ASSERT_NE(join, joins.end());
-        Calls expected(join->parts, 2, true, true);
-        Calls grouped(join->parts, 2, true, true);
-        for (Calls* calls : {&expected, &grouped}) {
+        KernelCalls expected(join->parts, 2, EChannels::kDifferentValues, true);
+        KernelCalls grouped(join->parts, 2, EChannels::kDifferentValues, true);
+        for (KernelCalls* calls : {&expected, &grouped}) {
             calls->fill(37, 1);
             calls->runPart(isUp ? 1 : 0, 75);
         }
