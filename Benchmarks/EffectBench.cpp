@@ -1,9 +1,12 @@
-// The whole effect: time for each stereo frame, the part of the kernels in it, and what an instance costs.
+// The whole effect: its time for each frame, held against one plain loop of the same, and what an instance
+// costs.
+#include "CAudioExtParam.h"
+#include "CPlainEffect.h"
 #include "Effect/EffectRig.h"
 
 #include <benchmark/benchmark.h>
 
-#include <chrono>
+#include <algorithm>
 #include <ctime>
 #include <malloc.h>
 #include <memory>
@@ -13,104 +16,242 @@ namespace {
 
 using namespace test;
 
-// Time that this thread has had, so that others on the machine count for nothing.
-struct Clock
-{
-    using duration = std::chrono::nanoseconds;
+constexpr double kRateHz = 48000.0;
 
-    static duration now()
+// Nanoseconds that this thread has had, so that others on the machine count for nothing.
+double threadTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return 1e9 * static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec);
+}
+
+double median(std::vector<double> times)
+{
+    const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
+    std::nth_element(times.begin(), middle, times.end());
+    return *middle;
+}
+
+// Anything that turns blocks into blocks, playing the same second of music over and over. `process` gets
+// inputs, outputs and a count.
+template <class Process>
+class Player
+{
+public:
+    Player(std::size_t channels, std::size_t blockSize, Process process)
+        : process_(std::move(process)), blockSize_(blockSize)
     {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return std::chrono::seconds(time.tv_sec) + duration(time.tv_nsec);
+        for (unsigned i = 0; i < channels; ++i) {
+            input_.push_back(music(kRateHz, 48000 / blockSize * blockSize, 1 + i % 2));
+        }
+        output_ = input_;
     }
+
+    void playBlock()
+    {
+        in_.clear();
+        out_.clear();
+        for (std::size_t i = 0; i < input_.size(); ++i) {
+            in_.push_back(input_[i].data() + position_);
+            out_.push_back(output_[i].data() + position_);
+        }
+        process_(in_.data(), out_.data(), blockSize_);
+        position_ = (position_ + blockSize_) % input_[0].size();
+    }
+    void playAll()
+    {
+        do {
+            playBlock();
+        } while (position_ != 0);
+    }
+    // Nanoseconds a frame, of about 10 ms.
+    double timeTurn()
+    {
+        const std::size_t blocks = std::max<std::size_t>(512 / blockSize_, 1);
+        const double start = threadTime();
+        for (std::size_t i = 0; i < blocks; ++i) {
+            playBlock();
+        }
+        return (threadTime() - start) / static_cast<double>(blocks * blockSize_);
+    }
+    std::size_t blocks() const { return input_[0].size() / blockSize_; }
+    const Signals& output() const { return output_; }
+
+private:
+    Process process_;
+    std::size_t blockSize_;
+    Signals input_;
+    Signals output_;
+    std::vector<const double*> in_;
+    std::vector<double*> out_;
+    std::size_t position_ = 0;
 };
 
-enum ELoad : int
+auto playerOf(EffectHost& host, std::size_t blockSize, std::size_t channels = 2)
 {
-    kDefaults,
-    kEverything,
-    kEightGroups // everything, on eight channels in a group each
-};
+    const auto process = [&host](const double** in, double** out, std::size_t count) {
+        CAudioHostBlock block{reinterpret_cast<const void**>(in), reinterpret_cast<void**>(out),
+                              static_cast<int>(count), true};
+        host.processBlock(block);
+    };
+    return Player(channels, blockSize, process);
+}
 
-// Arguments: load, block size, oversampling (1 to 4 for 1x to 8x).
-std::unique_ptr<EffectHost> prepare(const benchmark::State& state)
+// `mode` of the oversampling: 1 to 4 for 1x to 8x.
+std::unique_ptr<EffectHost> openHost(bool hasEverything, int mode, int groups = 1)
 {
-    const auto load = static_cast<ELoad>(state.range(0));
     auto host = std::make_unique<EffectHost>();
     host->set("denorm-enable", 1.0);
-    host->set("oversampling", static_cast<double>(state.range(2)));
-    const int groups = load == kEightGroups ? 8 : 1;
-    for (int group = 0; load != kDefaults && group < groups; ++group) {
+    host->set("oversampling", mode);
+    for (int group = 0; hasEverything && group < groups; ++group) {
         host->apply(busySettings(), group);
     }
-    if (load == kEightGroups) {
+    if (groups == 8) {
         host->setList("io-params.in-routing", {1, 2, 3, 4, 5, 6, 7, 8});
         host->setList("io-params.out-routing", {1, 2, 3, 4, 5, 6, 7, 8});
         host->setList("io-params.grouping", {0, 1, 2, 3, 4, 5, 6, 7});
     }
-    host->open(48000.0, load == kEightGroups ? 8 : 2);
+    host->open(kRateHz, groups == 8 ? 8 : 2);
     return host;
 }
 
-double nanoseconds(Clock::duration time)
+// Turns of both until the benchmark has enough, so that both see the same machine. The medians.
+template <class First, class Second>
+std::pair<double, double> playInTurns(benchmark::State& state, First& first, Second& second)
 {
-    return static_cast<double>(time.count());
+    std::vector<double> firstTimes;
+    std::vector<double> secondTimes;
+    for (auto _ : state) {
+        firstTimes.push_back(first.timeTurn());
+        secondTimes.push_back(second.timeTurn());
+    }
+    return {median(firstTimes), median(secondTimes)};
 }
 
+constexpr double kMostDifference = 1e-6; // -120 dB of full scale
+
 // The application ends with the benchmark: others build trees without one.
-//
-// Blocks and replays of one block's kernels take turns, so that both see the same machine.
 void wholeEffect(benchmark::State& state)
 {
     const TestApplication application(deliveredTree());
-    const std::unique_ptr<EffectHost> host = prepare(state);
-    const auto count = static_cast<std::size_t>(state.range(1));
-    const std::size_t channels = state.range(0) == kEightGroups ? 8 : 2;
-    const Signals input(channels, music(48000.0, count, 1));
-    const std::vector<int> sizes{static_cast<int>(count)};
-    for (std::size_t i = 0; i < 48000; i += count) {
-        host->run<double>(input, sizes);
-    }
-    CKernelRecording recording;
-    host->kernels().setObserver(&recording);
-    host->run<double>(input, sizes);
-    host->kernels().setObserver(nullptr);
-    recording.resolve(host->kernels());
-
-    Signals output = input;
-    std::vector<const void*> in;
-    std::vector<void*> out;
-    for (std::size_t i = 0; i < channels; ++i) {
-        in.push_back(input[i].data());
-        out.push_back(output[i].data());
-    }
-    CAudioHostBlock block{in.data(), out.data(), static_cast<int>(count), true};
-    Clock::duration whole{};
-    Clock::duration kernels{};
-    constexpr int kBlocks = 16; // a turn
-    for (auto _ : state) {
-        const auto start = Clock::now();
-        for (int i = 0; i < kBlocks; ++i) {
-            host->processBlock(block);
+    const bool hasEverything = state.range(0) != 0;
+    const auto blockSize = static_cast<std::size_t>(state.range(1));
+    const int mode = static_cast<int>(state.range(2));
+    const std::unique_ptr<EffectHost> host = openHost(hasEverything, mode);
+    auto engine = playerOf(*host, blockSize);
+    CPlainEffect effect(kRateHz, mode - 1, hasEverything);
+    Player plain(2, blockSize,
+                 [&](const double** in, double** out, std::size_t count) { effect.process(in, out, count); });
+    engine.playAll();
+    plain.playAll();
+    for (std::size_t i = 0; i < 2; ++i) {
+        if (!(worstDifference(engine.output()[i], plain.output()[i]) < kMostDifference)) {
+            state.SkipWithError("engine and plain loop differ by more than -120 dB");
+            return;
         }
-        const auto middle = Clock::now();
-        for (int i = 0; i < kBlocks; ++i) {
-            recording.replay();
-        }
-        whole += middle - start;
-        kernels += Clock::now() - middle;
     }
-    const double frames = static_cast<double>(state.iterations()) * kBlocks * static_cast<double>(count);
-    state.counters["ns/frame"] = nanoseconds(whole) / frames;
-    state.counters["kernels %"] = 100.0 * nanoseconds(kernels) / nanoseconds(whole);
-    state.counters["calls"] = static_cast<double>(recording.calls().size());
+    const auto [engineTime, plainTime] = playInTurns(state, engine, plain);
+    state.counters["ns/frame"] = engineTime;
+    state.counters["plain"] = plainTime;
+    state.counters["x plain"] = engineTime / plainTime;
 }
 
 BENCHMARK(wholeEffect)
-    ->ArgNames({"load", "block", "os"})
-    ->ArgsProduct({{kDefaults, kEverything, kEightGroups}, {64, 512}, {1, 4}})
+    ->ArgNames({"everything", "block", "os"})
+    ->ArgsProduct({{0, 1}, {16, 64, 512}, {1, 4}})
     ->Unit(benchmark::kMicrosecond);
+
+// Everything on, on eight channels in a group each.
+void eightGroups(benchmark::State& state)
+{
+    const TestApplication application(deliveredTree());
+    const auto blockSize = static_cast<std::size_t>(state.range(0));
+    const std::unique_ptr<EffectHost> host = openHost(true, 1, 8);
+    const std::unique_ptr<EffectHost> oneGroup = openHost(true, 1);
+    auto engine = playerOf(*host, blockSize, 8);
+    auto reference = playerOf(*oneGroup, blockSize);
+    engine.playAll();
+    reference.playAll();
+    const auto [time, referenceTime] = playInTurns(state, engine, reference);
+    state.counters["ns/frame"] = time;
+    state.counters["one group"] = referenceTime;
+    state.counters["x one group"] = time / referenceTime;
+}
+
+BENCHMARK(eightGroups)->ArgName("block")->Arg(64)->Arg(512)->Unit(benchmark::kMicrosecond);
+
+// Everything on, with a value for each of the host's parameters before every block of 64: knobs move by a
+// hundredth of their way and back, switches are sent as they are.
+void automation(benchmark::State& state)
+{
+    const TestApplication application(deliveredTree());
+    constexpr std::size_t kBlock = 64;
+    const std::unique_ptr<EffectHost> host = openHost(true, 1);
+    const std::unique_ptr<EffectHost> still = openHost(true, 1);
+    auto unmoved = playerOf(*still, kBlock);
+    auto engine = playerOf(*host, kBlock);
+    engine.playAll();
+    unmoved.playAll();
+    std::vector<double> times;
+    std::vector<double> stillTimes;
+    std::vector<std::pair<CAudioExtParam*, double>> params; // with what they began with
+    for (std::int32_t i = 0; i < host->getExtParams().getCount(); ++i) {
+        CAudioExtParam* const param = host->getExtParams().get(i);
+        params.emplace_back(param, std::clamp(param->getNormalized(), 0.01, 0.99));
+    }
+    constexpr int kWay = 100; // blocks
+    int block = 0;
+    for (auto _ : state) {
+        block = (block + 1) % kWay;
+        const double moved = 0.01 * std::abs(2 * block - kWay) / kWay;
+        const double start = threadTime();
+        for (const auto& [param, norm] : params) {
+            param->postNormalized(param->getStepCount() > 0 ? param->getNormalized() : norm + moved);
+        }
+        engine.playBlock();
+        const double middle = threadTime();
+        unmoved.playBlock();
+        times.push_back(middle - start);
+        stillTimes.push_back(threadTime() - middle);
+    }
+    state.counters["parameters"] = static_cast<double>(params.size());
+    state.counters["ns/frame"] = median(times) / kBlock;
+    state.counters["unmoved"] = median(stillTimes) / kBlock;
+    state.counters["x unmoved"] = median(times) / median(stillTimes);
+}
+
+BENCHMARK(automation)->Unit(benchmark::kMicrosecond);
+
+// What a block takes at most: of 20 passes over the same music each block has its best, which leaves out what
+// came from elsewhere.
+void slowestBlock(benchmark::State& state)
+{
+    const TestApplication application(deliveredTree());
+    const std::unique_ptr<EffectHost> host = openHost(state.range(0) != 0, 1);
+    auto engine = playerOf(*host, static_cast<std::size_t>(state.range(1)));
+    engine.playAll();
+    for (auto _ : state) {
+        std::vector<double> best(engine.blocks(), INFINITY);
+        constexpr int kPasses = 20;
+        for (int pass = 0; pass < kPasses; ++pass) {
+            for (double& time : best) {
+                const double start = threadTime();
+                engine.playBlock();
+                time = std::min(time, threadTime() - start);
+            }
+        }
+        const double slowest = *std::max_element(best.begin(), best.end());
+        state.counters["slowest us"] = slowest / 1000.0;
+        state.counters["x median"] = slowest / median(best);
+    }
+}
+
+BENCHMARK(slowestBlock)
+    ->ArgNames({"everything", "block"})
+    ->ArgsProduct({{0, 1}, {64, 512}})
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
 
 void makeInstance(benchmark::State& state)
 {

@@ -38,9 +38,8 @@ constexpr double kReductionSec = 0.00083;
 constexpr double kUnshapedSum = 2.8284;
 constexpr double kTestHz[] = {500.0, 2000.0};
 
-// A saturator in registers, for one channel or two. Calculating a sample goes in steps, so that a loop over
-// many can take one step of all of them before the next: what waits for the sample before then stands apart
-// from what does not.
+// A saturator in registers, for one channel or two. A sample goes through it in steps that a loop can
+// stagger.
 template <class Sample>
 struct Saturator
 {
@@ -54,7 +53,7 @@ struct Saturator
     Sample p[5];
 
     // `coefficients` and `signal` give the lane's record.
-    Saturator(auto coefficients, auto signal)
+    [[gnu::always_inline]] Saturator(auto coefficients, auto signal)
     {
         const auto gather = [](auto record, auto field) {
             return gatherLanes<Sample>([&](std::size_t lane) { return record(lane).*field; });
@@ -80,7 +79,7 @@ struct Saturator
         unrolled<5>(
             [&](auto i) { p[i] = gatherLanes<Sample>([&](std::size_t lane) { return signal(lane).p[i]; }); });
     }
-    void store(auto signal) const
+    [[gnu::always_inline]] void store(auto signal) const
     {
         using Signal = SatDRFState::Signal;
         const auto scatter = [&](auto field, Sample value) {
@@ -96,7 +95,7 @@ struct Saturator
     }
 
     // The sample, driven and turned in phase.
-    Sample turn(Sample x)
+    [[gnu::always_inline]] Sample turn(Sample x)
     {
         const Sample f = drive * x + c1 * y1 + c2 * y2;
         const Sample u = (f + b1 * y1 + b2 * y2) * kPoleRadiusSquared;
@@ -104,21 +103,31 @@ struct Saturator
         y1 = f;
         return u;
     }
-    Sample smoothed(Sample gain)
+    [[gnu::always_inline]] Sample smoothed(Sample gain)
     {
         e1 += (gain - e1) * smooth;
         e2 += (e1 - e2) * smooth;
         return e2;
     }
-    // The smoothed gain rides further down the pumping chain.
-    Sample pumped(Sample gain)
+    // The smoothed gain rides further down the pumping chain, in two steps.
+    [[gnu::always_inline]] void startPump(Sample gain)
     {
         p[0] += (gain - p[0]) * pumpFirst;
-        unrolled<4>([&](auto i) {
-            const Sample target = p[i];
-            p[i + 1] += (target - p[i + 1]) * chosen(p[i + 1] <= target, pumpUp[i], pumpDown[i]);
-        });
+        pump(0);
+        pump(1);
+    }
+    [[gnu::always_inline]] Sample endPump(Sample gain)
+    {
+        pump(2);
+        pump(3);
         return gain * p[4];
+    }
+
+private:
+    [[gnu::always_inline]] void pump(std::size_t i)
+    {
+        const Sample target = p[i];
+        p[i + 1] += (target - p[i + 1]) * chosen(p[i + 1] <= target, pumpUp[i], pumpDown[i]);
     }
 };
 
@@ -127,7 +136,7 @@ struct Saturator
 // one stage at most does anything, and where it is the second, the first one has left u as it was: one curve
 // does for both.
 template <class Sample>
-inline Sample curveGain(Sample u)
+[[gnu::always_inline]] inline Sample curveGain(Sample u)
 {
     constexpr Sample kOne = Sample{} + 1.0;
     const auto isFirst = !(u - 1.0 <= kArcStart);
@@ -139,29 +148,6 @@ inline Sample curveGain(Sample u)
     return chosen(v <= kArcStart, kOne, 1.0 + h / u);
 }
 
-// Samples that go through a step together: enough that a loop runs free, few enough for the first cache.
-constexpr std::size_t kTile = 64;
-
-template <class Sample>
-void turnAndCurve(Saturator<Sample>& saturator, const LaneInput<Sample>& in, std::size_t begin,
-                  std::size_t count, Sample* gains)
-{
-    if constexpr (kLanes<Sample> == 1) {
-        // The curve has no memory: two samples side by side.
-        for (std::size_t i = 0; i + 2 <= count; i += 2) {
-            const double first = saturator.turn(in[begin + i]);
-            storePair(gains + i, curveGain(SamplePair{first, saturator.turn(in[begin + i + 1])}));
-        }
-        if (count % 2 != 0) {
-            gains[count - 1] = curveGain(saturator.turn(in[begin + count - 1]));
-        }
-    } else {
-        for (std::size_t i = 0; i < count; ++i) {
-            gains[i] = curveGain(saturator.turn(in[begin + i]));
-        }
-    }
-}
-
 template <class Sample, bool kPumps>
 void saturate(const LaneCalls& calls)
 {
@@ -171,19 +157,24 @@ void saturate(const LaneCalls& calls)
     const auto norm = gatherLanes<Sample>([&](std::size_t lane) { return state(lane)->norm; });
     const LaneInput<Sample> in(calls, 2);
     const LaneOutput<Sample> out(calls, 0);
-    const std::size_t length = calls[0].count;
-    for (std::size_t begin = 0; begin < length; begin += kTile) {
-        const std::size_t count = std::min(kTile, length - begin);
-        Sample gains[kTile];
-        turnAndCurve(saturator, in, begin, count, gains);
-        for (std::size_t i = 0; i < count; ++i) {
-            gains[i] = saturator.smoothed(gains[i]);
+    Sample curved{};
+    Sample smoothed{};
+    Sample smoothedBefore{};
+    constexpr std::size_t kSteps = kPumps ? 4 : 2;
+    staggered<kSteps>(calls[0].count, [&](auto step, std::size_t i) {
+        if constexpr (step == 0) {
+            curved = curveGain(saturator.turn(in[i]));
+        } else if constexpr (step == 1) {
+            smoothed = saturator.smoothed(curved);
+        } else if constexpr (step == 2) {
+            saturator.startPump(smoothed);
+            smoothedBefore = smoothed;
         }
-        for (std::size_t i = 0; i < count; ++i) {
-            const Sample gain = kPumps ? saturator.pumped(gains[i]) : gains[i];
-            out.set(begin + i, in[begin + i] * gain * norm);
+        if constexpr (step == kSteps - 1) {
+            const Sample gain = kPumps ? saturator.endPump(smoothedBefore) : smoothed;
+            out.set(i, in[i] * gain * norm);
         }
-    }
+    });
     saturator.store([&](std::size_t lane) -> SatDRFState::Signal& { return state(lane)->signal; });
 }
 
@@ -250,7 +241,11 @@ double halfWaveRms(const SatDRFState::Coefficients& coefficients, double frequen
     int counts[2] = {0, 0};
     for (int i = 0; i < count; ++i) {
         const double gain = saturator.smoothed(curveGain(saturator.turn(sine)));
-        const double out = sine * (kPumps ? saturator.pumped(gain) : gain);
+        double out = sine * gain;
+        if constexpr (kPumps) {
+            saturator.startPump(gain);
+            out = sine * saturator.endPump(gain);
+        }
         const int half = out >= 0.0 ? 0 : 1;
         sums[half] += out * out;
         ++counts[half];

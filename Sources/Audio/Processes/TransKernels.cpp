@@ -2,8 +2,8 @@
 #include "TransKernels.h"
 
 #include "OnePoleGain.h"
+#include "SamplePair.h"
 
-#include <cmath>
 #include <numbers>
 
 namespace qel {
@@ -52,24 +52,34 @@ struct Medium
 
 struct Low
 {
-    static double measure(double r) { return 1.0 - std::sqrt(std::sqrt(r)); }
+    static double measure(double r) { return 1.0 - squareRoot(squareRoot(r)); }
     static double gain(const TransState& state) { return state.gainLow; }
 };
 
 struct VeryLow
 {
-    static double measure(double r) { return 1.0 - std::sqrt(std::sqrt(std::sqrt(std::sqrt(r)))); }
+    static double measure(double r) { return 1.0 - squareRoot(squareRoot(squareRoot(squareRoot(r)))); }
     static double gain(const TransState& state) { return state.gainVeryLow; }
+};
+
+// A follower with a time constant of its own for each direction.
+struct Decay
+{
+    explicit Decay(const TransState& state)
+        : attackGain(state.attack), decayGain(state.decay), decayed(state.decayed)
+    {}
+    double next(double v) { return decayed += (v - decayed) * (decayed < v ? attackGain : decayGain); }
+
+    const double attackGain;
+    const double decayGain;
+    double decayed;
 };
 
 // Two followers of the level; where the fast one has fallen below the slow one, the curve of their ratio is
 // the measure. It is smoothed by four followers in series.
-template <class Curve>
-void detect(const CKernelCall& call)
+template <class Curve, bool kDecays>
+void detectTo(double* out, TransState& state, const double* in, std::size_t count)
 {
-    double* out = call.samples(0);
-    TransState& state = *call.state<TransState>(1);
-    const double* in = call.samples(2);
     const double gain = Curve::gain(state);
     const double slow = state.slow;
     const double rise = state.rise;
@@ -78,7 +88,8 @@ void detect(const CKernelCall& call)
     auto [s0, s1, s2, s3] = state.smoothed;
     double slowLevel = state.slowLevel;
     double fastLevel = state.fastLevel;
-    for (std::size_t i = 0; i < call.count; ++i) {
+    Decay decay(state);
+    for (std::size_t i = 0; i < count; ++i) {
         const double x = in[i];
         slowLevel += (x - slowLevel) * slow;
         fastLevel += (x - fastLevel) * (x <= fastLevel ? fall : rise);
@@ -92,7 +103,7 @@ void detect(const CKernelCall& call)
         s1 += (s0 - s1) * k1;
         s2 += (s1 - s2) * k2;
         s3 += (s2 - s3) * k3;
-        out[i] = s3;
+        out[i] = kDecays ? decay.next(s3) : s3;
     }
     state.slowLevel = slowLevel;
     state.fastLevel = fastLevel;
@@ -100,23 +111,43 @@ void detect(const CKernelCall& call)
     state.smoothed[1] = s1;
     state.smoothed[2] = s2;
     state.smoothed[3] = s3;
+    state.decayed = decay.decayed;
 }
 
-// A follower with a time constant of its own for each direction.
-void decay(const CKernelCall& call)
+template <class Curve>
+void detect(const CKernelCall& call)
+{
+    detectTo<Curve, false>(call.samples(0), *call.state<TransState>(1), call.samples(2), call.count);
+}
+
+void runDecay(const CKernelCall& call)
 {
     double* signal = call.samples(0);
     TransState& state = *call.state<TransState>(1);
-    const double attackGain = state.attack;
-    const double decayGain = state.decay;
-    double decayed = state.decayed;
+    Decay decay(state);
     for (std::size_t i = 0; i < call.count; ++i) {
-        const double v = signal[i];
-        decayed += (v - decayed) * (decayed < v ? attackGain : decayGain);
-        signal[i] = decayed;
+        signal[i] = decay.next(signal[i]);
     }
-    state.decayed = decayed;
+    state.decayed = decay.decayed;
 }
+
+// A detector and its decay, which works in place.
+template <class Curve, std::size_t kChannels>
+void detectAndDecay(const CKernelCall* calls)
+{
+    for (std::size_t channel = 0; channel < kChannels; ++channel) {
+        const CKernelCall& detection = calls[2 * channel];
+        detectTo<Curve, true>(calls[2 * channel + 1].samples(0), *detection.state<TransState>(1),
+                              detection.samples(2), detection.count);
+    }
+}
+
+template <class Curve>
+struct Join
+{
+    static constexpr CKernelPart kParts[] = {{detect<Curve>, CKernelPart::kInput}, {runDecay, 0}};
+    static constexpr CKernelJoin kJoins[] = {{kParts, detectAndDecay<Curve, 1>, detectAndDecay<Curve, 2>}};
+};
 
 void clearSignal(TransState& state)
 {
@@ -164,12 +195,12 @@ void init(const CKernelCall& call)
 }
 
 constexpr CKernelDef kTable[] = {
-    {"transvh", detect<VeryHigh>, 3, 3},
-    {"transh", detect<High>, 3, 3},
-    {"transm", detect<Medium>, 3, 3},
-    {"transl", detect<Low>, 3, 3},
-    {"transvl", detect<VeryLow>, 3, 3},
-    {"transdecay", decay, 2, 3},
+    {"transvh", detect<VeryHigh>, 3, 3, nullptr, Join<VeryHigh>::kJoins},
+    {"transh", detect<High>, 3, 3, nullptr, Join<High>::kJoins},
+    {"transm", detect<Medium>, 3, 3, nullptr, Join<Medium>::kJoins},
+    {"transl", detect<Low>, 3, 3, nullptr, Join<Low>::kJoins},
+    {"transvl", detect<VeryLow>, 3, 3, nullptr, Join<VeryLow>::kJoins},
+    {"transdecay", runDecay, 2, 3},
     {"transi", init, 1, 1},
     {"transc", clear, 1, 1},
 };

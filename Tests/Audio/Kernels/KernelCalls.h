@@ -64,8 +64,7 @@ enum class EChannels
 class KernelCalls
 {
 public:
-    // Without `keepsBetween` what only passes from part
-    // to part has no address.
+    // Without `keepsBetween` what only passes from part to part has no address.
     KernelCalls(std::span<const CKernelPart> parts, std::size_t channels, EChannels kind, bool keepsBetween)
         : parts_(parts), channels_(channels), kind_(kind)
     {
