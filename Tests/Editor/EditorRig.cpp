@@ -13,12 +13,9 @@ namespace {
 using Places = std::map<std::string, ViewPlace>;
 
 // Lines are "path <tag> x y width height ...".
-Places readPlaces(const std::string& window)
+Places readPlaces(const std::string& arguments)
 {
-    std::string command = std::string(DRUMFELL_INSPECT) + " --views 2>/dev/null";
-    if (!window.empty()) {
-        command += " --window " + window;
-    }
+    const std::string command = std::string(DRUMFELL_INSPECT) + " --views " + arguments + " 2>/dev/null";
     std::FILE* const pipe = popen(command.c_str(), "r");
     Places places;
     char line[4096];
@@ -39,13 +36,13 @@ Places readPlaces(const std::string& window)
 
 } // namespace
 
-ViewPlace placeOf(const std::string& path, const std::string& window)
+ViewPlace placeOf(const std::string& path, const std::string& arguments)
 {
     static std::map<std::string, Places> windows;
-    if (!windows.contains(window)) {
-        windows[window] = readPlaces(window);
+    if (!windows.contains(arguments)) {
+        windows[arguments] = readPlaces(arguments);
     }
-    const Places& places = windows[window];
+    const Places& places = windows[arguments];
     const auto found = places.find(path);
     if (found == places.end()) {
         throw std::runtime_error("no view " + path);

@@ -15,8 +15,8 @@
 
 namespace qel::test {
 
-// Where a view lies in its window, as `drumfell-inspect --views` has it: tests go by names and stay when the
-// design moves.
+// Where a view lies in its window, as `drumfell-inspect --views` has it with these arguments: tests go by
+// names and stay when the design moves.
 struct ViewPlace
 {
     int x = 0;
@@ -24,7 +24,7 @@ struct ViewPlace
     int width = 0;
     int height = 0;
 };
-ViewPlace placeOf(const std::string& path, const std::string& window = {});
+ViewPlace placeOf(const std::string& path, const std::string& arguments = {});
 
 // One effect with a window for its editor.
 class EditorHost
@@ -56,7 +56,13 @@ public:
         return host_.call(vst24::kEditOpen, 0, 0, reinterpret_cast<void*>(std::uintptr_t{parent})) != 0;
     }
     void close() { host_.call(vst24::kEditClose); }
-    void idle() { host_.call(vst24::kEditIdle); }
+    void idle()
+    {
+        host_.call(vst24::kEditIdle);
+        if (neighbour) {
+            neighbour->host_.call(vst24::kEditIdle);
+        }
+    }
     // As hosts do, some forty times a second, until the condition holds; false when it never does.
     bool idleUntil(const std::function<bool()>& condition, double limitSec = 5.0)
     {
@@ -90,6 +96,19 @@ public:
         client_.click(1);
         idle();
     }
+    // From the middle of a view upwards.
+    void drag(const ViewPlace& view, int upPx)
+    {
+        moveTo(view);
+        idleFor(0.05);
+        client_.press(1);
+        for (int i = 1; i <= 9; ++i) {
+            movePointer(view.x + view.width / 2, view.y + view.height / 2 - upPx * i / 9);
+            idleFor(0.02);
+        }
+        client_.release(1);
+        idleFor(0.05);
+    }
     // A view of another window of ours, a child of the screen.
     void clickIn(xcb_window_t window, const ViewPlace& view)
     {
@@ -101,6 +120,9 @@ public:
         }
     }
 
+    // An editor that the host idles in turn.
+    EditorHost* neighbour = nullptr;
+
 private:
     CTestXClient& client_;
     Host host_;
@@ -111,12 +133,26 @@ private:
 class EditorTest : public testing::Test
 {
 protected:
-    EditorTest() { dataFolder = home().root().string(); }
+    explicit EditorTest(const std::string& screen = "1024x768x24") : server(screen)
+    {
+        dataFolder = home().root().string();
+    }
     // Of the settings, for all tests: the library asks once.
     static const TemporaryFolder& home()
     {
         static const TemporaryFolder folder;
         return folder;
+    }
+
+    // Our windows on the screen beside the host's, from the lowest to the topmost.
+    std::vector<xcb_window_t> popups()
+    {
+        std::vector<xcb_window_t> shown = client.childrenOf(client.root());
+        std::erase_if(shown, [&](xcb_window_t window) {
+            const auto attributes = client.attributesOf(window);
+            return client.isOwn(window) || !attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE;
+        });
+        return shown;
     }
 
     CTestXServer server;

@@ -39,24 +39,6 @@ protected:
         ASSERT_TRUE(editor->open());
         editor->idleFor(0.1);
     }
-    // Our windows on the screen beside the host's.
-    std::vector<xcb_window_t> popups()
-    {
-        std::vector<xcb_window_t> shown;
-        for (const xcb_window_t window : client.childrenOf(client.root())) {
-            const auto attributes = client.attributesOf(window);
-            const bool isShown = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-            if (isShown && window != editor->window()) {
-                shown.push_back(window);
-            }
-        }
-        return shown;
-    }
-    static test::ViewPlace scaled(const test::ViewPlace& place, double scale)
-    {
-        const auto side = [&](int px) { return static_cast<int>(px * scale); };
-        return {side(place.x), side(place.y), side(place.width), side(place.height)};
-    }
     bool hasPopup() { return !popups().empty(); }
 
     static constexpr int kHostX = 100;
@@ -99,13 +81,8 @@ TEST_F(Editor, TurnsKnobsByDragAndWheelAndTellsTheHost)
 {
     const auto values = editor->host().getAll();
     const auto knob = placeOf(kKnob);
-    editor->moveTo(knob);
-    editor->idleFor(0.05);
-    client.press(1);
-    editor->movePointer(knob.x + 35, knob.y - 20);
-    EXPECT_TRUE(editor->idleUntil([&] { return editor->host().getAll() != values; }));
-    client.release(1);
-    editor->idleFor(0.05);
+    editor->drag(knob, 40);
+    EXPECT_NE(editor->host().getAll(), values);
     EXPECT_GT(editor->host().automations, 0);
 
     const auto dragged = editor->host().getAll();
@@ -185,53 +162,6 @@ TEST_F(Editor, OpensListsThatAPressElsewhereCloses)
     ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
     editor->close();
     EXPECT_FALSE(hasPopup()) << "the editor takes its lists with it";
-}
-
-TEST_F(Editor, OpensTheSettingsAndScalesTheNextWindow)
-{
-    const auto dialog = [](const std::string& path) {
-        return placeOf("win-settings." + path, "ui:win-settings");
-    };
-    const auto scaleButton = [&](const char* item) {
-        return dialog(std::string("c.settings.scale.ui-scale-selector.") + item);
-    };
-    const struct
-    {
-        const char* button;
-        int width;
-        int height;
-    } scales[] = {{"button", 432, 298}, {"button#2", 675, 466}, {"button#1", 540, 373}};
-    double scale = 1.0;
-    for (const auto& each : scales) {
-        editor->click(scaled(placeOf(kSettings), scale));
-        ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
-        EXPECT_FALSE(client.attributesOf(popups()[0])->override_redirect) << "dialogs are managed";
-        editor->clickIn(popups()[0], scaled(scaleButton(each.button), scale));
-        editor->idleFor(0.1);
-        EXPECT_EQ(client.geometryOf(editor->editor())->width, static_cast<int>(540 * scale))
-            << "what is open stays as it is";
-        editor->clickIn(popups()[0], scaled(dialog("window-title.close"), scale));
-        EXPECT_TRUE(editor->idleUntil([&] { return !hasPopup(); }));
-        editor->close();
-        EXPECT_EQ(editor->rect().right, each.width);
-        EXPECT_EQ(editor->rect().bottom, each.height);
-        ASSERT_TRUE(editor->open());
-        editor->idleFor(0.1);
-        EXPECT_EQ(client.geometryOf(editor->editor())->width, each.width);
-        EXPECT_EQ(client.geometryOf(editor->editor())->height, each.height);
-        scale = each.width / 540.0;
-    }
-
-    // The colours follow at once.
-    editor->idleFor(0.5);
-    const test::ViewPlace edge{2, 60, 10, 250}; // which the dialog does not cover
-    const auto before = client.pixelsOf(editor->editor(), edge);
-    editor->click(placeOf(kSettings));
-    ASSERT_TRUE(editor->idleUntil([&] { return hasPopup(); }));
-    editor->clickIn(popups()[0], dialog("c.settings.colors.palette-selector.button#1"));
-    EXPECT_TRUE(editor->idleUntil([&] { return client.pixelsOf(editor->editor(), edge) != before; }));
-    editor->clickIn(popups()[0], dialog("c.settings.colors.palette-selector.button"));
-    EXPECT_TRUE(editor->idleUntil([&] { return client.pixelsOf(editor->editor(), edge) == before; }));
 }
 
 // Hosts often only hide a window that the user closes.

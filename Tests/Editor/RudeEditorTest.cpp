@@ -112,15 +112,7 @@ TEST_F(RudeEditor, IsIdledAndClosedFromWithinItsOwnCalls)
     ASSERT_TRUE(editor.open());
     editor.idleFor(0.1);
     const auto drag = [&] {
-        editor.moveTo(placeOf(kKnob));
-        editor.idleFor(0.1);
-        client.press(1);
-        for (int i = 1; i < 10; ++i) {
-            const auto knob = placeOf(kKnob);
-            editor.movePointer(knob.x + knob.width / 2, knob.y + knob.height / 2 - 4 * i);
-            editor.idleFor(0.03);
-        }
-        client.release(1);
+        editor.drag(placeOf(kKnob), 36);
         editor.idleFor(0.1);
     };
     int depth = 0;

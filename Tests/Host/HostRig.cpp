@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <numbers>
 #include <stdexcept>
+#include <utility>
 
 #ifdef _WIN32
 #include <filesystem>
@@ -55,13 +56,17 @@ std::string loadFault()
 
 #else
 
+void* loaded = nullptr;
+std::mutex loading; // tests start effects in several threads
+
 void* library()
 {
-    static void* const handle = [] {
+    const std::lock_guard lock(loading);
+    if (!loaded) {
         setenv("XDG_DATA_HOME", dataFolder.c_str(), 1);
-        return dlopen(DRUMFELL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
-    }();
-    return handle;
+        loaded = dlopen(DRUMFELL_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+    }
+    return loaded;
 }
 
 void* findEntry(const char* name)
@@ -77,6 +82,13 @@ std::string loadFault()
 #endif
 
 } // namespace
+
+#ifndef _WIN32
+void unloadLibrary()
+{
+    dlclose(std::exchange(loaded, nullptr));
+}
+#endif
 
 VstPluginEntry loadEntry(const char* name)
 {

@@ -24,6 +24,8 @@ using Channels = std::vector<std::vector<Sample>>;
 inline std::string dataFolder = "/nonexistent";
 
 VstPluginEntry loadEntry(const char* name = "VSTPluginMain");
+// As when a host ends, all of whose effects are closed; the next effect loads the library anew.
+void unloadLibrary();
 
 // What the host says of itself, and what it was told.
 struct HostTraits

@@ -32,6 +32,11 @@ public:
 
     xcb_connection_t* get() const { return connection_; }
     xcb_window_t root() const { return screen_->root; }
+    bool isOwn(xcb_window_t window) const
+    {
+        const xcb_setup_t* const setup = xcb_get_setup(connection_);
+        return (window & ~setup->resource_id_mask) == setup->resource_id_base;
+    }
 
     // Shown, and asking for keys and changes of properties.
     xcb_window_t makeWindow(int x, int y, int width, int height, xcb_window_t parent = 0)
@@ -186,10 +191,35 @@ public:
     }
     void pressKey(int code) { fake(XCB_KEY_PRESS, code, 0, 0); }
     void releaseKey(int code) { fake(XCB_KEY_RELEASE, code, 0, 0); }
+    static constexpr int kShiftKey = 50;
     void type(int code)
     {
         pressKey(code);
         releaseKey(code);
+    }
+    // Characters of ASCII, on whatever keys they are.
+    void typeText(const std::string& text)
+    {
+        const xcb_setup_t* const setup = xcb_get_setup(connection_);
+        const std::uint8_t first = setup->min_keycode;
+        const auto count = static_cast<std::uint8_t>(setup->max_keycode - first + 1);
+        const XPtr<xcb_get_keyboard_mapping_reply_t> keys(xcb_get_keyboard_mapping_reply(
+            connection_, xcb_get_keyboard_mapping(connection_, first, count), nullptr));
+        const xcb_keysym_t* const symbols = xcb_get_keyboard_mapping_keysyms(keys.get());
+        const int width = keys->keysyms_per_keycode;
+        for (const char character : text) {
+            const auto symbol = static_cast<xcb_keysym_t>(character);
+            for (int key = 0; key < count; ++key) {
+                const xcb_keysym_t* const levels = symbols + key * width;
+                if (levels[0] == symbol || levels[1] == symbol) {
+                    const bool isShifted = levels[0] != symbol;
+                    isShifted ? pressKey(kShiftKey) : void();
+                    type(first + key);
+                    isShifted ? releaseKey(kShiftKey) : void();
+                    break;
+                }
+            }
+        }
     }
     // Puts a symbol on a key that has none.
     void mapKey(int code, std::uint32_t symbol)
