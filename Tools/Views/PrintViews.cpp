@@ -4,6 +4,7 @@
 #include "CParamBridgeAudio.h"
 #include "CUIParam.h"
 #include "CView.h"
+#include "LiteralText.h"
 #include "Views/IndexedPng.h"
 
 #include <nlohmann/json.hpp>
@@ -46,7 +47,7 @@ void collect(CObject& object, std::vector<CViewRecord>& out)
         record.rect = view->getViewArea().getRect();
         record.isVisible = isShown(*view);
         record.isDisabled = view->actsDisabled();
-        record.title = view->getAttrString("title").toUtf8();
+        record.title = plainText(view->getAttrString("title")).toUtf8();
         record.hint = view->getHint().toUtf8();
         record.param = paramOf(*view);
         out.push_back(std::move(record));

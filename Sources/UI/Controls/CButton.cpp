@@ -6,6 +6,7 @@
 #include "CFirstError.h"
 #include "CUIParam.h"
 #include "EventParameters.h"
+#include "LiteralText.h"
 
 namespace qel {
 
@@ -211,7 +212,7 @@ CError CButton::openList(const CAttrMap& parameters)
     }
     std::vector<CDynamicListItem> items;
     QEL_TRY(dynamic_cast<CDynamicList&>(*list).getItems({}, items), getFullName());
-    const CString shown = value_ ? value_->getText(0) : getAttrString(kSelectedItem);
+    const CString shown = value_ ? value_->getText(0) : plainText(getAttrString(kSelectedItem));
     std::int32_t selected = getAttrInt(kIndex, -1);
     for (std::size_t i = 0; i < items.size(); ++i) {
         if (items[i].text == shown) {
@@ -241,7 +242,7 @@ CError CButton::eventPopupResult(const CAttrMap& parameters)
     const CString text = eventText(parameters, "text");
     const CString index = eventText(parameters, kIndex);
     CFirstError first;
-    first.add(setAttribute(kSelectedItem, text, true));
+    first.add(setAttribute(kSelectedItem, literalText(text), true));
     first.add(setAttribute(kIndex, index, true));
     if (value_ && !isReleased()) {
         const CAudioParamInfo* const info = value_->getInfo();
@@ -307,7 +308,7 @@ CError CButton::onParamUpdate(CUIParam& param)
     if (activity_ == &param) {
         return setAttribute(kIsActive, CAttrValue(param.isActive() != isInverse_), true);
     }
-    return value_ == &param ? setAttribute(kTitle, param.getText(0), true) : CError();
+    return value_ == &param ? setAttribute(kTitle, literalText(param.getText(0)), true) : CError();
 }
 
 CError CButton::onParamInfo(CUIParam& param)

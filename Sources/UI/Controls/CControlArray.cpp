@@ -6,6 +6,7 @@
 #include "CUIParam.h"
 #include "ClickCommands.h"
 #include "EventParameters.h"
+#include "LiteralText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -113,8 +114,11 @@ std::int32_t CControlArray::wantedCount() const
 
 CString CControlArray::titleOf(std::size_t index) const
 {
-    return index < titles_.size() ? titles_[index].text
-                                  : CString::number(static_cast<std::int64_t>(index) + 1);
+    if (index >= titles_.size()) {
+        return CString::number(static_cast<std::int64_t>(index) + 1);
+    }
+    // What is written out in the tree may have markup.
+    return titleSource_.findList() ? literalText(titles_[index].text) : titles_[index].text;
 }
 
 std::int32_t CControlArray::selectorOf(std::size_t index) const
@@ -200,9 +204,9 @@ CError CControlArray::describe(std::size_t index)
     const auto named = std::ranges::find_if(
         values_, [&](const CDynamicListItem& one) { return one.value + valueOffset_ == value; });
     const bool isNamed = named != values_.end();
-    const CString shown = isNamed       ? named->text
-                          : valueParam_ ? valueParam_->getText(static_cast<std::int32_t>(index))
-                                        : CString();
+    const CString shown = literalText(isNamed       ? named->text
+                                      : valueParam_ ? valueParam_->getText(static_cast<std::int32_t>(index))
+                                                    : CString());
     CFirstError first;
     first.add(setIfOther(item, "object-title", titleOf(index)));
     first.add(setIfOther(item, "object-color", color_));

@@ -1,6 +1,8 @@
 // The channels of the group that is shown.
 #include "CGroupLabel.h"
 
+#include "LiteralText.h"
+
 namespace qel {
 
 namespace {
@@ -40,7 +42,7 @@ CError CGroupLabel::eventLabelsChange(const CAttrMap&)
     for (const CDynamicListItem& item : items) {
         text += text.isEmpty() ? item.text : CString(kSeparator) + item.text;
     }
-    return setTitle(text.isEmpty() ? CString(kNoChannels) : text);
+    return setTitle(text.isEmpty() ? CString(kNoChannels) : literalText(text));
 }
 
 } // namespace qel

@@ -5,6 +5,7 @@
 #include "CUIParamController.h"
 #include "ControlChildren.h"
 #include "EventParameters.h"
+#include "LiteralText.h"
 #include "ParamText.h"
 
 #include <cmath>
@@ -131,9 +132,9 @@ CError CReadOut::eventSetState(const CAttrMap& parameters)
 
 // --- the edit box
 
-CString CReadOut::getEditText(std::int32_t) const
+CString CReadOut::getEditText(std::int32_t paragraph) const
 {
-    return param_ ? param_->getText(0) : getTitle();
+    return param_ ? param_->getText(0) : CFramedText::getEditText(paragraph);
 }
 
 CError CReadOut::onTextCommitted(const CString& text, std::int32_t paragraph)
@@ -205,7 +206,7 @@ CError CReadOut::showValue()
         return {};
     }
     CFirstError first;
-    first.add(setTitle(isUnitHidden_ ? param_->getText(0) : textWithUnit(*param_, 0)));
+    first.add(setTitle(literalText(isUnitHidden_ ? param_->getText(0) : textWithUnit(*param_, 0))));
     if (before_ && !isReleased()) {
         first.add(setEditText(param_->getText(0)));
     }

@@ -3,6 +3,7 @@
 
 #include "CDynamicList.h"
 #include "CMinMax.h"
+#include "LiteralText.h"
 #include "NumberFormat.h"
 #include "NumberSyntax.h"
 
@@ -33,6 +34,7 @@ void CRuler::buildClassInfo(CClassInfo& info)
     info.bind<&Self::stepMinor_, &Self::attrLook>("step-minor", 3.0);
     info.bind<&Self::stepMajor_, &Self::attrLook>("step-major", 6.0);
     info.bind<&Self::labelSize_, &Self::attrLook>("label-size", 13.0);
+    info.bind<&Self::labelHeight_, &Self::attrLook>("label-height", 0.0);
     info.bind<&Self::labelShift_, &Self::attrLook>("label-shift", 3.0);
     info.bind<&Self::isLinear_, &Self::attrLook>("is-labels-linear", false);
     info.bind<&Self::isWaveform_, &Self::attrLook>("is-waveform", false);
@@ -211,7 +213,7 @@ CRect CRuler::labelRect(const Label& label) const
         isShowHairlines_ && !isHairlineInward_ ? findImage(imageOf(label.grade), true) : nullptr;
     const double tickPx = !tick ? 0.0 : isStanding() ? tick->getWidth() : tick->getHeight();
     const double clear = tickPx + std::round(labelShift_ * scale);
-    const double heightPx = std::round(labelSize_ * scale);
+    const double heightPx = std::round((labelHeight_ > 0.0 ? labelHeight_ : labelSize_) * scale);
     const CRect& own = getArea();
     if (isStanding()) {
         return {side_ == Side::kLeft ? 0.0 : clear,
@@ -244,7 +246,7 @@ CError CRuler::placeLabel(std::size_t index, const Label& label)
     const CRect rect = labelRect(label);
     const auto number = [&](double px) { return formatReal(px / scale, 4); };
     CAttrMap attributes;
-    attributes["title"] = CAttrValue(label.text);
+    attributes["title"] = CAttrValue(literalText(label.text));
     attributes["element"] = CAttrValue(static_cast<std::int32_t>(index));
     attributes["opacity"] = CAttrValue(1.0);
     attributes["is-visible"] = CAttrValue(true);

@@ -21,6 +21,7 @@ class CDynamicList;
 //     label-tag             template of a label, "ui:ruler-label" by default
 //     label-format          as in NumberFormat.h, "%.0f" by default
 //     label-size            room that a label needs along the ruler, 13 by default
+//     label-height          its height; as label-size where there is none (0, the default)
 //     label-shift           its distance from the marks, 3 by default
 //     is-labels-linear      marks at even distances, whatever the curve of the range
 //     is-waveform           the range twice, upwards and downwards from the middle
@@ -92,6 +93,7 @@ private:
     double stepMinor_ = 0.0;
     double stepMajor_ = 0.0;
     double labelSize_ = 0.0;
+    double labelHeight_ = 0.0;
     double labelShift_ = 0.0;
     bool isLinear_ = false;
     bool isWaveform_ = false;

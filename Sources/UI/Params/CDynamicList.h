@@ -15,6 +15,8 @@ struct CDynamicListItem
     bool isEnabled = true;
     // What the text stands for: the value of a state, the index of a channel or group.
     std::int32_t value = 0;
+    // It is the one in use, whatever is selected.
+    bool isMarked = false;
 
     bool operator==(const CDynamicListItem&) const = default;
 };

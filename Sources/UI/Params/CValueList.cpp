@@ -41,8 +41,9 @@ CError CValueList::collect(std::vector<CDynamicListItem>& out, bool&)
         texts = split(values_);
     }
     for (CString& text : texts) {
+        const auto index = static_cast<std::int32_t>(out.size());
         out.push_back(
-            {.text = std::move(text), .subListId = {}, .value = static_cast<std::int32_t>(out.size())});
+            {.text = std::move(text), .subListId = {}, .value = index, .isMarked = index == marked_});
     }
     return {};
 }
@@ -68,9 +69,10 @@ CError CValueList::updateValues()
     return notify(kValuesChanged, {}, false);
 }
 
-CError CValueList::setValues(std::vector<CString> values)
+CError CValueList::setValues(std::vector<CString> values, std::int32_t marked)
 {
     setValues_ = std::move(values);
+    marked_ = marked;
     return updateValues();
 }
 

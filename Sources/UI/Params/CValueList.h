@@ -30,8 +30,8 @@ public:
     CError getItems(const CString& listId, std::vector<CDynamicListItem>& out) override;
     // All items in one text, with the separator in between if nothing else is given.
     CString getText() const;
-    // From now on these texts, in place of the attribute "values".
-    CError setValues(std::vector<CString> values);
+    // From now on these texts, in place of the attribute "values"; the item at `marked` is the one in use.
+    CError setValues(std::vector<CString> values, std::int32_t marked = -1);
 
     virtual CError updateValues();
 
@@ -48,6 +48,7 @@ private:
 
     std::vector<CDynamicListItem> items_;
     std::optional<std::vector<CString>> setValues_;
+    std::int32_t marked_ = -1;
 
     // Bound attributes.
     CString values_;

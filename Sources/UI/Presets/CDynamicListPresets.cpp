@@ -100,8 +100,10 @@ CError CDynamicListPresets::getItems(const CString& listId, std::vector<CDynamic
     out.clear();
     std::int32_t bank = -1;
     QEL_TRY(findListBank(listId, bank), getFullName());
-    const auto add = [&out](const CString& text, const CString& subList) {
-        out.push_back({.text = text, .subListId = subList, .value = static_cast<std::int32_t>(out.size())});
+    const std::int32_t current = library_.findCurrent(bank);
+    const auto add = [&](const CString& text, const CString& subList) {
+        const auto index = static_cast<std::int32_t>(out.size());
+        out.push_back({.text = text, .subListId = subList, .value = index, .isMarked = index == current});
     };
     if (bank >= 0) {
         for (const CString& preset : library_.findBank(bank)->presets) {

@@ -4,7 +4,7 @@
 #include "CFirstError.h"
 #include "CValueList.h"
 #include "EventParameters.h"
-#include "PresetTitles.h"
+#include "LiteralText.h"
 #include "ViewEvents.h"
 
 namespace qel {
@@ -20,6 +20,7 @@ void CHistory::buildClassInfo(CClassInfo& info)
     using Self = CHistory;
     CView::buildClassInfo(info);
     info.bind<&Self::clientPath_>("interface-client", "");
+    info.bind<&Self::stepHint_>("step-hint", "");
     info.handleEvent<&Self::onUndo>("undo-clicked");
     info.handleEvent<&Self::onRedo>("redo-clicked");
     info.handleEvent<&Self::onStepSelected>("step-selected");
@@ -66,12 +67,14 @@ CError CHistory::onHistoryChange(const CAttrMap&)
     }
     const record::CHistoryState& state = client_->getHistory();
     const auto position = static_cast<std::size_t>(std::max(state.position, 0));
-    const CString step = position < state.steps.size() ? titleOfName(state.steps[position]) : CString();
+    const CString step = position < state.steps.size() ? literalText(state.steps[position]) : CString();
     CFirstError first;
     first.add(list_->setValues(state.steps));
     first.add(setEnabled(*undo_, position > 0));
     first.add(setEnabled(*redo_, position + 1 < state.steps.size()));
     first.add(select_->setAttribute("title", step, true));
+    first.add(stepHint_.isEmpty() ? CError()
+                                  : select_->setAttribute("hint", formatMessage(stepHint_, {step}), true));
     // What the list marks when it opens.
     first.add(select_->setAttribute("index", CAttrValue(state.position), true));
     first.add(select_->setAttribute("selected-item", "", true));

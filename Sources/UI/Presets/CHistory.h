@@ -11,6 +11,7 @@ class CValueList;
 // Tag `ui:history`.
 //
 //     interface-client   path of the client of the audio/UI interface
+//     step-hint          hint of the child "button-select", with %1 for the step that was made last
 //
 // Children: the views "button-undo" and "button-redo", which are disabled where there is nothing to undo or
 // redo; "button-select" (ui:button-base), whose title is the step that was made last and which opens the list
@@ -42,6 +43,7 @@ private:
 
     // Bound attributes.
     CString clientPath_;
+    CString stepHint_;
 };
 
 } // namespace qel

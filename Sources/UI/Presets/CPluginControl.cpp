@@ -3,8 +3,8 @@
 
 #include "CApplication.h"
 #include "CAudioPreset.h"
+#include "LiteralText.h"
 #include "PresetStores.h"
-#include "PresetTitles.h"
 #include "Streams/CMemoryReader.h"
 
 namespace qel {
@@ -25,7 +25,7 @@ CString defaultPresetName()
     CAudioPreset preset;
     const CError error = body.isEmpty() ? CError() : preset.load(reader);
     traceError(error);
-    return titleOfName(preset.getTitle());
+    return literalText(preset.getTitle());
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace qel {
@@ -140,6 +141,21 @@ bool CPresetLibrary::hasPreset(std::int32_t bank, std::int32_t preset) const
 {
     const Bank* const found = findBank(bank);
     return found && preset >= 0 && static_cast<std::size_t>(preset) < found->presets.size();
+}
+
+std::int32_t CPresetLibrary::findCurrent(std::int32_t bank) const
+{
+    const Bank* const found = findBank(bank);
+    const auto program = static_cast<std::size_t>(std::max(0, state_.program));
+    if (!found || !state_.isMaster || program >= state_.programs.size()) {
+        return -1;
+    }
+    if (found->kind == Kind::kSession) {
+        return state_.program;
+    }
+    // A program has the name of what it was set by.
+    const auto named = std::ranges::find(found->presets, state_.programs[program]);
+    return named == found->presets.end() ? -1 : static_cast<std::int32_t>(named - found->presets.begin());
 }
 
 bool CPresetLibrary::canChange(std::int32_t bank) const

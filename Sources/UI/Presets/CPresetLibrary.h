@@ -64,6 +64,8 @@ public:
     // Null for an index that is not there.
     const Bank* findBank(std::int32_t bank) const;
     bool hasPreset(std::int32_t bank, std::int32_t preset) const;
+    // The preset of a bank that the instance has been set by, or -1.
+    std::int32_t findCurrent(std::int32_t bank) const;
     // False for factory presets.
     bool canChange(std::int32_t bank) const;
     // True for banks that the user has made.

@@ -221,7 +221,7 @@ CError CPresetManager::select(std::int32_t bank, std::int32_t preset)
         first.add(bankList_->selectParagraph(bank_));
         first.add(bankList_->setAttribute("is-read-only", CAttrValue(!library_.canChangeBank(bank_)), true));
     }
-    first.add(presetItems_->setValues(shown.presets));
+    first.add(presetItems_->setValues(shown.presets, library_.findCurrent(bank_)));
     first.add(presetList_->selectParagraph(preset_));
     first.add(presetList_->setAttribute("is-read-only", CAttrValue(!library_.canChange(bank_)), true));
     isSelecting_ = wasSelecting;

@@ -2,6 +2,7 @@
 #include "CFileDialog.h"
 #include "CPresetManager.h"
 #include "EventParameters.h"
+#include "LiteralText.h"
 #include "PresetTitles.h"
 
 namespace qel {
@@ -44,7 +45,7 @@ CError CPresetManager::openFileDialog(FileAction action, const CString& fileName
                 getFullName());
     }
     const CString proposed = fileName.isEmpty() ? CString() : fileName + "." + text.extension;
-    QEL_TRY(dialog->setAttribute("filename", titleOfName(proposed), true), getFullName());
+    QEL_TRY(dialog->setAttribute("filename", literalText(proposed), true), getFullName());
     return dialog->open();
 }
 
@@ -147,8 +148,8 @@ CError CPresetManager::openWindow(const char* tag, const CString& title, const C
     const CAttrMap parameters{{"tag", CAttrValue(tag)},
                               {"window-alignment", CAttrValue("center")},
                               {"is-popup-toggle-always-create", CAttrValue(true)},
-                              {"popup-title", CAttrValue(titleOfName(title))},
-                              {"popup-title-message", CAttrValue(titleOfName(text))},
+                              {"popup-title", CAttrValue(title)},
+                              {"popup-title-message", CAttrValue(text)},
                               {"popup-confirm-event", CAttrValue(confirmEvent)},
                               {"popup-owner-window", CAttrValue(getFullName())}};
     return receiveEvent("popup-toggle", parameters);
@@ -171,7 +172,7 @@ CError CPresetManager::confirm(const char* question, const CString& name, const 
     const CString text = textOfChild(question);
     return text.isEmpty() ? receiveEvent(event, {})
                           : openWindow("ui:win-confirmation", getAttrString("title"),
-                                       formatMessage(text, {name}), event);
+                                       formatMessage(text, {literalText(name)}), event);
 }
 
 } // namespace qel

@@ -1,11 +1,12 @@
 // The button that shows the present preset and opens the list of all.
 #include "CQuickPresetSelector.h"
 
+#include "CAudioInterfaceClient.h"
 #include "CDynamicListPresets.h"
 #include "CFirstError.h"
 #include "CUIParam.h"
 #include "EventParameters.h"
-#include "PresetTitles.h"
+#include "LiteralText.h"
 #include "ViewEvents.h"
 
 #include <algorithm>
@@ -15,6 +16,21 @@ namespace qel {
 namespace {
 
 constexpr const char* kItemList = "item-list";
+constexpr const char* kHistoryChange = "history-change";
+constexpr const char* kIsChanged = "is-changed";
+
+bool isListed(const CString& names, const CString& name)
+{
+    const std::vector<CString> all = names.split(u';');
+    return std::ranges::find(all, name) != all.end();
+}
+
+bool beginsListed(const CString& beginnings, const CString& name)
+{
+    return std::ranges::any_of(beginnings.split(u';'), [&](const CString& beginning) {
+        return !beginning.isEmpty() && name.substring(0, beginning.length()) == beginning;
+    });
+}
 
 } // namespace
 
@@ -32,6 +48,9 @@ void CQuickPresetSelector::buildClassInfo(CClassInfo& info)
     info.bind<&Self::presetListPath_>("preset-list", "");
     info.bind<&Self::userListPath_>("preset-list-user", "");
     info.bind<&Self::titleParam_>("ui-param-title", "ui-param-title");
+    info.bind<&Self::settlingSteps_>("settling-steps", "");
+    info.bind<&Self::silentSteps_>("silent-steps", "");
+    info.handleEvent<&Self::eventHistoryChange>(kHistoryChange);
 }
 
 CError CQuickPresetSelector::init()
@@ -54,6 +73,7 @@ CError CQuickPresetSelector::initChilds()
         QEL_TRY(findList(userListPath_, userStoreName_, "preset-list-user", userListName_), getFullName());
     }
     QEL_TRY(setAttribute(kItemList, presetListName_, true), getFullName());
+    QEL_TRY(followHistory(), getFullName());
     return updateTitle();
 }
 
@@ -131,19 +151,47 @@ CError CQuickPresetSelector::onParamUpdate(CUIParam& param)
 
 CError CQuickPresetSelector::updateTitle()
 {
-    CString title = name_ ? name_->getText(0) : CString();
-    const std::vector<CString> filter = forcedTitleFilter_.split(u';');
-    const bool isForced = forcedTitle_ && (forcedTitleFilter_.isEmpty() ||
-                                           std::find(filter.begin(), filter.end(), title) != filter.end());
-    if (isForced) {
-        title = *forcedTitle_;
-    } else if (!name_) {
+    const CString name = name_ ? name_->getText(0) : CString();
+    const bool isForced =
+        forcedTitle_ && (forcedTitleFilter_.isEmpty() || isListed(forcedTitleFilter_, name));
+    if (!isForced && !name_) {
         return {};
     }
     // Marked in the list when it opens.
-    QEL_TRY(setAttribute("selected-item", titleOfName(name_ ? name_->getText(0) : CString()), true),
+    QEL_TRY(setAttribute("selected-item", literalText(name), true), getFullName());
+    return setAttribute("title", isForced ? *forcedTitle_ : literalText(name), true);
+}
+
+// --- changes
+
+CError CQuickPresetSelector::followHistory()
+{
+    if (settlingSteps_.isEmpty()) {
+        return {};
+    }
+    QEL_TRY(require(client_, clientPath_,
+                    "@qelstr_CQuickPresetSelector_initChilds_NoInterfaceClient No interfacing object '%1' "
+                    "found."),
             getFullName());
-    return setAttribute("title", titleOfName(title), true);
+    listenObject(clientPath_, "undo-history-changed", kHistoryChange);
+    client_->takeWaiting();
+    return eventHistoryChange({});
+}
+
+CError CQuickPresetSelector::eventHistoryChange(const CAttrMap&)
+{
+    if (!client_) {
+        return {};
+    }
+    const record::CHistoryState& state = client_->getHistory();
+    auto step = std::min<std::ptrdiff_t>(state.position, std::ssize(state.steps) - 1);
+    while (step > 0 && beginsListed(silentSteps_, state.steps[static_cast<std::size_t>(step)])) {
+        --step;
+    }
+    // What everything begins with is as it was loaded.
+    const bool isChanged = step > 0 && !isListed(settlingSteps_, state.steps[static_cast<std::size_t>(step)]);
+    return isChanged == getAttrBool(kIsChanged) ? CError()
+                                                : setAttribute(kIsChanged, CAttrValue(isChanged), true);
 }
 
 } // namespace qel

@@ -5,6 +5,7 @@
 
 namespace qel {
 
+class CAudioInterfaceClient;
 class CDynamicListPresets;
 
 // Tag `ui:quick-preset-selector`. A click opens the list, and what is chosen there is activated at once.
@@ -18,6 +19,11 @@ class CDynamicListPresets;
 //     selected-list, selected-index
 //                          where the last choice was made: the id of the list, and the place in it
 //     selector-full-name   set here, to the full name of this object, for templates and pop-ups
+//     settling-steps       names of the steps of the history (";" in between) that set everything as a preset
+//                          has it
+//     silent-steps         how the names of those begin that change nothing that a preset has
+//     is-changed           set here, with "interface-client" and "settling-steps": true while the present
+//                          step is another one than those
 //
 // Attributes of CButton hold, "popup-..." among them.
 class CQuickPresetSelector : public CButton
@@ -34,6 +40,8 @@ public:
     CError onParamRemoved(CUIParam& param) override;
     CError onParamUpdate(CUIParam& param) override;
 
+    virtual CError eventHistoryChange(const CAttrMap& parameters);
+
 protected:
     CError onClick(const CAttrMap& parameters) override;
 
@@ -41,9 +49,11 @@ private:
     CError findList(const CString& path, const CString& storeName, const char* name, CString& out);
     bool isTitleParam(const CUIParam& param) const;
     CError updateTitle();
+    CError followHistory();
 
     CUIParam* name_ = nullptr;
-    CString presetListName_; // in full
+    CAudioInterfaceClient* client_ = nullptr; // whose history is followed
+    CString presetListName_;                  // in full
     CString userListName_;
 
     // Bound attributes.
@@ -57,6 +67,8 @@ private:
     CString presetListPath_;
     CString userListPath_;
     CString titleParam_;
+    CString settlingSteps_;
+    CString silentSteps_;
 };
 
 } // namespace qel

@@ -1,19 +1,9 @@
-// Names that users have given, where attributes show them.
+// Names of presets and banks.
 #include "PresetTitles.h"
 
 #include <algorithm>
 
 namespace qel {
-
-CString titleOfName(const CString& name)
-{
-    CString title;
-    for (std::size_t i = 0; i < name.length(); ++i) {
-        const char16_t c = name[i];
-        title += c == u'{' ? u'(' : c == u'}' ? u')' : c;
-    }
-    return title;
-}
 
 CString fileNameOf(const CString& name)
 {

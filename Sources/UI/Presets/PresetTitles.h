@@ -1,4 +1,4 @@
-// Names that users have given, where attributes show them.
+// Names of presets and banks.
 #pragma once
 
 #include "CString.h"
@@ -6,10 +6,6 @@
 #include <vector>
 
 namespace qel {
-
-// As attributes of views can hold it: braces in an attribute stand for other attributes, so they become
-// parentheses.
-CString titleOfName(const CString& name);
 
 // As part of the name of a file: without what systems do not take.
 CString fileNameOf(const CString& name);

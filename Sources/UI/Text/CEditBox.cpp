@@ -219,6 +219,10 @@ CError CEditBox::pressKey(std::uint32_t key, bool isCtrl, bool isShift)
 
 CError CEditBox::pressShortcut(std::uint32_t key, bool isShift)
 {
+    if (key == 'Z' || key == 'Y') {
+        key == 'Y' || isShift ? edit_.redo() : edit_.undo();
+        return onTextEdited();
+    }
     if (isShift) {
         return {};
     }

@@ -81,6 +81,7 @@ public:
 protected:
     void updateClips() override;
     void fillText(CTextWrapper& text) override { text.setPlain(edit_.getText()); }
+    bool isShortening() const override { return false; }
     double getTextShiftX() const override { return shiftPx_; }
     void onTextLaidOut() override;
 

@@ -30,6 +30,9 @@ void CTextEdit::setText(const CString& text)
 {
     text_ = text;
     caret_ = anchor_ = text_.length();
+    undo_.clear();
+    redo_.clear();
+    typedEnd_ = CString::kNone;
 }
 
 CString CTextEdit::getSelectedText() const
@@ -124,9 +127,18 @@ bool CTextEdit::isAccepted(char16_t character) const
 
 void CTextEdit::replaceSelection(const CString& text)
 {
+    if (text.isEmpty() && !hasSelection()) {
+        return;
+    }
+    const bool isTyped = text.length() == 1 && !hasSelection();
+    if (!isTyped || caret_ != typedEnd_) {
+        undo_.push_back({text_, caret_, anchor_});
+    }
+    redo_.clear();
     const std::size_t begin = getSelectionBegin();
     text_ = text_.substring(0, begin) + text + text_.substring(getSelectionEnd());
     caret_ = anchor_ = begin + text.length();
+    typedEnd_ = text.length() == 1 ? caret_ : CString::kNone;
 }
 
 CString CTextEdit::fromClipboard(const std::string& utf8)
@@ -182,6 +194,29 @@ void CTextEdit::eraseRight(bool isWord)
         isWord ? moveWordRight(true) : moveRight(true);
     }
     replaceSelection({});
+}
+
+void CTextEdit::swapState(std::vector<State>& from, std::vector<State>& to)
+{
+    if (from.empty()) {
+        return;
+    }
+    to.push_back({text_, caret_, anchor_});
+    text_ = from.back().text;
+    caret_ = from.back().caret;
+    anchor_ = from.back().anchor;
+    from.pop_back();
+    typedEnd_ = CString::kNone;
+}
+
+void CTextEdit::undo()
+{
+    swapState(undo_, redo_);
+}
+
+void CTextEdit::redo()
+{
+    swapState(redo_, undo_);
 }
 
 } // namespace qel

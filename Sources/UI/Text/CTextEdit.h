@@ -3,6 +3,8 @@
 
 #include "CString.h"
 
+#include <vector>
+
 namespace qel {
 
 // The text with its caret and selection, and what keys do to them; knows nothing of fonts and windows.
@@ -47,18 +49,34 @@ public:
     // Takes the selection out or, without one, a character or a word beside the caret.
     void eraseLeft(bool isWord);
     void eraseRight(bool isWord);
+    // Back and forth between what there was before each change. Characters typed one behind the other are one
+    // change. Without effect at the ends.
+    void undo();
+    void redo();
 
 private:
+    struct State
+    {
+        CString text;
+        std::size_t caret = 0;
+        std::size_t anchor = 0;
+    };
+
     bool isAccepted(char16_t character) const;
     std::size_t wordBegin(std::size_t position) const;
     std::size_t nextWord(std::size_t position) const;
     void replaceSelection(const CString& text);
+    void swapState(std::vector<State>& from, std::vector<State>& to);
 
     CString text_;
     CString acceptChars_;
     std::size_t maxLength_ = 0;
     std::size_t caret_ = 0;
     std::size_t anchor_ = 0;
+    std::vector<State> undo_;
+    std::vector<State> redo_;
+    // Where the last character was typed behind; another one there goes with it.
+    std::size_t typedEnd_ = CString::kNone;
 };
 
 } // namespace qel

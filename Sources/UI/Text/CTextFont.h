@@ -15,14 +15,14 @@ public:
     CError load(CFontObject* object, double interfaceScale);
     bool isLoaded() const { return faces_[0] != nullptr; }
 
-    // Null for a character that the font lacks.
-    const CImageLayer* getGlyph(CFontStyle style, char32_t character) const
-    {
-        return face(style).getGlyph(character);
-    }
+    // Of the character or, where the font lacks it, of one that reads alike; null if there is none.
+    const CImageLayer* findGlyph(CFontStyle style, char16_t character) const;
     std::int32_t getLineHeight() const { return lineHeight_; }
     // Below the top of a line.
     std::int32_t getBaseline() const { return baseline_; }
+    std::int32_t getCapitalHeight() const { return capitalHeight_; }
+    // Of the box in place of a character that there is no glyph for.
+    double getMissingAdvance() const { return capitalHeight_; }
     // How far a character of this style stands above the baseline.
     std::int32_t getRise(CFontStyle style) const
     {
@@ -35,7 +35,11 @@ private:
     std::array<std::shared_ptr<const CFont>, CFontObject::kStyleCount> faces_;
     std::int32_t lineHeight_ = 0;
     std::int32_t baseline_ = 0;
+    std::int32_t capitalHeight_ = 0;
     std::int32_t superscriptRise_ = 0;
 };
+
+// True for characters that have nothing to see: controls, joiners, marks upon others.
+bool isUnseen(char16_t character);
 
 } // namespace qel

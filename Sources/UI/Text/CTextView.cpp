@@ -5,6 +5,7 @@
 #include "CSystemClipboard.h"
 #include "CViewWindow.h"
 #include "EventParameters.h"
+#include "LiteralText.h"
 #include "NumberSyntax.h"
 
 namespace qel {
@@ -424,12 +425,12 @@ CError CTextView::editNextInGroup(bool isForward)
 
 CString CTextView::getEditText(std::int32_t paragraph) const
 {
-    return paragraph == kNone ? getTitle() : getParagraphText(paragraph);
+    return plainText(paragraph == kNone ? getTitle() : getParagraphText(paragraph));
 }
 
 CError CTextView::onTextCommitted(const CString& text, std::int32_t)
 {
-    return hasSource() ? CError() : setTitle(text);
+    return hasSource() ? CError() : setTitle(literalText(text));
 }
 
 bool CTextView::isParagraphShown(std::size_t paragraph) const

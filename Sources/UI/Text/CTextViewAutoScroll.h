@@ -26,6 +26,7 @@ public:
     CError onMouseMove(const CAttrMap& parameters) override;
 
 protected:
+    bool isShortening() const override { return false; }
     double getTextShiftX() const override;
     void onTextLaidOut() override;
 

@@ -13,9 +13,13 @@ constexpr const char* kTextColors[] = {"text-color", "text-color1", "text-color2
 constexpr const char* kAlignment = "text-alignment";
 constexpr const char* kAlignmentV = "text-alignment-v";
 constexpr const char* kParagraphSpacing = "paragraph-spacing";
+constexpr const char* kLineSpacing = "line-spacing";
 constexpr const char* kMaxTextHeight = "max-text-height";
 constexpr const char* kSeparator = "separator-char";
 constexpr const char* kDefaultColor = "Text";
+
+// What is longer than the view by no more keeps its end: sizes are not rounded, widths of texts are.
+constexpr double kShortenFromPx = 1.0;
 
 // Glyphs may reach over their place by this part of a line's height.
 constexpr double kOverhang = 0.25;
@@ -59,6 +63,7 @@ void CTextViewBase::buildClassInfo(CClassInfo& info)
     info.handle<&Self::attrTextAlignment>(kAlignmentV);
     info.bind<&Self::isTextWrapped_, &Self::attrIsTextWrapped>("is-text-wrapped", false);
     info.handle<&Self::attrParagraphSpacing>(kParagraphSpacing);
+    info.handle<&Self::attrLineSpacing>(kLineSpacing);
     info.handle<&Self::attrMaxTextHeight>(kMaxTextHeight);
     info.handle<&Self::attrSeparatorChar>(kSeparator);
     info.bind<&Self::title_, &Self::attrTitle>("title", "");
@@ -141,6 +146,13 @@ CError CTextViewBase::attrParagraphSpacing()
     return {};
 }
 
+CError CTextViewBase::attrLineSpacing()
+{
+    text_.setLineSpacing(roundToPixel(parsePixels(getAttrString(kLineSpacing), getInterfaceScale())));
+    layoutText();
+    return {};
+}
+
 CError CTextViewBase::attrMaxTextHeight()
 {
     const CString height = getAttrString(kMaxTextHeight);
@@ -160,15 +172,6 @@ CError CTextViewBase::attrSeparatorChar()
 
 CError CTextViewBase::attrTitle()
 {
-    return refreshText();
-}
-
-CError CTextViewBase::setTitle(const CString& text)
-{
-    if (text.find(u'{') == CString::kNone) {
-        return setAttribute("title", text, true);
-    }
-    title_ = text;
     return refreshText();
 }
 
@@ -250,7 +253,11 @@ void CTextViewBase::layoutText()
         return;
     }
     const bool isWidthKnown = textBox_.width > 0.0;
+    text_.setParagraphHeight(getParagraphHeight());
     text_.wrap(isTextWrapped_ && isWidthKnown ? std::optional(textBox_.width) : std::nullopt);
+    if (!isTextWrapped_ && isWidthKnown && isShortening()) {
+        text_.shorten(textBox_.width + kShortenFromPx);
+    }
     tellCompactSize();
     onTextLaidOut();
 }

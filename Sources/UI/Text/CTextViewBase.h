@@ -22,11 +22,12 @@ namespace qel {
 //     text-alignment-v       in a view that is higher than its text: "top", "center" (default), "bottom"
 //     is-text-wrapped        lines break at the width of the view
 //     paragraph-spacing      pixels between paragraphs
+//     line-spacing           pixels between the lines of one; negative to draw them closer
 //     max-text-height        the most that the text asks for: pixels, "height" (as high as the view is by
 //                            other means), or "compact" (default): as high as the text is
 //
 // The width that the text asks for is that of its widest paragraph without wrapping, the height that of the
-// lines in the width that the view got.
+// lines in the width that the view got. A line that does not wrap and is longer than the view ends in dots.
 class CTextViewBase : public CView
 {
 public:
@@ -42,6 +43,7 @@ public:
 
     virtual CError attrFontName();
     virtual CError attrIsTextWrapped();
+    virtual CError attrLineSpacing();
     virtual CError attrMaxTextHeight();
     virtual CError attrParagraphSpacing();
     virtual CError attrSeparatorChar();
@@ -56,9 +58,8 @@ public:
     CError attrOffsetX() override;
     CError attrOffsetY() override;
 
-    // The text as the attribute "title" would have it, but braces in it are only braces: for names that users
-    // have given.
-    CError setTitle(const CString& text);
+    // As the attribute does.
+    CError setTitle(const CString& text) { return setAttribute("title", text, true); }
     const CString& getTitle() const { return title_; }
 
     void draw(CDrawContext& context) override;
@@ -71,6 +72,7 @@ protected:
         kHoverSlot = kTextSlot + CTextColorSource::kOwnColors, // the strips of lists
         kSelectSlot,
         kSelectTextSlot,
+        kMarkSlot,
         kImageSlots // of images in the text
     };
     static constexpr std::size_t kMaxImageColors = 16;
@@ -93,6 +95,10 @@ protected:
     virtual double getExtraWidth() const { return 0.0; }
     // The highest that the text may ask for, pixels.
     virtual double getMaxCompactHeight() const;
+    // False where the user reaches what is beyond the view.
+    virtual bool isShortening() const { return true; }
+    // The least height of a paragraph, pixels.
+    virtual std::int32_t getParagraphHeight() const { return 0; }
     // How far the text is moved, pixels; for scrolling.
     virtual double getTextShiftX() const { return 0.0; }
     virtual double getTextShiftY() const;

@@ -3,6 +3,7 @@
 
 #include "CViewWindow.h"
 #include "EventParameters.h"
+#include "LiteralText.h"
 
 #include <cmath>
 
@@ -17,13 +18,16 @@ constexpr const char* kSourceUpdate = "text-source-update";
 constexpr const char* kHoverColor = "paragraph-hover-color";
 constexpr const char* kSelectColor = "paragraph-select-color";
 constexpr const char* kSelectTextColor = "paragraph-select-text-color";
+constexpr const char* kMarkColor = "paragraph-mark-color";
 constexpr const char* kTextSource = "text-source";
 constexpr const char* kListId = "dynamic-list-parent-id";
 constexpr const char* kNoItemsTitle = "no-items-title";
 constexpr const char* kActivePrefix = "active-paragraph-prefix";
 
-// Pixels at a scale of 1 between the longest item and the arrows.
+// Pixels at a scale of 1: between the longest item and the arrows, and of the bar that marks an item.
 constexpr double kArrowGap = 8.0;
+constexpr double kMarkWidth = 3.0;
+constexpr double kMarkGap = 2.0;
 
 } // namespace
 
@@ -37,6 +41,7 @@ void CTextViewList::buildClassInfo(CClassInfo& info)
     info.handle<&Self::attrParagraphSelectColor>(kSelectColor);
     info.handle<&Self::attrParagraphSelectTextColor>(kSelectTextColor);
     info.bind<&Self::selected_, &Self::attrSelectedParagraph>(kSelected, kNone);
+    info.handle<&Self::attrParagraphMarkColor>(kMarkColor);
     info.handle<&Self::attrTextSource>(kTextSource);
     info.bind<&Self::isSourceForced_>("is-text-source-forced", false);
     info.handle<&Self::attrTextSource>(kListId);
@@ -45,6 +50,8 @@ void CTextViewList::buildClassInfo(CClassInfo& info)
     info.handle<&Self::refreshText>(kNoItemsTitle);
     info.bind<&Self::isEmptyAllowed_, &Self::refreshText>("allow-no-paragraphs", false);
     info.handle<&Self::refreshText>(kActivePrefix);
+    info.bind<&Self::isTabletMode_, &Self::refreshText>("is-tablet-mode", false);
+    info.bind<&Self::tabletParagraphHeight_, &Self::refreshText>("tablet-paragraph-height", 0.0);
     info.bind<&Self::isSelectedClickCancelling_>("is-selected-paragraph-click-cancels", false);
     info.bind<&Self::isRightClickSelecting_>("is-right-click-selects", false);
     info.handleEvent<&Self::eventTextSourceUpdate>(kSourceUpdate);
@@ -95,6 +102,14 @@ CError CTextViewList::attrParagraphSelectTextColor()
     const CString color = getAttrString(kSelectTextColor);
     hasSelectTextColor_ = !color.isEmpty();
     setSlotColor(kSelectTextSlot, color);
+    return {};
+}
+
+CError CTextViewList::attrParagraphMarkColor()
+{
+    const CString color = getAttrString(kMarkColor);
+    hasMarkColor_ = !color.isEmpty();
+    setSlotColor(kMarkSlot, color);
     return {};
 }
 
@@ -176,7 +191,7 @@ void CTextViewList::fillText(CTextWrapper& text)
     std::vector<CString> paragraphs;
     for (std::int32_t i = 0; i < getItemCount(); ++i) {
         if (!isSingleValue_ || i == selected_) {
-            const CString& itemText = items_[static_cast<std::size_t>(i)].text;
+            const CString itemText = literalText(items_[static_cast<std::size_t>(i)].text);
             paragraphs.push_back(i == selected_ && !isSingleValue_ ? prefix + itemText : itemText);
         }
     }
@@ -226,6 +241,11 @@ double CTextViewList::getMaxCompactHeight() const
     }
     const CTextParagraph& last = paragraphs[static_cast<std::size_t>(maxItemCount_) - 1];
     return std::min<double>(highest, last.top + last.height);
+}
+
+std::int32_t CTextViewList::getParagraphHeight() const
+{
+    return isTabletMode_ ? roundToPixel(tabletParagraphHeight_ * getInterfaceScale()) : 0;
 }
 
 double CTextViewList::getExtraWidth() const
@@ -294,8 +314,11 @@ void CTextViewList::drawBehindText(CDrawContext& context)
     if (isHoverable_ && hasHoverColor_ && hovered_ != selected_ && isChoosable(hovered_)) {
         drawStrip(hovered_, kHoverSlot);
     }
-    for (std::size_t i = 0; arrow_ && i < items_.size(); ++i) {
-        if (items_[i].subListId.isEmpty()) {
+    for (std::size_t i = 0; isListShown() && i < items_.size(); ++i) {
+        if (items_[i].isMarked && hasMarkColor_) {
+            drawMark(context, i);
+        }
+        if (!arrow_ || items_[i].subListId.isEmpty()) {
             continue;
         }
         const CRect row = getParagraphRect(i);
@@ -306,6 +329,15 @@ void CTextViewList::drawBehindText(CDrawContext& context)
             context.drawGlyph(layer, point, kTextClip, getParagraphColor(i), 1.0);
         }
     }
+}
+
+void CTextViewList::drawMark(CDrawContext& context, std::size_t paragraph)
+{
+    const double width = roundToPixel(kMarkWidth * getInterfaceScale());
+    const double gap = roundToPixel(kMarkGap * getInterfaceScale());
+    const CRect row = getParagraphRect(paragraph);
+    context.drawFilledRect(getTextSlotColor(kMarkSlot), {0.0, row.y + gap, width, row.height - 2.0 * gap},
+                           kTextClip, 1.0);
 }
 
 void CTextViewList::markParagraph(std::int32_t index)

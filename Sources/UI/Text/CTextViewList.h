@@ -7,13 +7,14 @@
 namespace qel {
 
 // The middle of the text views: paragraphs to choose from. They are those of the title or the items of a
-// list.
+// list, whose texts are shown as they are, without regard to markup.
 //
 //     is-paragraph-hoverable, paragraph-hover-color
 //                             a strip behind the paragraph under the pointer
 //     is-paragraph-selectable, paragraph-select-color, paragraph-select-text-color
 //                             a click selects; the selected paragraph has a strip and a colour of its own
 //     selected-paragraph      the number of the selected one, from 0; -1 (default) for none
+//     paragraph-mark-color    of a bar in front of the item that is in use
 //     text-source             path of a CDynamicList whose items take the place of the title
 //     is-text-source-forced   a title that is set later does not take their place again
 //     dynamic-list-parent-id  the list of the source that is shown, by default its first one
@@ -26,6 +27,8 @@ namespace qel {
 //     no-items-title          in place of an empty list, "<no items>" by default
 //     allow-no-paragraphs     an empty list is an empty text instead
 //     active-paragraph-prefix in front of the text of the selected item
+//     is-tablet-mode, tablet-paragraph-height
+//                             paragraphs are at least so high, pixels, for fingers
 //     is-selected-paragraph-click-cancels
 //                             a click on the selected item closes the pop-up without a result
 //     is-right-click-selects  the right button selects, too
@@ -65,6 +68,7 @@ public:
     virtual CError attrParagraphHoverColor();
     virtual CError attrParagraphSelectColor();
     virtual CError attrParagraphSelectTextColor();
+    virtual CError attrParagraphMarkColor();
     virtual CError attrSelectedParagraph();
     virtual CError attrTextSource();
     CError attrTitle() override;
@@ -95,6 +99,7 @@ protected:
     void fillText(CTextWrapper& text) override;
     double getMaxCompactHeight() const override;
     double getExtraWidth() const override;
+    std::int32_t getParagraphHeight() const override;
     void onTextLaidOut() override;
     const CPaletteColor& getParagraphColor(std::size_t paragraph) override;
     void drawBehindText(CDrawContext& context) override;
@@ -119,6 +124,7 @@ private:
     const CDynamicListItem* findItem(std::int32_t index) const;
     bool isChoosable(std::int32_t index) const;
     void hover(std::int32_t index);
+    void drawMark(CDrawContext& context, std::size_t paragraph);
     void markParagraph(std::int32_t index);
     CError openSubList(std::int32_t index);
     CError deliverResult(CAttrMap parameters);
@@ -137,6 +143,7 @@ private:
     bool hasHoverColor_ = false;
     bool hasSelectColor_ = false;
     bool hasSelectTextColor_ = false;
+    bool hasMarkColor_ = false;
     std::int32_t hovered_ = kNone;    // under the pointer or the keys' cursor
     std::int32_t pressed_ = kNone;    // where a click began
     std::int32_t openedItem_ = kNone; // whose sub-list is open
@@ -149,6 +156,8 @@ private:
     bool isSingleValue_ = false;
     std::int32_t maxItemCount_ = 0;
     bool isEmptyAllowed_ = false;
+    bool isTabletMode_ = false;
+    double tabletParagraphHeight_ = 0.0;
     bool isSelectedClickCancelling_ = false;
     bool isRightClickSelecting_ = false;
 };

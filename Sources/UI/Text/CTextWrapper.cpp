@@ -1,6 +1,8 @@
 // Breaks a text into lines and draws it.
 #include "CTextWrapper.h"
 
+#include "LiteralText.h"
+
 #include <cmath>
 
 namespace qel {
@@ -11,6 +13,9 @@ namespace {
 constexpr double kTolerancePx = 0.01;
 
 constexpr std::size_t kNoBreak = static_cast<std::size_t>(-1);
+
+// Behind a line that is shortened.
+constexpr int kDots = 3;
 
 std::int32_t wholePixels(double length)
 {
@@ -42,7 +47,7 @@ CError CTextWrapper::setFontObject(CFontObject* font, double interfaceScale)
 
 void CTextWrapper::beginText()
 {
-    wasOneLine_ = lines_.size() == 1;
+    wasOneLine_ = isOneLine();
     std::swap(glyphs_, glyphsBefore_);
     glyphs_.clear();
     paragraphs_.clear();
@@ -124,13 +129,20 @@ void CTextWrapper::addCharacters(const CString& text, const CTextRun& run)
 {
     const CFontStyle style = run.style.getFontStyle();
     for (std::size_t i = run.begin; i < run.end; ++i) {
+        const char16_t character = plainCharacter(text[i]);
         CTextGlyph& glyph = glyphs_.emplace_back();
-        glyph.kind = kindOf(text[i]);
+        glyph.kind = kindOf(character);
         glyph.color = run.style.color;
         glyph.rise = font_.getRise(style);
         glyph.source = i;
-        glyph.layer = font_.isLoaded() ? font_.getGlyph(style, text[i]) : nullptr;
-        glyph.advance = glyph.layer ? glyph.layer->advance : 0.0;
+        if (!font_.isLoaded()) {
+            continue;
+        }
+        glyph.layer = font_.findGlyph(style, character);
+        glyph.isMissing = !glyph.layer && !isUnseen(character);
+        glyph.advance = glyph.layer       ? glyph.layer->advance
+                        : glyph.isMissing ? font_.getMissingAdvance()
+                                          : 0.0;
     }
 }
 
@@ -177,11 +189,39 @@ void CTextWrapper::wrap(std::optional<double> width)
         paragraph.beginLine = lines_.size();
         wrapParagraph(paragraph, width);
         paragraph.endLine = lines_.size();
+        const std::int32_t spare = std::max(0, paragraphHeight_ - (height_ - paragraph.top));
+        height_ += spare;
         paragraph.height = height_ - paragraph.top;
         for (std::size_t i = paragraph.beginLine; i < paragraph.endLine; ++i) {
+            lines_[i].top += spare / 2;
             lines_[i].paragraph = static_cast<std::size_t>(&paragraph - paragraphs_.data());
             widest = std::max(widest, lines_[i].width);
         }
+    }
+    width_ = wholePixels(widest);
+}
+
+void CTextWrapper::shorten(double width)
+{
+    const CImageLayer* const dot = font_.isLoaded() ? font_.findGlyph(CFontStyle::kRegular, u'.') : nullptr;
+    if (!dot) {
+        return;
+    }
+    const double dots = kDots * dot->advance;
+    double widest = 0.0;
+    for (CTextLine& line : lines_) {
+        if (line.width > width) {
+            const auto fits = [&](const CTextGlyph& last) {
+                return last.pen + last.advance + dots <= width && last.kind != CTextGlyph::Kind::kBlank;
+            };
+            while (line.end > line.begin && !fits(glyphs_[line.end - 1])) {
+                --line.end;
+            }
+            const CTextGlyph* const last = line.end > line.begin ? &glyphs_[line.end - 1] : nullptr;
+            line.width = (last ? last->pen + last->advance : 0.0) + dots;
+            line.isShortened = true;
+        }
+        widest = std::max(widest, line.width);
     }
     width_ = wholePixels(widest);
 }
@@ -195,6 +235,7 @@ void CTextWrapper::wrapParagraph(CTextParagraph& paragraph, std::optional<double
     std::size_t breakNext = kNoBreak;
     double pen = 0.0;
     const auto endLine = [&](std::size_t end, std::size_t next, bool isForced) {
+        height_ += begin > paragraph.beginGlyph ? lineSpacing_ : 0;
         addLine(begin, end);
         if (isJustified_ && width && !isForced) {
             justify(lines_.back(), *width);
@@ -286,7 +327,7 @@ std::optional<std::size_t> CTextWrapper::findParagraph(double y) const
 
 std::optional<CTextWrapper::Span> CTextWrapper::getChange() const
 {
-    if (!wasOneLine_ || lines_.size() != 1) {
+    if (!wasOneLine_ || !isOneLine()) {
         return std::nullopt;
     }
     const auto isSame = [](const CTextGlyph& a, const CTextGlyph& b) {
@@ -320,6 +361,28 @@ void CTextWrapper::drawLine(CDrawContext& context, const CTextLine& line, const 
                             std::size_t clip, const CTextColorSource& colors) const
 {
     drawGlyphs(context, line, line.begin, line.end, point, clip, colors);
+    if (!line.isShortened) {
+        return;
+    }
+    const CImageLayer& dot = *font_.findGlyph(CFontStyle::kRegular, u'.');
+    for (int i = 1; i <= kDots; ++i) {
+        const double x = point.x + line.width - (kDots + 1 - i) * dot.advance;
+        context.drawGlyph(dot, {x, point.y + line.baseline}, clip, colors.getTextColor(0), 1.0);
+    }
+}
+
+// As high as a capital.
+void CTextWrapper::drawMissing(CDrawContext& context, const CPoint& baseline, std::size_t clip,
+                               const CPaletteColor& color) const
+{
+    const double height = font_.getCapitalHeight();
+    const double width = font_.getMissingAdvance() - 2.0;
+    const double left = std::round(baseline.x) + 1.0;
+    const double top = baseline.y - height;
+    context.drawFilledRect(color, {left, top, width, 1.0}, clip, 1.0);
+    context.drawFilledRect(color, {left, baseline.y - 1.0, width, 1.0}, clip, 1.0);
+    context.drawFilledRect(color, {left, top + 1.0, 1.0, height - 2.0}, clip, 1.0);
+    context.drawFilledRect(color, {left + width - 1.0, top + 1.0, 1.0, height - 2.0}, clip, 1.0);
 }
 
 void CTextWrapper::drawGlyphs(CDrawContext& context, const CTextLine& line, std::size_t begin,
@@ -337,6 +400,9 @@ void CTextWrapper::drawGlyphs(CDrawContext& context, const CTextLine& line, std:
         } else if (glyph.layer) {
             context.drawGlyph(*glyph.layer, {x, point.y + line.baseline - glyph.rise}, clip,
                               colors.getTextColor(glyph.color), 1.0);
+        } else if (glyph.isMissing) {
+            drawMissing(context, {x, point.y + line.baseline - glyph.rise}, clip,
+                        colors.getTextColor(glyph.color));
         }
     }
 }

@@ -25,13 +25,15 @@ struct CTextGlyph
     std::int32_t rise = 0;              // above the baseline, pixels
     const CImageLayer* layer = nullptr; // null: nothing to see
     const CImage* image = nullptr;      // in place of a character
+    bool isMissing = false;             // a character that the font lacks
     double advance = 0.0;
     double pen = 0.0;       // from the start of its line, pixels
     std::size_t source = 0; // where in the text
 
     bool looksLike(const CTextGlyph& other) const
     {
-        return layer == other.layer && image == other.image && color == other.color && rise == other.rise;
+        return layer == other.layer && image == other.image && isMissing == other.isMissing &&
+               color == other.color && rise == other.rise;
     }
 };
 
@@ -44,6 +46,7 @@ struct CTextLine
     std::int32_t top = 0;
     std::int32_t height = 0;
     std::int32_t baseline = 0; // below the top
+    bool isShortened = false;  // dots follow the last glyph
 };
 
 struct CTextParagraph
@@ -69,7 +72,8 @@ public:
 // Call order: setFontObject(), then a text, then wrap(), and wrap() again for another width. Measures are
 // window pixels, tops are counted from the top of the text. Drawing and asking take no memory, and a text
 // that is as long as one before it takes none either. There is always at least one paragraph, and each has at
-// least one line. Characters that the font lacks take no room and draw nothing, but keep their places.
+// least one line. What the font lacks is shown by a like character or else by a box, so that it can be told
+// from nothing.
 class CTextWrapper
 {
 public:
@@ -80,8 +84,12 @@ public:
     CError setFontObject(CFontObject* font, double interfaceScale);
     const CTextFont& getFont() const { return font_; }
     void setImageFinder(ImageFinder finder) { imageFinder_ = std::move(finder); }
-    // Pixels between paragraphs; holds from the next wrap() on, as does the next.
+    // Pixels between paragraphs; holds from the next wrap() on, as do the next three.
     void setParagraphSpacing(std::int32_t spacing) { paragraphSpacing_ = spacing; }
+    // Between the lines of a paragraph; negative to draw them closer.
+    void setLineSpacing(std::int32_t spacing) { lineSpacing_ = spacing; }
+    // The least of a paragraph, whose lines stand in the middle of it.
+    void setParagraphHeight(std::int32_t height) { paragraphHeight_ = height; }
     // Widens the blanks of wrapped lines to the width.
     void setJustified(bool isJustified) { isJustified_ = isJustified; }
 
@@ -98,6 +106,8 @@ public:
 
     // Without a width lines are as long as they are.
     void wrap(std::optional<double> width);
+    // Lines that are longer end in dots. The natural width stays.
+    void shorten(double width);
 
     // --- measures; whole pixels
 
@@ -131,6 +141,7 @@ public:
 private:
     void beginText();
     void endText();
+    bool isOneLine() const { return lines_.size() == 1 && !lines_[0].isShortened; }
     void beginParagraph() { paragraphs_.push_back({glyphs_.size(), 0, 0, 0, 0, 0}); }
     void addRuns(const CString& text, char16_t separator, bool isParagraph);
     void addCharacters(const CString& text, const CTextRun& run);
@@ -140,10 +151,14 @@ private:
     void wrapParagraph(CTextParagraph& paragraph, std::optional<double> width);
     void addLine(std::size_t begin, std::size_t end);
     void justify(const CTextLine& line, double width);
+    void drawMissing(CDrawContext& context, const CPoint& baseline, std::size_t clip,
+                     const CPaletteColor& color) const;
 
     CTextFont font_;
     ImageFinder imageFinder_;
     std::int32_t paragraphSpacing_ = 0;
+    std::int32_t lineSpacing_ = 0;
+    std::int32_t paragraphHeight_ = 0;
     bool isJustified_ = false;
 
     std::vector<CTextGlyph> glyphs_;
@@ -154,7 +169,7 @@ private:
     std::int32_t height_ = 0;
     std::int32_t naturalWidth_ = 0;
 
-    // The glyphs of the text before, and whether they were on one line.
+    // The glyphs of the text before, and whether they were all on one line.
     std::vector<CTextGlyph> glyphsBefore_;
     bool wasOneLine_ = false;
 };

@@ -3,6 +3,7 @@
 
 #include "CWindow.h"
 #include "FileSystem.h"
+#include "LiteralText.h"
 
 namespace qel {
 
@@ -121,7 +122,7 @@ platform::FileDialogRequest CFileDialog::makeRequest(const CWindow& window) cons
         request.filterText += " (*." + request.extension + ")";
     }
     request.folder = folder_.toUtf8();
-    request.fileName = fileName_.toUtf8();
+    request.fileName = plainText(fileName_).toUtf8();
     request.owner = window.getSystemWindow() ? window.getSystemWindow()->handle() : 0;
     return request;
 }
@@ -203,7 +204,7 @@ CError CFileDialog::openPathWindow()
     if (folder_.isEmpty() && platform::homeFolder(home) == 0) {
         QEL_TRY(setAttribute("path", CString::fromUtf8(home), true), getFullName());
     }
-    const std::string name = openMode_ == FileDialogMode::kFolder ? "" : fileName_.toUtf8();
+    const std::string name = openMode_ == FileDialogMode::kFolder ? "" : plainText(fileName_).toUtf8();
     typed_ = CString::fromUtf8(join(folder_.toUtf8(), name));
     confirmed_ = {};
     CAttrMap parameters;
@@ -212,7 +213,7 @@ CError CFileDialog::openPathWindow()
     parameters["is-popup-toggle-always-create"] = CAttrValue(true);
     parameters["popup-is-drop-down-behavior-disabled"] = CAttrValue(true);
     parameters["popup-title"] = CAttrValue(title_);
-    parameters["popup-path-text"] = CAttrValue(typed_);
+    parameters["popup-path-text"] = CAttrValue(literalText(typed_));
     parameters["popup-path-message"] = CAttrValue(CString());
     parameters["popup-file-dialog"] = CAttrValue(getFullName());
     return sendEvent(*view_, "popup-toggle", parameters);
@@ -259,7 +260,7 @@ CError CFileDialog::eventPathEntered(const CAttrMap&)
 CError CFileDialog::showMessage(const CString& message)
 {
     CView* const window = findPathWindow();
-    return window ? window->setAttribute(kMessage, message, true) : CError();
+    return window ? window->setAttribute(kMessage, literalText(message), true) : CError();
 }
 
 CString CFileDialog::checkPath(const std::string& path) const

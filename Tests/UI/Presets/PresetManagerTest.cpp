@@ -1,5 +1,6 @@
 // Banks and presets, arranged in their window.
 #include "CPresetManager.h"
+#include "LiteralText.h"
 #include "PresetsFixture.h"
 
 #include <fstream>
@@ -99,7 +100,7 @@ TEST_F(PresetManager, KeepsTheUsersBanksForAllInstances)
     tree.click("w.p.delete");
     EXPECT_EQ(presets(tree), "Preset 2");
     tree.click("w.b.delete");
-    EXPECT_EQ(tree.window.last("popup-title-message"), "Delete Kicks (1)?");
+    EXPECT_EQ(plainText(CString::fromUtf8(tree.window.last("popup-title-message"))), "Delete Kicks {1}?");
     EXPECT_EQ(banks(tree), "Factory ROM|Session Bank|Bank|Kicks {1}") << "not before the user says so";
     tree.send("w", tree.window.last("popup-confirm-event").c_str());
     EXPECT_EQ(banks(tree), "Factory ROM|Session Bank|Bank");

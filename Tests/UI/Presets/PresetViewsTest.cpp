@@ -3,6 +3,7 @@
 #include "CHistory.h"
 #include "CPluginControl.h"
 #include "CQuickPresetSelector.h"
+#include "LiteralText.h"
 #include "PresetStores.h"
 #include "PresetsFixture.h"
 
@@ -27,7 +28,8 @@ constexpr const char* kTree = R"(
       <ui:button-base name="button-select"/>
       <ui:value-list-manual name="history-list"/>
     </ui:history>
-    <ui:quick-preset-selector name="quick" preset-list="s.presets">
+    <ui:quick-preset-selector name="quick" preset-list="s.presets" interface-client="ui.client"
+      settling-steps="ROM preset activate;Master reset" silent-steps="Program name">
       <ui:ui-param name="ui-param-title" bridge="s.name"/>
     </ui:quick-preset-selector>
     <ui:quick-preset-selector name="own" forced-title="Own" forced-title-filter="User;Default"
@@ -86,6 +88,25 @@ TEST_F(PresetViews, TheQuickSelectorShowsThePresetAndActivatesAnother)
                  "No 'name' audio parameter.");
 }
 
+TEST_F(PresetViews, TheQuickSelectorTellsOfChangesToThePreset)
+{
+    const auto isChanged = [&] { return tree_.at<CObject>("w.quick").getAttrBool("is-changed"); };
+    EXPECT_FALSE(isChanged());
+    choose("w.quick", "bank-0", 2);
+    EXPECT_FALSE(isChanged());
+    std::vector<CDynamicListItem> items;
+    ASSERT_OK(tree_.at<CDynamicListPresets>("s.presets").getItems("bank-0", items));
+    EXPECT_TRUE(items[2].isMarked && !items[0].isMarked);
+    tree_.set("s.group", "group-index", "1");
+    tree_.send("s.group-presets", "activate-preset", {{"index", CAttrValue(3)}});
+    EXPECT_TRUE(isChanged()) << "one group has something else";
+    tree_.click("w.history.button-undo");
+    EXPECT_FALSE(isChanged());
+    tree_.click("w.history.button-redo");
+    tree_.send("s.control", "on-reset");
+    EXPECT_FALSE(isChanged());
+}
+
 TEST_F(PresetViews, AListOfAGroupActivatesForThatGroupAlone)
 {
     tree_.set("s.group", "group-index", "2");
@@ -140,7 +161,7 @@ TEST_F(PresetViews, TellsOfTheDefaultPreset)
     EXPECT_EQ(tree_.attr("s.control", "default-preset"), "");
     EXPECT_OK(saveStoredDefault(CAudioPreset("7qtz:Mine {now}")));
     tree_.settle();
-    EXPECT_EQ(tree_.attr("s.control", "default-preset"), "Mine (now)");
+    EXPECT_EQ(tree_.attr("s.control", "default-preset"), literalText("Mine {now}").toUtf8());
 }
 
 } // namespace

@@ -114,6 +114,29 @@ TEST(TextEditTest, Erases)
     EXPECT_EQ(shown(edit), "a|d");
 }
 
+TEST(TextEditTest, TakesChangesBack)
+{
+    CTextEdit edit = editOf("one", 3);
+    for (const char* const typed : {" ", "t", "w", "o"}) {
+        edit.insert(typed);
+    }
+    edit.eraseLeft(false);
+    edit.undo();
+    EXPECT_EQ(edit.getText(), "one two");
+    edit.undo();
+    EXPECT_EQ(shown(edit), "one|") << "what was typed in one go";
+    edit.undo();
+    EXPECT_EQ(shown(edit), "one|") << "nothing before";
+    edit.redo();
+    edit.redo();
+    edit.redo();
+    EXPECT_EQ(shown(edit), "one tw|");
+    edit.undo();
+    edit.insert("x");
+    edit.redo();
+    EXPECT_EQ(edit.getText(), "one twx") << "a change ends what could be done again";
+}
+
 TEST(TextEditTest, TakesFromTheClipboardWhatItHasRoomFor)
 {
     EXPECT_EQ(CTextEdit::fromClipboard("a\xF0\x9F\x94\x8A\xC3\xA9").toUtf8(), "a\xC3\xA9");

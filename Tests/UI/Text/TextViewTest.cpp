@@ -2,6 +2,7 @@
 #include "TextFixture.h"
 
 #include "AllocationGuard.h"
+#include "LiteralText.h"
 
 namespace qel::test {
 
@@ -127,12 +128,13 @@ TEST_F(TextViewTest, ChangesItsTitleCheaply)
     frame(0.1);
     EXPECT_FALSE(map().isDirty());
 
-    // The same text marks nothing; braces of a name are kept.
+    // The same text marks nothing; a name is shown as it is.
     ASSERT_OK(label.setTitle("-12.4 dB"));
     EXPECT_FALSE(map().isDirty());
-    ASSERT_OK(label.setTitle("{name}"));
+    ASSERT_OK(label.setTitle(literalText("[B]{name}[/B]")));
     frame(0.2);
-    EXPECT_EQ(size("w.t"), "36x13");
+    EXPECT_EQ(size("w.t"), "78x13");
+    EXPECT_EQ(plainText(label.getTitle()), "[B]{name}[/B]");
 
     ASSERT_OK(label.setTitle("[B]a[/B]"));
     frame(0.3);

@@ -129,11 +129,46 @@ TEST_F(TextWrapperTest, MeasuresLines)
     EXPECT_EQ(wrapper_.findParagraph(2 * kLine + 1), std::nullopt);
     EXPECT_EQ(wrapper_.findParagraph(2 * kLine + 5), 1U);
 
-    // What the font lacks takes no room and keeps its place.
-    wrapper_.parse(CString::fromUtf8("aλΩé"));
-    wrapper_.wrap(std::nullopt);
-    EXPECT_EQ(wrapper_.getWidth(), 18);
+    // Lines of a paragraph may stand closer, in the middle of the least height.
+    wrapper_.setLineSpacing(-3);
+    wrapper_.setParagraphHeight(40);
+    wrapped("one two|a", 20);
+    EXPECT_EQ(wrapper_.getParagraphs()[1].top, 40 + 5);
+    EXPECT_EQ(wrapper_.getLines()[0].top, (40 - 2 * kLine + 3) / 2);
+    EXPECT_EQ(wrapper_.getLines()[1].top, wrapper_.getLines()[0].top + kLine - 3);
+}
+
+TEST_F(TextWrapperTest, ShowsWhatTheFontLacksByItsLikeOrABox)
+{
+    const auto widthOf = [&](const char* text) {
+        wrapper_.parse(CString::fromUtf8(text));
+        wrapper_.wrap(std::nullopt);
+        return wrapper_.getWidth();
+    };
+    const int box = 8; // as wide as a capital is high
+    EXPECT_EQ(widthOf("aλΩé"), 3 * 6 + box);
     EXPECT_EQ(wrapper_.getGlyphs().size(), 4U);
+    EXPECT_EQ(widthOf("Łódź – “x”"), widthOf("Lodz - \"x\"") + box - 6)
+        << "this font has no o with an accent";
+    EXPECT_EQ(widthOf("a\xE2\x80\x8B\xCC\x81"), 6) << "a joiner and an accent of its own";
+}
+
+TEST_F(TextWrapperTest, EndsLinesThatAreTooLongInDots)
+{
+    const auto shortened = [&](const char* text, double width) {
+        std::string line = wrapped(text, std::nullopt)[0];
+        wrapper_.shorten(width);
+        line.resize(wrapper_.getLines()[0].end);
+        return line + (wrapper_.getLines()[0].isShortened ? "..." : "");
+    };
+    EXPECT_EQ(shortened("abcdef", 36), "abcdef");
+    EXPECT_EQ(shortened("abcdef", 35), "ab...");
+    EXPECT_EQ(wrapper_.getWidth(), 5 * 6);
+    EXPECT_EQ(wrapper_.getNaturalWidth(), 6 * 6);
+    EXPECT_EQ(shortened("a bcdef", 29), "a...") << "no blank before the dots";
+    EXPECT_EQ(shortened("abcdef", 5), "...");
+    wrapped("abcdeg", std::nullopt);
+    EXPECT_FALSE(wrapper_.getChange()) << "the dots have gone, too";
 }
 
 TEST_F(TextWrapperTest, TakesImagesIntoLines)
