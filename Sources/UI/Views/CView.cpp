@@ -5,6 +5,7 @@
 #include "ViewTree.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace qel {
 
@@ -20,6 +21,16 @@ constexpr std::size_t kWholeClip = 1;
 bool holds(const CRect& rect, const CPoint& point)
 {
     return point.x >= rect.x && point.y >= rect.y && point.x < rect.right() && point.y < rect.bottom();
+}
+
+// Within the rectangle.
+CPoint nearestPoint(const CRect& rect, const CPoint& point)
+{
+    constexpr double kInsidePx = 0.5;
+    const auto nearest = [=](double position, double begin, double end) {
+        return std::clamp(position, begin, std::max(begin, end - kInsidePx));
+    };
+    return {nearest(point.x, rect.x, rect.right()), nearest(point.y, rect.y, rect.bottom())};
 }
 
 } // namespace
@@ -39,6 +50,7 @@ void CView::buildClassInfo(CClassInfo& info)
     info.bind<&Self::isFocusable_>("is-focusable", false);
     info.bind<&Self::isWindowDraggable_>("is-window-draggable", false);
     info.bind<&Self::isDebug_>("is-debug", false);
+    info.bind<&Self::tabletReach_>("tablet-reach", 0.0);
     info.handleEvent<&Self::eventBlockWindow>("block-window");
     info.handleEvent<&Self::eventUnblockWindow>("unblock-window");
     info.handleEvent<&Self::eventCloseWindow>("close-window");
@@ -261,6 +273,55 @@ CView* CView::findHit(const CPoint& point, bool isParentClickThrough)
     }
     const bool isPassedOver = isParentClickThrough && !isIntercepting_ && !isInterceptingAllowChilds_;
     return isClickThrough_ || isPassedOver || !isAt(point) ? nullptr : this;
+}
+
+bool CView::holdsView(const CView* part) const
+{
+    const CViewBasePlacement* view = part;
+    while (view && view != this) {
+        view = view->getParentView();
+    }
+    return view != nullptr;
+}
+
+CView* CView::findTouchedView(const CPoint& point)
+{
+    CView* const hit = findViewAt(point);
+    for (const CView* view = hit; view; view = dynamic_cast<const CView*>(view->getParentView())) {
+        if (view->tabletReach_ > 0.0) {
+            return hit;
+        }
+    }
+    CTouch touch{point};
+    for (CView* const child : viewsBelow<CView>(*this)) {
+        child->findNearest(touch);
+    }
+    if (!touch.nearest) {
+        return hit;
+    }
+    // What lies behind something else is out of reach.
+    const CRect& area = touch.nearest->getVisibleArea();
+    CView* const inside = findViewAt(nearestPoint(area, point));
+    return touch.nearest->holdsView(inside) ? inside : hit;
+}
+
+void CView::findNearest(CTouch& touch)
+{
+    if (isReleased() || isDecorative() || !getViewArea().isVisible()) {
+        return;
+    }
+    if (tabletReach_ > 0.0 && !actsDisabled() && !getVisibleArea().isEmpty()) {
+        const CPoint nearest = nearestPoint(getVisibleArea(), touch.point);
+        const double distance = std::hypot(nearest.x - touch.point.x, nearest.y - touch.point.y);
+        const bool isInReach = distance <= tabletReach_ * getInterfaceScale();
+        if (isInReach && (!touch.nearest || distance < touch.distance)) {
+            touch.nearest = this;
+            touch.distance = distance;
+        }
+    }
+    for (CView* const child : viewsBelow<CView>(*this)) {
+        child->findNearest(touch);
+    }
 }
 
 // --- layout

@@ -21,6 +21,9 @@ namespace qel {
 //     is-intercepting-allow-childs        the same, but views in it are asked first
 //     is-window-draggable                 a press on it drags the window, see CWinDrag
 //     is-focusable, is-debug              for the window
+//     cursor                              the pointer's shape on the view: "arrow" (default) or "text"
+//     tablet-reach                        in the user's tablet mode, how far beyond itself the view takes the
+//                                         pointer where no other control is nearer, pixels at a scale of 1
 //
 // The window adds the root view's context a window and a surface, resizes the sector map, calls
 // announceContentReady(), and then for each frame ticks, solves and paints.
@@ -65,6 +68,9 @@ public:
     // The view that takes the pointer at a point of the window, this one or one in it, or null. Of views side
     // by side, that with the higher z-index, then the later one, takes it.
     CView* findViewAt(const CPoint& point);
+    // The same for fingers: where that one is no control, the nearest control in this view whose
+    // "tablet-reach" extends to the point.
+    CView* findTouchedView(const CPoint& point);
     bool isFocusable() const { return isFocusable_; }
     bool isDebug() const { return isDebug_; }
     const CString& getHint() const { return hint_; }
@@ -110,7 +116,17 @@ protected:
                                 CAlignment alignmentV) const;
 
 private:
+    struct CTouch
+    {
+        CPoint point;
+        CView* nearest = nullptr;
+        double distance = 0.0;
+    };
+
     CView* findHit(const CPoint& point, bool isParentClickThrough);
+    void findNearest(CTouch& touch);
+    // It is `part` or holds it.
+    bool holdsView(const CView* part) const;
     bool isAt(const CPoint& point) const;
     CError tellDrag(const char* event, const CAttrMap& parameters);
     CError updateScroller(const char* path);
@@ -131,6 +147,7 @@ private:
     bool isFocusable_ = false;
     bool isWindowDraggable_ = false;
     bool isDebug_ = false;
+    double tabletReach_ = 0.0;
 };
 
 } // namespace qel

@@ -30,7 +30,10 @@ CView* parentOf(const CView* view)
 
 CView* CPointerRouter::viewAt(const CPoint& point) const
 {
-    return root_ ? root_->findViewAt(point) : nullptr;
+    if (!root_) {
+        return nullptr;
+    }
+    return settings_ && settings_->isTabletMode() ? root_->findTouchedView(point) : root_->findViewAt(point);
 }
 
 CPointerRouter::Chain CPointerRouter::chainTo(CView* view)

@@ -1,6 +1,7 @@
 // Which view hears of the pointer.
 #pragma once
 
+#include "CGlobalSettings.h"
 #include "CView.h"
 #include "SystemEvents.h"
 
@@ -17,6 +18,8 @@ class CPointerRouter
 public:
     // Null: nobody hears of anything.
     void setRoot(CView* root) { root_ = root; }
+    // They tell whether the pointer is a finger.
+    void setSettings(const CGlobalSettings& settings) { settings_ = &settings; }
 
     CError move(const platform::PointerEvent& event);
     CError press(const platform::ButtonEvent& event);
@@ -33,6 +36,8 @@ public:
 
     void forgetView(const CView& view);
 
+    // The view that hears of a press there.
+    CView* viewAt(const CPoint& point) const;
     // The view under the pointer, the deepest one; null outside.
     CView* getTop() const { return chain_.empty() ? nullptr : chain_.back(); }
     bool isButtonHeld() const { return pressed_[0] || pressed_[1]; }
@@ -50,13 +55,13 @@ private:
     using Chain = std::vector<CView*>;
 
     CView* captured() const { return pressed_[kLeft] ? pressed_[kLeft] : pressed_[kRight]; }
-    CView* viewAt(const CPoint& point) const;
     static Chain chainTo(CView* view);
     static bool isWithin(const CView* view, const CView* ancestor);
     // Leaves what is no longer under the pointer and enters what is.
     CError enter(CView* view);
 
     CView* root_ = nullptr;
+    const CGlobalSettings* settings_ = nullptr;
     Chain chain_;
     std::array<CView*, kButtons> pressed_{}; // the view that each button went down on
     CPoint point_{};

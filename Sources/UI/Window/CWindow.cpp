@@ -94,7 +94,15 @@ void CWindow::handle(Action&& action)
         if (const CError error = hintLine_.show(*this, *rootView_, pointer_.getTop())) {
             traceError(error);
         }
+        showCursor();
     }
+}
+
+void CWindow::showCursor()
+{
+    const CView* const view = pointer_.getTop();
+    const bool isText = view && !view->actsDisabled() && view->getAttrString("cursor") == "text";
+    shell_.setCursor(isText ? platform::CursorShape::kText : platform::CursorShape::kArrow);
 }
 
 CWindow::CWindow() = default;
@@ -138,8 +146,11 @@ CError CWindow::findParts()
     }
     context_ = rootView_->getViewContext().shared_from_this();
     CGlobalSettings* settings = nullptr;
-    return require(settings, kGlobalSettingsPath,
-                   "@qelstr_CWindow_init_NoGlobalSettings Unable to locate global settings object.");
+    QEL_TRY(require(settings, kGlobalSettingsPath,
+                    "@qelstr_CWindow_init_NoGlobalSettings Unable to locate global settings object."),
+            getFullName());
+    pointer_.setSettings(*settings);
+    return {};
 }
 
 CError CWindow::readRootAttributes()
@@ -563,7 +574,7 @@ CError CWindow::dropFocusBeside(const CPoint& point)
     if (!focus || !rootView_) {
         return {};
     }
-    const CViewBasePlacement* pressed = rootView_->findViewAt(point);
+    const CViewBasePlacement* pressed = pointer_.viewAt(point);
     while (pressed && pressed != focus) {
         pressed = pressed->getParentView();
     }

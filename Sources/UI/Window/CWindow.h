@@ -162,6 +162,8 @@ private:
     CError applySize(const Size& size);
     // By the rules of opening, for the size that it has now.
     CError placeAgain();
+    // That of the view under the pointer.
+    void showCursor();
     void exportDrawLoad(double nowSec);
     void end();
 

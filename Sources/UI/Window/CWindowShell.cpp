@@ -1,6 +1,8 @@
 // What the window system has of a window.
 #include "CWindowShell.h"
 
+#include "LiteralText.h"
+
 namespace qel {
 
 CError CWindowShell::open(CWindowSystem& system, platform::WindowDescription description,
@@ -89,10 +91,18 @@ void CWindowShell::raise()
     }
 }
 
+void CWindowShell::setCursor(platform::CursorShape cursor)
+{
+    if (cursor != cursor_ && window_) {
+        cursor_ = cursor;
+        window_->setCursor(cursor);
+    }
+}
+
 void CWindowShell::setTitle(const CString& title)
 {
     if (window_) {
-        window_->setTitle(title.toUtf8());
+        window_->setTitle(plainText(title).toUtf8());
     }
 }
 

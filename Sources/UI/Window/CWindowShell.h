@@ -38,6 +38,7 @@ public:
     void hide();
     void raise();
     void setTitle(const CString& title);
+    void setCursor(platform::CursorShape cursor);
 
 private:
     void applyPlace();
@@ -45,6 +46,7 @@ private:
     CWindowSurface surface_;
     std::unique_ptr<CBridgeWindow> bridge_;
     std::unique_ptr<platform::CSystemWindow> window_;
+    platform::CursorShape cursor_ = platform::CursorShape::kArrow;
     platform::PixelRect place_; // in the parent for a child, else on the screen
 };
 
