@@ -1,6 +1,7 @@
 // Controls of the delivered windows under a user's hands.
 #include "CKnob.h"
 #include "CReadOut.h"
+#include "LiteralText.h"
 #include "Views/CInterfaceHost.h"
 
 #include <gtest/gtest.h>
@@ -47,6 +48,35 @@ TEST_F(DeliveredControls, AKnobsMenuCopiesItsValueToAnother)
     choose("c.mix.lfgain", "copy");
     choose("c.mix.mixgain", "paste");
     EXPECT_EQ(shown("c.mix.mixgain"), "6.0 dB");
+}
+
+// In the gap below a button and a knob: the nearer one takes it.
+TEST_F(DeliveredControls, InTabletModeControlsTakeWhatIsBesideThem)
+{
+    CView& lf = at<CView>("c.mix.row.lf");
+    const auto tapBelow = [&](double gapPx) {
+        const CRect area = lf.getArea();
+        host_.user().moveTo(host_.mainWindow(), area.x + area.width / 2.0, area.bottom() + gapPx);
+        host_.user().press();
+        host_.user().release();
+        host_.settle();
+        return lf.isStateActive("active");
+    };
+    EXPECT_TRUE(tapBelow(2.0)) << "on before, and not touched";
+    host_.set("ui.global-data:tablet-mode", "true");
+    EXPECT_FALSE(tapBelow(2.0));
+    EXPECT_FALSE(tapBelow(10.0)) << "nearer to the knob";
+}
+
+TEST_F(DeliveredControls, NamesAreShownAsTheyAreTyped)
+{
+    const std::string name = "[B]{Kick}[/B] [IMG=is.button#Arrow]";
+    host_.set("instance-name", name);
+    host_.set("group-names", name);
+    const CString shown = literalText(CString::fromUtf8(name));
+    EXPECT_EQ(at<CReadOut>("window-title.instance-name").getTitle(), shown);
+    CObject& routing = *host_.openWindow("ui:win-channel-routing").getRootView();
+    EXPECT_EQ(routing.findObject(".c.grouping.array.item.button.label")->getAttrString("title"), shown);
 }
 
 } // namespace
