@@ -4,7 +4,9 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cmath>
 #include <ctime>
+#include <numbers>
 #include <vector>
 
 namespace qel {
@@ -27,6 +29,18 @@ double median(std::vector<double>& times)
     return *middle;
 }
 
+// A decaying beat at 60 Hz, or the level of one: branches go as they do in music.
+Signal beat(bool isLevel)
+{
+    Signal signal(2 * kLongest);
+    for (std::size_t i = 0; i < signal.size(); ++i) {
+        const auto n = static_cast<double>(i);
+        signal[i] = std::exp(-n / 400.0) * std::sin(n * (2.0 * std::numbers::pi * 60.0 / kRateHz));
+        signal[i] = isLevel ? std::fabs(signal[i]) : signal[i];
+    }
+    return signal;
+}
+
 // A turn of each in every iteration, so that both see the same machine; "ns/frame" counts samples of the
 // lower rate.
 void timeGroup(benchmark::State& state, std::span<const CKernelPart> parts, std::size_t channels,
@@ -35,8 +49,14 @@ void timeGroup(benchmark::State& state, std::span<const CKernelPart> parts, std:
     const auto count = static_cast<std::size_t>(state.range(0));
     KernelCalls single(parts, channels, EChannels::kAlike, true);
     KernelCalls grouped(parts, channels, EChannels::kAlike, true);
-    single.fill(count, 1);
-    grouped.fill(count, 1);
+    const std::string name = kernelsByFunction().at(parts[0].function).name;
+    const Signal input = beat(name.starts_with("trans") || name.starts_with("crunch"));
+    for (KernelCalls* calls : {&single, &grouped}) {
+        calls->setCount(count);
+        for (std::size_t channel = 0; channel < channels; ++channel) {
+            calls->setInput(channel, input);
+        }
+    }
     std::vector<double> singleTimes;
     std::vector<double> groupTimes;
     constexpr int kTurns = 8;

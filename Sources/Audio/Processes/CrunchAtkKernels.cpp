@@ -26,24 +26,20 @@ void follow(const CKernelCall& call)
     double* out = call.samples(0);
     CrunchAtkState& state = *call.state<CrunchAtkState>(1);
     const double* in = call.samples(2);
-    CrunchStages stages = state.stages;
+    CrunchAttack<kIsFixed> attack(state);
     for (std::size_t i = 0; i < call.count; ++i) {
         const double x = in[i];
-        const double larger = std::max(stages.e4, x);
-        // Two gains of 0 are equal.
-        const double ratio = larger != 0.0 ? std::min(stages.e4, x) / larger : 1.0;
-        const std::size_t entry =
-            kIsFixed ? CrunchTables::kEntries - 1 : CrunchTables::entry(ratio * CrunchTables::kSteps + 0.5);
-        stages.follow(x, state.tables, entry);
+        const double ratio = attack.ratio(x);
+        const double gain = attack.follow(x, ratio);
         if constexpr (kOutput == EOutput::kGain) {
-            out[i] = stages.e4;
+            out[i] = gain;
         } else if constexpr (kOutput == EOutput::kReciprocal) {
-            out[i] = 1.0 / stages.e4;
+            out[i] = 1.0 / gain;
         } else {
             out[i] = ratio;
         }
     }
-    state.stages = stages;
+    attack.store(state);
 }
 
 template <EOutput kOutput>
@@ -53,18 +49,6 @@ void followByType(const CKernelCall& call)
         follow<true, kOutput>(call);
     } else {
         follow<false, kOutput>(call);
-    }
-}
-
-void run(const CKernelCall& call)
-{
-    const CrunchAtkState& state = *call.state<CrunchAtkState>(1);
-    if (state.isInverse) {
-        followByType<EOutput::kRatio>(call);
-    } else if (state.isShaped) {
-        followByType<EOutput::kReciprocal>(call);
-    } else {
-        followByType<EOutput::kGain>(call);
     }
 }
 
@@ -109,8 +93,24 @@ void clear(const CKernelCall& call)
     call.state<CrunchAtkState>(0)->stages.set(kRestGain);
 }
 
+} // namespace
+
+void runCrunchAttack(const CKernelCall& call)
+{
+    const CrunchAtkState& state = *call.state<CrunchAtkState>(1);
+    if (state.isInverse) {
+        followByType<EOutput::kRatio>(call);
+    } else if (state.isShaped) {
+        followByType<EOutput::kReciprocal>(call);
+    } else {
+        followByType<EOutput::kGain>(call);
+    }
+}
+
+namespace {
+
 constexpr CKernelDef kTable[] = {
-    {"crunchatk", run, 3, 3},
+    {"crunchatk", runCrunchAttack, 3, 3},
     {"crunchatki", init, 1, 1},
     {"crunchatku", update, 2, 1},
     {"crunchatkc", clear, 1, 1},

@@ -3,6 +3,7 @@
 
 #include "CKernelCall.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -37,13 +38,6 @@ struct CrunchStages
     double e1, e2, e3, e4;
 
     void set(double value) { e1 = e2 = e3 = e4 = value; }
-    void follow(double target, const CrunchTables& tables, std::size_t entry)
-    {
-        e1 += (target - e1) * tables.first[entry];
-        e2 += (e1 - e2) * tables.middle[entry];
-        e3 += (e2 - e3) * tables.middle[entry];
-        e4 += (e3 - e4) * tables.last[entry];
-    }
 };
 
 // State of one release stage, in a pool buffer. The module writes the parameters and runs `crunchrlsi`, or
@@ -80,6 +74,78 @@ struct CrunchAtkState
     CrunchTables tables;
     CrunchStages stages;
 };
+
+// Stages at work, with signal and coefficients in registers from the first sample of a call to its last.
+class CrunchFollower
+{
+public:
+    CrunchFollower(const CrunchStages& stages, const CrunchTables& tables, std::size_t entry)
+        : tables_(tables), stages_(stages)
+    {
+        take(entry);
+    }
+    const CrunchStages& stages() const { return stages_; }
+    double last() const { return stages_.e4; }
+    void set(double value) { stages_.set(value); }
+    // The coefficients stay while the entry does. The processor bets on that, so that no sample waits for the
+    // quotient and the look-up that only find the same entry again.
+    void follow(double target, std::size_t entry)
+    {
+        if (entry != entry_) [[unlikely]] {
+            take(entry);
+        }
+        stages_.e1 += (target - stages_.e1) * first_;
+        stages_.e2 += (stages_.e1 - stages_.e2) * middle_;
+        stages_.e3 += (stages_.e2 - stages_.e3) * middle_;
+        stages_.e4 += (stages_.e3 - stages_.e4) * last_;
+    }
+
+private:
+    void take(std::size_t entry)
+    {
+        entry_ = entry;
+        first_ = tables_.first[entry];
+        middle_ = tables_.middle[entry];
+        last_ = tables_.last[entry];
+    }
+
+    const CrunchTables& tables_;
+    CrunchStages stages_;
+    std::size_t entry_ = 0;
+    double first_ = 0.0;
+    double middle_ = 0.0;
+    double last_ = 0.0;
+};
+
+template <bool kIsFixed>
+class CrunchAttack
+{
+public:
+    explicit CrunchAttack(const CrunchAtkState& state)
+        : follower_(state.stages, state.tables, CrunchTables::kEntries - 1)
+    {}
+
+    // How near the gain is to its target, as the smaller over the larger. Two gains of 0 are equal.
+    double ratio(double target) const
+    {
+        const double larger = std::max(follower_.last(), target);
+        return larger != 0.0 ? std::min(follower_.last(), target) / larger : 1.0;
+    }
+    double follow(double target, double ratio)
+    {
+        const std::size_t entry =
+            kIsFixed ? CrunchTables::kEntries - 1 : CrunchTables::entry(ratio * CrunchTables::kSteps + 0.5);
+        follower_.follow(target, entry);
+        return follower_.last();
+    }
+    void store(CrunchAtkState& state) const { state.stages = follower_.stages(); }
+
+private:
+    CrunchFollower follower_;
+};
+
+// The kernel `crunchatk`, which a release may be joined with.
+void runCrunchAttack(const CKernelCall& call);
 
 // `crunchrls` (out, state, level), `crunchrlsi` (state), `crunchrlsu` (state, running state, which may be the
 // same buffer), `crunchrlsc` (state). The scalar of the second and the third is the sample rate.

@@ -1,9 +1,12 @@
 // Kernels of the compressor's release: a level becomes a gain.
 #include "CrunchKernels.h"
 #include "OnePoleGain.h"
+#include "Unrolled.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 namespace qel {
 
@@ -33,57 +36,137 @@ inline double inverseTargetGain(double v, double inverseNorm)
     return v * inverseNorm / math::log(1.0 + v);
 }
 
+// Targets are calculated some samples ahead, where none waits for another.
+constexpr std::size_t kTile = 64;
+
 // A louder level is answered at once (the attack stage gives that its time); a softer one through the
 // followers, the faster the nearer the gain has come to its target.
-void runGain(const CKernelCall& call)
+template <bool kIsInverse>
+class Release
 {
-    double* out = call.samples(0);
-    CrunchRlsState& state = *call.state<CrunchRlsState>(1);
-    const double* in = call.samples(2);
-    const double drive = state.drive;
-    const double norm = state.norm;
-    CrunchStages stages = state.stages;
-    for (std::size_t i = 0; i < call.count; ++i) {
-        const double target = targetGain(drivenLevel(in[i], drive), norm);
+public:
+    explicit Release(const CrunchRlsState& state)
+        : drive_(state.drive), norm_(kIsInverse ? state.inverseNorm : state.norm),
+          follower_(state.stages, state.tables, 0)
+    {}
+    void findTargets(const double* levels, std::size_t count, double* targets) const
+    {
+        for (std::size_t i = 0; i < count; ++i) {
+            const double v = drivenLevel(levels[i], drive_);
+            targets[i] = kIsInverse ? inverseTargetGain(v, norm_) : targetGain(v, norm_);
+        }
+    }
+    double next(double target)
+    {
+        const double gain = follower_.last();
         // Asked this way round, a NaN gain is replaced by the next target.
-        if (!(stages.e4 < target)) {
-            stages.set(target);
+        if (!(kIsInverse ? gain > target : gain < target)) {
+            follower_.set(target);
         } else {
-            const double position = CrunchTables::kSteps * stages.e4 / target + 0.5;
-            stages.follow(target, state.tables, CrunchTables::entry(position));
+            const double lower = kIsInverse ? target : gain;
+            const double higher = kIsInverse ? gain : target;
+            const double position = CrunchTables::kSteps * lower / higher + 0.5;
+            follower_.follow(target, CrunchTables::entry(position));
         }
-        out[i] = stages.e4;
+        return follower_.last();
     }
-    state.stages = stages;
-}
+    void store(CrunchRlsState& state) const { state.stages = follower_.stages(); }
 
-void runInverse(const CKernelCall& call)
+private:
+    const double drive_;
+    const double norm_;
+    CrunchFollower follower_;
+};
+
+template <bool kIsInverse>
+void release(const CKernelCall& call)
 {
     double* out = call.samples(0);
     CrunchRlsState& state = *call.state<CrunchRlsState>(1);
     const double* in = call.samples(2);
-    const double drive = state.drive;
-    const double inverseNorm = state.inverseNorm;
-    CrunchStages stages = state.stages;
-    for (std::size_t i = 0; i < call.count; ++i) {
-        const double target = inverseTargetGain(drivenLevel(in[i], drive), inverseNorm);
-        if (!(stages.e4 > target)) {
-            stages.set(target);
-        } else {
-            const double position = CrunchTables::kSteps * target / stages.e4 + 0.5;
-            stages.follow(target, state.tables, CrunchTables::entry(position));
+    Release<kIsInverse> stage(state);
+    for (std::size_t begin = 0; begin < call.count; begin += kTile) {
+        const std::size_t count = std::min<std::size_t>(kTile, call.count - begin);
+        double targets[kTile];
+        stage.findTargets(in + begin, count, targets);
+        for (std::size_t i = 0; i < count; ++i) {
+            out[begin + i] = stage.next(targets[i]);
         }
-        out[i] = stages.e4;
     }
-    state.stages = stages;
+    stage.store(state);
 }
 
 void run(const CKernelCall& call)
 {
     if (call.state<CrunchRlsState>(1)->isInverse) {
-        runInverse(call);
+        release<true>(call);
     } else {
-        runGain(call);
+        release<false>(call);
+    }
+}
+
+// A release and its attack. Each sample waits for the one before; a second channel has that time for itself.
+template <std::size_t kChannels, bool kIsFixed>
+void releaseAndAttack(const CKernelCall* calls)
+{
+    const auto releaseState = [&](std::size_t channel) -> CrunchRlsState& {
+        return *calls[2 * channel].state<CrunchRlsState>(1);
+    };
+    const auto attackState = [&](std::size_t channel) -> CrunchAtkState& {
+        return *calls[2 * channel + 1].state<CrunchAtkState>(1);
+    };
+    [&]<std::size_t... kChannel>(std::index_sequence<kChannel...>)
+    {
+        Release<false> releases[] = {Release<false>(releaseState(kChannel))...};
+        CrunchAttack<kIsFixed> attacks[] = {CrunchAttack<kIsFixed>(attackState(kChannel))...};
+        const double* const in[] = {calls[2 * kChannel].samples(2)...};
+        double* const out[] = {calls[2 * kChannel + 1].samples(0)...};
+        const std::size_t length = calls->count;
+        for (std::size_t begin = 0; begin < length; begin += kTile) {
+            const std::size_t count = std::min(kTile, length - begin);
+            double targets[kChannels][kTile];
+            (releases[kChannel].findTargets(in[kChannel] + begin, count, targets[kChannel]), ...);
+            for (std::size_t i = 0; i < count; ++i) {
+                unrolled<kChannels>([&](auto channel) {
+                    const double gain = releases[channel].next(targets[channel][i]);
+                    auto& attack = attacks[channel];
+                    out[channel][begin + i] = attack.follow(gain, kIsFixed ? 1.0 : attack.ratio(gain));
+                });
+            }
+        }
+        (releases[kChannel].store(releaseState(kChannel)), ...);
+        (attacks[kChannel].store(attackState(kChannel)), ...);
+    }
+    (std::make_index_sequence<kChannels>{});
+}
+
+// The forms that no chain uses: what passes between them has no memory of its own.
+void runInTurn(CKernelCall releaseCall, CKernelCall attackCall)
+{
+    releaseCall.data[0] = attackCall.data[0];
+    attackCall.data[2] = attackCall.data[0];
+    run(releaseCall);
+    runCrunchAttack(attackCall);
+}
+
+template <std::size_t kChannels>
+void runWithAttack(const CKernelCall* calls)
+{
+    const auto type = calls[1].state<CrunchAtkState>(1)->type;
+    bool isAlike = true;
+    for (std::size_t channel = 0; channel < kChannels; ++channel) {
+        const auto& attack = *calls[2 * channel + 1].state<CrunchAtkState>(1);
+        isAlike = isAlike && !calls[2 * channel].state<CrunchRlsState>(1)->isInverse && !attack.isInverse &&
+                  !attack.isShaped && attack.type == type;
+    }
+    if (!isAlike) {
+        for (std::size_t channel = 0; channel < kChannels; ++channel) {
+            runInTurn(calls[2 * channel], calls[2 * channel + 1]);
+        }
+    } else if (type == CrunchAtkState::EType::kFixed) {
+        releaseAndAttack<kChannels, true>(calls);
+    } else {
+        releaseAndAttack<kChannels, false>(calls);
     }
 }
 
@@ -166,8 +249,11 @@ void clear(const CKernelCall& call)
     state.stages.set(state.restValue());
 }
 
+constexpr CKernelPart kParts[] = {{run, CKernelPart::kInput}, {runCrunchAttack, 0}};
+constexpr CKernelJoin kJoins[] = {{kParts, runWithAttack<1>, runWithAttack<2>}};
+
 constexpr CKernelDef kTable[] = {
-    {"crunchrls", run, 3, 3},
+    {"crunchrls", run, 3, 3, nullptr, kJoins},
     {"crunchrlsi", init, 1, 1},
     {"crunchrlsu", update, 2, 1},
     {"crunchrlsc", clear, 1, 1},

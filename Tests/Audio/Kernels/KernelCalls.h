@@ -99,7 +99,19 @@ public:
         }
     }
 
+    // Gives all calls their counts for `count` samples at the lowest rate, and the inputs seeded noise.
     void fill(std::size_t count, unsigned seed)
+    {
+        setCount(count);
+        for (std::size_t channel = 0; channel < channels_; ++channel) {
+            setInput(channel, noiseSignal(2 * kLongest, seed + static_cast<unsigned>(channel)));
+        }
+    }
+    void setInput(std::size_t channel, const Signal& signal)
+    {
+        std::copy(signal.begin(), signal.end(), inputs_[channel]);
+    }
+    void setCount(std::size_t count)
     {
         std::size_t rate = 1;
         for (const CKernelPart& part : parts_) {
@@ -114,10 +126,6 @@ public:
             rate = name == "interp2" ? 2 * rate : rate;
         }
         written_ = count * rate;
-        for (std::size_t channel = 0; channel < channels_; ++channel) {
-            const Signal noise = noiseSignal(2 * kLongest, seed + static_cast<unsigned>(channel));
-            std::copy(noise.begin(), noise.end(), inputs_[channel]);
-        }
     }
     void runSingles() const
     {
@@ -194,6 +202,18 @@ private:
             state->timeSec = 0.01;
             state->decaySec = 0.03;
             runKernel("transi", kRateHz, {state});
+        } else if (name == "crunchrls") {
+            auto* state = record<CrunchRlsState>(call);
+            state->releaseSec = isOther ? 0.02 : 0.05;
+            state->drive = 8.0;
+            state->isInverse = kind_ == EChannels::kDifferentModes && isOther;
+            runKernel("crunchrlsi", kRateHz, {state});
+        } else if (name == "crunchatk") {
+            auto* state = record<CrunchAtkState>(call);
+            state->attackSec = isOther ? 0.01 : 0.02;
+            state->type = kind_ == EChannels::kDifferentValues ? CrunchAtkState::EType::kVariable
+                                                               : CrunchAtkState::EType::kFixed;
+            runKernel("crunchatki", kRateHz, {state});
         } else if (name.starts_with("flt")) {
             Signal coefficients = noiseSignal(16, seed);
             for (double& value : coefficients) {
