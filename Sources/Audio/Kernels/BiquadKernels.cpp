@@ -43,12 +43,89 @@ void crossOver(const CKernelCall* calls)
     highChain.store(highCalls);
 }
 
+// Four lanes in one register: both bands of both channels. Not on Windows, where GCC does not align such
+// registers on the stack.
+#if defined(__x86_64__) && !defined(_WIN32)
+
+using SampleQuad [[gnu::vector_size(32)]] = double;
+
+[[gnu::target("avx2")]] void crossOverWide(const CKernelCall* calls)
+{
+    constexpr std::size_t kSections = 2;
+    const CKernelCall* const lanes[] = {calls, calls + 4, calls + 2, calls + 6}; // low, low, high, high
+    SampleQuad a1[kSections], a2[kSections], w1[kSections], w2[kSections], gain[kSections];
+    for (std::size_t section = 0; section < kSections; ++section) {
+        const BiquadState* states[4];
+        for (std::size_t lane = 0; lane < 4; ++lane) {
+            states[lane] = lanes[lane][section].state<BiquadState>(kSectionState);
+        }
+        const auto& [s0, s1, s2, s3] = states;
+        a1[section] = SampleQuad{s0->a1, s1->a1, s2->a1, s3->a1};
+        a2[section] = SampleQuad{s0->a2, s1->a2, s2->a2, s3->a2};
+        w1[section] = SampleQuad{s0->w1, s1->w1, s2->w1, s3->w1};
+        w2[section] = SampleQuad{s0->w2, s1->w2, s2->w2, s3->w2};
+        gain[section] = SampleQuad{lanes[0][section].scalar, lanes[1][section].scalar,
+                                   lanes[2][section].scalar, lanes[3][section].scalar};
+    }
+    const SampleQuad middle{2.0, 2.0, -2.0, -2.0}; // of the numerators
+    const double* const in0 = lanes[0][0].samples(kSectionInput);
+    const double* const in1 = lanes[1][0].samples(kSectionInput);
+    double* const low0 = lanes[0][1].samples(kSectionOutput);
+    double* const low1 = lanes[1][1].samples(kSectionOutput);
+    double* const high0 = lanes[2][1].samples(kSectionOutput);
+    double* const high1 = lanes[3][1].samples(kSectionOutput);
+    const std::size_t count = calls->count;
+    for (std::size_t i = 0; i < count; ++i) {
+        SampleQuad x{in0[i], in1[i], in0[i], in1[i]};
+#pragma GCC unroll 2
+        for (std::size_t section = 0; section < kSections; ++section) {
+            const SampleQuad w = w1[section] * a1[section] + x + a2[section] * w2[section];
+            x = (w + middle * w1[section] + w2[section]) * gain[section];
+            w2[section] = w1[section];
+            w1[section] = w;
+        }
+        low0[i] = x[0];
+        low1[i] = x[1];
+        high0[i] = x[2];
+        high1[i] = x[3];
+    }
+    for (std::size_t section = 0; section < kSections; ++section) {
+        for (std::size_t lane = 0; lane < 4; ++lane) {
+            BiquadState& state = *lanes[lane][section].state<BiquadState>(kSectionState);
+            state.w1 = w1[section][lane];
+            state.w2 = w2[section][lane];
+        }
+    }
+}
+
+CKernelGroupFunction chooseCrossover(bool isWideAllowed)
+{
+    __builtin_cpu_init();
+    return isWideAllowed && __builtin_cpu_supports("avx2") ? crossOverWide : crossOver<SamplePair>;
+}
+
+#else
+
+CKernelGroupFunction chooseCrossover(bool)
+{
+    return crossOver<SamplePair>;
+}
+
+#endif
+
+CKernelGroupFunction chosenCrossover = chooseCrossover(true);
+
+void crossOverPair(const CKernelCall* calls)
+{
+    chosenCrossover(calls);
+}
+
 constexpr CKernelPart kCrossover[] = {{runSection<LowPass>, CKernelPart::kInput},
                                       {runSection<LowPass>, 0},
                                       {runSection<HighPass>, CKernelPart::kInput},
                                       {runSection<HighPass>, 2}};
 constexpr CKernelJoin kLowPassJoins[] = {
-    {kCrossover, crossOver<double>, crossOver<SamplePair>},
+    {kCrossover, crossOver<double>, crossOverPair},
     ChainOf<LowPass, LowPass>::kJoin,
 };
 constexpr CKernelJoin kHighPassJoins[] = {
@@ -79,6 +156,11 @@ constexpr CKernelDef kTable[] = {
 };
 
 } // namespace
+
+void allowWideLanes(bool isAllowed)
+{
+    chosenCrossover = chooseCrossover(isAllowed);
+}
 
 std::span<const CKernelDef> biquadKernels()
 {

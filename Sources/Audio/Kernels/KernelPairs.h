@@ -50,4 +50,9 @@ struct CKernelJoin
     CKernelGroupFunction pair; // twice as many
 };
 
+// --- for tests, while no kernel runs
+// Whether kernels may use registers of four samples where the processor has them; they do from the start. The
+// bits are the same.
+void allowWideLanes(bool isAllowed);
+
 } // namespace qel

@@ -33,7 +33,16 @@ void compare(const std::string& name, std::span<const CKernelPart> parts, std::s
     }
 }
 
-TEST(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
+class KernelPairs : public ::testing::TestWithParam<bool>
+{
+protected:
+    KernelPairs() { allowWideLanes(GetParam()); }
+    ~KernelPairs() override { allowWideLanes(true); }
+};
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutWideLanes, KernelPairs, ::testing::Bool());
+
+TEST_P(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
 {
     int compared = 0;
     for (const auto& [function, kernel] : test::kernelsByFunction()) {
@@ -52,7 +61,7 @@ TEST(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
 }
 
 // Between the rates, half of a half-band filter rests: unless something is left in it.
-TEST(KernelPairs, FallBackWhereAHalfBandFilterHasAlreadyRunAlone)
+TEST(HalfBandJoins, FallBackWhereTheFilterHasAlreadyRunAlone)
 {
     const CKernelFunction filter = test::functionOf("flthbf8g");
     for (const bool isUp : {true, false}) {
