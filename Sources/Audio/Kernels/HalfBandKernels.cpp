@@ -110,7 +110,8 @@ struct HalfBand
         Pair c[kSections];
         Memory memory;
         loadState(state, c, memory);
-        auto& [newer, older] = memory;
+        auto& newer = memory.newer;
+        auto& older = memory.older;
         double previousB = state.previousB;
 
         std::size_t i = 0;
