@@ -26,6 +26,21 @@ void CAudioParamRegistry::buildClassInfo(CClassInfo& info)
     info.bind<&Self::undoPath_>("param-undo", "");
 }
 
+template <class Action>
+CError CAudioParamRegistry::change(Action&& action)
+{
+    collector_->takeChangesFromAudio(); // or a step would hold values of before
+    CAudioParamContext context(CAudioParamOrigin::kActivation);
+    {
+        const CAudioParamContext::Scope scope(context);
+        const CLock lock(bankLock_);
+        const auto undoLock = lockUndo();
+        QEL_TRY(action(context), getFullName());
+    }
+    updateBridges();
+    return {};
+}
+
 CAudioParamRegistry::CAudioParamRegistry() = default;
 
 CAudioParamRegistry::~CAudioParamRegistry() = default;
@@ -316,19 +331,13 @@ CString CAudioParamRegistry::stepNameFor(std::int32_t group) const
 CError CAudioParamRegistry::activate(const CAudioPreset& preset, bool fromHost, std::int32_t group,
                                      const CString& stepName)
 {
-    collector_->takeChangesFromAudio(); // or a step would hold values of before
     CAudioParamUndoStep step(stepName, this);
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    {
-        const CAudioParamContext::Scope scope(context);
-        const CLock lock(bankLock_);
-        const auto undoLock = lockUndo();
+    return change([&](CAudioParamContext& context) -> CError {
         context.recorder = undo_ && !fromHost ? &step : nullptr;
         QEL_TRY(applyWithName(preset, context, fromHost, group), getFullName());
         addStep(step);
-    }
-    updateBridges();
-    return {};
+        return {};
+    });
 }
 
 CError CAudioParamRegistry::activateBank(CInputStream& stream, bool fromHost)
@@ -344,15 +353,7 @@ CError CAudioParamRegistry::activateBank(CInputStream& stream, bool fromHost)
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamRegistry_activateBank_IncompatibleBank Incompatible bank.");
     }
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    {
-        const CAudioParamContext::Scope scope(context);
-        const CLock lock(bankLock_);
-        const auto undoLock = lockUndo();
-        QEL_TRY(takeSessionBank(bank, context, fromHost), getFullName());
-    }
-    updateBridges();
-    return {};
+    return change([&](CAudioParamContext& context) { return takeSessionBank(bank, context, fromHost); });
 }
 
 // --- programs
@@ -516,12 +517,7 @@ CError CAudioParamRegistry::removeProgram(std::int32_t index)
     if (!isMaster_) {
         return {};
     }
-    collector_->takeChangesFromAudio();
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    {
-        const CAudioParamContext::Scope scope(context);
-        const CLock lock(bankLock_);
-        const auto undoLock = lockUndo();
+    return change([&](CAudioParamContext& context) -> CError {
         QEL_TRY(checkIndex(programs_.getBank(), index), getFullName());
         if (programs_.getCount() == 1) {
             QEL_FAIL(getFullName(),
@@ -532,9 +528,8 @@ CError CAudioParamRegistry::removeProgram(std::int32_t index)
                     getFullName());
         }
         programs_.remove(index);
-    }
-    updateBridges();
-    return {};
+        return {};
+    });
 }
 
 CError CAudioParamRegistry::replaceProgram(std::int32_t index, CInputStream& stream)
@@ -574,13 +569,8 @@ CError CAudioParamRegistry::moveProgram(std::int32_t from, std::int32_t to)
 
 void CAudioParamRegistry::masterReset()
 {
-    collector_->takeChangesFromAudio();
     CAudioParamUndoStep step("Master reset", this);
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    {
-        const CAudioParamContext::Scope scope(context);
-        const CLock lock(bankLock_);
-        const auto undoLock = lockUndo();
+    traceError(change([&](CAudioParamContext& context) -> CError {
         const CLock mapLock(params_.getLock());
         CAudioParamRegistryBatch batch(*collector_, context);
         refreshInitialValues();
@@ -591,8 +581,8 @@ void CAudioParamRegistry::masterReset()
         }
         batch.submit();
         addStep(step);
-    }
-    updateBridges();
+        return {};
+    }));
 }
 
 // --- A and B
@@ -616,21 +606,15 @@ CError CAudioParamRegistry::abSwap()
     if (!isMaster_) {
         return {};
     }
-    collector_->takeChangesFromAudio();
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    {
-        const CAudioParamContext::Scope scope(context);
-        const CLock lock(bankLock_);
-        const auto undoLock = lockUndo();
+    return change([&](CAudioParamContext& context) -> CError {
         CAudioPreset present;
         QEL_TRY(snapshot(present, true, false, kAllGroups), getFullName());
         if (const CAudioPreset* other = programs_.getOther()) {
             QEL_TRY(applyPreset(*other, false, context), getFullName());
         }
         programs_.swapWithOther(std::move(present));
-    }
-    updateBridges();
-    return {};
+        return {};
+    });
 }
 
 bool CAudioParamRegistry::isB()

@@ -128,18 +128,6 @@ public:
     void onParamChange(const CAudioParamNotice& notice) override;
 
 private:
-    // Hears of the parameters that select a preset of an enumerated registry.
-    class CSelectorListener : public CAudioParamListener
-    {
-    public:
-        explicit CSelectorListener(CAudioParamRegistry& owner) : owner_(owner) {}
-        ~CSelectorListener() override { endLink(); }
-        void onParamChange(const CAudioParamNotice& notice) override { owner_.onSelectorChange(notice); }
-
-    private:
-        CAudioParamRegistry& owner_;
-    };
-
     // Init.
     CError findObjects();
     void initBanks();
@@ -152,6 +140,11 @@ private:
     CError activate(const CAudioPreset& preset, bool fromHost, std::int32_t group, const CString& stepName);
     CString stepNameFor(std::int32_t group) const;
     void refreshInitialValues();
+
+    // Runs `action(context)` as one batch with the locks of the bank and of the undo store, and then tells
+    // the bridges. If it fails nobody is told.
+    template <class Action>
+    CError change(Action&& action);
 
     // Programs. With the bank's lock.
     CError checkIndex(const CAudioPresetBank& bank, std::int32_t index) const;
@@ -181,7 +174,8 @@ private:
     bool isEnumerated_ = false;
     CAudioParamCollector* collector_ = nullptr;
     CAudioParamUndo* undo_ = nullptr;
-    CSelectorListener selectorListener_{*this};
+    // Hears of the parameters that select a preset of an enumerated registry.
+    COwnedParamListener<CAudioParamRegistry> selectorListener_{*this, &CAudioParamRegistry::onSelectorChange};
     CAudioPresetNameParam nameParam_;
     CAudioParamSubtree params_;
 

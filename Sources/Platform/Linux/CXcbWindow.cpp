@@ -1,4 +1,4 @@
-// Making a window, and what it is told to do.
+// One X11 window of ours.
 #include "CXcbWindow.h"
 
 #include "XcbHost.h"
@@ -26,10 +26,18 @@ std::uint32_t toWord(int value)
     return static_cast<std::uint32_t>(value);
 }
 
+template <typename Event>
+const Event& as(const xcb_generic_event_t& event)
+{
+    return reinterpret_cast<const Event&>(event);
+}
+
 } // namespace
 
 CXcbWindow::CXcbWindow(std::shared_ptr<CXcbSession> session, CSystemWindowListener& listener)
-    : session_(std::move(session)), listener_(listener), focus_(session_->connection())
+    : session_(std::move(session)), listener_(listener),
+      hints_(session_->connection(), session_->applicationName()), focus_(session_->connection()),
+      pointer_(*session_, listener)
 {}
 
 CXcbWindow::~CXcbWindow()
@@ -63,7 +71,9 @@ int CXcbWindow::create(const WindowDescription& description)
     }
     session_->add(*this);
     focus_.attach(id_, kEventMask);
-    setHints(description);
+    WindowDescription placed = description;
+    placed.place = {description.place.x, description.place.y, width_, height_};
+    hints_.set(id_, placed, topLevel_);
     if (topLevel_ && !session_->find(topLevel_)) {
         session_->watchHost(topLevel_);
     }
@@ -121,79 +131,6 @@ int CXcbWindow::createNative(const WindowDescription& description, xcb_window_t 
     return 0;
 }
 
-void CXcbWindow::setHints(const WindowDescription& description)
-{
-    const XcbAtoms& atoms = session_->connection().atoms();
-    if (!isTopLevel()) {
-        constexpr std::uint32_t kVersion = 0;
-        constexpr std::uint32_t kMapped = 1;
-        setWords(atoms.xembedInfo, atoms.xembedInfo, {kVersion, kMapped});
-        return;
-    }
-    setTitle(description.title);
-    const std::string& name = session_->applicationName();
-    setText(XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, name + '\0' + name + '\0');
-    if (topLevel_) {
-        setWords(XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW, {topLevel_});
-    }
-    if (kind_ == WindowKind::kDialog) {
-        setWindowManagerHints(description);
-    } else if (description.isHelper) {
-        setWords(atoms.netWmWindowType, XCB_ATOM_ATOM, {atoms.netWmWindowTypeTooltip});
-    } else {
-        setWords(atoms.netWmWindowType, XCB_ATOM_ATOM,
-                 {atoms.netWmWindowTypeDropdownMenu, atoms.netWmWindowTypePopupMenu});
-    }
-}
-
-void CXcbWindow::setWindowManagerHints(const WindowDescription& description)
-{
-    const XcbAtoms& atoms = session_->connection().atoms();
-    setWords(atoms.netWmWindowType, XCB_ATOM_ATOM, {atoms.netWmWindowTypeDialog});
-    setWords(atoms.wmProtocols, XCB_ATOM_ATOM, {atoms.wmDeleteWindow, atoms.wmTakeFocus});
-    std::vector<std::uint32_t> states;
-    if (topLevel_ == 0) {
-        states.push_back(atoms.netWmStateAbove);
-    }
-    if (!description.isOnTaskbar) {
-        states.insert(states.end(), {atoms.netWmStateSkipTaskbar, atoms.netWmStateSkipPager});
-    }
-    setWords(atoms.netWmState, XCB_ATOM_ATOM, states);
-    constexpr std::uint32_t kHasDecorations = 2;
-    setWords(atoms.motifWmHints, atoms.motifWmHints, {kHasDecorations, 0, 0, 0, 0});
-    // The window asks for the focus itself, while a text is edited; until then the host keeps the keyboard.
-    constexpr std::uint32_t kHasInput = 1;
-    setWords(XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS, {kHasInput, 0, 0, 0, 0, 0, 0, 0, 0});
-    setSizeHints();
-}
-
-// Our place is meant, and the user cannot change the size.
-void CXcbWindow::setSizeHints()
-{
-    constexpr std::uint32_t kUserPosition = 1;
-    constexpr std::uint32_t kProgramPosition = 4;
-    constexpr std::uint32_t kProgramSize = 8;
-    constexpr std::uint32_t kLeastSize = 16;
-    constexpr std::uint32_t kGreatestSize = 32;
-    std::vector<std::uint32_t> hints(18, 0);
-    hints[0] = kUserPosition | kProgramPosition | kProgramSize | kLeastSize | kGreatestSize;
-    hints[5] = hints[7] = toWord(width_);
-    hints[6] = hints[8] = toWord(height_);
-    setWords(XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, hints);
-}
-
-void CXcbWindow::setText(xcb_atom_t property, xcb_atom_t type, const std::string& text)
-{
-    xcb_change_property(out(), XCB_PROP_MODE_REPLACE, id_, property, type, 8,
-                        static_cast<std::uint32_t>(text.size()), text.data());
-}
-
-void CXcbWindow::setWords(xcb_atom_t property, xcb_atom_t type, const std::vector<std::uint32_t>& values)
-{
-    xcb_change_property(out(), XCB_PROP_MODE_REPLACE, id_, property, type, 32,
-                        static_cast<std::uint32_t>(values.size()), values.data());
-}
-
 void CXcbWindow::show()
 {
     if (isUsable()) {
@@ -210,7 +147,7 @@ void CXcbWindow::hide()
         focus_.giveBack(session_->lastEventTime());
         xcb_unmap_window(out(), id_);
         isShown_ = false;
-        isPointerInside_ = false;
+        pointer_.leaveSilently();
     }
 }
 
@@ -228,9 +165,7 @@ void CXcbWindow::setTitle(const std::string& title)
 {
     if (isUsable()) {
         const CBrokenPipeGuard guard;
-        const XcbAtoms& atoms = session_->connection().atoms();
-        setText(atoms.netWmName, atoms.utf8String, title);
-        setText(XCB_ATOM_WM_NAME, atoms.utf8String, title);
+        hints_.setTitle(title);
     }
 }
 
@@ -254,7 +189,7 @@ void CXcbWindow::setPlace(const PixelRect& place)
     width_ = std::clamp(place.width, 1, kMaxSide);
     height_ = std::clamp(place.height, 1, kMaxSide);
     if (isResized && kind_ == WindowKind::kDialog) {
-        setSizeHints();
+        hints_.setSize(width_, height_);
     }
     const std::uint32_t values[] = {toWord(place.x), toWord(place.y), toWord(width_), toWord(height_)};
     constexpr std::uint16_t kValues =
@@ -362,6 +297,210 @@ void CXcbWindow::giveFocusBack()
         const CBrokenPipeGuard guard;
         focus_.giveBack(session_->lastEventTime());
     }
+}
+
+// --- events
+
+xcb_window_t CXcbWindow::windowOf(const xcb_generic_event_t& event)
+{
+    switch (event.response_type & 0x7F) {
+    case XCB_EXPOSE:
+        return as<xcb_expose_event_t>(event).window;
+    case XCB_CONFIGURE_NOTIFY:
+        return as<xcb_configure_notify_event_t>(event).event;
+    case XCB_DESTROY_NOTIFY:
+        return as<xcb_destroy_notify_event_t>(event).event;
+    case XCB_REPARENT_NOTIFY:
+        return as<xcb_reparent_notify_event_t>(event).event;
+    case XCB_UNMAP_NOTIFY:
+    case XCB_MAP_NOTIFY:
+        return as<xcb_unmap_notify_event_t>(event).event;
+    case XCB_BUTTON_PRESS:
+    case XCB_BUTTON_RELEASE:
+    case XCB_KEY_PRESS:
+    case XCB_KEY_RELEASE:
+    case XCB_MOTION_NOTIFY:
+    case XCB_ENTER_NOTIFY:
+    case XCB_LEAVE_NOTIFY:
+        return as<xcb_button_press_event_t>(event).event;
+    case XCB_FOCUS_IN:
+    case XCB_FOCUS_OUT:
+        return as<xcb_focus_in_event_t>(event).event;
+    case XCB_CLIENT_MESSAGE:
+        return as<xcb_client_message_event_t>(event).window;
+    default:
+        return 0;
+    }
+}
+
+void CXcbWindow::handle(const xcb_generic_event_t& event)
+{
+    const int type = event.response_type & 0x7F;
+    switch (type) {
+    case XCB_EXPOSE: {
+        const auto& expose = as<xcb_expose_event_t>(event);
+        invalidate({expose.x, expose.y, expose.width, expose.height});
+        break;
+    }
+    case XCB_CONFIGURE_NOTIFY:
+        handleConfigure(as<xcb_configure_notify_event_t>(event), event.full_sequence);
+        break;
+    case XCB_DESTROY_NOTIFY:
+        lose();
+        break;
+    case XCB_REPARENT_NOTIFY:
+        askScreenPosition();
+        break;
+    case XCB_UNMAP_NOTIFY:
+        pointer_.cancel();
+        break;
+    case XCB_MAP_NOTIFY: // a dialog can have the focus only from now on
+        focus_.accept(session_->lastEventTime());
+        break;
+    case XCB_BUTTON_PRESS:
+    case XCB_BUTTON_RELEASE:
+        noteOrigin(as<xcb_motion_notify_event_t>(event));
+        pointer_.handleButton(as<xcb_button_press_event_t>(event), type == XCB_BUTTON_PRESS);
+        break;
+    case XCB_MOTION_NOTIFY:
+        noteOrigin(as<xcb_motion_notify_event_t>(event));
+        pointer_.handleMotion(as<xcb_motion_notify_event_t>(event));
+        break;
+    case XCB_ENTER_NOTIFY:
+        pointer_.handleEnter(as<xcb_enter_notify_event_t>(event));
+        break;
+    case XCB_LEAVE_NOTIFY:
+        pointer_.handleLeave();
+        break;
+    case XCB_KEY_PRESS:
+    case XCB_KEY_RELEASE:
+        handleKey(as<xcb_key_press_event_t>(event), type == XCB_KEY_PRESS);
+        break;
+    case XCB_FOCUS_IN:
+    case XCB_FOCUS_OUT:
+        if (focus_.handle(as<xcb_focus_in_event_t>(event), type == XCB_FOCUS_IN, event.full_sequence)) {
+            listener_.onFocus(focus_.isFocused());
+        }
+        break;
+    case XCB_CLIENT_MESSAGE:
+        handleMessage(as<xcb_client_message_event_t>(event));
+        break;
+    default:
+        break;
+    }
+}
+
+// The server tells a place in the parent, which for a window with a frame is not the screen; window managers
+// tell the place on the screen. Sizes from before our last request are out of date.
+void CXcbWindow::handleConfigure(const xcb_configure_notify_event_t& event, std::uint32_t sequence)
+{
+    const bool isOutdated = static_cast<std::int32_t>(sequence - placeSequence_) < 0;
+    if (isOutdated) {
+        return;
+    }
+    const std::weak_ptr<bool> life = life_;
+    if (event.width != width_ || event.height != height_) {
+        width_ = event.width;
+        height_ = event.height;
+        listener_.onResize(width_, height_);
+        if (isGone(life) || !isUsable()) {
+            return;
+        }
+    }
+    const bool isByManager = (event.response_type & 0x80) != 0;
+    if (isTopLevel() && (isByManager || kind_ == WindowKind::kPopup)) {
+        noteScreenPosition(event.x, event.y);
+    } else {
+        askScreenPosition();
+    }
+}
+
+void CXcbWindow::askScreenPosition()
+{
+    if (!isUsable()) {
+        return;
+    }
+    CXcbConnection& connection = session_->connection();
+    const auto cookie = xcb_translate_coordinates(connection.out(), id_, connection.root(), 0, 0);
+    connection.whenAnswered(cookie, [this, life = std::weak_ptr(life_)](const void* reply) {
+        if (reply && !isGone(life)) {
+            const auto& place = *static_cast<const xcb_translate_coordinates_reply_t*>(reply);
+            noteScreenPosition(place.dst_x, place.dst_y);
+        }
+    });
+}
+
+// Events of the pointer, which all begin alike, tell by the way where the window lies.
+void CXcbWindow::noteOrigin(const xcb_motion_notify_event_t& event)
+{
+    screenX_ = event.root_x - event.event_x;
+    screenY_ = event.root_y - event.event_y;
+}
+
+void CXcbWindow::noteScreenPosition(int screenX, int screenY)
+{
+    if (screenX != screenX_ || screenY != screenY_) {
+        screenX_ = screenX;
+        screenY_ = screenY;
+        listener_.onMove(screenX, screenY);
+    }
+}
+
+void CXcbWindow::handleKey(const xcb_key_press_event_t& event, bool isPress)
+{
+    if (!focus_.isTaken()) { // sent before the server learnt that we want no more
+        return;
+    }
+    if (!isPress) {
+        listener_.onKeyRelease(session_->keyboard().release(event));
+        return;
+    }
+    const std::weak_ptr<bool> life = life_;
+    for (const KeyEvent& key : session_->keyboard().press(event)) {
+        listener_.onKeyPress(key);
+        if (isGone(life)) {
+            return;
+        }
+    }
+}
+
+void CXcbWindow::handleMessage(const xcb_client_message_event_t& event)
+{
+    const XcbAtoms& atoms = session_->connection().atoms();
+    if (event.type != atoms.wmProtocols || event.format != 32) {
+        return;
+    }
+    if (event.data.data32[0] == atoms.wmTakeFocus) {
+        focus_.accept(event.data.data32[1]);
+    } else if (event.data.data32[0] == atoms.wmDeleteWindow) {
+        listener_.onCloseRequest();
+    }
+}
+
+void CXcbWindow::reportActivation(bool isActive)
+{
+    listener_.onActivation(isActive);
+}
+
+void CXcbWindow::reportHostShown(bool isShown)
+{
+    listener_.onHostShown(isShown);
+}
+
+void CXcbWindow::lose()
+{
+    if (!id_) {
+        return;
+    }
+    if (session_->isUsable()) {
+        xcb_free_gc(out(), gc_);
+    }
+    id_ = 0;
+    isShown_ = false;
+    pointer_.end();
+    damage_.clear();
+    focus_.detach();
+    listener_.onDestroyed();
 }
 
 } // namespace qel::platform

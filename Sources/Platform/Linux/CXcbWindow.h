@@ -4,6 +4,8 @@
 #include "CSystemWindow.h"
 #include "CSystemWindowListener.h"
 #include "CXcbFocus.h"
+#include "CXcbHints.h"
+#include "CXcbPointer.h"
 #include "CXcbSession.h"
 
 #include <cstdint>
@@ -58,28 +60,18 @@ private:
     xcb_connection_t* out() const { return session_->connection().out(); }
 
     [[nodiscard]] int createNative(const WindowDescription& description, xcb_window_t parent);
-    void setHints(const WindowDescription& description);
-    void setWindowManagerHints(const WindowDescription& description);
-    void setSizeHints();
-    void setText(xcb_atom_t property, xcb_atom_t type, const std::string& text);
-    void setWords(xcb_atom_t property, xcb_atom_t type, const std::vector<std::uint32_t>& values);
-
     void handleConfigure(const xcb_configure_notify_event_t& event, std::uint32_t sequence);
-    void handleButton(const xcb_button_press_event_t& event, bool isPress);
-    void handleMotion(const xcb_motion_notify_event_t& event);
-    void handleEnter(const xcb_enter_notify_event_t& event);
-    void handleLeave();
     void handleKey(const xcb_key_press_event_t& event, bool isPress);
-    void handleFocus(const xcb_focus_in_event_t& event, bool isIn);
     void handleMessage(const xcb_client_message_event_t& event);
     void noteScreenPosition(int screenX, int screenY);
-    bool dropLostButtons(std::uint16_t state);
-    void cancelButtons();
+    void noteOrigin(const xcb_motion_notify_event_t& event);
     bool isGone(const std::weak_ptr<bool>& life) const { return life.expired(); }
 
     const std::shared_ptr<CXcbSession> session_;
     CSystemWindowListener& listener_;
+    CXcbHints hints_;
     CXcbFocus focus_;
+    CXcbPointer pointer_;
     std::shared_ptr<bool> life_ = std::make_shared<bool>(true); // ends with the object; answers look at it
     WindowKind kind_ = WindowKind::kChild;
     xcb_window_t id_ = 0;
@@ -93,8 +85,6 @@ private:
     bool isPresenting_ = false;
     bool hasPresented_ = false;
     std::uint32_t placeSequence_ = 0; // the last request of ours that set the size
-    unsigned heldButtons_ = 0;        // one bit each, by X's numbers
-    bool isPointerInside_ = false;
     CursorShape cursor_ = CursorShape::kArrow;
     std::vector<PixelRect> damage_;
 };

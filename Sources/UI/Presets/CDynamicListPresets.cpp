@@ -1,7 +1,6 @@
 // Banks and presets as lists to choose from.
 #include "CDynamicListPresets.h"
 
-#include "CParamGroupSelector.h"
 #include "EventParameters.h"
 #include "NumberSyntax.h"
 #include "ViewEvents.h"
@@ -33,20 +32,17 @@ void CDynamicListPresets::buildClassInfo(CClassInfo& info)
 CError CDynamicListPresets::init()
 {
     QEL_TRY(CObject::init(), getFullName());
-    if (!selectorPath_.isEmpty()) {
-        QEL_TRY(require(selector_, selectorPath_,
-                        "@qelstr_CDynamicListPresets_init_NoGroupSelector No group selector object '%1' "
-                        "found."),
-                getFullName());
-    }
     QEL_TRY(library_.open(*this,
                           {.clientPath = clientPath_,
                            .registry = registry_,
                            .storeName = storeName_,
                            .isGlobal = isGlobalData_,
+                           .selectorPath = selectorPath_,
                            .storeEvent = kStoreUpdate,
                            .noClient = "@qelstr_CDynamicListPresets_init_NoInterfaceClient No interfacing "
-                                       "object '%1' found."},
+                                       "object '%1' found.",
+                           .noSelector = "@qelstr_CDynamicListPresets_init_NoGroupSelector No group selector "
+                                         "object '%1' found."},
                           [this] { onLibraryChanged(); }),
             getFullName());
     return {};
@@ -121,7 +117,7 @@ CError CDynamicListPresets::activate(const CString& listId, std::int32_t index)
 {
     std::int32_t bank = -1;
     QEL_TRY(findListBank(listId, bank), getFullName());
-    return library_.activate(bank, index, selector_ ? selector_->getGroup() : -1);
+    return library_.activate(bank, index);
 }
 
 CError CDynamicListPresets::onActivatePreset(const CAttrMap& parameters)

@@ -7,8 +7,6 @@
 
 namespace qel {
 
-class CParamGroupSelector;
-
 // Tag `ui:dynamic-list-presets`.
 //
 //     interface-client   path of the client of the audio/UI interface
@@ -31,7 +29,6 @@ public:
 
     CError getItems(const CString& listId, std::vector<CDynamicListItem>& out) override;
     CError activate(const CString& listId, std::int32_t index);
-    CPresetLibrary& getLibrary() { return library_; }
 
 private:
     CError onStoreUpdate(const CAttrMap& parameters);
@@ -42,7 +39,6 @@ private:
     CError findListBank(const CString& listId, std::int32_t& out) const;
 
     CPresetLibrary library_;
-    CParamGroupSelector* selector_ = nullptr;
 
     // Bound attributes.
     CString clientPath_;

@@ -1,6 +1,7 @@
 // The banks and presets that a registry's views show.
 #include "CPresetLibrary.h"
 
+#include "CParamGroupSelector.h"
 #include "PresetStores.h"
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
@@ -49,6 +50,9 @@ CByteBuffer bodyOf(const CAudioPreset& preset)
 CError CPresetLibrary::open(CObject& owner, const Settings& settings, Changed onChanged)
 {
     QEL_TRY(owner.require(client_, settings.clientPath, settings.noClient), owner.getFullName());
+    if (!settings.selectorPath.isEmpty()) {
+        QEL_TRY(owner.require(selector_, settings.selectorPath, settings.noSelector), owner.getFullName());
+    }
     owner_ = &owner;
     storeEvent_ = settings.storeEvent;
     registry_ = settings.registry;
@@ -74,6 +78,7 @@ void CPresetLibrary::close()
         client_->removeRegistryListener(*this);
         client_ = nullptr;
     }
+    selector_ = nullptr;
     onChanged_ = nullptr;
     waiting_.clear();
 }
@@ -180,13 +185,19 @@ CError CPresetLibrary::sendAndTake(const Record& request)
     return error;
 }
 
-CError CPresetLibrary::activate(std::int32_t bank, std::int32_t preset, std::int32_t group)
+std::int32_t CPresetLibrary::getGroup() const
+{
+    return selector_ ? selector_->getGroup() : -1;
+}
+
+CError CPresetLibrary::activate(std::int32_t bank, std::int32_t preset)
 {
     using Command = record::CRegistryCommand;
     if (!hasPreset(bank, preset)) {
         return {};
     }
     const Bank& found = *findBank(bank);
+    const std::int32_t group = getGroup();
     const bool isWhole = group < 0;
     if (isWhole && found.kind == Kind::kROM) {
         return sendAndTake(Command{registry_, Command::kActivateROMPreset, preset});
@@ -227,7 +238,17 @@ void CPresetLibrary::onRegistryData(const record::CRegistryData& data)
     traceError(take(data.body));
 }
 
-CError CPresetLibrary::takePresent(std::int32_t group, Taker taker)
+CError CPresetLibrary::takePresent(Taker taker)
+{
+    return acquirePresent(-1, std::move(taker));
+}
+
+CError CPresetLibrary::takePresentOfGroup(Taker taker)
+{
+    return acquirePresent(getGroup(), std::move(taker));
+}
+
+CError CPresetLibrary::acquirePresent(std::int32_t group, Taker taker)
 {
     return acquire({.registry = {}, .group = group}, [taker = std::move(taker)](const CByteBuffer& body) {
         CAudioPreset preset;

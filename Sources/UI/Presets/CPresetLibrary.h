@@ -11,6 +11,8 @@
 
 namespace qel {
 
+class CParamGroupSelector;
+
 // Part of each view of presets. Knows the factory bank and the session bank of a registry, which lie on the
 // audio side, and the user's banks, which lie in a store of application data that all instances share. What
 // is changed here is a request: the lists are others when the registry or the store says so.
@@ -42,8 +44,10 @@ public:
         CString registry;  // path on the audio side
         CString storeName; // setting of application data; none: no banks of the user
         bool isGlobal = false;
+        CString selectorPath;             // of the group that presets are for; none: for all
         const char* storeEvent = nullptr; // for the owner, when the store changes in any thread
-        const char* noClient = nullptr;   // message without a client
+        const char* noClient = nullptr;   // messages where there is no such object
+        const char* noSelector = nullptr;
     };
     using Changed = std::function<void()>;
     using Taker = std::function<CError(const CAudioPreset& preset)>;
@@ -71,13 +75,16 @@ public:
     // True for banks that the user has made.
     bool canChangeBank(std::int32_t bank) const;
     const record::CRegistryState& getState() const { return state_; }
-    CAudioInterfaceClient* getClient() const { return client_; }
 
-    // --- activation; a group of -1 stands for all
-    CError activate(std::int32_t bank, std::int32_t preset, std::int32_t group);
+    // --- activation, for the selected group or all
+
+    CError activate(std::int32_t bank, std::int32_t preset);
 
     // --- reading; `taker` is called when the audio side has answered, which may be at once
-    CError takePresent(std::int32_t group, Taker taker);
+
+    // The present settings, of all groups or of the selected one.
+    CError takePresent(Taker taker);
+    CError takePresentOfGroup(Taker taker);
     CError takePreset(std::int32_t bank, std::int32_t preset, Taker taker);
     CError takeBank(std::int32_t bank, BankTaker taker);
 
@@ -101,9 +108,12 @@ private:
     using StoredBanks = std::vector<CAudioPresetBank>;
     using DataTaker = std::function<CError(const CByteBuffer& body)>;
 
+    // -1: all.
+    std::int32_t getGroup() const;
     void tellOwner(CBridge* sender, std::uintptr_t userWord);
     void listBanks();
     CError acquire(record::CAcquireData request, DataTaker taker);
+    CError acquirePresent(std::int32_t group, Taker taker);
     // A request whose result the lists show at once.
     template <class Record>
     CError sendAndTake(const Record& request);
@@ -115,6 +125,7 @@ private:
     CObject* owner_ = nullptr;
     const char* storeEvent_ = nullptr;
     CAudioInterfaceClient* client_ = nullptr;
+    CParamGroupSelector* selector_ = nullptr;
     CString registry_;
     CString storeName_;
     Changed onChanged_;

@@ -2,7 +2,6 @@
 #include "CPresetManager.h"
 
 #include "CFirstError.h"
-#include "CParamGroupSelector.h"
 #include "CTextViewList.h"
 #include "CValueList.h"
 #include "EventParameters.h"
@@ -94,19 +93,17 @@ void CPresetManager::buildClassInfo(CClassInfo& info)
 CError CPresetManager::init()
 {
     QEL_TRY(CWinDrag::init(), getFullName());
-    if (!selectorPath_.isEmpty()) {
-        QEL_TRY(require(selector_, selectorPath_,
-                        "@qelstr_CPresetManager_init_NoGroupSelector No group selector object '%1' found."),
-                getFullName());
-    }
     QEL_TRY(library_.open(*this,
                           {.clientPath = clientPath_,
                            .registry = registry_,
                            .storeName = storeName_,
                            .isGlobal = isGlobalData_,
+                           .selectorPath = selectorPath_,
                            .storeEvent = kStoreUpdate,
                            .noClient = "@qelstr_CPresetManager_init_NoInterfaceClient No interfacing object "
-                                       "'%1' found."},
+                                       "'%1' found.",
+                           .noSelector = "@qelstr_CPresetManager_init_NoGroupSelector No group selector "
+                                         "object '%1' found."},
                           [this] { traceError(showLists()); }),
             getFullName());
     return {};
@@ -165,29 +162,10 @@ void CPresetManager::release()
 
 // --- what is shown
 
-std::int32_t CPresetManager::group() const
-{
-    return selector_ ? selector_->getGroup() : -1;
-}
-
 CError CPresetManager::onUpdate(const CAttrMap&)
 {
     library_.onStoreChanged();
     return {};
-}
-
-// By its name, since other instances change the same lists; at its place if it has another name now, and
-// otherwise what has taken its place.
-std::int32_t CPresetManager::locate(const std::vector<CString>& names, std::int32_t index,
-                                    const CString& name)
-{
-    const auto count = static_cast<std::int32_t>(names.size());
-    if (index < 0 || (index < count && names[static_cast<std::size_t>(index)] == name)) {
-        return index;
-    }
-    const auto found = std::find(names.begin(), names.end(), name);
-    return found == names.end() ? std::min(index, count - 1)
-                                : static_cast<std::int32_t>(found - names.begin());
 }
 
 CError CPresetManager::showLists()
@@ -195,35 +173,36 @@ CError CPresetManager::showLists()
     if (!presetList_) {
         return {};
     }
-    bank_ = locate(library_.listNames(), bank_, bankName_);
-    preset_ = locate(library_.findBank(bank_)->presets, preset_, presetName_);
-    const std::vector<CString>& presets = library_.findBank(bank_)->presets;
-    if (added_ && library_.hasPreset(bank_, added_->preset) &&
+    selected_.locateIn(library_);
+    const std::vector<CString>& presets = library_.findBank(selected_.bank)->presets;
+    if (added_ && library_.hasPreset(selected_.bank, added_->preset) &&
         presets[static_cast<std::size_t>(added_->preset)] == added_->presetName) {
-        preset_ = std::exchange(added_, std::nullopt)->preset;
+        selected_.preset = std::exchange(added_, std::nullopt)->preset;
     }
-    return select(bank_, preset_);
+    return select(selected_.bank, selected_.preset);
 }
 
 CError CPresetManager::select(std::int32_t bank, std::int32_t preset)
 {
     const auto bankCount = static_cast<std::int32_t>(library_.getBanks().size());
-    bank_ = std::clamp(bank, 0, bankCount - 1);
-    const CPresetLibrary::Bank& shown = *library_.findBank(bank_);
-    preset_ = std::clamp(preset, -1, static_cast<std::int32_t>(shown.presets.size()) - 1);
-    bankName_ = shown.name;
-    presetName_ = preset_ < 0 ? CString() : shown.presets[static_cast<std::size_t>(preset_)];
+    bank = std::clamp(bank, 0, bankCount - 1);
+    const CPresetLibrary::Bank& shown = *library_.findBank(bank);
+    preset = std::clamp(preset, -1, static_cast<std::int32_t>(shown.presets.size()) - 1);
+    selected_ = {bank, preset, shown.name,
+                 preset < 0 ? CString() : shown.presets[static_cast<std::size_t>(preset)]};
     const CHold hold(*this);
     const bool wasSelecting = std::exchange(isSelecting_, true);
     CFirstError first;
     if (bankItems_) {
         first.add(bankItems_->setValues(library_.listNames()));
-        first.add(bankList_->selectParagraph(bank_));
-        first.add(bankList_->setAttribute("is-read-only", CAttrValue(!library_.canChangeBank(bank_)), true));
+        first.add(bankList_->selectParagraph(selected_.bank));
+        first.add(bankList_->setAttribute("is-read-only", CAttrValue(!library_.canChangeBank(selected_.bank)),
+                                          true));
     }
-    first.add(presetItems_->setValues(shown.presets, library_.findCurrent(bank_)));
-    first.add(presetList_->selectParagraph(preset_));
-    first.add(presetList_->setAttribute("is-read-only", CAttrValue(!library_.canChange(bank_)), true));
+    first.add(presetItems_->setValues(shown.presets, library_.findCurrent(selected_.bank)));
+    first.add(presetList_->selectParagraph(selected_.preset));
+    first.add(
+        presetList_->setAttribute("is-read-only", CAttrValue(!library_.canChange(selected_.bank)), true));
     isSelecting_ = wasSelecting;
     first.add(updateButtons());
     return first.take();
@@ -237,15 +216,15 @@ CError CPresetManager::setButton(const char* path, bool isEnabled)
 
 CError CPresetManager::updateButtons()
 {
-    const bool hasPreset = library_.hasPreset(bank_, preset_);
-    const bool canChange = library_.canChange(bank_);
+    const bool hasPreset = library_.hasPreset(selected_.bank, selected_.preset);
+    const bool canChange = library_.canChange(selected_.bank);
     // An instance has at least one program.
-    const CPresetLibrary::Bank& bank = *library_.findBank(bank_);
+    const CPresetLibrary::Bank& bank = *library_.findBank(selected_.bank);
     const bool isLast = bank.kind == Kind::kSession && bank.presets.size() == 1;
     CFirstError first;
     first.add(setButton("$bank-buttons-path.add", !storeName_.isEmpty()));
     first.add(setButton("$bank-buttons-path.load", !storeName_.isEmpty()));
-    first.add(setButton("$bank-buttons-path.delete", library_.canChangeBank(bank_)));
+    first.add(setButton("$bank-buttons-path.delete", library_.canChangeBank(selected_.bank)));
     first.add(setButton("$preset-buttons-path.add", canChange));
     first.add(setButton("$preset-buttons-path.load", canChange));
     first.add(setButton("$preset-buttons-path.delete", canChange && hasPreset && !isLast));
@@ -268,9 +247,9 @@ CError CPresetManager::onSelection(const CAttrMap& parameters)
     const CTextViewList* const list = isBank ? bankList_ : presetList_;
     const std::int32_t index = list ? list->getSelectedParagraph() : -1;
     if (!isBank) {
-        return select(bank_, index);
+        return select(selected_.bank, index);
     }
-    if (index == bank_) {
+    if (index == selected_.bank) {
         return {};
     }
     const CPresetLibrary::Bank* const bank = library_.findBank(index);
@@ -297,37 +276,39 @@ CError CPresetManager::refuseEdit(const CAttrMap& parameters)
 
 CError CPresetManager::onBankCanRename(const CAttrMap& parameters)
 {
-    return library_.canChangeBank(eventIndex(parameters, bank_)) ? CError() : refuseEdit(parameters);
+    return library_.canChangeBank(eventIndex(parameters, selected_.bank)) ? CError() : refuseEdit(parameters);
 }
 
 CError CPresetManager::onPresetCanRename(const CAttrMap& parameters)
 {
-    const bool isThere = library_.hasPreset(bank_, eventIndex(parameters, preset_));
-    return isThere && library_.canChange(bank_) ? CError() : refuseEdit(parameters);
+    const bool isThere = library_.hasPreset(selected_.bank, eventIndex(parameters, selected_.preset));
+    return isThere && library_.canChange(selected_.bank) ? CError() : refuseEdit(parameters);
 }
 
 CError CPresetManager::onBankRename(const CAttrMap& parameters)
 {
     const CString text = eventText(parameters, "text");
     const bool isKept = eventFlag(parameters, "is-cancelled") || text.isEmpty();
-    return isKept ? CError()
-                  : tell(library_.renameBank(eventIndex(parameters, bank_), text), "error-bank-save");
+    return isKept
+               ? CError()
+               : tell(library_.renameBank(eventIndex(parameters, selected_.bank), text), "error-bank-save");
 }
 
 CError CPresetManager::onPresetRename(const CAttrMap& parameters)
 {
     const CString text = eventText(parameters, "text");
     const bool isKept = eventFlag(parameters, "is-cancelled") || text.isEmpty();
-    return isKept ? CError()
-                  : tell(library_.renamePreset(bank_, eventIndex(parameters, preset_), text),
-                         "error-preset-save");
+    return isKept
+               ? CError()
+               : tell(library_.renamePreset(selected_.bank, eventIndex(parameters, selected_.preset), text),
+                      "error-preset-save");
 }
 
 // --- banks
 
-CError CPresetManager::addBank(const FileTarget& target, const CAudioPresetBank& bank)
+CError CPresetManager::addBank(const Target& target, const CAudioPresetBank& bank)
 {
-    const std::int32_t behind = target.isInsert ? target.item.bank : -1;
+    const std::int32_t behind = target.isInsert ? target.place.bank : -1;
     const bool isInside = library_.canChangeBank(behind);
     if (CError error = library_.addBank(behind, bank)) {
         return showError("error-bank-save", error);
@@ -340,25 +321,26 @@ CError CPresetManager::onBankAdd(const CAttrMap& parameters)
 {
     CAudioPresetBank bank;
     bank.setName(uniqueName(newBankName_, library_.listNames()));
-    return addBank({getSelection(), eventFlag(parameters, "is-insert")}, bank);
+    return addBank(makeTarget(parameters), bank);
 }
 
 CError CPresetManager::onBankDelete(const CAttrMap&)
 {
-    return library_.canChangeBank(bank_) ? confirm("confirm-bank-delete", bankName_, "perform-bank-delete")
-                                         : CError();
+    return library_.canChangeBank(selected_.bank)
+               ? confirm("confirm-bank-delete", selected_.bankName, "perform-bank-delete")
+               : CError();
 }
 
 CError CPresetManager::onPerformBankDelete(const CAttrMap&)
 {
-    return isAsked() ? tell(library_.removeBank(bank_), "error-bank-save") : CError();
+    return isAsked() ? tell(library_.removeBank(selected_.bank), "error-bank-save") : CError();
 }
 
 // --- presets
 
-CError CPresetManager::addPreset(const FileTarget& target, const CAudioPreset& preset)
+CError CPresetManager::addPreset(const Target& target, const CAudioPreset& preset)
 {
-    const auto [bankIndex, selected, bankName, presetName] = target.item;
+    const auto [bankIndex, selected, bankName, presetName] = target.place;
     const CPresetLibrary::Bank* const bank = library_.findBank(bankIndex);
     if (!bank) {
         return {};
@@ -371,20 +353,20 @@ CError CPresetManager::addPreset(const FileTarget& target, const CAudioPreset& p
     if (CError error = library_.addPreset(bankIndex, isInside ? place : -1, named)) {
         return showError("error-preset-save", error);
     }
-    if (!(bankIndex == bank_)) {
+    if (!(bankIndex == selected_.bank)) {
         QEL_TRY(select(bankIndex, -1), getFullName());
     }
-    added_ = Item{bankIndex, place, {}, named.getTitle()};
+    added_ = CPresetPlace{bankIndex, place, {}, named.getTitle()};
     return showLists();
 }
 
 CError CPresetManager::onPresetAdd(const CAttrMap& parameters)
 {
-    if (!library_.canChange(bank_)) {
+    if (!library_.canChange(selected_.bank)) {
         return {};
     }
-    const FileTarget target{getSelection(), eventFlag(parameters, "is-insert")};
-    return library_.takePresent(group(), [this, target](const CAudioPreset& present) {
+    const Target target = makeTarget(parameters);
+    return library_.takePresentOfGroup([this, target](const CAudioPreset& present) {
         CAudioPreset named = present;
         named.setName(CAudioPreset::makeName(present.getId(), newPresetName_));
         return addPreset(target, named);
@@ -393,37 +375,40 @@ CError CPresetManager::onPresetAdd(const CAttrMap& parameters)
 
 CError CPresetManager::onPresetDelete(const CAttrMap&)
 {
-    return library_.canChange(bank_) && preset_ >= 0
-               ? confirm("confirm-preset-delete", presetName_, "perform-preset-delete")
+    return library_.canChange(selected_.bank) && selected_.preset >= 0
+               ? confirm("confirm-preset-delete", selected_.presetName, "perform-preset-delete")
                : CError();
 }
 
 CError CPresetManager::onPerformPresetDelete(const CAttrMap&)
 {
-    return isAsked() ? tell(library_.removePreset(bank_, preset_), "error-preset-save") : CError();
+    return isAsked() ? tell(library_.removePreset(selected_.bank, selected_.preset), "error-preset-save")
+                     : CError();
 }
 
 CError CPresetManager::onPresetReplace(const CAttrMap&)
 {
-    if (!library_.canChange(bank_) || preset_ < 0) {
+    if (!library_.canChange(selected_.bank) || selected_.preset < 0) {
         return {};
     }
-    return library_.takePresent(group(), [this, bank = bank_, preset = preset_](const CAudioPreset& present) {
-        return tell(library_.replacePreset(bank, preset, present), "error-preset-save");
-    });
+    return library_.takePresentOfGroup(
+        [this, bank = selected_.bank, preset = selected_.preset](const CAudioPreset& present) {
+            return tell(library_.replacePreset(bank, preset, present), "error-preset-save");
+        });
 }
 
 CError CPresetManager::onPresetActivate(const CAttrMap& parameters)
 {
-    return tell(library_.activate(bank_, eventIndex(parameters, preset_), group()), "error-preset-load");
+    return tell(library_.activate(selected_.bank, eventIndex(parameters, selected_.preset)),
+                "error-preset-load");
 }
 
 CError CPresetManager::onPresetSetDefault(const CAttrMap&)
 {
-    asked_ = getSelection();
-    return library_.hasPreset(bank_, preset_)
-               ? openWindow("ui:win-confirmation", "Set as Default", "Use this preset as default preset?",
-                            "perform-set-default")
+    asked_ = selected_;
+    return library_.hasPreset(selected_.bank, selected_.preset)
+               ? dialogs_.askText("Set as Default", "Use this preset as default preset?",
+                                  "perform-set-default")
                : CError();
 }
 
@@ -432,9 +417,124 @@ CError CPresetManager::onPerformSetDefault(const CAttrMap&)
     if (!isAsked()) {
         return {};
     }
-    return library_.takePreset(bank_, preset_, [this](const CAudioPreset& preset) {
+    return library_.takePreset(selected_.bank, selected_.preset, [this](const CAudioPreset& preset) {
         return tell(saveStoredDefault(preset), "error-preset-save");
     });
+}
+
+// --- files
+
+CPresetManager::Target CPresetManager::makeTarget(const CAttrMap& parameters) const
+{
+    return {selected_, eventFlag(parameters, "is-insert")};
+}
+
+CError CPresetManager::openFile(FileAction action, const CString& name, const CAttrMap& parameters)
+{
+    return dialogs_.openFile(action, name, makeTarget(parameters));
+}
+
+CPresetManager::Target CPresetManager::takeTarget(FileAction action, const CAttrMap& parameters)
+{
+    Target target = dialogs_.takeTarget(action).value_or(makeTarget(parameters));
+    // Other instances may have changed the lists while the dialog was open.
+    target.place.locateIn(library_);
+    return target;
+}
+
+CError CPresetManager::onBankLoad(const CAttrMap& parameters)
+{
+    return openFile(CPresetDialogs::kBankLoad, {}, parameters);
+}
+
+CError CPresetManager::onBankSave(const CAttrMap& parameters)
+{
+    return openFile(CPresetDialogs::kBankSave, fileNameOf(fileNamePrefix_ + " " + selected_.bankName),
+                    parameters);
+}
+
+CError CPresetManager::onPresetLoad(const CAttrMap& parameters)
+{
+    return library_.canChange(selected_.bank) ? openFile(CPresetDialogs::kPresetLoad, {}, parameters)
+                                              : CError();
+}
+
+CError CPresetManager::onPresetSave(const CAttrMap& parameters)
+{
+    return selected_.preset >= 0
+               ? openFile(CPresetDialogs::kPresetSave,
+                          fileNameOf(fileNamePrefix_ + " " + selected_.presetName), parameters)
+               : CError();
+}
+
+CError CPresetManager::checkType(const CString& id, std::function<CError()> goOn)
+{
+    return library_.takePresent([this, id, goOn = std::move(goOn)](const CAudioPreset& present) {
+        return id == present.getId() ? goOn() : showError("error-preset-type", {});
+    });
+}
+
+CError CPresetManager::onPerformBankLoad(const CAttrMap& parameters)
+{
+    const Target target = takeTarget(CPresetDialogs::kBankLoad, parameters);
+    CAudioPresetBank bank;
+    if (CError error = bank.loadFile(eventText(parameters, "filename"))) {
+        return showError("error-bank-load", error);
+    }
+    const CString name = bank.getName().isEmpty() ? newBankName_ : bank.getName();
+    bank.setName(uniqueName(name, library_.listNames()));
+    const auto add = [this, target, bank] { return addBank(target, bank); };
+    return bank.isEmpty() ? add() : checkType(bank.get(0).getId(), add);
+}
+
+CError CPresetManager::onPerformBankSave(const CAttrMap& parameters)
+{
+    const Target target = takeTarget(CPresetDialogs::kBankSave, parameters);
+    const CString file = eventText(parameters, "filename");
+    CError error = library_.takeBank(target.place.bank, [this, file](const CAudioPresetBank& bank) {
+        return tell(bank.saveFile(file), "error-bank-save");
+    });
+    return tell(std::move(error), "error-bank-save");
+}
+
+CError CPresetManager::onPerformPresetLoad(const CAttrMap& parameters)
+{
+    const Target target = takeTarget(CPresetDialogs::kPresetLoad, parameters);
+    CAudioPreset preset;
+    if (CError error = preset.loadFile(eventText(parameters, "filename"))) {
+        return showError("error-preset-load", error);
+    }
+    return checkType(preset.getId(), [this, target, preset] { return addPreset(target, preset); });
+}
+
+CError CPresetManager::onPerformPresetSave(const CAttrMap& parameters)
+{
+    const Target target = takeTarget(CPresetDialogs::kPresetSave, parameters);
+    const CString file = eventText(parameters, "filename");
+    CError error =
+        library_.takePreset(target.place.bank, target.place.preset, [this, file](const CAudioPreset& preset) {
+            return tell(preset.saveFile(file), "error-preset-save");
+        });
+    return tell(std::move(error), "error-preset-save");
+}
+
+// --- what the user is told and asked
+
+CError CPresetManager::showError(const char* name, const CError& why)
+{
+    traceError(why);
+    return dialogs_.showMessage(name);
+}
+
+CError CPresetManager::tell(CError error, const char* name)
+{
+    return error ? showError(name, error) : CError();
+}
+
+CError CPresetManager::confirm(const char* question, const CString& name, const char* event)
+{
+    asked_ = selected_;
+    return dialogs_.ask(question, name, event);
 }
 
 } // namespace qel

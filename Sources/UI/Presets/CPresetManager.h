@@ -1,15 +1,14 @@
 // The window in which the user arranges banks and presets.
 #pragma once
 
+#include "CPresetDialogs.h"
 #include "CPresetLibrary.h"
 #include "CWinDrag.h"
 
-#include <array>
 #include <optional>
 
 namespace qel {
 
-class CParamGroupSelector;
 class CTextViewList;
 class CValueList;
 
@@ -47,9 +46,8 @@ class CValueList;
 //     preset-add, preset-delete, preset-replace, preset-load, preset-save, preset-activate,
 //     preset-set-default, preset-update (reads everything anew)
 //     bank-rename, preset-rename                            "text", "is-cancelled"; an empty text is none
-//     bank-can-rename, preset-can-rename                    refuse ("is-editbox-refused" of "source") what
-//     keeps
-//                                                           its name
+//     bank-can-rename, preset-can-rename                    refuse what keeps its name ("is-editbox-refused"
+//                                                           of "source")
 //     perform-bank-load, perform-bank-save, perform-preset-load, perform-preset-save
 //                                                           "filename"
 //     perform-bank-delete, perform-preset-delete, perform-set-default
@@ -67,31 +65,9 @@ public:
     CError initChilds() override;
     void release() override;
 
-    CPresetLibrary& getLibrary() { return library_; }
-
 private:
-    enum FileAction : std::size_t
-    {
-        kBankLoad,
-        kBankSave,
-        kPresetLoad,
-        kPresetSave,
-        kFileActions
-    };
-    // An item, with the names that it had.
-    struct Item
-    {
-        std::int32_t bank;
-        std::int32_t preset;
-        CString bankName;
-        CString presetName;
-    };
-    // What a file dialog was opened for.
-    struct FileTarget
-    {
-        Item item;
-        bool isInsert;
-    };
+    using FileAction = CPresetDialogs::FileAction;
+    using Target = CPresetDialogs::Target;
 
     CError onBankAdd(const CAttrMap& parameters);
     CError onBankDelete(const CAttrMap& parameters);
@@ -127,22 +103,19 @@ private:
     CError showLists();
     CError updateButtons();
     CError setButton(const char* path, bool isEnabled);
-    std::int32_t group() const;
-    CString textOfChild(const char* name) const;
-    static std::int32_t locate(const std::vector<CString>& names, std::int32_t index, const CString& name);
-    Item getSelection() const { return {bank_, preset_, bankName_, presetName_}; }
     // False if something else is selected than what the user was asked about.
-    bool isAsked() const { return asked_.bankName == bankName_ && asked_.presetName == presetName_; }
+    bool isAsked() const { return asked_.hasSameNames(selected_); }
 
     // The list that asks whether it may open an edit box may not.
     CError refuseEdit(const CAttrMap& parameters);
-    CError openFileDialog(FileAction action, const CString& fileName, const CAttrMap& parameters);
-    FileTarget takeFileTarget(FileAction action, const CAttrMap& parameters);
+    Target makeTarget(const CAttrMap& parameters) const;
+    CError openFile(FileAction action, const CString& name, const CAttrMap& parameters);
+    // What the dialog was opened for, where it is now.
+    Target takeTarget(FileAction action, const CAttrMap& parameters);
     // Puts the presets' kind to the test, which the audio side knows, and then goes on.
     CError checkType(const CString& id, std::function<CError()> goOn);
-    CError addBank(const FileTarget& target, const CAudioPresetBank& bank);
-    CError addPreset(const FileTarget& target, const CAudioPreset& preset);
-    CError openWindow(const char* tag, const CString& title, const CString& text, const char* confirmEvent);
+    CError addBank(const Target& target, const CAudioPresetBank& bank);
+    CError addPreset(const Target& target, const CAudioPreset& preset);
     // Tells the user, and traces why.
     CError showError(const char* name, const CError& why);
     // The same, if something has failed.
@@ -150,19 +123,15 @@ private:
     CError confirm(const char* question, const CString& name, const char* event);
 
     CPresetLibrary library_;
-    CParamGroupSelector* selector_ = nullptr;
+    CPresetDialogs dialogs_{*this};
     CTextViewList* bankList_ = nullptr; // may be missing
     CTextViewList* presetList_ = nullptr;
     CValueList* bankItems_ = nullptr;
     CValueList* presetItems_ = nullptr;
-    std::int32_t bank_ = 0;
-    std::int32_t preset_ = -1;
-    CString bankName_; // of what is selected
-    CString presetName_;
-    Item asked_{-1, -1, {}, {}}; // what the user is asked about
-    std::optional<Item> added_;  // is selected once the audio side has it
+    CPresetPlace selected_{.bank = 0, .preset = -1, .bankName = {}, .presetName = {}};
+    CPresetPlace asked_;                // what the user is asked about
+    std::optional<CPresetPlace> added_; // is selected once the audio side has it
     bool isSelecting_ = false;
-    std::array<std::optional<FileTarget>, kFileActions> fileTargets_;
 
     // Bound attributes.
     CString clientPath_;

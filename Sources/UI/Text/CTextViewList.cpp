@@ -3,7 +3,9 @@
 
 #include "CViewWindow.h"
 #include "EventParameters.h"
+#include "ListPopups.h"
 #include "LiteralText.h"
+#include "SystemEvents.h"
 
 #include <cmath>
 
@@ -11,8 +13,7 @@ namespace qel {
 
 namespace {
 
-constexpr const char* kValuesChanged = "values-changed";
-constexpr const char* kSourceUpdate = "text-source-update";
+constexpr const char* kSelectedChanged = "selected-paragraph-changed";
 
 // Attributes whose text is read when it is needed, and not kept a second time: few texts are lists.
 constexpr const char* kHoverColor = "paragraph-hover-color";
@@ -54,7 +55,7 @@ void CTextViewList::buildClassInfo(CClassInfo& info)
     info.bind<&Self::tabletParagraphHeight_, &Self::refreshText>("tablet-paragraph-height", 0.0);
     info.bind<&Self::isSelectedClickCancelling_>("is-selected-paragraph-click-cancels", false);
     info.bind<&Self::isRightClickSelecting_>("is-right-click-selects", false);
-    info.handleEvent<&Self::eventTextSourceUpdate>(kSourceUpdate);
+    info.handleEvent<&Self::eventTextSourceUpdate>(CParagraphSource::kUpdate);
     info.handleEvent<&Self::eventAutoClick>("auto-click");
     info.handleEvent<&Self::eventKeyPress>("key-press");
     info.handleEvent<&Self::eventPopupClosed>("popup-closed");
@@ -138,27 +139,12 @@ CError CTextViewList::attrTitle()
 
 CError CTextViewList::findSource()
 {
-    if (!sourcePath_.isEmpty()) {
-        unlistenObject(sourcePath_, kValuesChanged, kSourceUpdate);
-    }
-    sourcePath_ = getAttrString(kTextSource);
-    source_ = nullptr;
-    items_.clear();
-    if (sourcePath_.isEmpty()) {
-        return refreshText();
-    }
-    source_ = dynamic_cast<CDynamicList*>(findObject(sourcePath_));
-    if (!source_) {
-        QEL_FAIL(getFullName(), "@qelstr_CTextView_initChilds_NoTextSource Unable to find text source.");
-    }
-    listenObject(sourcePath_, kValuesChanged, kSourceUpdate);
-    return readSource();
+    QEL_TRY(source_.setPath(getAttrString(kTextSource)), getFullName());
+    return source_.isThere() ? readSource() : refreshText();
 }
 
 CError CTextViewList::eventTextSourceUpdate(const CAttrMap&)
 {
-    // The source may have gone and come again under its name since.
-    source_ = dynamic_cast<CDynamicList*>(findObject(sourcePath_));
     return readSource();
 }
 
@@ -169,12 +155,9 @@ CString CTextViewList::getListId() const
 
 CError CTextViewList::readSource()
 {
-    items_.clear();
-    CError error = source_ ? source_->getItems(getListId(), items_) : CError();
+    CError error = source_.read(getListId());
     isSourceShown_ = true;
-    const bool hasSubLists =
-        std::ranges::any_of(items_, [](const CDynamicListItem& item) { return !item.subListId.isEmpty(); });
-    arrow_ = hasSubLists ? findTextImage({"is.button", "DynListArrow", {}}) : nullptr;
+    arrow_ = source_.hasSubLists() ? findTextImage({"is.button", "DynListArrow", {}}) : nullptr;
     hovered_ = hovered_ < getItemCount() ? hovered_ : kNone;
     CError refreshed = refreshText();
     markLook();
@@ -191,11 +174,11 @@ void CTextViewList::fillText(CTextWrapper& text)
     std::vector<CString> paragraphs;
     for (std::int32_t i = 0; i < getItemCount(); ++i) {
         if (!isSingleValue_ || i == selected_) {
-            const CString itemText = literalText(items_[static_cast<std::size_t>(i)].text);
+            const CString itemText = literalText(findItem(i)->text);
             paragraphs.push_back(i == selected_ && !isSingleValue_ ? prefix + itemText : itemText);
         }
     }
-    if (items_.empty() && !isEmptyAllowed_) {
+    if (source_.getItems().empty() && !isEmptyAllowed_) {
         paragraphs.push_back(getAttrString(kNoItemsTitle, "<no items>"));
     }
     text.parseParagraphs(paragraphs);
@@ -203,13 +186,13 @@ void CTextViewList::fillText(CTextWrapper& text)
 
 std::int32_t CTextViewList::getItemCount() const
 {
-    return static_cast<std::int32_t>(isListShown() ? items_.size() : getText().getParagraphs().size());
+    return static_cast<std::int32_t>(isListShown() ? source_.getItems().size()
+                                                   : getText().getParagraphs().size());
 }
 
 const CDynamicListItem* CTextViewList::findItem(std::int32_t index) const
 {
-    const bool isThere = isListShown() && index >= 0 && index < getItemCount();
-    return isThere ? &items_[static_cast<std::size_t>(index)] : nullptr;
+    return isListShown() ? source_.findItem(index) : nullptr;
 }
 
 CString CTextViewList::getParagraphText(std::int32_t index) const
@@ -288,7 +271,7 @@ const CPaletteColor& CTextViewList::getParagraphColor(std::size_t paragraph)
 {
     const auto index = static_cast<std::int32_t>(paragraph);
     const CDynamicListItem* const item = findItem(index);
-    const bool isNoItem = isListShown() && items_.empty();
+    const bool isNoItem = isListShown() && source_.getItems().empty();
     if (isNoItem || (item && !item->isEnabled && !isSingleValue_)) {
         return *getDisabledTextColor();
     }
@@ -314,11 +297,12 @@ void CTextViewList::drawBehindText(CDrawContext& context)
     if (isHoverable_ && hasHoverColor_ && hovered_ != selected_ && isChoosable(hovered_)) {
         drawStrip(hovered_, kHoverSlot);
     }
-    for (std::size_t i = 0; isListShown() && i < items_.size(); ++i) {
-        if (items_[i].isMarked && hasMarkColor_) {
+    for (std::size_t i = 0; isListShown() && i < source_.getItems().size(); ++i) {
+        const CDynamicListItem& item = source_.getItems()[i];
+        if (item.isMarked && hasMarkColor_) {
             drawMark(context, i);
         }
-        if (!arrow_ || items_[i].subListId.isEmpty()) {
+        if (!arrow_ || item.subListId.isEmpty()) {
             continue;
         }
         const CRect row = getParagraphRect(i);
@@ -437,6 +421,199 @@ CError CTextViewList::onMouseReleaseR(const CAttrMap& parameters)
     QEL_TRY(CTextViewBase::onMouseReleaseR(parameters), getFullName());
     const bool isClick = isRightClickSelecting_ && isSelectable_ && !isReleased() && !actsDisabled();
     return isClick ? chooseParagraph(findParagraphAt(parameters)) : CError();
+}
+
+// --- choosing
+
+CError CTextViewList::selectParagraph(std::int32_t index)
+{
+    return setAttribute(kSelected, CAttrValue(index), true);
+}
+
+CAttrMap CTextViewList::paragraphParameters(std::int32_t index) const
+{
+    const CDynamicListItem* const item = findItem(index);
+    CAttrMap parameters;
+    parameters["index"] = CAttrValue(index);
+    parameters["list-id"] = CAttrValue(getListId());
+    parameters["text"] = CAttrValue(getParagraphText(index));
+    parameters["value"] = CAttrValue(item ? item->value : index);
+    return parameters;
+}
+
+CError CTextViewList::raiseEvent(const char* name, const CAttrMap& parameters)
+{
+    const CHold hold(*this);
+    CError first = fireEvent(name, parameters);
+    if (!isReleased()) {
+        CError error = notify(name, parameters, false);
+        if (!first) {
+            return error;
+        }
+        traceError(error);
+    }
+    return first;
+}
+
+CError CTextViewList::chooseParagraph(std::int32_t index)
+{
+    if (!isChoosable(index)) {
+        return {};
+    }
+    const CDynamicListItem* const item = findItem(index);
+    if (item && !item->subListId.isEmpty()) {
+        return openedItem_ == index ? CError() : openSubList(index);
+    }
+    if (index == selected_ && isSelectedClickCancelling_) {
+        return closeOwnPopup(*this);
+    }
+    const CHold hold(*this);
+    const CAttrMap parameters = paragraphParameters(index);
+    QEL_TRY(selectParagraph(index), getFullName());
+    if (!isReleased()) {
+        QEL_TRY(raiseEvent(kSelectedChanged, parameters), getFullName());
+    }
+    return isReleased() ? CError() : deliverPopupResult(*this, parameters);
+}
+
+// --- sub-lists
+
+CError CTextViewList::eventAutoClick(const CAttrMap&)
+{
+    if (hovered_ == openedItem_ || actsDisabled()) {
+        return {};
+    }
+    const CDynamicListItem* const item = findItem(hovered_);
+    if (item && item->isEnabled && !item->subListId.isEmpty()) {
+        return openSubList(hovered_);
+    }
+    // Another item is under the pointer now.
+    return openedItem_ != kNone && hovered_ != kNone ? sendEvent(*this, "popup-close", {}) : CError();
+}
+
+CError CTextViewList::openSubList(std::int32_t index)
+{
+    const CObject* const source = findObject(source_.getPath());
+    const CDynamicListItem* const item = findItem(index);
+    if (!source || !item || item->subListId.isEmpty()) {
+        return {};
+    }
+    const CHold hold(*this);
+    const double rowY = getParagraphRect(static_cast<std::size_t>(index)).y - getTextBox().y;
+    QEL_TRY(qel::openSubList(*this, source->getFullName(), *item, index, rowY), getFullName());
+    if (!isReleased()) {
+        openedItem_ = index;
+        hover(index);
+    }
+    return {};
+}
+
+CError CTextViewList::eventPopupClosed(const CAttrMap&)
+{
+    openedItem_ = kNone;
+    if (!isStateActive("hover")) {
+        hover(kNone); // the pointer was in the pop-up
+    }
+    return {};
+}
+
+CError CTextViewList::eventPopupResult(const CAttrMap& parameters)
+{
+    return openedItem_ == kNone ? CTextViewBase::eventPopupResult(parameters)
+                                : deliverPopupResult(*this, parameters);
+}
+
+// --- keys
+
+CError CTextViewList::scrollToSelected()
+{
+    // A list that opens has no size yet when it hears of its selection.
+    if (!isScrollDue_ || getTextBox().height <= 0.0 || isReleased()) {
+        return {};
+    }
+    isScrollDue_ = false;
+    return scrollTo(selected_);
+}
+
+CError CTextViewList::scrollTo(std::int32_t index)
+{
+    const CRect& box = getTextBox();
+    if (!isScrollable() || index < 0 || index >= getItemCount() || isSingleValue_) {
+        return {};
+    }
+    const CRect row = getParagraphRect(static_cast<std::size_t>(index));
+    const double above = box.y - row.y;
+    const double below = row.bottom() - box.bottom();
+    if (above <= 0.0 && below <= 0.0) {
+        return {};
+    }
+    const double shift = getTextShiftY() + (above > 0.0 ? -above : below);
+    return setAttribute("offset-y", CAttrValue(shift / getText().getHeight()), true);
+}
+
+CError CTextViewList::moveCursor(std::int32_t by)
+{
+    // In a pop-up the keys only move the strip, since a choice closes it.
+    const bool isStripMoved = isInPopup(*this) && isHoverable_;
+    std::int32_t index = isStripMoved && hovered_ != kNone ? hovered_ : selected_;
+    if (getItemCount() == 0) {
+        return {};
+    }
+    const std::int32_t last = getItemCount() - 1;
+    const std::int32_t step = by < 0 ? -1 : 1;
+    index = index == kNone && by < 0 ? last + 1 : index;
+    std::int32_t wanted = std::clamp(index + by, 0, last);
+    while (wanted >= 0 && wanted <= last && !isChoosable(wanted)) {
+        wanted += step;
+    }
+    if (!isChoosable(wanted) || wanted == index) {
+        return {};
+    }
+    if (isStripMoved) {
+        hover(wanted);
+        return scrollTo(wanted);
+    }
+    const CHold hold(*this);
+    QEL_TRY(selectParagraph(wanted), getFullName());
+    return isReleased() ? CError() : raiseEvent(kSelectedChanged, paragraphParameters(wanted));
+}
+
+CError CTextViewList::eventKeyPress(const CAttrMap& parameters)
+{
+    namespace key = platform::key;
+    if (!isSelectable_ || actsDisabled() || eventFlag(parameters, "is-character")) {
+        return {};
+    }
+    const std::int32_t page = std::max(1, maxItemCount_ - 1);
+    const std::int32_t cursor = isInPopup(*this) && hovered_ != kNone ? hovered_ : selected_;
+    switch (static_cast<std::uint32_t>(eventNumber(parameters, "keycode"))) {
+    case key::kUp:
+        return moveCursor(-1);
+    case key::kDown:
+        return moveCursor(1);
+    case key::kPageUp:
+        return moveCursor(-page);
+    case key::kPageDown:
+        return moveCursor(page);
+    case key::kHome:
+        return moveCursor(-getItemCount());
+    case key::kEnd:
+        return moveCursor(getItemCount());
+    case key::kRight:
+        return openSubList(cursor);
+    case key::kLeft:
+        return getListId().isEmpty() ? CError() : closeOwnPopup(*this);
+    case key::kEnter:
+        return isInPopup(*this) ? chooseParagraph(cursor)
+                                : raiseEvent(kDoubleClicked, paragraphParameters(cursor));
+    case key::kEscape:
+        if (CViewWindow* const window = getWindow(); window && !isInPopup(*this)) {
+            return window->setKeyFocus(nullptr, false);
+        }
+        return closeOwnPopup(*this);
+    default:
+        return {};
+    }
 }
 
 } // namespace qel

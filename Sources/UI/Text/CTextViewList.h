@@ -1,7 +1,7 @@
 // A text view that is a list.
 #pragma once
 
-#include "CDynamicList.h"
+#include "CParagraphSource.h"
 #include "CTextViewBase.h"
 
 namespace qel {
@@ -106,7 +106,7 @@ protected:
 
     // --- for subclasses
 
-    bool hasSource() const { return source_ != nullptr; }
+    bool hasSource() const { return source_.isThere(); }
     // The paragraph under the pointer of an event, or kNone.
     std::int32_t findParagraphAt(const CAttrMap& parameters) const;
     // Fires an event for the commands here and raises it for whoever listens to the view.
@@ -120,23 +120,18 @@ private:
     CError findSource();
     CError readSource();
     CString getListId() const;
-    bool isListShown() const { return source_ && isSourceShown_; }
+    bool isListShown() const { return source_.isThere() && isSourceShown_; }
     const CDynamicListItem* findItem(std::int32_t index) const;
     bool isChoosable(std::int32_t index) const;
     void hover(std::int32_t index);
     void drawMark(CDrawContext& context, std::size_t paragraph);
     void markParagraph(std::int32_t index);
     CError openSubList(std::int32_t index);
-    CError deliverResult(CAttrMap parameters);
-    CError closePopup();
-    bool isInPopup() const;
     CError moveCursor(std::int32_t by);
     CError scrollToSelected();
     CError scrollTo(std::int32_t index);
 
-    CDynamicList* source_ = nullptr;
-    CString sourcePath_; // that is listened to
-    std::vector<CDynamicListItem> items_;
+    CParagraphSource source_{*this};
     const CImage* arrow_ = nullptr; // beside items with a sub-list
     bool isSourceShown_ = false;    // rather than the title
     bool isScrollDue_ = false;      // to the selected item
