@@ -2,30 +2,25 @@
 
 set(DRUMFELL_RESOURCES_DIR ${CMAKE_CURRENT_LIST_DIR})
 
-# drumfell_embed_resources(TARGET name [MANIFEST file...] [RESOURCES name file ...])
+# drumfell_embed_resources(TARGET name RESOURCES name file ...)
 #
 # Makes the static library TARGET, which holds the bytes of every listed file and defines
 #
 #     extern "C" const qel::CResourceRow drumfellResourceDirectory[];   // Streams/ResourceMap.h
 #
-# A manifest has one line "resource name = file" each; empty lines and lines beginning with # are skipped. Names stand
-# for themselves, "../" and all. Files are relative to the manifest (in RESOURCES: to the current source directory)
-# or absolute; @CMAKE_BINARY_DIR@ and the like are replaced, for files that the build makes. A name
-# listed twice is an error.
+# Names stand for themselves, "../" and all. Files are absolute or relative to the current source directory, and may be
+# made by the build. A name listed twice is an error.
 #
 # There is one assembler source a resource, so a changed file costs one assembler run and no compiler. One program can
 # link one such library.
 function(drumfell_embed_resources)
-    cmake_parse_arguments(arg "" "TARGET" "MANIFEST;RESOURCES" ${ARGN})
+    cmake_parse_arguments(arg "" "TARGET" "RESOURCES" ${ARGN})
     if(NOT arg_TARGET OR arg_UNPARSED_ARGUMENTS)
-        message(FATAL_ERROR "drumfell_embed_resources(TARGET name [MANIFEST file...] [RESOURCES name file...])")
+        message(FATAL_ERROR "drumfell_embed_resources(TARGET name RESOURCES name file...)")
     endif()
 
     set(names)
     set(files)
-    foreach(manifest IN LISTS arg_MANIFEST)
-        _drumfell_read_manifest(${manifest} names files)
-    endforeach()
     while(arg_RESOURCES)
         list(POP_FRONT arg_RESOURCES name file)
         if(NOT file)
@@ -64,28 +59,4 @@ function(drumfell_embed_resources)
     endforeach()
     configure_file(${DRUMFELL_RESOURCES_DIR}/ResourceDirectory.S.in ${folder}/Directory.S @ONLY)
     add_library(${arg_TARGET} STATIC ${sources})
-endfunction()
-
-function(_drumfell_read_manifest manifest namesVariable filesVariable)
-    get_filename_component(manifest ${manifest} ABSOLUTE)
-    get_filename_component(folder ${manifest} DIRECTORY)
-    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${manifest})
-    set(names ${${namesVariable}})
-    set(files ${${filesVariable}})
-    file(STRINGS ${manifest} lines ENCODING UTF-8)
-    foreach(line IN LISTS lines)
-        if(line MATCHES "^[ \t]*(#|$)")
-            continue()
-        endif()
-        if(NOT line MATCHES "^[ \t]*([^=]*[^= \t])[ \t]*=[ \t]*(.*[^ \t])[ \t]*$")
-            message(FATAL_ERROR "${manifest}: expected 'resource name = file', found '${line}'")
-        endif()
-        set(name "${CMAKE_MATCH_1}")
-        string(CONFIGURE "${CMAKE_MATCH_2}" file @ONLY)
-        get_filename_component(file "${file}" ABSOLUTE BASE_DIR ${folder})
-        list(APPEND names "${name}")
-        list(APPEND files "${file}")
-    endforeach()
-    set(${namesVariable} "${names}" PARENT_SCOPE)
-    set(${filesVariable} "${files}" PARENT_SCOPE)
 endfunction()

@@ -98,12 +98,6 @@ TEST_F(AttributeTest, FollowsALiveReference)
     EXPECT_EQ(object_->findAttr("x")->kind(), CAttrValue::Kind::kReal);
 }
 
-TEST_F(AttributeTest, EndsACycleOfFollowersWithAnError)
-{
-    EXPECT_OK(object_->setAttribute("a", "{*other b}", true));
-    EXPECT_FAILS(other_->setAttribute("b", "{*object a}", true), "follows itself");
-}
-
 TEST_F(AttributeTest, ForgetsFollowersAndSourcesThatEnd)
 {
     EXPECT_OK(object_->setAttribute("a", "{*other b}", true));

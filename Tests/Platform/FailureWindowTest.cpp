@@ -2,7 +2,6 @@
 
 #include "CTestXClient.h"
 #include "CTestXServer.h"
-#include "Linux/XcbText.h"
 
 #include <gtest/gtest.h>
 
@@ -11,38 +10,8 @@
 #include <functional>
 #include <future>
 #include <string>
-#include <vector>
 
 namespace qel::platform {
-
-namespace {
-
-constexpr int kCharacterWidthPx = 10;
-
-std::vector<std::string> wrapped(const std::string& text, int widthPx)
-{
-    std::vector<std::string> lines;
-    for (const XcbLine& line : wrapXcbText([](xcb_char2b_t) { return kCharacterWidthPx; }, text, widthPx)) {
-        std::string& bytes = lines.emplace_back();
-        for (const xcb_char2b_t& character : line) {
-            bytes += character.byte1 ? '#' : static_cast<char>(character.byte2);
-        }
-    }
-    return lines;
-}
-
-} // namespace
-
-TEST(FailureWindow, HookTakesItsPlace)
-{
-    std::string seen;
-    const FailureWindowHook old =
-        setFailureWindowHook([&](const std::string& title, const std::string& text,
-                                 const std::string& details) { seen += title + "|" + text + "|" + details; });
-    showFailureWindow("title", "text", "line 1\nline 2");
-    setFailureWindowHook(old);
-    EXPECT_EQ(seen, "title|text|line 1\nline 2");
-}
 
 TEST(FailureWindow, WithoutADisplayWritesTheLinesAndReturns)
 {
@@ -86,18 +55,6 @@ TEST(FailureWindow, StaysUntilTheUserOrTheServerEndsIt)
         client.type(kEscape);
     }));
     EXPECT_TRUE(endsWith([](test::CTestXServer& server, test::CTestXClient&) { server.kill(); }));
-}
-
-TEST(FailureWindow, BreaksLongLinesAtBlanksOrAnywhere)
-{
-    using Lines = std::vector<std::string>;
-    EXPECT_EQ(wrapped("one two three", 80), (Lines{"one two ", "three"}));
-    EXPECT_EQ(wrapped("abcdefgh ij", 40), (Lines{"abcd", "efgh", " ij"}));
-    EXPECT_EQ(wrapped("a\n\nb\n", 40), (Lines{"a", "", "b", ""}));
-    EXPECT_EQ(wrapped("ab", 1), (Lines{"a", "b"})) << "even too narrow a window must make progress";
-    EXPECT_EQ(wrapped("", 40), (Lines{""}));
-    // Latin-1 stays, other planes and broken UTF-8 show as question marks.
-    EXPECT_EQ(wrapped("\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xC3", 900), (Lines{"\xE9#??"}));
 }
 
 } // namespace qel::platform

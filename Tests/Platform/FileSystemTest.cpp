@@ -101,12 +101,4 @@ TEST(FileSystem, FindsTheUserDataFolderFromTheEnvironment)
     }
 }
 
-TEST(FileSystem, ModulePathIsTheRunningProgram)
-{
-    const std::string path = modulePath();
-    EXPECT_EQ(path.front(), '/');
-    EXPECT_TRUE(fileExists(path));
-    EXPECT_EQ(std::filesystem::path(path), std::filesystem::read_symlink("/proc/self/exe"));
-}
-
 } // namespace qel::platform

@@ -7,9 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
-#include <thread>
 
 namespace qel {
 
@@ -26,33 +24,6 @@ TEST(CFile, RewritesAppendsAndReadsBack)
 
     EXPECT_EQ(readWhole(path), std::string("one\0two", 7));
     EXPECT_EQ(readWhole(folder.path("new")), "made");
-}
-
-TEST(CFile, MovesAnywhereInAFileBeyondFourGigabytes)
-{
-    const test::TemporaryFolder folder;
-    const std::string path = folder.path("sparse");
-    constexpr std::int64_t kFar = 5'000'000'000;
-    CFile file;
-    std::size_t count = 0;
-    std::int64_t value = -1;
-    ASSERT_EQ(file.open(path, Access::kRewrite), 0);
-    ASSERT_EQ(file.setPosition(kFar), 0);
-    ASSERT_EQ(file.write("xy", 2, count), 0);
-    ASSERT_EQ(file.getPosition(value), 0);
-    EXPECT_EQ(value, kFar + 2);
-    ASSERT_EQ(file.getSize(value), 0);
-    EXPECT_EQ(value, kFar + 2);
-    ASSERT_EQ(file.flush(), 0);
-
-    ASSERT_EQ(file.open(path, Access::kRead), 0); // closes the writer
-    char bytes[4] = {};
-    ASSERT_EQ(file.setPosition(kFar + 1), 0);
-    ASSERT_EQ(file.read(bytes, sizeof(bytes), count), 0);
-    EXPECT_EQ(count, 1u);
-    EXPECT_EQ(bytes[0], 'y');
-    ASSERT_EQ(file.read(bytes, sizeof(bytes), count), 0);
-    EXPECT_EQ(count, 0u);
 }
 
 TEST(CFile, RefusesWhatIsNoRegularFileWithoutWaiting)
@@ -92,52 +63,6 @@ TEST(CFile, RefusesWhatIsNoRegularFileWithoutWaiting)
     const int freeAfter = dup(0);
     ::close(freeAfter);
     EXPECT_EQ(freeAfter, freeBefore) << "a refused file was left open";
-}
-
-TEST(CFile, ReportsTheSystemsErrorOfEachOperation)
-{
-    const test::TemporaryFolder folder;
-    CFile file;
-    std::size_t count = 99;
-    std::int64_t value = 0;
-    char byte = 0;
-    EXPECT_EQ(file.read(&byte, 1, count), EBADF);
-    EXPECT_EQ(count, 0u);
-    EXPECT_EQ(file.write(&byte, 1, count), EBADF);
-    EXPECT_EQ(file.getPosition(value), EBADF);
-    EXPECT_EQ(file.setPosition(0), EBADF);
-    EXPECT_EQ(file.getSize(value), EBADF);
-    EXPECT_EQ(file.flush(), EBADF);
-    EXPECT_EQ(file.close(), 0);
-
-    ASSERT_EQ(file.open(folder.path("file"), Access::kRewrite), 0);
-    EXPECT_EQ(file.read(&byte, 1, count), EBADF); // writers do not read
-    EXPECT_EQ(file.setPosition(-1), EINVAL);
-}
-
-TEST(CFile, ReaderNeverSeesHalfAReplacedFile)
-{
-    const test::TemporaryFolder folder;
-    const std::string path = folder.path("preset");
-    const std::string contents[2] = {std::string(70'000, 'a'), std::string(90'000, 'b')};
-    writeWhole(path, contents[0]);
-
-    std::atomic<bool> isDone = false;
-    std::thread writer([&] {
-        for (int i = 1; i <= 200; ++i) {
-            writeWhole(folder.path("preset.new"), contents[i % 2]);
-            EXPECT_EQ(platform::renameFile(folder.path("preset.new"), path), 0);
-        }
-        isDone = true;
-    });
-    int broken = 0;
-    while (!isDone) {
-        const std::string seen = readWhole(path);
-        broken += seen != contents[0] && seen != contents[1];
-    }
-    writer.join();
-    EXPECT_EQ(broken, 0);
-    EXPECT_FALSE(platform::fileExists(folder.path("preset.new")));
 }
 
 } // namespace qel

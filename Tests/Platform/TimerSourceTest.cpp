@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <string>
 
 namespace qel {
 
@@ -51,48 +50,6 @@ TEST_F(CTimerSourceTest, TicksOncePerInterval)
     EXPECT_FALSE(timer.isRunning());
     drainAt(1.0);
     EXPECT_EQ(ticks_, 2);
-}
-
-TEST_F(CTimerSourceTest, LateTimerTicksOnceAndIsDueAnIntervalLater)
-{
-    CTimerSource timer;
-    ASSERT_EQ(timer.create(*loop_), 0);
-    ASSERT_EQ(timer.start(100, [&] { ++ticks_; }), 0);
-    drainAt(5.03);
-    EXPECT_EQ(ticks_, 1);
-    drainAt(5.03);
-    drainAt(5.12);
-    EXPECT_EQ(ticks_, 1);
-    drainAt(5.13);
-    EXPECT_EQ(ticks_, 2);
-}
-
-TEST_F(CTimerSourceTest, RestartTakesTheNewIntervalAtOnce)
-{
-    CTimerSource timer;
-    ASSERT_EQ(timer.create(*loop_), 0);
-    ASSERT_EQ(timer.start(100, [&] { ++ticks_; }), 0);
-    nowSec_ = 0.09;
-    ASSERT_EQ(timer.start(1000, [&] { ticks_ += 10; }), 0);
-    drainAt(1.08);
-    EXPECT_EQ(ticks_, 0);
-    ASSERT_EQ(timer.start(10, [&] { ticks_ += 100; }), 0);
-    drainAt(1.09);
-    EXPECT_EQ(ticks_, 100);
-}
-
-TEST_F(CTimerSourceTest, TicksInTheOrderTheyAreDueAfterThePostedCalls)
-{
-    std::string order;
-    CTimerSource slow;
-    CTimerSource fast;
-    ASSERT_EQ(slow.create(*loop_), 0);
-    ASSERT_EQ(fast.create(*loop_), 0);
-    ASSERT_EQ(slow.start(200, [&] { order += 's'; }), 0);
-    ASSERT_EQ(fast.start(100, [&] { order += 'f'; }), 0);
-    ASSERT_EQ(loop_->post([&] { order += 'p'; }), 0);
-    drainAt(1.0);
-    EXPECT_EQ(order, "pfs");
 }
 
 TEST_F(CTimerSourceTest, TickMayStopRestartOrDestroyItsOwnTimer)

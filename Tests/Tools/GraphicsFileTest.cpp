@@ -1,6 +1,4 @@
-#include "GraphicsCompiler/GraphicsFile.h"
 #include "GraphicsCompiler/RasterCode.h"
-#include "TreeCompiler/ToolError.h"
 
 #include <gtest/gtest.h>
 
@@ -50,28 +48,6 @@ CRaster simplified(CRaster raster)
     return raster;
 }
 
-CImageSetFile smallSet()
-{
-    std::mt19937 generator(5);
-    CImageSetFile file;
-    file.ranges = {{"", 1, 2}, {"Active", 2, 2}};
-    for (const std::uint32_t id : {1u, 2u}) {
-        CImage& image = file.images.emplace_back(CImage{id, {{0, 2, {}}, {2, 4, {}}}});
-        for (CImageLayer& layer : image.layers) {
-            for (const double scale : kGraphicsScales) {
-                CImageVariant& variant =
-                    layer.variants.emplace_back(CImageVariant{scale, 3, 2, 0.5, -1, 1, {}});
-                variant.raster = CRaster(3, 2, static_cast<int>(layer.bytesPerPixel));
-                for (std::uint8_t& byte : variant.raster.pixels) {
-                    byte = static_cast<std::uint8_t>(generator());
-                }
-                variant.raster = simplified(variant.raster);
-            }
-        }
-    }
-    return file;
-}
-
 } // namespace
 
 TEST(RasterCode, BringsBackEveryPixelThatCanBeSeen)
@@ -83,24 +59,6 @@ TEST(RasterCode, BringsBackEveryPixelThatCanBeSeen)
         const auto code = encodeRaster(raster);
         ASSERT_EQ(decodeRaster(code, raster.width, raster.height, bytesPerPixel), simplified(raster))
             << "round " << round;
-    }
-}
-
-TEST(GraphicsFile, KeepsAllThatItHolds)
-{
-    CPaletteFile palette;
-    palette.colours.resize(2);
-    palette.colours[0].name = "Alarm|0";
-    palette.colours[1].opacity = 0.25;
-    palette.colours[1].green[200] = 7;
-    palette.frameTables = {{"Alarm", 32}};
-    const CBrushSetFile brushes{{{1.48, 1, {{0.8, 2, 1.1, std::vector<std::uint8_t>(16, 9)}}}}};
-    const std::pair<std::string, CGraphicsFile> files[] = {{"a.is", smallSet()},
-                                                           {"a.fnt", CFontFile{smallSet(), 14, 3, 2}},
-                                                           {"a.bs", brushes},
-                                                           {"a.pal", palette}};
-    for (const auto& [name, file] : files) {
-        EXPECT_EQ(decodeGraphics(encodeGraphics(file), name), file) << name;
     }
 }
 

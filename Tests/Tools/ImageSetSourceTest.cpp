@@ -120,46 +120,6 @@ TEST_F(ImageSetSource, DrawsEveryIdAfreshAtEveryScale)
     EXPECT_EQ(files_[0].filename(), "shared.xml");
 }
 
-TEST_F(ImageSetSource, SaysWhereASourceIsWrong)
-{
-    const std::pair<std::string, std::string> cases[] = {
-        {"<image id=\"1..\" width=\"1\" height=\"1\"/>\n",
-         "set.xml:2:8: '1..' is no list of ids such as \"4,7..9\"\n"},
-        {"<image id=\"1\" width=\"1\" height=\"1\"/>\n<image id=\"0..1\" width=\"1\" height=\"1\"/>\n",
-         "set.xml:3:8: the id 1 stands twice\n"},
-        {"<image id=\"1\" width=\"2 +\" height=\"1\"/>\n",
-         "set.xml:2:15: a number or a name expected in '2 +'\n"},
-        {"<image id=\"1\" width=\"2\" height=\"3000\"/>\n",
-         "set.xml:2:1: an image has 1 to 2048 pixels a side\n"},
-        {"<image id=\"1\" width=\"0\" height=\"2\" margin=\"4 4 4 4\"/>\n",
-         "set.xml:2:1: an image has 1 to 2048 pixels a side\n"},
-        {"<image id=\"1\" width=\"2\" height=\"2\"><layer><circel r=\"1\"/></layer></image>\n",
-         "set.xml:2:43: <circel> is no element of a drawing\n"},
-        {"<image id=\"1\" width=\"2\" height=\"2\" sizes=\"2x2\"/>\n",
-         "set.xml:2:36: three sizes expected, such as \"60x60 74x74 93x93\"\n"},
-        {"<image id=\"1\" width=\"2\" height=\"2\"><layer>\n<g><rect x=\"{w + "
-         "nine}\"/></g></layer></image>\n",
-         "set.xml:3:10: unknown name 'nine' in 'w + nine'\n"},
-        {"<image id=\"1\" width=\"2\" height=\"2\"><layer><insert name=\"lamp\"/></layer></image>\n",
-         "set.xml:2:43: no drawing 'lamp' is defined\n"},
-        {"<define name=\"a\">\n<insert name=\"a\"/></define>\n"
-         "<image id=\"1\" width=\"2\" height=\"2\"><layer><insert name=\"a\"/></layer></image>\n",
-         "set.xml:2:1: too many levels: does a drawing insert itself?\n"},
-        {"<image id=\"1\" width=\"2\" height=\"2\"><layer slot=\"red\"/></image>\n",
-         "set.xml:2:43: 'red' is no whole number up to 65535\n"},
-        {"<range name=\"\" first=\"2\" last=\"1\"/>\n<image id=\"0\" widht=\"1\"/>\n",
-         "set.xml:2:1: the range ends before it begins\nset.xml:3:15: <image> has no attribute 'widht'\n"},
-    };
-    for (const auto& [content, expected] : cases) {
-        EXPECT_EQ(compile(inSet(content)), expected) << content;
-    }
-    // A place in a shared file is told there.
-    write("shared.xml", "<drawings>\n<define name=\"dot\"><circle r=\"{1 / 0}\"/></define></drawings>");
-    EXPECT_EQ(compile(inSet("<include file=\"shared.xml\"/>\n<image id=\"1\" width=\"2\" height=\"2\">"
-                            "<layer><insert name=\"dot\"/></layer></image>\n")),
-              "shared.xml:2:28: no usable number comes out of '1 / 0'\n");
-}
-
 // An edge is repeated along its side, between two corners: it must not change along it, and must go on from
 // them.
 TEST(ShippedImages, FramePiecesMeetWithoutASeam)

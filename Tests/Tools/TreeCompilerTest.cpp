@@ -98,52 +98,6 @@ TEST_F(TreeCompiler, DefinitionsStandForTheirContentWithWhatIsAdded)
         << "what one use adds stays with it";
 }
 
-TEST_F(TreeCompiler, FaultsComeWithTheirPlace)
-{
-    const struct
-    {
-        std::string text;
-        std::string messages;
-    } cases[] = {
-        {"<tree>\n  <a b='1' b='2'/>\n</tree>",
-         "in.xml:2:12: attribute 'b' stands twice; repeat it as <attr key=\"b\" value=\"...\"/>\n"},
-        {"<tree/><tree/>", "in.xml:1:8: a second root element\n"},
-        {"<tree name='x'/>", "in.xml:1:7: the root has no name; an attribute called 'name' is an <attr>\n"},
-        {"<tree><a b='&#0;'/></tree>",
-         "in.xml:1:13: '&#0;' is a NUL character, where the loader would end the value\n"},
-        {"<tree><a b='\xF0\x9F\x98\x80'/></tree>", "in.xml:1:10: the value of 'b' holds a character above "
-                                                   "U+FFFF, which the loader would cut to 16 bits\n"},
-        {"<tree><a b='\xC3\xA9\xE2\x82\xAC &nbsp; &'/></tree>",
-         "in.xml:1:16: unknown entity '&nbsp;'\nin.xml:1:23: a lone '&' must be written as '&amp;'\n"},
-        {std::string("<tree>\0</tree>", 14), "in.xml:1:7: NUL character\n"},
-        {"<tree><a \xE2\x82\xAC='1'/></tree>",
-         "in.xml:1:10: attribute key '\xE2\x82\xAC' has a character outside Latin-1\n"},
-        {"<tree><node/><tree/></tree>",
-         "in.xml:1:7: <node> needs the attribute 'tag'\n"
-         "in.xml:1:14: <tree> is the root; a node with this tag is written as <node tag=\"tree\">\n"},
-        {"<tree><a/><attr key='k' value='v'/></tree>",
-         "in.xml:1:11: <attr> must stand before the child nodes, since it is applied before they are made\n"},
-        {"<tree><define name='a'/><define name='a'/><a><extend child='b'/></a></tree>",
-         "in.xml:1:25: 'a' is defined already\n"
-         "in.xml:1:46: <extend>: there is no child 'b' to extend\n"},
-        {"<tree><include file='in.xml'/></tree>", "in.xml:1:16: 'in.xml' includes itself\n"},
-        {"<tree><a b='{ {'/></tree>", ""},
-    };
-    for (const auto& item : cases) {
-        EXPECT_EQ(messages(write("in.xml", item.text)), item.messages) << item.text;
-    }
-    EXPECT_EQ(messages((folder_ / "gone.xml").string()), "gone.xml: cannot read 'gone.xml'\n");
-}
-
-TEST_F(TreeCompiler, FaultsOfIncludedFilesAreToldOnceAndUnderTheirName)
-{
-    write("b.xml", "<tree x='1'>\n<include file='a.xml'/></tree>");
-    const std::string main = write("a.xml", "<tree><include file='b.xml'/><include file='b.xml'/></tree>");
-    EXPECT_EQ(messages(main),
-              "b.xml:1:7: the root of an included file has no attributes; they would be lost\n"
-              "b.xml:2:10: 'a.xml' includes itself\n");
-}
-
 TEST_F(TreeCompiler, AnyTreeSurvivesTheWayThroughXmlByteForByte)
 {
     std::mt19937 generator(77);

@@ -46,17 +46,7 @@ inline TreeNode converterNode()
     converters.child(TreeNode("audio:cvt-gain", "gain").attr("label", "dB"))
         .child(TreeNode("audio:cvt-freq", "freq").attr("label", "Hz"))
         .child(TreeNode("audio:cvt-real", "real").attr("decimals", "2"))
-        .child(TreeNode("audio:cvt-percent", "percent").attr("label", "%"))
-        .child(TreeNode("audio:cvt-time", "time").attr("label", "ms"))
-        .child(TreeNode("audio:cvt-time", "timelog").attr("is-log", "true"))
-        .child(TreeNode("audio:cvt-time", "time-sec").attr("scale", "1.0"))
-        .child(TreeNode("audio:cvt-time", "time-exact").attr("is-exact", "true").attr("is-precise", "true"))
-        .child(TreeNode("audio:cvt-ratio", "ratio"))
-        .child(TreeNode("audio:cvt-text", "text"))
-        .child(TreeNode("audio:cvt-bw", "bw"))
-        .child(TreeNode("audio:cvt-enum", "enum"))
-        .child(
-            TreeNode("audio:cvt-enum", "enum-slope").attr("state-names", "-6 dB/oct|-6;-12 soft|-12sft;Off"));
+        .child(TreeNode("audio:cvt-enum", "enum"));
     return TreeNode("core:object", "audio").child(converters);
 }
 

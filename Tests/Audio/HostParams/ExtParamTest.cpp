@@ -16,61 +16,6 @@ using Calls = test::RecordingHost::Calls;
 class ExtParamTest : public HostParamFixture
 {};
 
-TEST_F(ExtParamTest, TellsTheHostOfEveryChangeButItsOwnAndThoseOfOtherGroups)
-{
-    CAudioParam& a = declare("p.a", "real", "0", "10", "5");
-    CAudioParam& b = declare("p.b", "real", "0", "10", "5");
-    CAudioExtParam& extA = add("A", "p.a");
-    add("B", "p.b");
-
-    b.setValue(0, 0, 0, 2.5, context_);
-    EXPECT_EQ(host_.take(), (Calls{{1, 0.25}}));
-    b.setValue(1, 0, 0, 7.5, context_);
-    b.setValue(0, 0, 0, 2.5, context_);
-    extA.setNormalized(0.75);
-    EXPECT_EQ(host_.take(), Calls{}) << "another group, no change, the host itself";
-    EXPECT_EQ(extA.getNormalized(), 0.75);
-
-    // A preset: each changed parameter one by one.
-    CAudioParamContext preset(CAudioParamOrigin::kActivation);
-    preset.batch = &collector_->newBatch();
-    a.clearToDefault(-1, -1, preset);
-    b.clearToDefault(-1, -1, preset);
-    collector_->submitBatch(*preset.batch);
-    EXPECT_EQ(host_.take(), (Calls{{0, 0.5}, {1, 0.5}}));
-
-    list_->setHostBridge(nullptr);
-    b.setValue(0, 0, 0, 1.0, context_);
-    EXPECT_EQ(host_.take(), Calls{});
-    EXPECT_EQ(list_->find(b, 0, 0), 1);
-    EXPECT_EQ(list_->find(b, 1, 0), -1);
-}
-
-TEST_F(ExtParamTest, CarriesPostedValuesToTheProcesses)
-{
-    CAudioParam& param = declare("p.gain", "gain", "-24", "24", "0");
-    CAudioExtParam& gain = add("Gain", "p.gain");
-    test::Slot slot(param);
-    callAudio();
-    slot.drain();
-
-    gain.postNormalized(0.25);
-    gain.postNormalized(0.75);
-    env_->setInProcess(true);
-    collector_->applyPending(env_->getPositionSec());
-    list_->applyPosted(env_->getPositionSec());
-    env_->setInProcess(false);
-    const int events = slot.drain();
-    EXPECT_EQ(events, 1) << "the later value replaces the earlier";
-    EXPECT_NEAR(20.0 * std::log10(slot.storage.get(0, 0)), 12.0, 1e-9);
-    EXPECT_EQ(gain.getDisplay(), "12.0") << "before control threads have fetched it";
-
-    collector_->takeChangesFromAudio();
-    EXPECT_EQ(param.getValue(0, 0), slot.storage.get(0, 0));
-    EXPECT_NEAR(gain.getNormalized(), 0.75, 1e-12);
-    EXPECT_EQ(host_.take(), Calls{}) << "the host's own values do not come back";
-}
-
 TEST_F(ExtParamTest, KeepsANewerPostedValueWhenAnOlderOneComesBackFromTheAudioSide)
 {
     declare("p.a", "real", "0", "10", "5");

@@ -1,9 +1,7 @@
 // The two ends of the audio/UI interface, joined.
 #include "../Viz/VizFixture.h"
-#include "CAudioExtParamHostBridge.h"
 #include "CAudioInterfaceBase.h"
 #include "CAudioInterfaceClient.h"
-#include "CAudioParamRegistry.h"
 #include "CEventLoop.h"
 #include "CNotifyServer.h"
 
@@ -37,7 +35,6 @@ protected:
             creatorRow<CAudioInterfaceBase>("audio:interface-base"),
             creatorRow<CAudioInterfaceClientConnectorVST>("audio:interface-client-connector-vst"),
             creatorRow<CAudioInterfaceClient>("audio:interface-client"),
-            creatorRow<CAudioParamRegistry>("audio:param-registry"),
             {},
         };
         EXPECT_OK(registerCreators(rows));
@@ -86,11 +83,6 @@ protected:
         return client_;
     }
     double shownGain() { return client()->findParam("p.gain")->values.get(0, 0); }
-    void change(double value, const char* step)
-    {
-        EXPECT_OK(
-            client_->send(record::CChangeParams{step, 1, true, {{"p.gain", 0, 0, false, {value}, {}}}}));
-    }
 
     CEventLoop loop_;
     CAudioParam* gain_ = nullptr;
@@ -124,40 +116,6 @@ TEST_F(InterfaceTest, FillsUpToAnEntryBeyondTheListAndTellsWhatItRefuses)
     EXPECT_EQ(names.getCurrent().getCount(0), 3);
 }
 
-TEST_F(InterfaceTest, EditsTheProgramsOfARegistryAndTellsItsState)
-{
-    class Listener : public CAudioInterfaceRegistryListener
-    {
-    public:
-        void onRegistryState(const record::CRegistryState& now) override { state = now; }
-        record::CRegistryState state;
-    } listener;
-    const CAttrMap attributes{{"hierarchy", CAttrValue("p")},
-                              {"is-master", CAttrValue("true")},
-                              {"id", CAttrValue("x")},
-                              {"param-collector", CAttrValue("param-collector")}};
-    CAudioParamRegistry* registry = nullptr;
-    ASSERT_OK(root_->createChild(registry, "audio:param-registry", "programs", false, nullptr, &attributes));
-    client_->addRegistryListener(listener);
-    EXPECT_OK(client_->send(record::CGetRegistry{"programs"}));
-    CMemoryWriteBuffer stream;
-    ASSERT_OK(CAudioPreset("x:Second").save(stream));
-    record::CEditPrograms edit{.registry = "programs", .command = record::CEditPrograms::kAdd, .body = {}};
-    stream.copyTo(edit.body);
-    EXPECT_OK(client_->send(edit));
-    EXPECT_OK(client_->send(record::CRegistryCommand{"programs", record::CRegistryCommand::kABSwap, 0}));
-    client();
-    EXPECT_EQ(listener.state.programs, (std::vector<CString>{"Default", "Second"}));
-    EXPECT_TRUE(listener.state.isB);
-    edit = {
-        .registry = "programs", .command = record::CEditPrograms::kMove, .index = 1, .target = 0, .body = {}};
-    EXPECT_OK(client_->send(edit));
-    EXPECT_OK(client_->send(record::CEditPrograms{"programs", record::CEditPrograms::kDelete, 0, -1, {}}));
-    client();
-    EXPECT_EQ(listener.state.programs, std::vector<CString>{"Default"});
-    client_->removeRegistryListener(listener);
-}
-
 TEST_F(InterfaceTest, AnswersOnlyTheClientThatAsksAndForgetsOneThatLeaves)
 {
     const std::int32_t id = viz_->registerSource("meter");
@@ -182,27 +140,6 @@ TEST_F(InterfaceTest, AnswersOnlyTheClientThatAsksAndForgetsOneThatLeaves)
     openWindow();
     client_->watchParam("p.gain");
     EXPECT_EQ(shownGain(), 2.0) << "a new window asks afresh";
-}
-
-TEST_F(InterfaceTest, RefusesWhatItDoesNotUnderstandAndChangesNothing)
-{
-    const std::uint8_t unknown[] = {210, 4, 0, 0};
-    EXPECT_FAILS(clientWire_->sendToBase(CByteBuffer(unknown)), "Invalid data type 1234.");
-    EXPECT_FAILS(client()->send(record::CGetRegistry{"nothing"}),
-                 "No param registry object 'nothing' found.");
-    const CByteBuffer whole =
-        encodeRecord(record::CChangeParams{"step", 1, false, {{"p.gain", 0, 0, false, {3.0}, {}}}});
-    for (std::size_t size = 0; size < whole.size(); ++size) {
-        CError error = clientWire_->sendToBase(CByteBuffer(whole.bytes().first(size)));
-        EXPECT_TRUE(error) << size;
-    }
-    EXPECT_EQ(gain_->getValue(0, 0), 1.0);
-    EXPECT_EQ(client()->getHistory().steps.size(), 1U);
-    wire_->setBase(nullptr);
-    EXPECT_FAILS(client()->send(record::CGetState{}), "No base object defined.");
-    clientWire_->setClient(nullptr);
-    EXPECT_FAILS(clientWire_->onProcessBaseData({}), "No client object defined.");
-    wire_->setBase(base_);
 }
 
 TEST_F(InterfaceTest, KeepsTheOrderOfEachSenderAndDropsWhatIsQueuedWhenTheWindowCloses)

@@ -42,22 +42,6 @@ protected:
     CAudioInterfaceClient* client_ = nullptr;
 };
 
-TEST_F(ProductInterface, KnowsTheRateAndTheChannelsFromTheStartAndFollowsThem)
-{
-    EXPECT_EQ(client()->getEnvironment().sampleRateHz, 48000.0);
-    EXPECT_EQ(client()->getEnvironment().hostInputs, 2);
-    host_.suspend();
-    CAudioHostSetup setup;
-    setup.sampleRateHz = 96000.0;
-    setup.inputCount = 8;
-    setup.outputCount = 6;
-    host_.resume(setup);
-    EXPECT_EQ(client()->getEnvironment().sampleRateHz, 96000.0);
-    EXPECT_EQ(client()->getEnvironment().hostInputs, 8);
-    EXPECT_EQ(client()->getEnvironment().hostOutputs, 6);
-    EXPECT_EQ(client()->getEnvironment().groups, 8);
-}
-
 TEST_F(ProductInterface, UndoingAChangeAlsoGivesBackTheNameOfThePreset)
 {
     CAudioParam& name = paramOf(host_, "modDrumfell.dcfilter-params.name");

@@ -1,6 +1,4 @@
 // Visual data on their way from the audio thread, and who switches them on.
-#include "Streams/CMemoryReader.h"
-#include "Streams/CMemoryWriteBuffer.h"
 #include "VizFixture.h"
 
 #include <atomic>
@@ -114,51 +112,6 @@ TEST_F(VizCollectorTest, KeepsOrderBetweenAnAudioThreadAndReaders)
     viz_->take(got);
     ASSERT_EQ(got.size(), 1U);
     EXPECT_EQ(got[0].timeSec, kCount);
-}
-
-TEST(VizData, ComesBackFromItsWireFormAndIsRefusedWhenCutShort)
-{
-    CAudioVizDataMeter meter;
-    meter.level = 0.25;
-    meter.peak = 0.5;
-    CAudioVizDataInfo info;
-    info.text = "a text";
-    info.kind = 3;
-    CAudioVizDataSpectrum spectrum;
-    spectrum.bins = {1.0, -2.0, 3.5};
-    spectrum.sampleRateHz = 48000.0;
-    spectrum.windowSize = 1024;
-    for (CAudioVizData* data : std::initializer_list<CAudioVizData*>{&meter, &info, &spectrum}) {
-        data->id = 7;
-        data->group = 1;
-        data->element = 5;
-        data->timeSec = 12.5;
-        CMemoryWriteBuffer buffer;
-        ASSERT_OK(data->save(buffer));
-        CByteBuffer bytes;
-        buffer.copyTo(bytes);
-        CMemoryReader reader(bytes.bytes());
-        std::unique_ptr<CAudioVizData> back;
-        ASSERT_OK(CAudioVizData::load(reader, back));
-        EXPECT_EQ(back->getType(), data->getType());
-        CMemoryWriteBuffer again;
-        ASSERT_OK(back->save(again));
-        CByteBuffer bytesAgain;
-        again.copyTo(bytesAgain);
-        EXPECT_TRUE(bytes == bytesAgain);
-        EXPECT_EQ(back->id, 7);
-        EXPECT_EQ(back->timeSec, 12.5);
-        for (std::size_t size = 0; size < bytes.size(); ++size) {
-            CMemoryReader part(bytes.bytes().first(size));
-            CError error = CAudioVizData::load(part, back);
-            EXPECT_TRUE(error) << size;
-            EXPECT_EQ(back, nullptr);
-        }
-    }
-    const std::uint8_t unknown[32] = {99};
-    CMemoryReader reader{std::span(unknown)};
-    std::unique_ptr<CAudioVizData> back;
-    EXPECT_FAILS(CAudioVizData::load(reader, back), "Invalid visual data type 99.");
 }
 
 } // namespace

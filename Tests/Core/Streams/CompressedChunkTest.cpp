@@ -68,20 +68,4 @@ TEST(CompressedChunk, BytesBehindTheStreamAreNotLookedAtButItsDataAreComplete)
     EXPECT_EQ(readChunk(chunkClaiming(1000, data), out), "The data are longer than their head tells.");
 }
 
-TEST(CompressedChunk, ALyingSizeNeitherHangsNorTakesMemory)
-{
-    Bytes chunk = chunkClaiming(0xFFFFFFFF, noise(64));
-    const std::size_t believable = 1032 * (chunk.size() - kHeadBytes);
-    CByteBuffer out;
-    EXPECT_EQ(readChunk(chunk, out), "Premature end of file.");
-    EXPECT_LE(out.size(), believable);
-    // Input that never becomes output must not be waited for.
-    chunk.insert(chunk.end(), 100, 0);
-    EXPECT_EQ(readChunk(chunk, out), "Premature end of file.");
-
-    CTrickleReader reader(chunk, 10);
-    EXPECT_EQ(message(reader.readCompressedData(out, kId)), "Premature end of file.");
-    EXPECT_LE(out.size(), 65536u);
-}
-
 } // namespace qel

@@ -4,7 +4,6 @@
 #include "../Views/ViewFixture.h"
 #include "CButton.h"
 #include "CFrame.h"
-#include "CGradient.h"
 #include "CImageSetObject.h"
 #include "CPicture.h"
 #include "CScrollerBar.h"
@@ -95,7 +94,7 @@ private:
     static constexpr CCreatorRow kControlRows[] = {
         creatorRow<CImageSetObject>("imageset"),        creatorRow<CButton>("ui:button"),
         creatorRow<CButton>("ui:button-base"),          creatorRow<CFrame>("ui:frame"),
-        creatorRow<CGradient>("ui:overlay-gradient"),   creatorRow<CPicture>("ui:picture"),
+        creatorRow<CPicture>("ui:picture"),
         creatorRow<CScrollerBar>("ui:scroller-bar"),    creatorRow<CUIParam>("ui:ui-param"),
         creatorRow<CValueList>("ui:value-list-manual"), {nullptr, nullptr, nullptr},
     };

@@ -1,6 +1,5 @@
 // Knobs in front of a running instance, moved by a user without a screen.
 #include "CKnob.h"
-#include "CParamGroupSelector.h"
 #include "ControlUserFixture.h"
 #include "KnobLaws.h"
 
@@ -187,19 +186,6 @@ TEST_F(Knob, InRadialModeAKnobPointsToThePointer)
     EXPECT_EQ(host_->calls.size(), 2U);
 }
 
-TEST_F(Knob, FollowsItsGroupAndEndsNoGestureOfAnother)
-{
-    drag("gain", 20.0);
-    EXPECT_OK(tree_->at<CParamGroupSelector>("ui.group").setGroup(1));
-    wait();
-    EXPECT_NEAR(norm("gain"), 0.5, 1e-9);
-    EXPECT_EQ(knob("gain").getPictureIndex(), 42);
-    drag("gain", -20.0);
-    EXPECT_OK(tree_->at<CParamGroupSelector>("ui.group").setGroup(0));
-    wait();
-    EXPECT_NEAR(norm("gain"), 0.5647, 1e-4);
-}
-
 TEST_F(Knob, AWindowThatClosesInMidDragLeavesNothingHeld)
 {
     point("gain");
@@ -212,16 +198,6 @@ TEST_F(Knob, AWindowThatClosesInMidDragLeavesNothingHeld)
     tree_->settle();
     ASSERT_EQ(host_->calls.size(), 2U);
     EXPECT_EQ(host_->calls[1].substr(0, 3), "end");
-}
-
-TEST_F(Knob, CopiesItsValueToAnother)
-{
-    drag("gain", 20.0);
-    EXPECT_OK(knob("gain").receiveEvent("copy", {}));
-    EXPECT_OK(knob("sub").receiveEvent("paste", {}));
-    wait();
-    EXPECT_NEAR(norm("sub"), norm("gain"), 2e-3);
-    EXPECT_NEAR(norm("gain"), 0.5647, 1e-4) << "only what is pointed at";
 }
 
 TEST_F(Knob, AScaleShowsWhileThePointerIsOnTheKnob)

@@ -89,25 +89,5 @@ TEST_F(Pictures, APictureIsAsLargeAsItsImageAndStandsWhereItIsAligned)
                  "Invalid picture alignment 'top'.");
 }
 
-TEST_F(Pictures, AGradientRunsFromTheBrightestShadeToTheDarkestOverWholeViews)
-{
-    loadControls(
-        {placed("ui:overlay-gradient", "g", {{"width", "100"}, {"height", "90"}, {"is-tiling-x", "true"}})});
-    const auto mean = [&](std::int32_t y) {
-        int sum = 0;
-        for (std::int32_t x = 0; x < 64; ++x) {
-            sum += value(x, y);
-        }
-        return sum / 64;
-    };
-    EXPECT_GT(mean(0), 245);
-    EXPECT_LT(mean(89), 10);
-    for (std::int32_t y = 8; y < 90; ++y) {
-        EXPECT_LT(mean(y), mean(y - 8)) << "row " << y;
-    }
-    EXPECT_NEAR(value(99, 45), 127, 20) << "repeats across";
-    EXPECT_EQ(value(100, 45), 0);
-}
-
 } // namespace
 } // namespace qel

@@ -1,6 +1,4 @@
 // Values that are read and typed, in front of a running instance.
-#include "CGroupLabel.h"
-#include "CKnob.h"
 #include "CReadOut.h"
 #include "ControlUserFixture.h"
 
@@ -21,9 +19,6 @@ constexpr const char* kWindow = R"(
     <value name="freq" bridge="ui.freq" default-value="90 Hz"/>
     <value name="dry" bridge="ui.dry"/>
     <value name="name" bridge="ui.name" needs-ui-param-controller="false"/>
-    <ui:knob name="knob" placement="left" width="70" height="74" bridge="ui.sub">
-      <value name="readout" bridge="ui.sub" placement="bottom"/>
-    </ui:knob>
   </ui:window-drag>
 )";
 
@@ -137,22 +132,6 @@ TEST_F(ReadOut, IsDraggedButNotByATremblingHand)
     user_->release();
     wait();
     EXPECT_EQ(param("gain").getNorm(0), 0.5);
-}
-
-TEST_F(ReadOut, OpensForTheKnobThatItBelongsTo)
-{
-    pointAt("knob", 35.0, 30.0);
-    user_->press();
-    user_->release();
-    user_->press(platform::MouseButton::kLeft, true);
-    user_->release();
-    wait();
-    ASSERT_TRUE(isEditing("knob.readout"));
-    user_->type(U"-6");
-    user_->key(platform::key::kEnter);
-    wait();
-    EXPECT_EQ(shown("knob.readout"), "-6.0 dB");
-    EXPECT_EQ(at<CKnob>("knob").getPictureIndex(), 32);
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 #include "CParamGroupSelector.h"
 #include "CSelectorGroup.h"
 #include "CSelectorOversampling.h"
-#include "CSelectorPalette.h"
 #include "CSelectorScale.h"
 #include "ControlFixture.h"
 
@@ -56,7 +55,6 @@ private:
         creatorRow<CParamGroupSelector>("ui:param-group-selector"),
         creatorRow<CSelectorGroup>("ui:selector-group"),
         creatorRow<CSelectorOversampling>("ui:selector-oversampling"),
-        creatorRow<CSelectorPalette>("ui:selector-palette"),
         creatorRow<CSelectorScale>("ui:selector-scale"),
         {nullptr, nullptr, nullptr},
     };
@@ -171,32 +169,6 @@ TEST_F(Selectors, ValuesOfItemsHaveNamesAndAreChecked)
     EXPECT_TRUE(at("w.a.item").isStateActive("error"));
     set("setting", "count", "2");
     EXPECT_EQ(dynamic_cast<CControlArray&>(at("w.a")).getItemCount(), 2U);
-}
-
-TEST_F(Selectors, SayWhatIsWrong)
-{
-    struct Case
-    {
-        const char* tag;
-        Attrs attrs;
-        const char* message;
-    };
-    const Case cases[] = {
-        {"ui:control-array", {}, "Object tag not defined."},
-        {"ui:control-array", {{"object-tag", "core:object"}, {"object-count", "1"}}, "Object is not a view."},
-        {"ui:selector-palette", {}, "Unable to locate palette object 'shared::pal'."},
-        {"ui:selector-scale", {{"shared-attribute", "gone"}}, "Invalid selector shared attribute 'gone'."},
-        {"ui:selector-group", {}, "No group selector object '' found."},
-    };
-    loadControls({});
-    for (const Case& wrong : cases) {
-        CAttrMap attrs;
-        for (const auto& [key, value] : wrong.attrs) {
-            attrs[key] = CAttrValue(CString(value));
-        }
-        CObject* made = nullptr;
-        EXPECT_FAILS(at("w").createChild(made, wrong.tag, "s", false, nullptr, &attrs), wrong.message);
-    }
 }
 
 } // namespace

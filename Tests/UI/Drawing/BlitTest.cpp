@@ -1,9 +1,6 @@
 // Painting into bitmaps, against the plainest code that does the same.
-#include "CDrawLoad.h"
-#include "CImageSet.h"
 #include "CLinearBitmap.h"
 #include "GraphicsBytes.h"
-#include "Streams/CMemoryReader.h"
 #include "TreeFixture.h"
 
 namespace qel {
@@ -193,29 +190,6 @@ TEST(Blit, FillsBlendsAndInvertsAsThePlainFormulasDo)
     }
 }
 
-TEST(Blit, CountsWhatItTouches)
-{
-    std::mt19937 random(13);
-    CLinearBitmap bitmap;
-    fillRandom(bitmap, random);
-    const Picture picture = Picture::random(10, 4, random);
-    const std::vector<std::uint8_t> raster = picture.code(2);
-    CImageLayer layer;
-    layer.rasterWidth = 10;
-    layer.rasterHeight = 4;
-    layer.raster = raster;
-    const CPaletteColor color;
-    const auto cost = [](auto&& paint) {
-        drawing::resetDrawCounter();
-        paint();
-        return drawing::getDrawCounter();
-    };
-    const CPixelRect all = bitmap.getBounds();
-    EXPECT_EQ(cost([&] { bitmap.blit(layer, -3, 0, all, color, 1.0); }), 500 + 7 * 4);
-    EXPECT_EQ(cost([&] { bitmap.blit(layer, -30, 0, all, color, 1.0); }), 500);
-    EXPECT_EQ(cost([&] { bitmap.fillRect({0, 0, 5, 5}, all, color, 0.5); }), 200 + 25);
-}
-
 TEST(Blit, RefusesSizesThatCannotBe)
 {
     CLinearBitmap bitmap;
@@ -227,28 +201,6 @@ TEST(Blit, RefusesSizesThatCannotBe)
     ASSERT_OK(bitmap.copyFrom(small));
     EXPECT_EQ(bitmap.getRow(1)[2], 5u);
     EXPECT_EQ(bitmap.getHeight(), 2);
-}
-
-TEST(DrawLoad, IsTheSmallerOfTheMeanAndTheLeastOfTheLastFrames)
-{
-    CDrawLoad load;
-    EXPECT_EQ(load.getText(), "0.0000%");
-    const auto addFrame = [&](std::int64_t cost) {
-        drawing::resetDrawCounter();
-        drawing::addDrawCost(cost);
-        load.addFrame();
-    };
-    addFrame(9000000);
-    EXPECT_EQ(load.getText(), "100.0000%");
-    for (int i = 0; i < 20; ++i) {
-        addFrame(i < 15 ? 0 : 800000);
-    }
-    EXPECT_DOUBLE_EQ(load.getLoad(), 300.0 / 21.0) << "the mean of 100, 15 times 0, 5 times 40";
-    EXPECT_DOUBLE_EQ(load.getStaticViewUpdate(10.0, 9.0), 0.5);
-    EXPECT_DOUBLE_EQ(load.getStaticViewUpdate(10.0, 2.0), 0.0);
-    addFrame(0);
-    EXPECT_EQ(load.getLoad(), 0.0);
-    EXPECT_DOUBLE_EQ(load.getStaticViewUpdate(10.0, 10.0), 1.0 - 2.0 / 21.0) << "100 has dropped out";
 }
 
 } // namespace

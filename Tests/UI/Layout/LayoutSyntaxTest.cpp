@@ -34,20 +34,6 @@ TEST(LayoutSyntax, BordersReplaceAndAddSideBySide)
     EXPECT_EQ(sides("1 *L1.5", 1.25, false), "3.125 1.25 1.25 1.25 ");
 }
 
-TEST(LayoutSyntax, BadBordersAreTracedAndCountAsNothing)
-{
-    std::vector<std::string> lines;
-    const CTraceHook before = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
-    EXPECT_EQ(sides("7 L T2px *R1e1 B++1"), "0 0 7 0 ");
-    EXPECT_EQ(sides("7 L- R1-2 T1.2.3"), "0 0 0 7 ");
-    setTraceHook(before);
-    const std::vector<std::string> expected = {
-        "Invalid border syntax: 'L' (1)", "Invalid border syntax: 'T2px' (2)",
-        "Invalid border syntax: '*R1e1' (2)", "Invalid border syntax: 'B++1' (2)",
-        "Invalid border syntax: 'L-' (1)"};
-    EXPECT_EQ(lines, expected);
-}
-
 TEST(LayoutSyntax, SizesTakeNamesNumbersAndPercentages)
 {
     using Form = CViewSize::Form;

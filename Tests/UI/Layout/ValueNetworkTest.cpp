@@ -7,8 +7,9 @@
 namespace qel {
 namespace {
 
-struct Network
+class ValueNetwork : public ::testing::Test
 {
+protected:
     CVariableId variable(double value = 0.0)
     {
         CVariableId id = kNoVariable;
@@ -23,66 +24,9 @@ struct Network
         network_.propagate();
         return id;
     }
-    // Computed on its own: close constants are one.
-    static float result(const CFormula& formula)
-    {
-        Network alone;
-        return alone.network_.getValue(alone.follower(formula));
-    }
 
     CValueNetwork network_;
 };
-
-class ValueNetwork : public ::testing::Test, protected Network
-{};
-
-CFormula numbers(std::initializer_list<double> values, COperator operation)
-{
-    CFormula formula;
-    for (const double value : values) {
-        formula.constant(value);
-    }
-    return formula.op(operation);
-}
-
-TEST_F(ValueNetwork, OperatorsDoWhatTheyPromise)
-{
-    struct Case
-    {
-        CFormula formula;
-        float expected;
-    };
-    const Case cases[] = {
-        {numbers({7, 2}, COperator::kDivide), 3.5f},
-        {numbers({7, 2, 9}, COperator::kSafeDivide), 3.5f},
-        {numbers({7, -2, 9}, COperator::kSafeDivide), -3.5f},
-        {numbers({7, 0.00009, 9}, COperator::kSafeDivide), 9.0f},
-        {numbers({7}, COperator::kHalf), 3.5f},
-        {numbers({2.5}, COperator::kFloor), 2.0f},
-        {numbers({-2.5}, COperator::kFloor), -3.0f},
-        {numbers({-2, -3}, COperator::kMax2), -2.0f},
-        {numbers({5, -2, -3, 2}, COperator::kMaxN).op(COperator::kAdd), 3.0f},
-        {numbers({0}, COperator::kMaxN), 0.0f},
-        {numbers({7, 6, 1.99995, 2}, COperator::kMaxN).op(COperator::kAdd), 13.0f},
-        {numbers({5, 2}, COperator::kSubtract), 3.0f},
-        {numbers({5, 2}, COperator::kMultiply), 10.0f},
-        {numbers({2.5}, COperator::kRound), 3.0f},
-        {numbers({-2.5}, COperator::kRound), -3.0f},
-        {numbers({0.49999997}, COperator::kRound), 0.0f},
-        {numbers({8388609}, COperator::kRound), 8388609.0f},
-        // What leaves the value alone.
-        {numbers({1}, COperator::kAdd), -7.0f},
-        {numbers({1, 2, 3}, COperator::kAdd), -7.0f},
-        {numbers({1, 2, 3}, COperator::kMaxN), -7.0f},
-        {numbers({1, -1}, COperator::kMaxN), -7.0f},
-        {numbers({1, 0}, COperator::kDivide), -7.0f},
-        {CFormula().op(static_cast<COperator>(12)), -7.0f},
-        {CFormula(), -7.0f},
-    };
-    for (std::size_t i = 0; i < std::size(cases); ++i) {
-        EXPECT_EQ(result(cases[i].formula), cases[i].expected) << "case " << i;
-    }
-}
 
 TEST_F(ValueNetwork, ChangesGoAsFarAsValuesChangeAndCostOneComputationEach)
 {

@@ -128,23 +128,6 @@ TEST_F(ViewArea, IsToldOfChangesOnceAndOfHidingAsOfAnEmptyPlace)
     EXPECT_EQ(tree_->view("root.a.b").getChildCount(), 0u);
 }
 
-TEST_F(ViewArea, ScrollableViewsReportTheExtentThatMovesUnderThem)
-{
-    load("");
-    CAttrMap attributes;
-    for (const auto& [name, value] :
-         std::initializer_list<std::pair<const char*, const char*>>{{"is-scrollable", "1"},
-                                                                    {"width", "100"},
-                                                                    {"height", "50"},
-                                                                    {"ratio-x", "0.5"},
-                                                                    {"offset-x", "0.25"}}) {
-        attributes[name] = CAttrValue(CString(value));
-    }
-    CToldView& view = told("", attributes);
-    EXPECT_EQ(view.whole_, (CRect{-50, 0, 200, 50}));
-    EXPECT_EQ(view.visible_, (CRect{0, 0, 100, 50}));
-}
-
 TEST_F(ViewArea, FreesItsRoomAndItsVariablesWhenItGoes)
 {
     load(R"(<v n="a" width="10" height="10"/><v n="m" placement="match" placement-match="^a"/>
@@ -185,21 +168,6 @@ TEST_F(ViewArea, AMatchedViewThatIsHiddenOrGoesLeavesNothingBehind)
     EXPECT_EQ(tree_->rect(".p.m"), CRect());
 }
 
-TEST_F(ViewArea, AWindowWithTooManyViewsReportsItAndGoesOn)
-{
-    load(R"(<v n="a" width="10" height="10"/>)");
-    CError error;
-    for (int i = 0; i < 5000 && !error; ++i) {
-        CViewBasePlacement* view = nullptr;
-        error = tree_->view("root.a").createChild(view, "ui:view", "one");
-    }
-    EXPECT_NE(error.text().find("layout variables"), std::string::npos);
-    const CError solved = tree_->view("root").solveLayout();
-    EXPECT_NE(solved.text().find("layout variables"), std::string::npos);
-    CObject::releaseObject(&tree_->view("root.a"));
-    EXPECT_FALSE(tree_->view("root").solveLayout());
-}
-
 TEST_F(ViewArea, LongRowsAndStacksAreLaidOutToTheLastChild)
 {
     std::string views = R"(<v n="row" placement="top" width="compact">)";
@@ -231,39 +199,6 @@ TEST_F(ViewArea, LongRowsAndStacksAreLaidOutToTheLastChild)
     tree_->change(".docked.v", "height", "12");
     EXPECT_EQ(tree_->rect(".docked.v#399"), (CRect{1, 3211, 7, 2}));
     EXPECT_EQ(tree_->rect(".rows.v#299"), (CRect{0, 3812, 3, 2}));
-}
-
-TEST_F(ViewArea, FaultsOfATreeAreTold)
-{
-    const std::pair<const char*, const char*> cases[] = {
-        {R"(<v n="a" placement="middle"/>)", "Invalid placement 'middle'."},
-        {R"(<v n="a" placement="match" placement-match="^b"/>)", "Invalid match '^b'."},
-        {R"(<v n="a" alignment-h="top"/>)", "Invalid alignment-h 'top'."},
-        {R"(<v n="a" alignment-v="left"/>)", "Invalid alignment-v 'left'."},
-        {R"(<v n="a" inline-alignment-h="middle"/>)", "Invalid inline-alignment-h 'middle'."},
-        {R"(<v n="a" inline-alignment-v=""/>)", "Invalid inline-alignment-v ''."},
-        {R"(<v n="a" z-index="^b"/>)", "Z-index target not found: ^b"},
-    };
-    for (const auto& [views, text] : cases) {
-        try {
-            const test::LayoutRig tree(views);
-            ADD_FAILURE() << text;
-        } catch (const tools::CToolError& error) {
-            EXPECT_NE(std::string(error.what()).find(text), std::string::npos) << error.what();
-        }
-    }
-    EXPECT_THROW(tools::CLayoutTree(test::compileXml("<tree><ui:view name='a'/></tree>"), 1.0),
-                 tools::CToolError);
-
-    std::vector<std::string> lines;
-    const CTraceHook before = setTraceHook([&](const CString& line) { lines.push_back(line.toUtf8()); });
-    // Two views as wide as the view that is as wide as both.
-    const test::LayoutRig tree(R"(<v n="p"><v n="a" width="full" min-width="1"/><v n="b" width="full"/>
-                                  <v n="c" placement="scroller-v" width="5"/></v>)");
-    setTraceHook(before);
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0], "Invalid placement 11, parent view does not support scrolling // root.p.c");
-    EXPECT_EQ(lines[1], "Too many recursions");
 }
 
 TEST_F(ViewArea, OrderAndMotionAreInheritedAsDeclared)

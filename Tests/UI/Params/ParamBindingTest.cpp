@@ -1,7 +1,6 @@
 // Controls bound to a running instance.
 #include "CAudioExtParam.h"
 #include "CParamBridgeAudio.h"
-#include "CParamEdit.h"
 #include "CParamGroupController.h"
 #include "CParamGroupSelector.h"
 #include "CUIParam.h"
@@ -176,27 +175,6 @@ TEST_F(ParamBinding, AGestureIsOneStepAndOnePairOfCallsForTheHost)
     EXPECT_OK(knob.setNorm(0, 0.3));
     tree_.settle();
     EXPECT_EQ(history().size(), 7U);
-}
-
-TEST_F(ParamBinding, SeveralKnobsThatMoveTogetherAreOneStep)
-{
-    CUIParam& knob = param("knob");
-    CUIParam& out = param("out");
-    EXPECT_OK(knob.beginEdit());
-    EXPECT_OK(out.beginEdit());
-    for (const double norm : {0.6, 0.7, 0.8}) {
-        CParamEdit edit;
-        EXPECT_OK(knob.setNorm(0, norm, &edit));
-        EXPECT_OK(out.setNorm(0, norm, &edit));
-        EXPECT_OK(edit.send());
-    }
-    EXPECT_OK(knob.endEdit());
-    EXPECT_OK(out.endEdit());
-    tree_.settle();
-    EXPECT_EQ(history().size(), 2U);
-    undo();
-    EXPECT_NEAR(knob.getNorm(0), 0.5, 1e-9);
-    EXPECT_NEAR(out.getNorm(0), 0.5, 1e-9);
 }
 
 TEST_F(ParamBinding, AutomationMovesTheControlButNotUnderTheHand)
@@ -380,30 +358,6 @@ TEST_F(ParamBinding, StateSwitchesWatchAParameterOfTheirGroupAndWhatAControlIsBo
     EXPECT_EQ(hintOf(R"( ui-param="mode.p" value="1")",
                      [](EditorTree& tree) { tree.set("shared.setting", "mode", "a"); }),
               "off on");
-}
-
-TEST_F(ParamBinding, SaysWhatItCannotFind)
-{
-    const auto failureOf = [&](const char* tag, const CAttrMap& attributes, const char* parent) {
-        CObject* made = nullptr;
-        const CError error =
-            tree_.at<CObject>(parent).createChild(made, tag, "x", false, nullptr, &attributes);
-        return error.text();
-    };
-    const auto expectIn = [](const std::string& text, const char* part) {
-        EXPECT_NE(text.find(part), std::string::npos) << text;
-    };
-    expectIn(failureOf("ui:ui-param", {}, "shared"), "Parent object does not support ui-param.");
-    expectIn(failureOf("ui:ui-param", {{"bridge", CAttrValue("shared.group")}}, "knob"),
-             "Invalid parameter bridge object 'shared.group'.");
-    expectIn(failureOf("ui:ui-param", {{"shared-attribute", CAttrValue("shared")}}, "knob"),
-             "Invalid parameter shared attribute 'shared'.");
-    expectIn(failureOf("ui:param-bridge", {{"interface-client", CAttrValue("ui")}}, "shared"),
-             "No interfacing object 'ui' found.");
-    expectIn(failureOf("ui:param-group-controller",
-                       {{"interface-client", CAttrValue("ui.client")}, {"group-selector", CAttrValue("ui")}},
-                       "shared"),
-             "No group selector object 'ui' found.");
 }
 
 } // namespace

@@ -115,22 +115,5 @@ TEST_F(ValueLists, FollowTheChannelsAndTheirRouting)
     EXPECT_EQ(textOf(client + R"(mode="audio-curgroup")"), "1");
 }
 
-TEST_F(ValueLists, SayWhatTheyCannotShow)
-{
-    const std::pair<CAttrMap, const char*> cases[] = {
-        {{{"mode", CAttrValue("all")}}, "Invalid value list mode specified: all"},
-        {{{"routing-label-mode", CAttrValue("x")}}, "Invalid routing label mode specified: x"},
-        {{{"group-selector", CAttrValue("s.none")}}, "Unable to locate group selector: s.none"},
-        {{{"mode", CAttrValue("audio-ins")}}, "Unable to locate interface client."},
-    };
-    load("");
-    for (const auto& [attributes, message] : cases) {
-        CObject* made = nullptr;
-        EXPECT_FAILS(
-            tree_->at<CObject>("s").createChild(made, "ui:value-list", "x", false, nullptr, &attributes),
-            message);
-    }
-}
-
 } // namespace
 } // namespace qel::test

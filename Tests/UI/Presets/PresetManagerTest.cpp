@@ -269,19 +269,5 @@ TEST_F(PresetManager, NewInstancesStartWithTheDefaultPresetOnceTheUserHasConfirm
     EXPECT_EQ(next.getRegistry().getProgramName(0), "Defined Kicks");
 }
 
-TEST_F(PresetManager, SaysWhatItCannotFind)
-{
-    EditorTree tree(*host_, "");
-    const auto failure = [&](const CAttrMap& attributes) {
-        CObject* made = nullptr;
-        return tree.at<CObject>("ui").createChild(made, "ui:preset-manager", "x", false, nullptr,
-                                                  &attributes);
-    };
-    EXPECT_FAILS(failure({{"interface-client", CAttrValue("ui")}}), "No interfacing object 'ui' found.");
-    EXPECT_FAILS(failure({{"interface-client", CAttrValue("ui.client")},
-                          {"param-registry", CAttrValue("plugin.param-registry")}}),
-                 "No preset list view found.");
-}
-
 } // namespace
 } // namespace qel::test

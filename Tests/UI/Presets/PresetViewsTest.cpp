@@ -139,23 +139,6 @@ TEST_F(PresetViews, TheHistoryMovesByStepsAndToAnyStep)
     EXPECT_NEAR(host_->get("modDrumfell.xover-freq"), 130.6, 0.1);
 }
 
-TEST_F(PresetViews, ABIsShownFromTheRegistryAndSwapsFromEitherSide)
-{
-    EXPECT_EQ(tree_.attr("s.control", "is-b"), "false");
-    tree_.send("s.control", "on-copy");
-    host_->set("modDrumfell.lf-gain", 2.0);
-    tree_.click("w.ab");
-    EXPECT_EQ(host_->get("modDrumfell.lf-gain"), 1.0);
-    EXPECT_EQ(tree_.attr("s.control", "is-b"), "true");
-    EXPECT_EQ(tree_.attr("w.ab", "is-active"), "true");
-    tree_.send("s.control", "on-ab");
-    EXPECT_EQ(host_->get("modDrumfell.lf-gain"), 2.0);
-    EXPECT_EQ(tree_.attr("w.ab", "is-active"), "false");
-    tree_.send("s.control", "on-reset");
-    EXPECT_EQ(host_->get("modDrumfell.lf-gain"), 1.0);
-    EXPECT_EQ(tree_.client().getHistory().steps.back(), "Master reset");
-}
-
 TEST_F(PresetViews, TellsOfTheDefaultPreset)
 {
     EXPECT_EQ(tree_.attr("s.control", "default-preset"), "");

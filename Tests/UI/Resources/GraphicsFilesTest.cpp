@@ -120,22 +120,6 @@ TEST(GraphicsFiles, ComeBackFromWhatTheySave)
     }
 }
 
-TEST(GraphicsFiles, AreRefusedWhenCutAnywhereAndEmptyWhenOfAnotherVersion)
-{
-    for (Sample& sample : samples()) {
-        SCOPED_TRACE(sample.name);
-        for (std::size_t size = 0; size < sample.bytes.size(); ++size) {
-            EXPECT_TRUE(load(*sample.set, std::span(sample.bytes).first(size))) << size;
-        }
-        const std::vector<std::uint8_t> nothing = saved(*sample.set);
-        std::vector<std::uint8_t> other = sample.bytes;
-        other[0] = 2;
-        ASSERT_OK(load(*sample.set, sample.bytes));
-        EXPECT_OK(load(*sample.set, other));
-        EXPECT_EQ(saved(*sample.set), nothing);
-    }
-}
-
 TEST(GraphicsFiles, RefuseRunsThatDoNotMakeTheRow)
 {
     // One row of three pixels, two bytes each; the row starts at byte 6.

@@ -1,8 +1,6 @@
-// The tree's image sets, brushes, fonts and palettes.
+// The tree's image sets and brushes.
 #include "CBrushSetObject.h"
-#include "CFontObject.h"
 #include "CImageSetObject.h"
-#include "CPaletteObject.h"
 #include "CreatorRegistry.h"
 #include "GraphicsBytes.h"
 #include "Streams/ResourceMap.h"
@@ -24,14 +22,16 @@ class GraphicsObjects : public test::TreeFixture
 protected:
     GraphicsObjects()
     {
-        static constexpr CCreatorRow kRows[] = {
-            row<CObject>("core:object"),      row<CBrushSetObject>("brushset"), row<CFontObject>("font"),
-            row<CImageSetObject>("imageset"), row<CPaletteObject>("palette"),   {nullptr, nullptr, nullptr}};
+        static constexpr CCreatorRow kRows[] = {row<CObject>("core:object"),
+                                                row<CBrushSetObject>("brushset"),
+                                                row<CImageSetObject>("imageset"),
+                                                {nullptr, nullptr, nullptr}};
         clearCreators();
         releaseError(registerCreators(kRows));
         std::mt19937 random(3);
         images_ = test::imageSetBytes({}, {{0, {{0, 2, test::Picture::random(9, 9, random)}}}}).bytes();
         registerResource("images", images_);
+        registerResource("brushes", brushes_);
     }
     ~GraphicsObjects() override { clearCreators(); }
 
@@ -40,15 +40,9 @@ protected:
     {
         return *dynamic_cast<Class*>(root_->findObject(path));
     }
-    const std::vector<std::uint8_t>& keep(const char* name, const test::FileBytes& bytes)
-    {
-        kept_.push_back(std::make_unique<std::vector<std::uint8_t>>(bytes.bytes()));
-        registerResource(name, *kept_.back());
-        return *kept_.back();
-    }
 
     std::vector<std::uint8_t> images_;
-    std::vector<std::unique_ptr<std::vector<std::uint8_t>>> kept_;
+    std::vector<std::uint8_t> brushes_ = test::brushSetBytes(1.48, 4, 1.24).bytes();
 };
 
 TEST_F(GraphicsObjects, LoadWhenAskedShareAndLoadAgainForAnotherScale)
@@ -58,7 +52,6 @@ TEST_F(GraphicsObjects, LoadWhenAskedShareAndLoadAgainForAnotherScale)
     tree.child(TreeNode("imageset", "gone").attr("file", "no-such-images"));
     tree.child(TreeNode("brushset", "bs").attr("file", "brushes"));
     ASSERT_OK(root_.load(tree));
-    keep("brushes", test::brushSetBytes(1.48, 4, 1.24));
 
     auto& object = find<CImageSetObject>("is");
     std::shared_ptr<const CImageSet> first;
@@ -79,50 +72,6 @@ TEST_F(GraphicsObjects, LoadWhenAskedShareAndLoadAgainForAnotherScale)
     std::shared_ptr<const CBrushSet> brushes;
     ASSERT_OK(find<CBrushSetObject>("bs").getBrushSet(1.0, brushes));
     EXPECT_EQ(brushes->findBrush(3.0)->size, 4u);
-}
-
-TEST_F(GraphicsObjects, GroupTheStylesOfAFont)
-{
-    const auto style = [](const char* name, const char* file) {
-        return TreeNode("core:object", name).attr("is-font-style", "true").attr("file", file);
-    };
-    TreeNode tree;
-    tree.child(TreeNode("font", "f").child(style("regular", "thin")).child(style("bold", "fat")));
-    tree.child(TreeNode("font", "empty").child(TreeNode("core:object", "note").attr("file", "thin")));
-    ASSERT_OK(root_.load(tree));
-    keep("thin", test::fontBytes({}, 14, 3, 2));
-    keep("fat", test::fontBytes({}, 17, 5, 5));
-
-    std::shared_ptr<const CFont> font;
-    ASSERT_OK(find<CFontObject>("f").getFont(CFontStyle::kBold, 1.0, font));
-    EXPECT_EQ(font->getLineHeight(), 17u);
-    ASSERT_OK(find<CFontObject>("f").getFont(CFontStyle::kItalic, 1.0, font));
-    EXPECT_EQ(font->getLineHeight(), 14u) << "a style that is not there is regular";
-    ASSERT_OK(find<CFontObject>("empty").getFont(CFontStyle::kRegular, 1.0, font));
-    EXPECT_EQ(font, nullptr);
-
-    TreeNode wrong;
-    wrong.child(TreeNode("font", "g").child(style("slanted", "thin")));
-    EXPECT_FAILS(root_.load(wrong), "Unknown font style 'slanted'.");
-}
-
-TEST_F(GraphicsObjects, GroupThePalettes)
-{
-    TreeNode tree;
-    TreeNode group("palette", "pal");
-    group.child(TreeNode("palette", "Default").attr("file", "a")).child(TreeNode("palette", "Blue"));
-    tree.child(group);
-    ASSERT_OK(root_.load(tree));
-    keep("a", test::paletteBytes({{"Default", 0.5, 1, 2, 3}}, {}));
-
-    auto& palettes = find<CPaletteObject>("pal");
-    EXPECT_EQ(palettes.getPaletteNames(), (std::vector<CString>{"Default", "Blue"}));
-    std::shared_ptr<const CPalette> palette;
-    ASSERT_OK(palettes.findPalette("Default")->getPalette(palette));
-    EXPECT_EQ(palette->findColor("x")->opacity, 0.5);
-    ASSERT_OK(palettes.getPalette(palette));
-    EXPECT_EQ(palette, nullptr) << "a group has no colors of its own";
-    EXPECT_EQ(palettes.findPalette("Pink"), nullptr);
 }
 
 } // namespace

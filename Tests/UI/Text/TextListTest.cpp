@@ -79,28 +79,6 @@ TEST_F(TextListTest, ShowsTheItemsOfItsSource)
     EXPECT_EQ(list().getItemCount(), 3);
 }
 
-TEST_F(TextListTest, SaysThatItIsEmpty)
-{
-    loadList({{"width", "compact"}}, "");
-    EXPECT_EQ(list().getItemCount(), 0);
-    EXPECT_EQ(size("w.t"), "58x13"); // "<no items>"
-    EXPECT_EQ(columnsOf(0x3C3C3C, 6), "0-56");
-    click(5, 5);
-    EXPECT_EQ(log(), Log());
-    set("w.t", "allow-no-paragraphs", "true");
-    frame(0.1);
-    EXPECT_EQ(size("w.t"), "0x0");
-}
-
-TEST_F(TextListTest, FailsWithoutItsSource)
-{
-    loadTexts({});
-    CView* made = nullptr;
-    const CAttrMap attributes = {{"font-name", CAttrValue("font")}, {"text-source", CAttrValue("nothing")}};
-    EXPECT_FAILS(at("w").createChild(made, "ui:textview", "t", false, nullptr, &attributes),
-                 "Unable to find text source.");
-}
-
 TEST_F(TextListTest, SelectsWhatIsClicked)
 {
     loadList({});

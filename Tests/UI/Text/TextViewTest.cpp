@@ -189,14 +189,4 @@ TEST_F(TextViewTest, MovesALongLineWhileThePointerIsOnIt)
                  "Unable to find auto-scroll arrows");
 }
 
-TEST_F(TextViewTest, FailsWithoutItsFont)
-{
-    TreeNode broken = node("ui:textview", "t", {{"font-name", "nofont"}});
-    loadTexts({});
-    CView* made = nullptr;
-    const CAttrMap attributes = {{"font-name", CAttrValue("nofont")}};
-    EXPECT_FAILS(at("w").createChild(made, "ui:textview", "t", false, nullptr, &attributes),
-                 "Font 'nofont' not found.");
-}
-
 } // namespace qel::test

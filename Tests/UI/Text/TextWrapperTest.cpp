@@ -84,15 +84,6 @@ TEST(TextMarkupTest, SplitsATextIntoRunsOfOneStyle)
     EXPECT_EQ(runsOf(""), "");
 }
 
-TEST(TextMarkupTest, ReadsTheNameOfAnImage)
-{
-    const CTextImageName name = CTextImageName::parse("[IMG=is.button#ArrowRight:Action]");
-    EXPECT_EQ(name.set, "is.button");
-    EXPECT_EQ(name.range, "ArrowRight");
-    EXPECT_EQ(name.color, "Action");
-    EXPECT_EQ(CTextImageName::parse("[IMG=is.logo]").set, "is.logo");
-}
-
 TEST_F(TextWrapperTest, BreaksLinesAtBlanksAndHyphens)
 {
     EXPECT_EQ(wrapped("one two three", std::nullopt), Lines({"one two three"}));
@@ -220,11 +211,6 @@ TEST_F(TextWrapperTest, TellsWhichPartOfALineHasChanged)
     EXPECT_EQ(change("a[B]b[/B]", "ab"), std::pair(6.0, 13.0));
     EXPECT_EQ(change("", ""), std::pair(0.0, 0.0));
     EXPECT_EQ(change("a|b", "a"), std::pair(-1.0, -1.0));
-}
-
-TEST_F(TextWrapperTest, RefusesAFontWithoutFaces)
-{
-    EXPECT_FAILS(wrapper_.setFontObject(nullptr, 1.0), "Font object is empty.");
 }
 
 } // namespace qel::test

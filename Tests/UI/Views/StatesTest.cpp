@@ -65,14 +65,6 @@ TEST_F(States, LieOverWhatIsSetMeanwhile)
     EXPECT_EQ(attr("w.v", "title"), "free");
 }
 
-TEST_F(States, NeedAView)
-{
-    for (const char* tag : {"ui:view-state", "ui:view-command", "ui:view-color-slot"}) {
-        test::TreeRoot root;
-        EXPECT_FAILS(root.load(node("", "", {}, {node(tag, "x")})), "Parent object is not a view.");
-    }
-}
-
 TEST_F(States, MorphNumbersAndThenTell)
 {
     load({view("v", {{"duration", "2"}, {"width", "10%"}, {"height", "compact"}},

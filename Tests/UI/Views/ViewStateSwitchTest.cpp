@@ -73,33 +73,5 @@ TEST_F(ViewStateSwitch, JoinsOthersInAUnion)
     EXPECT_FALSE(isDisabled("w.a")) << "what has gone disables nothing";
 }
 
-TEST_F(ViewStateSwitch, SaysWhatIsWrong)
-{
-    struct Case
-    {
-        Attrs attrs;
-        const char* message;
-    };
-    const Case cases[] = {
-        {{{"active-attrs", "a=1;b"}}, "Invalid active-attrs syntax."},
-        {{{"inactive-attrs", "=1"}}, "Invalid inactive-attrs syntax."},
-        {{{"active-attrs", "a=1"}, {"target", " "}}, "No target views specified."},
-        {{{"target", "w.a"}, {"union", "w"}}, "Invalid ID of view disabler."},
-        {{{"target", "w.gone"}}, "Unable to locate target view."},
-        {{{"target", "w.a"}, {"union", "w.gone"}, {"union-id", "1"}},
-         "View disabler union object not found."},
-    };
-    load({view("a")});
-    for (const Case& wrong : cases) {
-        CAttrMap attrs;
-        for (const auto& [key, value] : wrong.attrs) {
-            attrs[key] = CAttrValue(CString(value));
-        }
-        CObject* made = nullptr;
-        EXPECT_FAILS(at("w").createChild(made, "ui:view-state-switch", "switch", false, nullptr, &attrs),
-                     wrong.message);
-    }
-}
-
 } // namespace
 } // namespace qel

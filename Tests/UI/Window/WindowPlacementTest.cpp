@@ -80,13 +80,6 @@ TEST(WindowPlacement, EveryAlignmentIsKeptInTheWorkArea)
     }
 }
 
-TEST(WindowPlacement, AnUnknownAlignmentIsNamed)
-{
-    CWindowPlacement::Alignment alignment;
-    const CError error = CWindowPlacement::parse("w", "top", alignment);
-    EXPECT_NE(error.text().find("Invalid window alignment 'top'"), std::string::npos);
-}
-
 } // namespace
 
 } // namespace qel::test

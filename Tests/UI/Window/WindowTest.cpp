@@ -19,22 +19,6 @@ protected:
     ~Window() override { CInterfaceScale::set(1.0); }
 };
 
-TEST_F(Window, NameWhatTheyMissInTheTree)
-{
-    const auto without = [&](std::ptrdiff_t index) {
-        auto ui = defaultUi();
-        ui.erase(ui.begin() + index);
-        CObject::releaseObject(root_->findObject("ui"));
-        return build({}, {}, {}, {}, ui).text();
-    };
-    const auto has = [](const std::string& text, const char* part) {
-        return text.find(part) != std::string::npos;
-    };
-    EXPECT_TRUE(has(without(0), "Unable to locate a suitable event bridge."));
-    EXPECT_TRUE(has(without(1), "Unable to find window shared data object."));
-    EXPECT_TRUE(has(without(2), "Unable to locate global settings object."));
-}
-
 TEST_F(Window, AreAsLargeAsTheirContentAtEachScale)
 {
     const struct
