@@ -14,9 +14,9 @@ namespace qel {
 //                           there is one for each title
 //     object-title-list     titles: path of a list, or the texts
 //     object-value-list     what values of items are called, the same way
-//     object-value-offset   the parameter's value is the number that an item of that list stands for, and
-//     this;
-//                           0 by default
+//     object-value-offset   the parameter's value is the number
+//                           that an item of that list stands for,
+//                           and this; 0 by default
 //     separator-char        between written texts, ";" by default
 //     object-color, object-text-color   "Action" and "Text" by default
 //     object-state-path     from an item to the view that shows its state; by default ".button", if there is

@@ -11,8 +11,8 @@ class CUIParamController;
 // Tag `ui:readout`. Shows the first element of its ui-param with its unit, in a frame if the view has images
 // for one, and takes typed values; it is bound by the attributes of makeParam() (ControlChildren.h).
 //
-//     needs-ui-param-controller   the value can be dragged and stepped, too, as a knob's: by a drag upwards
-//     or
+//     needs-ui-param-controller   the value can be dragged and stepped,
+//                                 too, as a knob's: by a drag upwards or
 //                                 downwards, the wheel, and Ctrl and a press for the default
 //     default-value               the text that an empty one stands for; without it the parameter's default
 //     is-unit-hidden              shows the number alone

@@ -18,8 +18,8 @@ class CUIParamUpdateHandler;
 //     element-count            how many elements the window has; 1 (default), or 0 for all to the end
 //     group                    a fixed group
 //     group-selector           path of a CParamGroupSelector, which the group follows
-//     is-replacing             a change writes the whole window, and where that reaches to the end of the
-//     list
+//     is-replacing             a change writes the whole window; where
+//                              that reaches to the end of the list,
 //                              the list ends with it
 //     index                    for controls with several parameters: which of them this is
 //     shared-attribute         path of a CSharedAttribute in place of a bridge

@@ -17,8 +17,8 @@ class CParamGroupSelector;
 //                                                 `ui:ui-param`, if there is one, otherwise of the bridge
 //                          audio-enum-value       the states that the parameter can take; an item's value is
 //                                                 the parameter's
-//                          audio-min-max          "value-count" texts in even steps of position, from end to
-//                                                 end
+//                          audio-min-max          "value-count" texts in even steps of position, from one
+//                                                 end to the other
 //                          audio-ins, audio-outs  the host's channels
 //                          audio-channels         internal channels, by number
 //                          audio-groups           names of the groups

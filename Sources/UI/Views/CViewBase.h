@@ -10,12 +10,12 @@
 namespace qel {
 
 // Attributes, besides "color-state" and "image-set-range" (CViewBaseState):
-//
 //     palette               a palette "pal." + this, in the tree or in the shared tree
-//     palette-name          the same, where the other is not given. Without both: the palette of the view
-//     above color                 the colour of slot 0 color-slots           the number of slots; children of
-//     tag "ui:view-color-slot" add theirs shared-color          path of a view whose colours are used in
-//     place of own ones is-gradient-animated  moves the colours that have frames; all views below follow
+//     palette-name          the same, where the other is not given; without both that of the view above
+//     color                 the colour of slot 0
+//     color-slots           the number of slots; children of tag "ui:view-color-slot" add theirs
+//     shared-color          path of a view whose colours are used in place of own ones
+//     is-gradient-animated  moves the colours that have frames; all views below follow
 //     image-set, brush-set  paths
 class CViewBase : public CViewBaseCtlEvents
 {

@@ -24,9 +24,9 @@ class CWindow;
 //     window-alignment                where it opens, see CWindowPlacement
 //     shift-x, shift-y                pixels at a scale of 1, added to that
 //     constrain-y                     it is not moved up beyond this, pixels of the screen
-//     window-x, window-y              of the alignment "opener", with "is-manual-coords"; otherwise the
-//     corner
-//                                     of the opener
+//     window-x, window-y              of the alignment "opener":
+//                                     with "is-manual-coords" that place, pixels of the screen;
+//                                     otherwise the corner of the opener
 //     is-same-width, width-modif      as wide as the opener, and so many pixels at a scale of 1 wider
 //     is-popup-toggle-always-create   opens again what is open already
 //     popup-...                       attributes of the pop-up's root view, without the prefix

@@ -92,11 +92,15 @@ private:
     }
 
     static constexpr CCreatorRow kControlRows[] = {
-        creatorRow<CImageSetObject>("imageset"),        creatorRow<CButton>("ui:button"),
-        creatorRow<CButton>("ui:button-base"),          creatorRow<CFrame>("ui:frame"),
+        creatorRow<CImageSetObject>("imageset"),
+        creatorRow<CButton>("ui:button"),
+        creatorRow<CButton>("ui:button-base"),
+        creatorRow<CFrame>("ui:frame"),
         creatorRow<CPicture>("ui:picture"),
-        creatorRow<CScrollerBar>("ui:scroller-bar"),    creatorRow<CUIParam>("ui:ui-param"),
-        creatorRow<CValueList>("ui:value-list-manual"), {nullptr, nullptr, nullptr},
+        creatorRow<CScrollerBar>("ui:scroller-bar"),
+        creatorRow<CUIParam>("ui:ui-param"),
+        creatorRow<CValueList>("ui:value-list-manual"),
+        {nullptr, nullptr, nullptr},
     };
 
     std::deque<std::vector<std::uint8_t>> files_;
