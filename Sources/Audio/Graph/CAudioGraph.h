@@ -7,6 +7,7 @@
 namespace qel {
 
 class CAudioParamCollector;
+class CAudioPlanBuilder;
 class CAudioVizCollector;
 class CKernelContext;
 
@@ -26,6 +27,12 @@ struct CAudioGraph
     bool holdsSettings = false;
     // Goes up whenever a process has taken up changes.
     std::uint32_t settingsTaken = 0;
+    // While it is set, a step is being written down.
+    CAudioPlanBuilder* planBuilder = nullptr;
+    // Off, every step goes the ordinary way.
+    bool usesPlans = true;
+    // Steps that were run from plans.
+    std::uint64_t plannedSteps = 0;
 };
 
 } // namespace qel

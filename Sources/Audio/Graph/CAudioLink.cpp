@@ -4,6 +4,7 @@
 #include "CAudioSum.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace qel {
 
@@ -64,6 +65,11 @@ CChannelMask CAudioInputPort::channels() const
         mask |= link->channels();
     }
     return mask;
+}
+
+bool CAudioInputPort::isAtRest() const
+{
+    return std::all_of(links_.begin(), links_.end(), std::mem_fn(&CAudioLink::isAtRest));
 }
 
 int CAudioInputPort::available() const

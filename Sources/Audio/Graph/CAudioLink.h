@@ -82,6 +82,8 @@ public:
     CChannelMask channels() const { return source_.channels() | queued_; }
     // The chunk whose samples come next, or null if the channel is dry.
     const CAudioChunk* head(int channel) const { return queues_[static_cast<std::size_t>(channel)].head; }
+    // Nothing is queued and no fade runs.
+    bool isAtRest() const { return queued_ == 0 && !fade_.isRunning(); }
 
     // Takes over one reference on the buffer.
     void push(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format)
@@ -152,6 +154,7 @@ public:
     const CInlineArray<CAudioLink*, 4>& links() const { return links_; }
 
     CChannelMask channels() const;
+    bool isAtRest() const;
     // Samples that every channel of every link can deliver now without a change of chunk; 0 if one is dry.
     int available() const;
     // Format of a channel's next sample, that of the first link that carries it; null if it is dry.

@@ -102,4 +102,12 @@ public:
     virtual void reset() {}
 };
 
+// A module that does more in a step than kernel calls in proportion to its length, and puts nothing out: a
+// plan runs it as a whole.
+class CAudioWholeModule : public CAudioModule
+{
+public:
+    virtual void process(CAudioModuleStep& step) = 0;
+};
+
 } // namespace qel

@@ -263,6 +263,22 @@ std::uint32_t CAudioProcess::layout() const
     return sum;
 }
 
+bool CAudioProcess::isAtRest() const
+{
+    return !areLinksDirty_ && fadeSamplesLeft_ == 0 && CAudioProcessBase::isAtRest() &&
+           std::all_of(order_.begin(), order_.end(),
+                       [](const Child* child) { return child->process->isAtRest(); }) &&
+           std::all_of(ownSinks_.begin(), ownSinks_.end(), [](const auto& port) { return port->isAtRest(); });
+}
+
+void CAudioProcess::skip(std::int64_t samples, double rateHz)
+{
+    CAudioProcessBase::skip(samples, rateHz);
+    for (Child* child : order_) {
+        child->process->skip(samples, rateHz);
+    }
+}
+
 void CAudioProcess::visit(CGraphVisitor& visitor) const
 {
     visitor.enterCompound(*this);

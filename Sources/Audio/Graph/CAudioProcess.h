@@ -39,6 +39,8 @@ public:
     void reset(double positionSec) override;
     void idle() override;
     std::uint32_t layout() const override;
+    bool isAtRest() const override;
+    void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 
     // Adds a child that has been placed. Fails if the name is taken.

@@ -96,6 +96,18 @@ void CAudioProcessBase::disconnectAll()
     }
 }
 
+bool CAudioProcessBase::isAtRest() const
+{
+    return !isBeginning_ && !mustApplyEvents_ && !slots_.hasEvents() &&
+           std::all_of(inputs_.begin(), inputs_.end(), [](const auto& port) { return port->isAtRest(); });
+}
+
+// Rates differ by powers of two, so the product is exact.
+void CAudioProcessBase::skip(std::int64_t samples, double rateHz)
+{
+    positionSamples_ += std::llround(static_cast<double>(samples) * (format_.sampleRateHz / rateHz));
+}
+
 void CAudioProcessBase::visit(CGraphVisitor& visitor) const
 {
     visitor.terminal(*this);

@@ -98,6 +98,12 @@ public:
     // changed then has nothing to fade from.
     bool isBeginning() const { return isBeginning_; }
 
+    // True between steps if nothing is under way here and in what works inside: then another step of the same
+    // streams, as long as no change comes in, runs the same kernels as the step before.
+    virtual bool isAtRest() const;
+    // The stream has gone on by so many samples at this rate without this process and what works inside.
+    virtual void skip(std::int64_t samples, double rateHz);
+
     // For printing a live graph.
     virtual void visit(CGraphVisitor& visitor) const;
 

@@ -33,6 +33,7 @@ CError CAudioProcessOverlap::init()
         QEL_TRY(build(copy), fullName());
     }
     wireDrain();
+    planner_ = std::make_unique<CAudioPlanner>(*this, graph());
     return {};
 }
 
@@ -83,6 +84,7 @@ void CAudioProcessOverlap::resolveKernels()
 
 void CAudioProcessOverlap::disconnectAll()
 {
+    leavePlan();
     for (Copy& copy : copies_) {
         copy.process->disconnectAll();
     }
@@ -91,8 +93,39 @@ void CAudioProcessOverlap::disconnectAll()
 
 // --- audio thread
 
+bool CAudioProcessOverlap::process()
+{
+    if (planner_->runStep()) {
+        return false;
+    }
+    planner_->beginStep(*current().graph);
+    const bool isDone = CAudioProcessBase::process();
+    planner_->endStep();
+    return isDone;
+}
+
+void CAudioProcessOverlap::leavePlan()
+{
+    if (planner_) {
+        planner_->leave();
+    }
+}
+
+bool CAudioProcessOverlap::isAtRest() const
+{
+    return phase_ == EPhase::kSingle && seenChanges_ == other().graph->settingsTaken &&
+           CAudioProcessBase::isAtRest() && current().process->isAtRest() && drain_->isAtRest();
+}
+
+void CAudioProcessOverlap::skip(std::int64_t samples, double rateHz)
+{
+    CAudioProcessBase::skip(samples, rateHz);
+    current().process->skip(samples, rateHz);
+}
+
 void CAudioProcessOverlap::reset(double positionSec)
 {
+    leavePlan();
     CAudioProcessBase::reset(positionSec);
     takeOver();
     current().process->reset(positionSec);
@@ -101,6 +134,7 @@ void CAudioProcessOverlap::reset(double positionSec)
 
 void CAudioProcessOverlap::idle()
 {
+    leavePlan();
     CAudioProcessBase::idle();
     for (Copy& copy : copies_) {
         copy.process->idle();
@@ -196,6 +230,7 @@ void CAudioProcessOverlap::step(int count)
     if (phase_ != EPhase::kSingle) {
         run(other(), count);
     }
+    planner_->takeOutputs(*current().drainLink);
     drain_->forwardTo(output(0));
     if (phase_ == EPhase::kSettles && other().graph->settingsTaken != nextChanges &&
         std::exchange(nextLayout_, other().process->layout()) != nextLayout_) {

@@ -1,6 +1,7 @@
 // Two copies of a compound, so that changes of rates and routes can be faded.
 #pragma once
 
+#include "CAudioPlanner.h"
 #include "CAudioProcess.h"
 
 #include <array>
@@ -15,7 +16,8 @@ namespace qel {
 // changes during the fade waits for its end. Both copies put out as many samples as they take, so none is
 // lost; only the latency of the two differs.
 //
-// For the root of a graph. Both copies are built at init, so that no change of layout can fail later.
+// For the root of a graph. Both copies are built at init, so that no change of layout can fail later. While
+// nothing changes, the copy at work is run from a plan.
 class CAudioProcessOverlap : public CAudioProcessBase
 {
 public:
@@ -26,10 +28,13 @@ public:
     CError bindParams() override;
     void registerKernels() override;
     void resolveKernels() override;
+    bool process() override;
     void disconnectAll() override;
     void reset(double positionSec) override;
     void idle() override;
     std::uint32_t layout() const override { return copies_[current_].process->layout(); }
+    bool isAtRest() const override;
+    void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 
     // The copy at work.
@@ -61,7 +66,10 @@ private:
     CError build(Copy& copy);
     void addFeeds(Copy& copy);
     Copy& current() { return copies_[current_]; }
+    const Copy& current() const { return copies_[current_]; }
     Copy& other() { return copies_[1 - current_]; }
+    const Copy& other() const { return copies_[1 - current_]; }
+    void leavePlan();
     void startNext();
     void takeOver();
     void enter(EPhase phase);
@@ -76,6 +84,7 @@ private:
     int samplesLeft_ = 0; // of the phase
     std::uint32_t seenChanges_ = 0;
     std::uint32_t nextLayout_ = 0;
+    std::unique_ptr<CAudioPlanner> planner_; // ends before the copies, whose states it may have to write
 };
 
 } // namespace qel

@@ -138,6 +138,23 @@ void CAudioProcessStack::idle()
     }
 }
 
+bool CAudioProcessStack::isAtRest() const
+{
+    const auto rests = [](const Element& each) { return each.channels == 0 || each.process->isAtRest(); };
+    return CAudioProcessBase::isAtRest() && drainPort_->isAtRest() &&
+           std::all_of(elements_.begin(), elements_.end(), rests);
+}
+
+void CAudioProcessStack::skip(std::int64_t samples, double rateHz)
+{
+    CAudioProcessBase::skip(samples, rateHz);
+    for (Element& each : elements_) {
+        if (each.channels != 0) {
+            each.process->skip(samples, rateHz);
+        }
+    }
+}
+
 void CAudioProcessStack::visit(CGraphVisitor& visitor) const
 {
     visitor.enterCompound(*this);

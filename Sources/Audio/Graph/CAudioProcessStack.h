@@ -29,6 +29,8 @@ public:
     void disconnectAll() override;
     void reset(double positionSec) override;
     void idle() override;
+    bool isAtRest() const override;
+    void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 
 protected:

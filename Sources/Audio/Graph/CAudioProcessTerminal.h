@@ -70,6 +70,12 @@ public:
         }
     }
 
+    bool isAtRest() const override
+    {
+        const auto rests = [](const Unit& unit) { return unit.running && !unit.next && !unit.isStale; };
+        return CAudioProcessTerminalBase::isAtRest() && std::all_of(units_.begin(), units_.end(), rests);
+    }
+
 protected:
     int slotCount() const override { return Module::kSlots; }
     // What the parameters mean to the instance at `place`. Overridden where that takes more than the slots.

@@ -39,7 +39,7 @@ CBufferRef CBufferPool::allocateElsewhere(std::size_t bytes, std::size_t sizeCla
         ++refusals_;
         return {};
     }
-    return use(index);
+    return use(index, bytes);
 }
 
 std::int32_t CBufferPool::refCount(CBufferRef ref) const

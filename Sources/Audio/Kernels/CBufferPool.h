@@ -41,7 +41,7 @@ public:
         if (sizeClass >= kClasses || freeByClass_[sizeClass] == kEnd) {
             return allocateElsewhere(bytes, sizeClass);
         }
-        return use(pop(freeByClass_[sizeClass]));
+        return use(pop(freeByClass_[sizeClass]), bytes);
     }
     void addRef(CBufferRef ref)
     {
@@ -71,6 +71,12 @@ public:
         return memory ? memory + ref.byteOffset() : nullptr;
     }
 
+    // Tells the uses of a slot apart: another number from one allocation to the next, until it comes round.
+    std::uint16_t generation(CBufferRef ref) const { return slots_[ref.slot()].generation; }
+    // What was asked for; the memory may be larger.
+    std::size_t bytes(CBufferRef ref) const { return slots_[ref.slot()].bytes; }
+    bool isInUse(CBufferRef ref) const { return ref.slot() < kSlots && slots_[ref.slot()].refCount > 0; }
+
     // --- for tests and tools
     std::int32_t refCount(CBufferRef ref) const;
     std::size_t capacity(CBufferRef ref) const;
@@ -87,15 +93,16 @@ private:
     {
         std::byte* memory = nullptr;
         std::uint32_t capacity = 0;
+        std::uint32_t bytes = 0;
         std::int32_t refCount = 0; // 0 while free
         std::int16_t nextFree = kEnd;
+        std::uint16_t generation = 0;
     };
 
     static std::size_t classOf(std::size_t bytes)
     {
         return static_cast<std::size_t>(std::bit_width((bytes - (bytes != 0)) / kAlignment));
     }
-    bool isInUse(CBufferRef ref) const { return ref.slot() < kSlots && slots_[ref.slot()].refCount > 0; }
     std::int16_t pop(std::int16_t& head)
     {
         return std::exchange(head, slots_[static_cast<std::size_t>(head)].nextFree);
@@ -106,9 +113,12 @@ private:
         std::int16_t& head = slot.capacity == 0 ? freeWithoutMemory_ : freeByClass_[classOf(slot.capacity)];
         slot.nextFree = std::exchange(head, index);
     }
-    CBufferRef use(std::int16_t index)
+    CBufferRef use(std::int16_t index, std::size_t bytes)
     {
-        slots_[static_cast<std::size_t>(index)].refCount = 1;
+        Slot& slot = slots_[static_cast<std::size_t>(index)];
+        slot.bytes = static_cast<std::uint32_t>(bytes);
+        slot.refCount = 1;
+        ++slot.generation;
         ++slotsInUse_;
         return {static_cast<std::uint32_t>(index)};
     }

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <span>
 #include <string_view>
+#include <utility>
 
 namespace qel {
 
@@ -55,8 +56,11 @@ public:
     CBufferRef allocateSamples(std::size_t count)
     {
         longestSamples_ = std::max(longestSamples_, count);
+        longestOfLate_ = std::max(longestOfLate_, count);
         return pool_.allocate(longestSamples_ * sizeof(double));
     }
+    // The longest asked for since the last call.
+    std::size_t takeLongestOfLate() { return std::exchange(longestOfLate_, 0); }
     void addRef(CBufferRef ref) { pool_.addRef(ref); }
     void release(CBufferRef ref) { pool_.release(ref); }
     void* address(CBufferRef ref) const { return pool_.address(ref); }
@@ -76,6 +80,7 @@ public:
     // --- for tests and tools
     // Null ends observation. The observer is the caller's and must outlive it.
     void setObserver(CKernelObserver* observer) { observer_ = observer; }
+    bool hasObserver() const { return observer_ != nullptr; }
     const CBufferPool& pool() const { return pool_; }
     const CKernelRegistry& registry() const { return registry_; }
     std::size_t refusedCalls() const { return refusedCalls_; }
@@ -84,6 +89,7 @@ private:
     CKernelRegistry registry_;
     CBufferPool pool_;
     std::size_t longestSamples_ = 0;
+    std::size_t longestOfLate_ = 0;
     CKernelObserver* observer_ = nullptr;
     std::size_t refusedCalls_ = 0;
     CWellKnownKernels known_;

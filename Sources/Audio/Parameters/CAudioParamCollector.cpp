@@ -289,6 +289,7 @@ bool CAudioParamCollector::sendFromAudio(CAudioParam& param, double value, doubl
 void CAudioParamCollector::receive(CAudioParamEvent& event)
 {
     CAudioParam& param = event.getParam();
+    ++arrivals_;
     if (param.audioSide().receive(event, generation_)) {
         param.audioSide().nextChanged = std::exchange(firstChanged_, &param);
     }

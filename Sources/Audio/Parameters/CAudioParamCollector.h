@@ -85,6 +85,8 @@ public:
     // The same for the slots alone: for filters, whose work a control thread does again in its own time.
     bool sendFromAudio(CAudioParam& param, double value, double timeSec);
     CAudioParamEventPool& eventPool() { return pool_; }
+    // Another number whenever a change has come in for the slots.
+    std::uint64_t arrivals() const { return arrivals_; }
 
     // --- for CAudioParam and CAudioParamContext
 
@@ -123,6 +125,7 @@ private:
     // The audio thread's own.
     CAudioParam* firstChanged_ = nullptr;
     std::uint32_t generation_ = 1;
+    std::uint64_t arrivals_ = 0;
 };
 
 } // namespace qel

@@ -18,6 +18,7 @@ public:
     void resolveKernels() override;
     void syncLinks() override;
     void reset(double positionSec) override;
+    bool isAtRest() const override { return phase_ == 0 && CAudioProcessBase::isAtRest(); }
 
 protected:
     void step(int count) override;

@@ -3,6 +3,7 @@
 
 #include "CAudioEnv.h"
 #include "CAudioGraph.h"
+#include "CAudioPlanBuilder.h"
 #include "CAudioVizCollector.h"
 
 #include <algorithm>
@@ -214,6 +215,13 @@ void CModMeter::reset(double positionSec)
     }
 }
 
+bool CModMeter::isAtRest() const
+{
+    const auto rests = [](const Unit& unit) { return unit.module && !unit.isNew; };
+    return !graph().holdsSettings && CAudioProcessTerminalBase::isAtRest() &&
+           std::all_of(units_.begin(), units_.end(), rests);
+}
+
 int CModMeter::slotCount() const
 {
     return kSlotCount;
@@ -229,7 +237,7 @@ void CModMeter::step(int count)
         CAudioOwnedInputs owned(graph().kernels);
         gatherInputs(moduleStep, owned, unit.place, def_.isDiff() ? 2 : 1);
         if (unit.module) {
-            unit.module->process(moduleStep);
+            CAudioPlanBuilder::runWhole(graph(), *unit.module, moduleStep);
         }
     }
 }

@@ -31,7 +31,7 @@ private:
 };
 
 // What all modules that measure have: where their findings go.
-class CModStatsModule : public CAudioModule
+class CModStatsModule : public CAudioWholeModule
 {
 public:
     struct Target
@@ -67,7 +67,7 @@ public:
     void configure(const Settings& settings, const CAudioModulePlace& place, const Target& target);
     // Of the channel; its findings bear it.
     void setGroup(int group) { group_ = group; }
-    void process(CAudioModuleStep& step);
+    void process(CAudioModuleStep& step) override;
 
 private:
     // Room for a history, which is grown by steps of this: peak times up to 6 s need no more memory than the
@@ -108,6 +108,7 @@ public:
     void syncLinks() override;
     void applyEvents() override;
     void reset(double positionSec) override;
+    bool isAtRest() const override;
 
 protected:
     int slotCount() const override;

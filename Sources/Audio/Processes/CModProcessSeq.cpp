@@ -238,6 +238,23 @@ void CModProcessSeq::idle()
     }
 }
 
+bool CModProcessSeq::isAtRest() const
+{
+    const auto rests = [](const Member& member) { return member.process->isAtRest(); };
+    const auto first = members_.begin() + static_cast<std::ptrdiff_t>(run_.first);
+    const auto end = members_.begin() + static_cast<std::ptrdiff_t>(run_.end);
+    return isWired_ && fadeSamplesLeft_ == 0 && wanted_ == run_ && CAudioProcessBase::isAtRest() &&
+           drain_->isAtRest() && std::all_of(first, end, rests);
+}
+
+void CModProcessSeq::skip(std::int64_t samples, double rateHz)
+{
+    CAudioProcessBase::skip(samples, rateHz);
+    for (std::size_t i = run_.first; i < run_.end; ++i) {
+        members_[i].process->skip(samples, rateHz);
+    }
+}
+
 void CModProcessSeq::visit(CGraphVisitor& visitor) const
 {
     visitor.enterCompound(*this);

@@ -30,6 +30,8 @@ public:
     void disconnectAll() override;
     void reset(double positionSec) override;
     void idle() override;
+    bool isAtRest() const override;
+    void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 
     // The members at work, in order, without those that are faded out.

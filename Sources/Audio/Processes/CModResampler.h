@@ -25,6 +25,7 @@ public:
 
     CError init() override;
     bool process() override;
+    bool isAtRest() const override { return stages_ == wantedStages() && CModProcessSeq::isAtRest(); }
     std::uint32_t layout() const override { return static_cast<std::uint32_t>(wantedStages()); }
 
     // Factors of two at work.

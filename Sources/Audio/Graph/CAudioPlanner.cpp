@@ -1,0 +1,209 @@
+// Decides when the steps of a graph are run from a plan, and when a plan is made.
+#include "CAudioPlanner.h"
+
+#include "CAudioParamCollector.h"
+#include "CAudioPlanBuilder.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qel {
+
+CAudioPlanner::CAudioPlanner(CAudioProcessBase& root, CAudioGraph& graph)
+    : root_(root), graph_(graph), plan_(graph.kernels)
+{}
+
+// --- running
+
+bool CAudioPlanner::runStep()
+{
+    if (!plan_.isReady()) {
+        return false;
+    }
+    const int count = offered();
+    if (count > 0 && isSameInput() && runFromPlan(count)) {
+        return true;
+    }
+    leave();
+    return false;
+}
+
+int CAudioPlanner::offered() const
+{
+    int count = 0;
+    for (int port = 0; port < root_.inputCount(); ++port) {
+        const CAudioInputPort& from = root_.input(port);
+        if (from.links().size() != 1) {
+            return 0;
+        }
+        const CAudioLink& link = *from.links()[0];
+        bool isWhole = true;
+        forEachChannel(link.channels(), [&](int channel) {
+            const CAudioChunk* head = link.head(channel);
+            isWhole = isWhole && head && !head->next && (count == 0 || head->count == count);
+            count = isWhole ? head->count : 0;
+        });
+        if (!isWhole) {
+            return 0;
+        }
+    }
+    return count;
+}
+
+bool CAudioPlanner::isSameInput() const
+{
+    if (graph_.params.arrivals() != arrivals_ || graph_.kernels.hasObserver() || !graph_.usesPlans) {
+        return false;
+    }
+    std::size_t known = 0;
+    for (int port = 0; port < root_.inputCount(); ++port) {
+        const CAudioLink& link = *root_.input(port).links()[0];
+        bool isSame = true;
+        forEachChannel(link.channels(), [&](int number) {
+            isSame = isSame && known < inputs_.size() && inputs_[known].port == port &&
+                     inputs_[known].number == number && inputs_[known].format == link.head(number)->format;
+            ++known;
+        });
+        if (!isSame) {
+            return false;
+        }
+    }
+    return known == inputs_.size();
+}
+
+bool CAudioPlanner::runFromPlan(int count)
+{
+    CInlineArray<CBufferRef, 64> signals;
+    bool hasAll = true;
+    for (const Channel& channel : inputs_) {
+        signals.push(root_.input(channel.port).links()[0]->head(channel.number)->buffer);
+        hasAll = hasAll && !signals.last().isNone();
+    }
+    while (signals.size() < plan_.signalCount()) {
+        const int length = count * plan_.signalRatio(signals.size());
+        const CBufferRef made = graph_.kernels.allocateSamples(static_cast<std::size_t>(length));
+        hasAll = hasAll && !made.isNone();
+        signals.push(made);
+    }
+    if (hasAll) {
+        plan_.run(count, {signals.data(), signals.size()});
+        handOn(count, {signals.data(), signals.size()});
+        planned_ += count;
+        ++graph_.plannedSteps;
+    }
+    for (std::size_t i = inputs_.size(); i < signals.size(); ++i) {
+        if (!signals[i].isNone()) {
+            graph_.kernels.release(signals[i]);
+        }
+    }
+    return hasAll;
+}
+
+void CAudioPlanner::handOn(int count, std::span<const CBufferRef> signals)
+{
+    for (std::size_t i = 0; i < outputs_.size(); ++i) {
+        const CBufferRef buffer = signals[plan_.outputs()[i]];
+        graph_.kernels.addRef(buffer);
+        root_.output(0).emit(outputs_[i].number, buffer, count, outputs_[i].format);
+    }
+    for (int port = 0; port < root_.inputCount(); ++port) {
+        root_.input(port).consume(count);
+    }
+}
+
+void CAudioPlanner::leave()
+{
+    isRipe_ = false;
+    quietSamples_ = 0;
+    if (plan_.isReady()) {
+        plan_.release();
+        root_.skip(std::exchange(planned_, 0), root_.sampleRateHz());
+    }
+}
+
+// --- writing down
+
+void CAudioPlanner::beginStep(CAudioGraph& inner)
+{
+    count_ = offered();
+    if (graph_.params.arrivals() != arrivals_) {
+        arrivals_ = graph_.params.arrivals();
+        quietSamples_ = 0;
+        quietWanted_ = kQuietSamples;
+        isRipe_ = false;
+    }
+    const bool isWanted =
+        isRipe_ && count_ >= kShortestStep && graph_.usesPlans && !graph_.kernels.hasObserver();
+    builder_ = isWanted ? CAudioPlanBuilder::acquire() : nullptr;
+    if (!builder_) {
+        return;
+    }
+    readInputs();
+    CInlineArray<CBufferRef, 16> buffers;
+    for (const Channel& channel : inputs_) {
+        buffers.push(root_.input(channel.port).links()[0]->head(channel.number)->buffer);
+    }
+    hasAllOutputs_ = true;
+    stepsWritten_ = 0;
+    inner_ = &inner;
+    inner.planBuilder = builder_;
+    builder_->begin(graph_.kernels, count_, {buffers.data(), buffers.size()});
+}
+
+void CAudioPlanner::readInputs()
+{
+    inputs_.clear();
+    for (int port = 0; port < root_.inputCount(); ++port) {
+        const CAudioLink& link = *root_.input(port).links()[0];
+        forEachChannel(link.channels(), [&](int number) {
+            inputs_.push({port, number, link.head(number)->format});
+        });
+    }
+}
+
+void CAudioPlanner::takeOutputs(const CAudioLink& drain)
+{
+    if (!builder_) {
+        return;
+    }
+    ++stepsWritten_;
+    outputs_.clear();
+    outputBuffers_.clear();
+    forEachChannel(drain.channels(), [&](int number) {
+        const CAudioChunk* head = drain.head(number);
+        hasAllOutputs_ = hasAllOutputs_ && head && !head->next && head->count == count_;
+        if (hasAllOutputs_) {
+            outputs_.push({0, number, head->format});
+            outputBuffers_.push(head->buffer);
+        }
+    });
+    builder_->end({outputBuffers_.data(), outputBuffers_.size()});
+}
+
+void CAudioPlanner::endStep()
+{
+    if (builder_) {
+        makePlan();
+        return;
+    }
+    quietSamples_ = count_ > 0 ? std::min(quietSamples_ + count_, kLongestQuiet) : 0;
+    isRipe_ = quietSamples_ >= quietWanted_ && root_.isAtRest();
+}
+
+void CAudioPlanner::makePlan()
+{
+    if (stepsWritten_ == 0) {
+        builder_->end({});
+    }
+    const bool isSound = stepsWritten_ == 1 && hasAllOutputs_ && root_.isAtRest();
+    if (!isSound || !builder_->build(plan_)) {
+        quietWanted_ = std::min(2 * quietWanted_, kLongestQuiet);
+    }
+    builder_->giveBack();
+    builder_ = nullptr;
+    inner_->planBuilder = nullptr;
+    isRipe_ = false;
+    quietSamples_ = 0;
+}
+
+} // namespace qel

@@ -1,0 +1,83 @@
+// Decides when the steps of a graph are run from a plan, and when a plan is made.
+#pragma once
+
+#include "CAudioGraph.h"
+#include "CAudioProcessBase.h"
+#include "CAudioStepPlan.h"
+
+namespace qel {
+
+class CAudioPlanBuilder;
+
+// Works for the root of a graph, which asks it at every call of process(). When nothing has changed for a
+// while the next step is written down and a plan made of it. From then on steps are run from the plan until a
+// change comes in, the streams are others, or somebody needs the processes themselves; leave() then brings
+// them to where they would be. A step from the plan gives the same samples and states to the last bit.
+//
+// Audio thread; owned by the root.
+class CAudioPlanner
+{
+public:
+    CAudioPlanner(CAudioProcessBase& root, CAudioGraph& graph);
+    CAudioPlanner(const CAudioPlanner&) = delete;
+    CAudioPlanner& operator=(const CAudioPlanner&) = delete;
+
+    // Runs the step that the root's inputs hold, if there is a plan for it. Otherwise the root does, between
+    // beginStep() and endStep().
+    bool runStep();
+    // `inner` is the graph of the processes that will work.
+    void beginStep(CAudioGraph& inner);
+    // What they put out lies in `drain`.
+    void takeOutputs(const CAudioLink& drain);
+    void endStep();
+
+    // Ends the plan, if there is one: called before anything but a step happens to the root.
+    void leave();
+
+private:
+    // So long nothing may have changed, in samples, before a step is written down: it takes a few times as
+    // long as others.
+    static constexpr int kQuietSamples = 512;
+    // A shorter one does not show what grows with its length.
+    static constexpr int kShortestStep = 4;
+    // Where no plan can be made, it is tried less and less often.
+    static constexpr int kLongestQuiet = 1 << 28;
+
+    struct Channel
+    {
+        int port;
+        int number;
+        const CAudioStreamFormat* format;
+    };
+    using Channels = CInlineArray<Channel, 16>;
+
+    // Length of the step that lies at the inputs as one piece; 0 if it does not.
+    int offered() const;
+    bool isSameInput() const;
+    void readInputs();
+    bool runFromPlan(int count);
+    void handOn(int count, std::span<const CBufferRef> signals);
+    void makePlan();
+
+    CAudioProcessBase& root_;
+    CAudioGraph& graph_;
+    CAudioStepPlan plan_;
+    Channels inputs_;
+    Channels outputs_;
+    std::int64_t planned_ = 0; // samples that have been run from the plan
+
+    std::uint64_t arrivals_ = 0; // of changes, as they were at the last step
+    int quietSamples_ = 0;
+    int quietWanted_ = kQuietSamples;
+    bool isRipe_ = false; // the next step may be written down
+
+    // While a step is written down.
+    CAudioPlanBuilder* builder_ = nullptr;
+    CAudioGraph* inner_ = nullptr;
+    int count_ = 0; // of the step at hand
+    int stepsWritten_ = 0;
+    bool hasAllOutputs_ = false;
+    CInlineArray<CBufferRef, 16> outputBuffers_;
+};
+
+} // namespace qel

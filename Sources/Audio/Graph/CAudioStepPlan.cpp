@@ -1,0 +1,93 @@
+// A step of a graph as a list of kernel calls, to be run again without the graph.
+#include "CAudioStepPlan.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace qel {
+
+CAudioStepPlan::CAudioStepPlan(CKernelContext& kernels)
+    : kernels_(kernels), memory_(kArenaSamples + kAlignment / sizeof(double))
+{
+    calls_.reserve(kMaxCalls);
+    ratios_.reserve(kMaxCalls);
+    entries_.reserve(kMaxCalls);
+    patches_.reserve(kMaxPatches);
+    wholes_.reserve(kMaxWholes);
+    twins_.reserve(kMaxTwins);
+    signalRatios_.reserve(kMaxSignals);
+    outputs_.reserve(kMaxOutputs);
+}
+
+void CAudioStepPlan::release()
+{
+    for (const Twin& twin : twins_) {
+        std::memcpy(twin.resting, twin.running, twin.bytes);
+    }
+    calls_.clear();
+    ratios_.clear();
+    entries_.clear();
+    patches_.clear();
+    wholes_.clear();
+    twins_.clear();
+    signalRatios_.clear();
+    outputs_.clear();
+    piece_ = 0;
+    isReady_ = false;
+}
+
+double* CAudioStepPlan::arena()
+{
+    const std::size_t beyond = reinterpret_cast<std::uintptr_t>(memory_.data()) % kAlignment;
+    return memory_.data() + (beyond == 0 ? 0 : (kAlignment - beyond) / sizeof(double));
+}
+
+// Whole modules come behind all pieces: what they tell is then in the order that they would tell it in.
+void CAudioStepPlan::run(int count, std::span<const CBufferRef> signals)
+{
+    for (int done = 0; done < count;) {
+        const int piece = std::min(count - done, longestPiece_);
+        runPiece(done, piece, signals);
+        done += piece;
+    }
+    for (const Whole& whole : wholes_) {
+        runWhole(whole, count, signals);
+    }
+}
+
+void CAudioStepPlan::setPiece(int count)
+{
+    piece_ = count;
+    for (std::size_t i = 0; i < calls_.size(); ++i) {
+        calls_[i].count = ratios_[i] * static_cast<std::uint32_t>(count);
+    }
+}
+
+void CAudioStepPlan::runPiece(int done, int count, std::span<const CBufferRef> signals)
+{
+    if (count != piece_) {
+        setPiece(count);
+    }
+    for (const Patch& patch : patches_) {
+        double* const samples = kernels_.samples(signals[patch.signal]);
+        calls_[patch.call].data[patch.operand] = samples + done * signalRatios_[patch.signal];
+    }
+    for (const Entry& entry : entries_) {
+        if (entry.group) {
+            entry.group(&calls_[entry.call]);
+        } else {
+            entry.single(calls_[entry.call]);
+        }
+    }
+}
+
+void CAudioStepPlan::runWhole(const Whole& whole, int count, std::span<const CBufferRef> signals)
+{
+    CAudioModuleStep step(kernels_, whole.ratio * count, whole.channelCount);
+    for (const std::uint8_t signal : whole.signals) {
+        step.inputs.push(signals[signal]);
+    }
+    whole.module->process(step);
+}
+
+} // namespace qel

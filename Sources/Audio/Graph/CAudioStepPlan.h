@@ -1,0 +1,107 @@
+// A step of a graph as a list of kernel calls, to be run again without the graph.
+#pragma once
+
+#include "CAudioModule.h"
+#include "CInlineArray.h"
+#include "CKernelContext.h"
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace qel {
+
+// Made by a CAudioPlanBuilder from what one step ran. It holds as long as nothing but the samples changes;
+// whoever runs it has to know. Counts go in proportion to the step, so one plan serves every length. Steps
+// are run in pieces, short enough for all buffers between calls to stay in the processor's cache. The states
+// are those of the modules, so that the graph can go on behind any step.
+//
+// All memory is taken when the plan is constructed. Audio thread, but for the constructor and the destructor.
+class CAudioStepPlan
+{
+public:
+    explicit CAudioStepPlan(CKernelContext& kernels);
+    ~CAudioStepPlan() { release(); }
+    CAudioStepPlan(const CAudioStepPlan&) = delete;
+    CAudioStepPlan& operator=(const CAudioStepPlan&) = delete;
+
+    bool isReady() const { return isReady_; }
+
+    // What has a buffer as long as the step: the inputs, in the order given to the builder, and behind them
+    // what the plan makes for others. The ratio is that of its samples to the step's.
+    std::size_t signalCount() const { return signalRatios_.size(); }
+    int signalRatio(std::size_t signal) const { return signalRatios_[signal]; }
+    // The signal that each output carries; several may carry one, and an input may pass by reference.
+    std::span<const std::uint8_t> outputs() const { return outputs_; }
+
+    // One step, with a buffer for each signal.
+    void run(int count, std::span<const CBufferRef> signals);
+    // Brings the states that others have stood in for up to date, and forgets the plan.
+    void release();
+
+private:
+    friend class CAudioPlanBuilder;
+
+    static constexpr std::size_t kMaxCalls = 320;
+    static constexpr std::size_t kMaxPatches = 128;
+    static constexpr std::size_t kMaxWholes = 32;
+    static constexpr std::size_t kMaxTwins = 128;
+    static constexpr std::size_t kMaxSignals = 64;
+    static constexpr std::size_t kMaxOutputs = 16;
+    static constexpr std::uint8_t kNoSignal = 0xFF;
+    // For all buffers between calls together.
+    static constexpr std::size_t kArenaSamples = 4096;
+    static constexpr std::size_t kAlignment = 64;
+
+    // Something to run: a call, or several as one.
+    struct Entry
+    {
+        CKernelFunction single;
+        CKernelGroupFunction group; // null: a single one
+        std::uint16_t call;         // the first
+    };
+    // An address that is another one in every piece.
+    struct Patch
+    {
+        std::uint16_t call;
+        std::uint8_t operand;
+        std::uint8_t signal;
+    };
+    // A module that is run as a whole, behind all calls.
+    struct Whole
+    {
+        CAudioWholeModule* module;
+        int ratio;
+        std::size_t channelCount;
+        CInlineArray<std::uint8_t, kMaxKernelOperands> signals;
+    };
+    // Equal states with equal inputs: one runs for both.
+    struct Twin
+    {
+        const std::byte* running;
+        std::byte* resting;
+        std::size_t bytes;
+    };
+
+    void setPiece(int count);
+    void runPiece(int done, int count, std::span<const CBufferRef> signals);
+    void runWhole(const Whole& whole, int count, std::span<const CBufferRef> signals);
+    double* arena();
+
+    CKernelContext& kernels_;
+    std::vector<double> memory_;
+    std::vector<CKernelCall> calls_;
+    std::vector<std::uint16_t> ratios_; // of a call's count to the step's
+    std::vector<Entry> entries_;
+    std::vector<Patch> patches_;
+    std::vector<Whole> wholes_;
+    std::vector<Twin> twins_;
+    std::vector<std::uint16_t> signalRatios_;
+    std::vector<std::uint8_t> outputs_;
+    int longestPiece_ = 0;
+    int piece_ = 0; // that the counts are set to
+    bool isReady_ = false;
+};
+
+} // namespace qel
