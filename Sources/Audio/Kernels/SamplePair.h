@@ -64,6 +64,19 @@ template <class Sample, class Get>
     return condition ? a : b;
 }
 
+[[gnu::always_inline]] inline bool isTrueAnywhere(bool condition)
+{
+    return condition;
+}
+[[gnu::always_inline]] inline bool isTrueAnywhere(SamplePairMask condition)
+{
+#if defined(__SSE2__)
+    return _mm_movemask_pd(reinterpret_cast<__m128d>(condition)) != 0;
+#else
+    return condition[0] != 0 || condition[1] != 0;
+#endif
+}
+
 // Without errno, which would cost a branch and a call.
 [[gnu::always_inline]] inline double squareRoot(double x)
 {

@@ -62,7 +62,7 @@ void shift(const LaneCalls& calls)
             a -= halfGrain;
             headA -= grain;
         }
-        const double t = 0.5 * (headA & 1);
+        const bool isBetweenTaps = (headA & 1) != 0;
         ++headA;
         std::int32_t b = headB >> 1;
         if (b >= grain) {
@@ -77,6 +77,17 @@ void shift(const LaneCalls& calls)
         previous = window;
         window = next;
 
+        if (!isBetweenTaps) {
+            // Every other sample stands on a tap, and the spline goes through it. A zero takes the long way:
+            // which of the two it becomes, the slope decides.
+            const auto onTap = gatherLanes<Sample>([&](std::size_t lane) {
+                return rings.samples[lane][a + 1] * weightA + rings.samples[lane][b + 1] * weightB;
+            });
+            if (!isTrueAnywhere(onTap == 0.0)) {
+                out.set(i, onTap);
+                continue;
+            }
+        }
         // Two taps at a time.
         SamplePair taps[kChannels][2];
         unrolled<kChannels>([&](auto channel) {
@@ -87,7 +98,7 @@ void shift(const LaneCalls& calls)
         const auto tap = [&](auto index) {
             return gatherLanes<Sample>([&](std::size_t lane) { return taps[lane][index / 2][index % 2]; });
         };
-        out.set(i, interpolate(tap(0), tap(1), tap(2), tap(3), t));
+        out.set(i, interpolate(tap(0), tap(1), tap(2), tap(3), isBetweenTaps ? 0.5 : 0.0));
     }
     for (std::size_t channel = 0; channel < kChannels; ++channel) {
         PShiftState& moved = *calls[channel].state<PShiftState>(1);
