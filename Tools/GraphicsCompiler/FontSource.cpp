@@ -80,11 +80,14 @@ std::set<char32_t> readCharacterFile(CSourceElement& font, CXmlSource& source, s
     return characters;
 }
 
+// Between small letters on whole pixels a narrower blank gets lost.
+constexpr double kLeastBlankPx = 3.0;
+
 CImageVariant renderVariant(CGlyphRenderer& renderer, char32_t character, double scale, double tracking)
 {
     CImageVariant variant = renderer.render(character);
     variant.scale = scale;
-    variant.advance = std::max(0.0, variant.advance + tracking * scale);
+    variant.advance = std::max(character == U' ' ? kLeastBlankPx : 0.0, variant.advance + tracking * scale);
     trimMargins(variant);
     variant.width = static_cast<int>(std::ceil(variant.advance));
     variant.height = variant.raster.height;
