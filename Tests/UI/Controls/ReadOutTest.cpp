@@ -1,6 +1,7 @@
 // Values that are read and typed, in front of a running instance.
 #include "CReadOut.h"
 #include "ControlUserFixture.h"
+#include "LiteralText.h"
 
 namespace qel::test {
 namespace {
@@ -27,7 +28,7 @@ class ReadOut : public ControlUserFixture
 protected:
     ReadOut() : ControlUserFixture(kWindow) {}
 
-    std::string shown(const std::string& name) { return at<CReadOut>(name).getTitle().toUtf8(); }
+    std::string shown(const std::string& name) { return plainText(at<CReadOut>(name).getTitle()).toUtf8(); }
     bool isEditing(const std::string& name) { return at<CReadOut>(name).isEditing(); }
     void open(const std::string& name)
     {
