@@ -222,7 +222,7 @@ CError CViewBaseState::adopt(const Gathered& gathered, std::int32_t round)
             return first;
         }
         const auto* const morphed =
-            std::ranges::find_if(kMorphed, [&](const char* name) { return key == name; });
+            std::ranges::find_if(kMorphed, [&key = key](const char* name) { return key == name; });
         if (morphed != std::end(kMorphed)) {
             keepFirst(first,
                       adoptNumber(static_cast<std::size_t>(morphed - kMorphed), value, gathered.durationSec));

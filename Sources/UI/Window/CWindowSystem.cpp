@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ranges>
 
 namespace qel {
 
@@ -80,12 +79,10 @@ CWindow* CWindowSystem::findWindowAt(int screenX, int screenY) const
             windows_, [&](const CWindow* each) { return found && each->getSystemWindow() == found; });
         return window == windows_.end() ? nullptr : *window;
     }
-    for (CWindow* const window : std::views::reverse(windows_)) {
-        if (window->getScreenPlace().contains(screenX, screenY)) {
-            return window;
-        }
-    }
-    return nullptr;
+    const auto top = std::find_if(windows_.rbegin(), windows_.rend(), [&](const CWindow* each) {
+        return each->getScreenPlace().contains(screenX, screenY);
+    });
+    return top == windows_.rend() ? nullptr : *top;
 }
 
 void CWindowSystem::raiseWindow(CWindow& window)
