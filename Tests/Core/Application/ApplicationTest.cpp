@@ -4,7 +4,6 @@
 #include "CNotifyServer.h"
 #include "CSharedAttribute.h"
 #include "FailureReport.h"
-#include "FailureWindow.h"
 #include "Streams/CMemoryWriteBuffer.h"
 #include "TemporaryHome.h"
 #include "Trace.h"

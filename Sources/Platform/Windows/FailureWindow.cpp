@@ -1,5 +1,5 @@
 // The failure window: a text, the details to copy, and a message loop of its own.
-#include "SystemFailureWindow.h"
+#include "FailureWindow.h"
 
 #include "WideText.h"
 #include "WindowsApi.h"
@@ -122,7 +122,7 @@ bool registerClass()
 
 } // namespace
 
-void showSystemFailureWindow(const std::string& title, const std::string& text, const std::string& details)
+void showFailureWindow(const std::string& title, const std::string& text, const std::string& details)
 {
     const std::wstring wideTitle = wideText(title);
     const HFONT font = CreateFontW(-kFontHeightPx, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,

@@ -1,5 +1,5 @@
 // The failure on standard error, and in a window where there is a display.
-#include "SystemFailureWindow.h"
+#include "FailureWindow.h"
 
 #include "CXcbFailureWindow.h"
 
@@ -7,7 +7,7 @@
 
 namespace qel::platform {
 
-void showSystemFailureWindow(const std::string& title, const std::string& text, const std::string& details)
+void showFailureWindow(const std::string& title, const std::string& text, const std::string& details)
 {
     std::fprintf(stderr, "%s\n%s\n%s\n", title.c_str(), text.c_str(), details.c_str());
     CXcbFailureWindow window(text, details);
