@@ -51,7 +51,7 @@ private:
     static constexpr std::size_t kMaxOutputs = 16;
     static constexpr std::uint8_t kNoSignal = 0xFF;
     // For all buffers between calls together.
-    static constexpr std::size_t kArenaSamples = 4096;
+    static constexpr std::size_t kArenaSamples = 2048;
     static constexpr std::size_t kAlignment = 64;
 
     // Something to run: a call, or several as one.
