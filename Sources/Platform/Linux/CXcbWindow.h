@@ -65,7 +65,7 @@ private:
     void handleMessage(const xcb_client_message_event_t& event);
     void noteScreenPosition(int screenX, int screenY);
     void noteOrigin(const xcb_motion_notify_event_t& event);
-    bool isGone(const std::weak_ptr<bool>& life) const { return life.expired(); }
+    static bool isGone(const std::weak_ptr<bool>& life) { return life.expired(); }
 
     const std::shared_ptr<CXcbSession> session_;
     CSystemWindowListener& listener_;
