@@ -24,6 +24,18 @@ void CAudioPlanBuilder::giveBack()
     isTaken_.store(false, std::memory_order_release);
 }
 
+// Who has it now has its memory.
+void CAudioPlanBuilder::warmUp()
+{
+    if (CAudioPlanBuilder* const builder = acquire()) {
+        builder->calls_.fill({});
+        builder->buffers_.fill({});
+        builder->bufferOfSlot_.fill(kNone);
+        builder->order_.warmUp();
+        builder->giveBack();
+    }
+}
+
 // --- writing down
 
 void CAudioPlanBuilder::begin(CKernelContext& kernels, int count, std::span<const CBufferRef> inputs)

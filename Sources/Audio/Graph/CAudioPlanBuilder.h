@@ -28,6 +28,8 @@ public:
     // Null while another thread has it.
     static CAudioPlanBuilder* acquire();
     void giveBack();
+    // Any thread: has the system give it memory, for which the audio thread would have to wait.
+    static void warmUp();
 
     // Around the step: what goes in, one buffer a signal, and what has come out.
     void begin(CKernelContext& kernels, int count, std::span<const CBufferRef> inputs);

@@ -28,6 +28,13 @@ void CAudioPlanOrder::arrange(std::span<const Call> calls, std::span<const Buffe
     }
 }
 
+void CAudioPlanOrder::warmUp()
+{
+    units_.fill({});
+    order_.fill(0);
+    lastReader_.fill(0);
+}
+
 // --- units
 
 void CAudioPlanOrder::countReaders(std::span<const Index> wanted)

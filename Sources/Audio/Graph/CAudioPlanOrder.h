@@ -34,6 +34,9 @@ public:
     void arrange(std::span<const plan::Call> calls, std::span<const plan::Buffer> buffers,
                  std::span<const plan::Index> wanted);
 
+    // Writes to all of its memory.
+    void warmUp();
+
     // In the order they run; a pair stands at the place of its first.
     std::span<const plan::Index> order() const { return {order_.data(), placed_}; }
     std::size_t unitCount() const { return unitCount_; }

@@ -11,7 +11,9 @@ namespace qel {
 
 CAudioPlanner::CAudioPlanner(CAudioProcessBase& root, CAudioGraph& graph)
     : root_(root), graph_(graph), plan_(graph.kernels)
-{}
+{
+    CAudioPlanBuilder::warmUp();
+}
 
 // --- running
 

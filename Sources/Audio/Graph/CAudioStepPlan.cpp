@@ -6,17 +6,29 @@
 
 namespace qel {
 
+namespace {
+
+// Room for so many, in memory that the system has really given: the audio thread would have to wait for it.
+template <class Item>
+void reserveTouched(std::vector<Item>& items, std::size_t count)
+{
+    items.resize(count);
+    items.clear();
+}
+
+} // namespace
+
 CAudioStepPlan::CAudioStepPlan(CKernelContext& kernels)
     : kernels_(kernels), memory_(kArenaSamples + kAlignment / sizeof(double))
 {
-    calls_.reserve(kMaxCalls);
-    ratios_.reserve(kMaxCalls);
-    entries_.reserve(kMaxCalls);
-    patches_.reserve(kMaxPatches);
-    wholes_.reserve(kMaxWholes);
-    twins_.reserve(kMaxTwins);
-    signalRatios_.reserve(kMaxSignals);
-    outputs_.reserve(kMaxOutputs);
+    reserveTouched(calls_, kMaxCalls);
+    reserveTouched(ratios_, kMaxCalls);
+    reserveTouched(entries_, kMaxCalls);
+    reserveTouched(patches_, kMaxPatches);
+    reserveTouched(wholes_, kMaxWholes);
+    reserveTouched(twins_, kMaxTwins);
+    reserveTouched(signalRatios_, kMaxSignals);
+    reserveTouched(outputs_, kMaxOutputs);
 }
 
 void CAudioStepPlan::release()
