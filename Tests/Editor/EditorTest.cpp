@@ -79,13 +79,17 @@ TEST_F(Editor, ShowsHintsAndLightsUpUnderThePointer)
 
 TEST_F(Editor, TurnsKnobsByDragAndWheelAndTellsTheHost)
 {
+    constexpr int kOutGain = 23;        // its place among the host's parameters
+    editor->host().set(kOutGain, 0.4f); // which waits, since nothing is played yet
     const auto values = editor->host().getAll();
     const auto knob = placeOf(kKnob);
     editor->drag(knob, 40);
-    EXPECT_NE(editor->host().getAll(), values);
-    EXPECT_GT(editor->host().automations, 0);
-
     const auto dragged = editor->host().getAll();
+    EXPECT_NE(dragged, values);
+    EXPECT_GT(editor->host().automations, 0);
+    editor->idleFor(0.2);
+    EXPECT_EQ(editor->host().getAll(), dragged) << "it stays where the hand has left it";
+
     editor->moveTo(knob);
     client.click(5);
     EXPECT_TRUE(editor->idleUntil([&] { return editor->host().getAll() != dragged; }));

@@ -91,7 +91,10 @@ double CAudioExtParam::getNormalized() const
 
 void CAudioExtParam::postNormalized(double norm)
 {
-    if (projection() && !std::isnan(norm)) {
+    // Hosts send back what they were told, some of them all values whenever a window opens. As what it
+    // was told is a float, the value would move a little, and no longer be that of its preset.
+    const bool isKnown = static_cast<float>(norm) == static_cast<float>(getNormalized());
+    if (projection() && !std::isnan(norm) && !isKnown) {
         posted_.put(norm);
     }
 }
@@ -177,7 +180,13 @@ void CAudioExtParam::onParamChange(const CAudioParamNotice& notice)
     if (notice.param != param_ || !notice.change.touches(group_, 0)) {
         return;
     }
-    const bool isChanged = refresh(notice.origin == CAudioParamOrigin::kAudio);
+    const bool isFromAudio = notice.origin == CAudioParamOrigin::kAudio;
+    if (!isFromAudio) {
+        // What the host had left before counts no more. While nothing is processed it would wait, and come
+        // back at each look at it.
+        posted_.drop();
+    }
+    const bool isChanged = refresh(isFromAudio);
     if (isChanged && notice.origin != CAudioParamOrigin::kHost) {
         tellHost();
     }

@@ -50,7 +50,8 @@ CError CKnobLabels::initChilds()
     QEL_TRY(setAttribute(kVisible, CAttrValue(false), true), getFullName());
     QEL_TRY(makeScale(), getFullName());
     listenObject(kScalePath, "values-changed", kScaleChange);
-    return eventScaleValuesChange({});
+    CDynamicList* list = nullptr;
+    return findScale(list);
 }
 
 CError CKnobLabels::makeScale()
@@ -81,12 +82,24 @@ CError CKnobLabels::makeScale()
 
 // --- the texts
 
-CError CKnobLabels::eventScaleValuesChange(const CAttrMap&)
+CError CKnobLabels::findScale(CDynamicList*& outList)
 {
-    auto* const list = dynamic_cast<CDynamicList*>(findObject(kScalePath));
-    if (!list) {
+    outList = dynamic_cast<CDynamicList*>(findObject(kScalePath));
+    if (!outList) {
         QEL_FAIL(getFullName(), "@qelstr_CKnobLabels_update_NoScaleValues Unable to locate scale values.");
     }
+    return {};
+}
+
+CError CKnobLabels::eventScaleValuesChange(const CAttrMap&)
+{
+    return getAttrBool(kVisible) ? update() : CError();
+}
+
+CError CKnobLabels::update()
+{
+    CDynamicList* list = nullptr;
+    QEL_TRY(findScale(list), getFullName());
     std::vector<CDynamicListItem> items;
     QEL_TRY(list->getItems({}, items), getFullName());
     items.resize(std::min(items.size(), static_cast<std::size_t>(std::max(count_, 0))));
@@ -150,7 +163,11 @@ CError CKnobLabels::makeLabel(const CString& text, double position)
 
 CError CKnobLabels::eventShow(const CAttrMap&)
 {
-    return settings_->isShowKnobLabels() ? setAttribute(kVisible, CAttrValue(true), true) : CError();
+    if (!settings_->isShowKnobLabels()) {
+        return {};
+    }
+    QEL_TRY(update(), getFullName());
+    return setAttribute(kVisible, CAttrValue(true), true);
 }
 
 CError CKnobLabels::eventHide(const CAttrMap&)

@@ -5,6 +5,7 @@
 
 namespace qel {
 
+class CDynamicList;
 class CGlobalSettings;
 
 // Tag `ui:knob-labels`, a child of a knob: a ring for a ground (CPicture, range "LabelBG") and the texts of a
@@ -19,8 +20,9 @@ class CGlobalSettings;
 //     font-name, text-color  of the texts, "shared::font.small" and "KnobLabelsText" by default
 //
 // The texts are those of a child list "scale" (CDynamicList). Without one, it is made for the parameter that
-// the knob is bound to: even steps from end to end, in the short form for knobs. The texts are made anew when
-// the list raises "values-changed", and on the event "scale-values-change".
+// the knob is bound to: even steps from end to end, in the short form for knobs. They get their views when
+// they are first shown, since the scales of all knobs would be a quarter of a window's views; and anew, while
+// they are shown, when the list raises "values-changed" and on the event "scale-values-change".
 class CKnobLabels : public CPicture
 {
 public:
@@ -37,6 +39,9 @@ private:
     CError eventShow(const CAttrMap& parameters);
     CError eventHide(const CAttrMap& parameters);
     CError makeScale();
+    CError findScale(CDynamicList*& outList);
+    // Makes the labels, if there are others than the list asks for.
+    CError update();
     CError makeLabel(const CString& text, double position);
     // The number of this attribute here or, without it, on the knob.
     double readNumber(const char* name, double fallback) const;
