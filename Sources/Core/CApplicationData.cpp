@@ -117,8 +117,8 @@ void CApplicationData::loadAppData(const CString& name, CByteBuffer& outBuffer, 
     if (!setting.isCached || setting.id != id) {
         CByteBuffer value;
         readValue(parsed, value, id);
-        if (value.isEmpty()) {
-            return;
+        if (value.isEmpty() && setting.isCached) {
+            return; // it is there, and of another kind
         }
         setting.value = std::move(value);
         setting.id = id;

@@ -46,7 +46,10 @@ struct Slot
         binding.isDirty = &isDirty;
         binding.group = group;
         binding.entry = entry;
-        isBound = param.audioSide().bind(binding);
+        isBound = param.audioSide().prepare(binding);
+        if (isBound) {
+            param.audioSide().bind(binding);
+        }
     }
     ~Slot()
     {
@@ -94,7 +97,7 @@ protected:
     CAudioParam& addParam(const char* fullName, const CAudioParamInfo& info)
     {
         CAudioParam& param = collector_->getParam(fullName);
-        param.setInfo(info, CString("audio.") + info.name);
+        param.setInfo(std::make_shared<CAudioParamInfo>(info), CString("audio.") + info.name);
         return param;
     }
     // One processing call, without the processes.

@@ -55,8 +55,10 @@ TEST_F(ParamTransportTest, AnUnboundSlotLeavesNothingBehind)
     gone.binding.queue = &shared;
     kept.binding.param->audioSide().unbind(kept.binding);
     kept.binding.queue = &shared;
-    EXPECT_TRUE(param.audioSide().bind(kept.binding));
-    EXPECT_TRUE(param.audioSide().bind(gone.binding));
+    for (Slot* slot : {&kept, &gone}) {
+        EXPECT_TRUE(param.audioSide().prepare(slot->binding));
+        param.audioSide().bind(slot->binding);
+    }
     set(param, 1.0);
     callAudio();
     param.audioSide().unbind(gone.binding);

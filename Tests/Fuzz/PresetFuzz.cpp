@@ -97,7 +97,7 @@ private:
         if (info.isString()) {
             info.defaults[0][0] = info.pool.addString("text");
         }
-        collector_->getParam(name).setInfo(info, "audio.x");
+        collector_->getParam(name).setInfo(std::make_shared<CAudioParamInfo>(info), "audio.x");
     }
 
     CObject* shared_ = new CObject();

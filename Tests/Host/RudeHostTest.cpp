@@ -1,5 +1,4 @@
 // Hosts that keep to no order, and what they may rely on all the same.
-#include "AllocationGuard.h"
 #include "HostRig.h"
 
 #include <gtest/gtest.h>
@@ -401,43 +400,6 @@ TEST(RudeHost, IsTurnedOffAndOnAndRearrangedWhileProcessing)
     audio.join();
     host.start();
     EXPECT_TRUE(std::isfinite(host.run(drums<float>(2000), {512})[0][1999]));
-}
-
-TEST(RudeHost, TheAudioThreadWaitsForNobodyOnceWarm)
-{
-    if (!AllocationGuard::kCounts) {
-        GTEST_SKIP() << "not counted in this build";
-    }
-    Host host;
-    host.start();
-    Channels<float> signal = drums<float>(4096);
-    std::vector<float*> channels(8);
-    channels[0] = signal[0].data();
-    channels[1] = signal[1].data();
-    // The first round meets every module's first change, the second every change from where the first one
-    // ended.
-    for (const bool isWarm : {false, false, true}) {
-        for (unsigned seed = 1; seed < 40; ++seed) {
-            if (seed % 10 == 0) {
-                host.stop();
-                host.start();
-            }
-            const AllocationGuard::Counts counts = [&] {
-                AllocationGuard guard;
-                host.set(static_cast<std::int32_t>(seed % 24), static_cast<float>(seed % 7) / 6.0f);
-                for (int size : {64, 4096, 1, 777}) {
-                    host->processReplacing(host.effect(), channels.data(), channels.data(), size);
-                }
-                return guard.stop();
-            }();
-            if (isWarm) {
-                const unsigned parameter = seed % 24;
-                EXPECT_EQ(counts.allocations + counts.frees + counts.locks, 0u) << "parameter " << parameter;
-                // A filter of the parameter may be tried for, and is left to the next call if it is taken.
-                EXPECT_LE(counts.tryLocks, 1u) << "parameter " << parameter;
-            }
-        }
-    }
 }
 
 } // namespace

@@ -18,12 +18,14 @@ struct AllocationCounts
     std::uint32_t frees = 0;
     std::uint32_t locks = 0;
     std::uint32_t tryLocks = 0;
+    std::uint32_t maps = 0;
 
-    std::uint32_t total() const { return allocations + frees + locks + tryLocks; }
+    std::uint32_t total() const { return allocations + frees + locks + tryLocks + maps; }
 };
 
-// While a guard lives, the calls its thread makes to the heap (malloc and its kin, free, new, delete) and to
-// pthread locks (lock, timed lock, condition waits, and apart from these try-lock) are counted. A
+// While a guard lives, the calls its thread makes to the heap (malloc and its kin, free, new, delete), to
+// mmap and munmap, and to pthread locks (lock, timed lock, condition waits, and apart from these try-lock)
+// are counted. A
 // CCriticalSection tries before it waits, so in a test without contention its lock() shows as a try. Other
 // threads are not concerned. Guards do not nest. Read the counts after stop(), since a test's own checks
 // allocate too.
@@ -74,6 +76,7 @@ private:
 #include <cerrno>
 #include <dlfcn.h>
 #include <pthread.h>
+#include <sys/types.h>
 
 // Exported, so that the shared libraries of the program come here too.
 #define QEL_REPLACES __attribute__((visibility("default")))
@@ -126,6 +129,22 @@ QEL_REPLACES void free(void* memory) noexcept
         noteCall(&qel::test::AllocationCounts::frees);
     }
     __libc_free(memory);
+}
+
+QEL_REPLACES void* mmap(void* address, std::size_t length, int protection, int flags, int file,
+                        off_t offset) noexcept
+{
+    using Function = void* (*)(void*, std::size_t, int, int, int, off_t);
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "mmap"));
+    noteCall(&qel::test::AllocationCounts::maps);
+    return real(address, length, protection, flags, file, offset);
+}
+QEL_REPLACES int munmap(void* address, std::size_t length) noexcept
+{
+    using Function = int (*)(void*, std::size_t);
+    static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "munmap"));
+    noteCall(&qel::test::AllocationCounts::maps);
+    return real(address, length);
 }
 
 QEL_REPLACES int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept

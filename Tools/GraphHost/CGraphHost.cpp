@@ -62,12 +62,13 @@ CGraphHost::CGraphHost(const CTreeNode& sharedTree, const Options& options) : CG
     load(*shared_, sharedTree);
     makeInstance();
     auto* visual = dynamic_cast<CAudioVizCollector*>(instance_->findObject("plugin.viz-collector"));
-    graph_ = std::make_unique<CAudioGraph>(CAudioGraph{kernels(), params(), {}, {}, visual});
+    graph_.reset(new CAudioGraph{kernels(), params(), visual});
     const auto* def = dynamic_cast<const CAudioProcessDefBase*>(shared_->findObject(options.definition));
     if (!def) {
         throw std::runtime_error("The tree has no process definition '" + options.definition + "'.");
     }
     require(tree_.build(*graph_, *def, options.processName));
+    tree_.root()->prepareGroups(0xFF);
     params().finalize();
     connect();
 }

@@ -3,9 +3,16 @@
 
 namespace qel {
 
+CAudioChunkPool::~CAudioChunkPool()
+{
+    for (Run* run : runs_) {
+        runs_.get_allocator().memory()->giveBack(run, sizeof(Run));
+    }
+}
+
 void CAudioChunkPool::grow()
 {
-    runs_.push_back(std::make_unique<std::array<CAudioChunk, kRun>>());
+    runs_.push_back(new (runs_.get_allocator().memory()->take(sizeof(Run))) Run);
     for (CAudioChunk& chunk : *runs_.back()) {
         giveBack(&chunk);
     }

@@ -1,13 +1,12 @@
 // A span of samples on its way from one process to another.
 #pragma once
 
+#include "CAudioMemory.h"
 #include "CAudioStreamFormat.h"
 #include "CBufferRef.h"
 
 #include <array>
 #include <cstdint>
-#include <memory>
-#include <vector>
 
 namespace qel {
 
@@ -20,11 +19,16 @@ struct CAudioChunk
     std::int32_t count; // samples left
 };
 
-// Free list of chunks, shared by all links of a graph. Grows in runs and never gives memory back while the
-// graph lives, so that a graph in steady state allocates nothing. Audio thread.
+// Free list of chunks, shared by all links of a graph. Grows in runs of the graph's memory and keeps them
+// while the graph lives. Audio thread.
 class CAudioChunkPool
 {
 public:
+    explicit CAudioChunkPool(CAudioMemory& memory) : runs_(CAudioAllocator<Run*>(memory)) {}
+    ~CAudioChunkPool();
+    CAudioChunkPool(const CAudioChunkPool&) = delete;
+    CAudioChunkPool& operator=(const CAudioChunkPool&) = delete;
+
     CAudioChunk* take()
     {
         if (!free_) {
@@ -41,11 +45,11 @@ public:
     }
 
 private:
-    static constexpr std::size_t kRun = 16;
+    using Run = std::array<CAudioChunk, 16>;
 
     void grow();
 
-    std::vector<std::unique_ptr<std::array<CAudioChunk, kRun>>> runs_;
+    CAudioVector<Run*> runs_;
     CAudioChunk* free_ = nullptr;
 };
 

@@ -3,13 +3,16 @@
 
 #include "CAudioChunk.h"
 #include "CAudioStreamFormat.h"
+#include "CKernelContext.h"
 
 namespace qel {
 
 class CAudioParamCollector;
 class CAudioPlanBuilder;
 class CAudioVizCollector;
-class CKernelContext;
+
+// The longest span of samples that goes through a graph at once, at whatever rate: it bounds all buffers.
+constexpr int kLongestStep = 512;
 
 // Handed to every process of a graph when it is built; outlives them all. The context and the collector
 // belong to the instance's object tree.
@@ -17,10 +20,10 @@ struct CAudioGraph
 {
     CKernelContext& kernels;
     CAudioParamCollector& params;
-    CAudioFormatTable formats;
-    CAudioChunkPool chunks;
     // Where meters report to; null: nobody listens.
     CAudioVizCollector* visual = nullptr;
+    CAudioFormatTable formats{kernels.memory()};
+    CAudioChunkPool chunks{kernels.memory()};
     // Stream time at which the process that is called now starts; set by whoever runs it.
     double positionSec = 0.0;
     // While it is set, streams take up no changes; they wait in the queues.

@@ -42,6 +42,8 @@ public:
     // Hands on `count` samples of one channel to every link. Takes over one reference on the buffer.
     inline void emit(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format);
 
+    // Of all links that start here, connected or not.
+    void makeRoomForOneMore() { links_.reserve(++linkCount_); }
     void connect(CAudioLink& link) { links_.push(&link); }
     void disconnect(CAudioLink& link) { links_.eraseFirst(&link); }
     // Disconnects every link that starts here.
@@ -52,6 +54,7 @@ private:
 
     CAudioGraph& graph_;
     CInlineArray<CAudioLink*, 4> links_;
+    std::size_t linkCount_ = 0;
     CChannelMask channels_ = 0;
 };
 
@@ -62,7 +65,9 @@ class CAudioLink
 public:
     CAudioLink(CAudioGraph& graph, CAudioOutputPort& source)
         : graph_(graph), source_(source), fade_(graph.kernels)
-    {}
+    {
+        source.makeRoomForOneMore();
+    }
     ~CAudioLink() { clear(); }
     CAudioLink(const CAudioLink&) = delete;
     CAudioLink& operator=(const CAudioLink&) = delete;
@@ -149,6 +154,8 @@ public:
 
     explicit CAudioInputPort(CAudioGraph& graph) : graph_(graph) {}
 
+    // For as many links at once.
+    void makeRoom(std::size_t count) { links_.reserve(count); }
     void clearLinks() { links_.clear(); }
     void addLink(CAudioLink& link) { links_.push(&link); }
     const CInlineArray<CAudioLink*, 4>& links() const { return links_; }

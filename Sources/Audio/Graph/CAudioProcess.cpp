@@ -27,7 +27,8 @@ CError CAudioProcess::init()
     ownSource(0);
     ownSink(0);
     QEL_TRY(buildChildren(), fullName());
-    QEL_TRY(buildLinks(), fullName());
+    QEL_TRY(readLinks(), fullName());
+    buildLinks();
     return {};
 }
 
@@ -75,7 +76,7 @@ CAudioProcessBase* CAudioProcess::findProcess(const CString& name) const
 
 // The definition has checked the names against its children; a prototype is a child of the definition alone,
 // so a link to one leads nowhere.
-CError CAudioProcess::buildLinks()
+CError CAudioProcess::readLinks()
 {
     for (const CAudioProcessLinkDef* link : compoundDef_.linkDefs()) {
         const CAudioPortRef& from = link->source();
@@ -102,6 +103,47 @@ CError CAudioProcess::buildLinks()
     return {};
 }
 
+// In the order in which they are summed.
+void CAudioProcess::buildLinks()
+{
+    if (compoundDef_.isAutoLinks()) {
+        for (std::size_t i = 0; i < children_.size(); ++i) {
+            if (!children_[i]->process->def().isOutOfOrder()) {
+                buildAutoLinksInto(*children_[i], i);
+            }
+        }
+        buildAutoLinksInto(sink_, children_.size());
+    }
+    for (std::size_t i = 0; i < explicitLinks_.size(); ++i) {
+        const ExplicitLink& link = explicitLinks_[i];
+        record(*link.destination, link.destinationPort, link.source, link.sourcePort, static_cast<int>(i));
+    }
+    forEachSink([this](Child& child) {
+        for (LinkRecord& each : child.links) {
+            CAudioOutputPort& source =
+                each.source ? each.source->process->output(each.sourcePort) : ownSource(each.sourcePort);
+            each.link = std::make_unique<CAudioLink>(graph(), source);
+            portInto(child, each.destinationPort).makeRoom(child.links.size());
+        }
+    });
+}
+
+// From the child before it, and where that may be bypassed, also from the one before that.
+void CAudioProcess::buildAutoLinksInto(Child& destination, std::size_t place)
+{
+    while (place-- > 0) {
+        const CAudioProcessDefBase& def = children_[place]->process->def();
+        if (def.isOutOfOrder()) {
+            continue;
+        }
+        record(destination, 0, children_[place].get(), 0, kImplicit);
+        if (def.bypassStateId() < 0) {
+            return;
+        }
+    }
+    record(destination, 0, nullptr, 0, kImplicit);
+}
+
 CError CAudioProcess::bindParams()
 {
     QEL_TRY(CAudioProcessBase::bindParams(), fullName());
@@ -116,6 +158,14 @@ CError CAudioProcess::bindParams()
     return {};
 }
 
+void CAudioProcess::followParams()
+{
+    CAudioProcessBase::followParams();
+    for (const auto& child : children_) {
+        child->process->followParams();
+    }
+}
+
 void CAudioProcess::registerKernels()
 {
     for (const auto& child : children_) {
@@ -127,6 +177,13 @@ void CAudioProcess::resolveKernels()
 {
     for (const auto& child : children_) {
         child->process->resolveKernels();
+    }
+}
+
+void CAudioProcess::prepareGroups(std::uint32_t groups)
+{
+    for (const auto& child : children_) {
+        child->process->prepareGroups(groups);
     }
 }
 
@@ -279,6 +336,24 @@ void CAudioProcess::skip(std::int64_t samples, double rateHz)
     }
 }
 
+std::uint32_t CAudioProcess::groupsWanted() const
+{
+    std::uint32_t groups = 0;
+    for (const auto& child : children_) {
+        groups |= child->process->groupsWanted();
+    }
+    return groups;
+}
+
+int CAudioProcess::rateFactor() const
+{
+    int factor = 1;
+    for (const auto& child : children_) {
+        factor = std::max(factor, child->process->rateFactor());
+    }
+    return factor;
+}
+
 void CAudioProcess::visit(CGraphVisitor& visitor) const
 {
     visitor.enterCompound(*this);
@@ -350,21 +425,16 @@ void CAudioProcess::clearActiveCounts()
     });
 }
 
-void CAudioProcess::activate(Child& destination, int destinationPort, Child* source, int sourcePort,
-                             int order)
+CAudioProcess::LinkRecord& CAudioProcess::record(Child& destination, int destinationPort, Child* source,
+                                                 int sourcePort, int order)
 {
-    for (LinkRecord& record : destination.links) {
-        if (record.source == source && record.sourcePort == sourcePort &&
-            record.destinationPort == destinationPort) {
-            ++record.activeCount;
-            return;
+    for (LinkRecord& known : destination.links) {
+        if (known.source == source && known.sourcePort == sourcePort &&
+            known.destinationPort == destinationPort) {
+            return known;
         }
     }
-    const auto place = std::find_if(destination.links.begin(), destination.links.end(),
-                                    [order](const LinkRecord& record) { return record.order > order; });
-    LinkRecord record{source, sourcePort, destinationPort, order};
-    record.activeCount = 1;
-    destination.links.insert(place, std::move(record));
+    return destination.links.emplace_back(LinkRecord{source, sourcePort, destinationPort, order});
 }
 
 // Children are chained in their order, from the compound's input to its output.
@@ -500,28 +570,20 @@ void CAudioProcess::endFade()
 // Brings the ports and links into a child in line with its records.
 void CAudioProcess::wire(Child& child)
 {
-    const auto portOf = [&](int port) -> CAudioInputPort& {
-        return child.process ? child.process->input(port) : ownSink(port);
-    };
     for (const LinkRecord& record : child.links) {
-        portOf(record.destinationPort).clearLinks();
+        portInto(child, record.destinationPort).clearLinks();
     }
     for (LinkRecord& record : child.links) {
         if (!record.isLive()) {
-            if (record.link && record.link->isConnected()) {
+            if (record.link->isConnected()) {
                 record.link->disconnect();
             }
             continue;
         }
-        if (!record.link) {
-            CAudioOutputPort& source = record.source ? record.source->process->output(record.sourcePort)
-                                                     : ownSource(record.sourcePort);
-            record.link = std::make_unique<CAudioLink>(graph(), source);
-        }
         if (!record.link->isConnected()) {
             record.link->connect();
         }
-        portOf(record.destinationPort).addLink(*record.link);
+        portInto(child, record.destinationPort).addLink(*record.link);
         if (record.role == ERole::kJoins || record.role == ERole::kLeaves) {
             record.link->startFade(record.role == ERole::kJoins);
         } else {

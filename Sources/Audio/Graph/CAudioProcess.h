@@ -17,8 +17,8 @@ class CAudioProcessDef;
 // stands for the compound's own input, as a source, and output, as a destination.
 //
 // Bypass states add and remove links at run time; the schedule is derived anew before the step in which a
-// state has changed. Links that stay keep what they have queued. Links once made are kept for the next time,
-// so that switching a state to and fro allocates nothing.
+// state has changed. Links that stay keep what they have queued. All links that any states can call for are
+// made when the compound is built, so that switching a state allocates nothing.
 //
 // In a running stream nothing is cut: where a child is fed before and after a change, a link that joins is
 // faded in and one that leaves is faded out over cutFadeSamples(), and what feeds a leaving link works on
@@ -32,15 +32,19 @@ public:
 
     CError init() override;
     CError bindParams() override;
+    void followParams() override;
     void registerKernels() override;
     void resolveKernels() override;
     void applyEvents() override;
     void disconnectAll() override;
     void reset(double positionSec) override;
     void idle() override;
+    void prepareGroups(std::uint32_t groups) override;
     std::uint32_t layout() const override;
     bool isAtRest() const override;
     void skip(std::int64_t samples, double rateHz) override;
+    std::uint32_t groupsWanted() const override;
+    int rateFactor() const override;
     void visit(CGraphVisitor& visitor) const override;
 
     // Adds a child that has been placed. Fails if the name is taken.
@@ -76,7 +80,7 @@ private:
         int activeCount = 0;
         int previousCount = 0;
         ERole role = ERole::kSteady;
-        std::unique_ptr<CAudioLink> link = nullptr; // made when it first becomes active
+        std::unique_ptr<CAudioLink> link = nullptr;
 
         bool isActive() const { return activeCount > 0; }
         bool wasActive() const { return previousCount > 0; }
@@ -112,7 +116,9 @@ private:
     static constexpr int kImplicit = -1;
 
     CError buildChildren();
-    CError buildLinks();
+    CError readLinks();
+    void buildLinks();
+    void buildAutoLinksInto(Child& destination, std::size_t place);
     CError buildStates();
     bool isStateActive(int id) const;
 
@@ -131,7 +137,11 @@ private:
     void clearActiveCounts();
     void activateAutoLinks();
     void activateExplicitLinks();
-    void activate(Child& destination, int destinationPort, Child* source, int sourcePort, int order);
+    LinkRecord& record(Child& destination, int destinationPort, Child* source, int sourcePort, int order);
+    void activate(Child& destination, int destinationPort, Child* source, int sourcePort, int order)
+    {
+        ++record(destination, destinationPort, source, sourcePort, order).activeCount;
+    }
     bool reachesInput(const Child& child) const;
     void prune();
     bool assignRoles();
@@ -142,6 +152,10 @@ private:
     bool orderChildren();
     void dropUnplaced();
 
+    CAudioInputPort& portInto(Child& child, int port)
+    {
+        return child.process ? child.process->input(port) : ownSink(port);
+    }
     CAudioOutputPort& ownSource(int port);
     CAudioInputPort& ownSink(int port);
 

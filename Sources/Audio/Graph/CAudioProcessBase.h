@@ -37,14 +37,21 @@ public:
     // --- building: the instance's thread, before the first step
 
     virtual CError init();
-    // Ties the slots to the instance's parameters.
+    // Finds the instance's parameters and makes the slots.
     virtual CError bindParams();
     // Adds the kernels of this class to the context's registry; adding them again changes nothing.
     virtual void registerKernels() {}
     virtual void resolveKernels() {}
 
-    // --- audio thread: no locks, no allocation in steady state
+    // --- control threads, one at a time, at any time
 
+    // Makes ready what is there once a channel group, bit by bit.
+    virtual void prepareGroups(std::uint32_t groups) { (void)groups; }
+
+    // --- audio thread: no locks, no allocation but from memory()
+
+    // From here on the slots follow their parameters.
+    virtual void followParams() { slots_.follow(); }
     // Takes up the channels and formats of the inputs after they have changed.
     virtual void syncLinks() {}
     // Takes up parameter values after some have changed, or after the format has.
@@ -94,6 +101,14 @@ public:
     // channels or groups, which no fade inside the graph could lead over.
     virtual std::uint32_t layout() const { return 0; }
 
+    // The channel groups that the settings taken up so far call for.
+    virtual std::uint32_t groupsWanted() const { return 0; }
+    // By how much the settings taken up so far raise the rate inside, at the most.
+    virtual int rateFactor() const { return 1; }
+
+    // The longest span of its input that is worth giving it at once.
+    virtual int longestStep() const { return kLongestStep; }
+
     // True until the first step of a stream is done: at its start, after silence and after a reset. What is
     // changed then has nothing to fade from.
     bool isBeginning() const { return isBeginning_; }
@@ -124,6 +139,8 @@ protected:
     bool takeChangesUntil(double limitSec);
 
     CAudioGraph& graph() const { return *graph_; }
+    // For what comes into being while the graph runs.
+    CAudioMemory& memory() const { return graph_->kernels.memory(); }
     CAudioProcessSlots& slots() { return slots_; }
     const CAudioProcessSlots& slots() const { return slots_; }
 

@@ -39,8 +39,7 @@ CError CAudioProcessOverlap::init()
 
 CError CAudioProcessOverlap::build(Copy& copy)
 {
-    copy.graph =
-        std::make_unique<CAudioGraph>(CAudioGraph{graph().kernels, graph().params, {}, {}, graph().visual});
+    copy.graph.reset(new CAudioGraph{graph().kernels, graph().params, graph().visual});
     copy.process = std::make_unique<CAudioProcess>(compoundDef_);
     copy.process->place(*copy.graph, fullName(), group());
     QEL_TRY(copy.process->init(), fullName());
@@ -70,6 +69,14 @@ CError CAudioProcessOverlap::bindParams()
     return {};
 }
 
+void CAudioProcessOverlap::followParams()
+{
+    CAudioProcessBase::followParams();
+    for (Copy& copy : copies_) {
+        copy.process->followParams();
+    }
+}
+
 void CAudioProcessOverlap::registerKernels()
 {
     copies_[0].process->registerKernels();
@@ -80,6 +87,14 @@ void CAudioProcessOverlap::resolveKernels()
     for (Copy& copy : copies_) {
         copy.process->resolveKernels();
     }
+}
+
+void CAudioProcessOverlap::prepareGroups(std::uint32_t groups)
+{
+    for (Copy& copy : copies_) {
+        copy.process->prepareGroups(groups);
+    }
+    preparedGroups_.fetch_or(groups, std::memory_order_release);
 }
 
 void CAudioProcessOverlap::disconnectAll()
@@ -150,7 +165,8 @@ void CAudioProcessOverlap::beSilent()
 
 int CAudioProcessOverlap::limitStep(int count) const
 {
-    return phase_ == EPhase::kSingle ? count : std::min(count, samplesLeft_);
+    const int longest = std::min(count, longestStep_);
+    return phase_ == EPhase::kSingle ? longest : std::min(longest, samplesLeft_);
 }
 
 // Called before the copy at work receives the changes that the other one has taken up at once.
@@ -208,18 +224,37 @@ void CAudioProcessOverlap::wireDrain()
     }
 }
 
-// Whether another layout is wanted shows in the copy at rest, which takes up all changes at once.
 void CAudioProcessOverlap::beginStep()
 {
-    if (phase_ != EPhase::kSingle) {
-        return;
+    if (phase_ == EPhase::kSingle) {
+        lookForLayout();
     }
+    limitToRates();
+}
+
+void CAudioProcessOverlap::limitToRates()
+{
+    const std::uint32_t changes = copies_[0].graph->settingsTaken + copies_[1].graph->settingsTaken;
+    if (std::exchange(ratedChanges_, changes) != changes) {
+        longestStep_ =
+            kLongestStep / std::max(copies_[0].process->rateFactor(), copies_[1].process->rateFactor());
+    }
+}
+
+// Whether another layout is wanted shows in the copy at rest, which takes up all changes at once.
+void CAudioProcessOverlap::lookForLayout()
+{
     other().process->idle();
     if (std::exchange(seenChanges_, other().graph->settingsTaken) == other().graph->settingsTaken) {
         return;
     }
-    if (!isBeginning() && other().process->layout() != current().process->layout()) {
+    if (isBeginning() || other().process->layout() == current().process->layout()) {
+        current().graph->holdsSettings = false;
+    } else if ((other().process->groupsWanted() & ~preparedGroups_.load(std::memory_order_acquire)) == 0) {
         startNext();
+    } else {
+        current().graph->holdsSettings = true;
+        --seenChanges_; // look again
     }
 }
 

@@ -5,6 +5,7 @@
 #include "CAudioProcess.h"
 
 #include <array>
+#include <atomic>
 
 namespace qel {
 
@@ -14,10 +15,12 @@ namespace qel {
 // envelopes have settled (kSettleSec), is faded in over the old stream, and takes over. Meanwhile the old
 // copy keeps the settings it has. A layout that changes while it is muted starts over; one that
 // changes during the fade waits for its end. Both copies put out as many samples as they take, so none is
-// lost; only the latency of the two differs.
+// lost; only the latency of the two differs. Steps are cut to what is kLongestStep at the highest rate
+// inside.
 //
-// For the root of a graph. Both copies are built at init, so that no change of layout can fail later. While
-// nothing changes, the copy at work is run from a plan.
+// A layout with groups that prepareGroups() has not made ready waits for them. For the root of a graph. Both
+// copies are built at init, so that no change of layout can fail later. While nothing changes, the copy at
+// work is run from a plan.
 class CAudioProcessOverlap : public CAudioProcessBase
 {
 public:
@@ -26,13 +29,16 @@ public:
 
     CError init() override;
     CError bindParams() override;
+    void followParams() override;
     void registerKernels() override;
     void resolveKernels() override;
+    void prepareGroups(std::uint32_t groups) override;
     bool process() override;
     void disconnectAll() override;
     void reset(double positionSec) override;
     void idle() override;
     std::uint32_t layout() const override { return copies_[current_].process->layout(); }
+    int longestStep() const override { return longestStep_; }
     bool isAtRest() const override;
     void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
@@ -65,6 +71,8 @@ private:
 
     CError build(Copy& copy);
     void addFeeds(Copy& copy);
+    void lookForLayout();
+    void limitToRates();
     Copy& current() { return copies_[current_]; }
     const Copy& current() const { return copies_[current_]; }
     Copy& other() { return copies_[1 - current_]; }
@@ -82,7 +90,10 @@ private:
     std::size_t current_ = 0;
     EPhase phase_ = EPhase::kSingle;
     int samplesLeft_ = 0; // of the phase
+    std::atomic<std::uint32_t> preparedGroups_{1};
+    int longestStep_ = kLongestStep;
     std::uint32_t seenChanges_ = 0;
+    std::uint32_t ratedChanges_ = ~0U;
     std::uint32_t nextLayout_ = 0;
     std::unique_ptr<CAudioPlanner> planner_; // ends before the copies, whose states it may have to write
 };

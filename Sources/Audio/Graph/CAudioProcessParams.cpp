@@ -75,7 +75,7 @@ void CAudioProcessParams::makeGlobals(const CObject& node, const CString& name, 
         if (!param) {
             makeGlobals(child, fullName, params);
         } else if (param->getInfo().isGlobal && !params.isRemapped(fullName)) {
-            params.getParam(fullName).setInfo(param->getInfo(), param->getFullName());
+            params.getParam(fullName).setInfo(param->shareInfo(), param->getFullName());
         }
     }
 }

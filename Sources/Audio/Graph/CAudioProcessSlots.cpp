@@ -49,7 +49,7 @@ CError CAudioProcessSlots::bind(const CAudioProcessDefBase& def, const CString& 
         const CAudioParamDef* local = localParam(def, alloc->getParamName());
         Slot& slot = add(alloc->getIndex());
         if (params.isRemapped(name) || (local && local->getInfo().isGlobal)) {
-            follow(slot, params.resolveParam(name), group);
+            prepare(slot, params.resolveParam(name), group);
         } else if (local) {
             slot.values.fillWithDefaults(local->getInfo());
         }
@@ -64,7 +64,7 @@ int CAudioProcessSlots::addStateSlot(const CString& paramName, CAudioParamCollec
         return -1;
     }
     Slot& slot = add(nextStateSlot_++);
-    follow(slot, param, -1);
+    prepare(slot, param, -1);
     return slot.number;
 }
 
@@ -75,17 +75,25 @@ CAudioProcessSlots::Slot& CAudioProcessSlots::add(int number)
     return *slots_.back();
 }
 
-void CAudioProcessSlots::follow(Slot& slot, CAudioParam& param, int group)
+void CAudioProcessSlots::prepare(Slot& slot, CAudioParam& param, int group)
 {
-    slot.param = &param;
     slot.binding.queue = &queue_;
     slot.binding.storage = &slot.values;
     slot.binding.isDirty = &isDirty_;
     slot.binding.group = group;
-    param.audioSide().bind(slot.binding);
+    slot.param = param.audioSide().prepare(slot.binding) ? &param : nullptr;
 }
 
 // --- audio thread
+
+void CAudioProcessSlots::follow()
+{
+    for (const auto& slot : slots_) {
+        if (slot->param) {
+            slot->param->audioSide().bind(slot->binding);
+        }
+    }
+}
 
 bool CAudioProcessSlots::applyUntil(double limitSec)
 {

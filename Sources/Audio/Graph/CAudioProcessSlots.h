@@ -21,8 +21,8 @@ class CAudioProcessDefBase;
 // in a queue and take effect when the stream reaches their time. Any other slot is private and keeps its
 // local default.
 //
-// Built while the graph is built; from then on the audio thread's, without locks and without allocation in
-// steady state.
+// bind() and addStateSlot() on the thread that builds; from follow() on it is the audio thread's, without
+// locks and without allocation.
 class CAudioProcessSlots
 {
 public:
@@ -41,6 +41,9 @@ public:
     int addStateSlot(const CString& paramName, CAudioParamCollector& params);
 
     // --- audio thread
+
+    // From here on the slots follow their parameters.
+    void follow();
 
     bool hasEvents() const { return isDirty_; }
     // The date of the change whose turn it is; infinite without one.
@@ -72,7 +75,7 @@ private:
 
     const Slot* find(int number) const;
     Slot& add(int number);
-    void follow(Slot& slot, CAudioParam& param, int group);
+    void prepare(Slot& slot, CAudioParam& param, int group);
 
     std::vector<std::unique_ptr<Slot>> slots_; // addresses are known to bindings
     CAudioParamEventQueue queue_;

@@ -13,13 +13,20 @@ namespace qel {
 // over the fade length; steps are cut where a fade ends. A change that comes during a fade starts the next
 // one when that is over, with the settings of that moment.
 //
-// Instances that are no longer needed are kept for the next change, so that steady automation allocates
-// nothing.
+// Instances that are no longer needed are kept for the next change. All are in the graph's own memory.
 template <class Module>
 class CAudioProcessTerminal : public CAudioProcessTerminalBase
 {
 public:
     using CAudioProcessTerminalBase::CAudioProcessTerminalBase;
+
+    CError init() override
+    {
+        QEL_TRY(CAudioProcessTerminalBase::init(), fullName());
+        units_ = CAudioVector<Unit>(CAudioAllocator<Unit>(memory()));
+        spares_ = CAudioVector<CAudioPtr<Module>>(CAudioAllocator<CAudioPtr<Module>>(memory()));
+        return {};
+    }
 
     void syncLinks() override
     {
@@ -110,18 +117,17 @@ private:
     {
         CAudioModulePlace place;
         typename Module::Settings settings; // of the latest instance
-        std::unique_ptr<Module> running;
-        std::unique_ptr<Module> next; // while a fade leads to it
+        CAudioPtr<Module> running;
+        CAudioPtr<Module> next; // while a fade leads to it
         CAudioFade fade;
         bool isStale = false; // settings changed during the fade
     };
 
-    std::unique_ptr<Module> makeInstance(const typename Module::Settings& settings,
-                                         const CAudioModulePlace& place)
+    CAudioPtr<Module> makeInstance(const typename Module::Settings& settings, const CAudioModulePlace& place)
     {
-        std::unique_ptr<Module> instance;
+        CAudioPtr<Module> instance;
         if (spares_.empty()) {
-            instance = std::make_unique<Module>(graph().kernels);
+            instance = makeAudio<Module>(memory(), graph().kernels);
             instance->resolveKernels(graph().kernels);
         } else {
             instance = std::move(spares_.back());
@@ -184,8 +190,8 @@ private:
         unit.isStale = false;
     }
 
-    std::vector<Unit> units_;
-    std::vector<std::unique_ptr<Module>> spares_;
+    CAudioVector<Unit> units_;
+    CAudioVector<CAudioPtr<Module>> spares_;
 };
 
 } // namespace qel

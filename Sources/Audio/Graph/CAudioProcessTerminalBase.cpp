@@ -21,6 +21,7 @@ CAudioProcessTerminalBase::CAudioProcessTerminalBase(const CAudioProcessDefBase&
 CError CAudioProcessTerminalBase::init()
 {
     QEL_TRY(CAudioProcessBase::init(), fullName());
+    places_ = CAudioVector<CAudioModulePlace>(CAudioAllocator<CAudioModulePlace>(memory()));
     isSmooth_ = def().isSmoothUpdate();
     fadeSec_ = std::max(def().xfadeLengthSec(), kMinFadeSec);
     return {};

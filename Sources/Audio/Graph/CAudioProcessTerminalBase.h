@@ -39,7 +39,7 @@ public:
 
 protected:
     // Where the instances stand now.
-    const std::vector<CAudioModulePlace>& places() const { return places_; }
+    const CAudioVector<CAudioModulePlace>& places() const { return places_; }
     bool isSmooth() const { return isSmooth_; }
     int fadeSamples() const;
 
@@ -57,7 +57,7 @@ protected:
 private:
     CAudioModulePlace& placeFor(const Channel& channel, std::size_t& used);
 
-    std::vector<CAudioModulePlace> places_;
+    CAudioVector<CAudioModulePlace> places_;
     bool isSmooth_ = false;
     double fadeSec_ = 0.0;
 };

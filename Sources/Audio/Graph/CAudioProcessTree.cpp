@@ -28,6 +28,7 @@ CError CAudioProcessTree::buildRoot(CAudioGraph& graph, const CAudioProcessDefBa
     root_->place(graph, fullName, CAudioProcessBase::kGroupOfChannel);
     QEL_TRY(root_->init(), fullName);
     QEL_TRY(root_->bindParams(), fullName);
+    root_->followParams();
     root_->registerKernels();
     root_->resolveKernels();
     return {};

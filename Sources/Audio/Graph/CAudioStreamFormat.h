@@ -1,6 +1,8 @@
 // What a stream of samples is: rate, latency and channel group.
 #pragma once
 
+#include "CAudioMemory.h"
+
 #include <cstdint>
 #include <deque>
 
@@ -20,14 +22,17 @@ struct CAudioStreamFormat
 
 // Keeps one copy of each distinct format of a graph, so that chunks carry a pointer and equality is pointer
 // equality. Pointers stay valid as long as the table. There are as many formats as there are rates, latencies
-// and groups in use; only a format never seen before allocates. Audio thread.
+// and groups in use; only a format never seen before takes memory, which is the graph's. Audio thread.
 class CAudioFormatTable
 {
 public:
+    explicit CAudioFormatTable(CAudioMemory& memory) : formats_(CAudioAllocator<CAudioStreamFormat>(memory))
+    {}
+
     const CAudioStreamFormat* intern(const CAudioStreamFormat& format);
 
 private:
-    std::deque<CAudioStreamFormat> formats_;
+    std::deque<CAudioStreamFormat, CAudioAllocator<CAudioStreamFormat>> formats_;
 };
 
 } // namespace qel

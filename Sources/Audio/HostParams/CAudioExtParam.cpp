@@ -67,14 +67,14 @@ void CAudioExtParam::setHostBridge(CAudioExtParamHostBridge* bridge, std::int32_
 double CAudioExtParam::Projection::valueOf(double norm) const
 {
     const auto at = static_cast<std::size_t>(element);
-    const double value = converter->normToValue(info, element, std::clamp(norm, 0.0, 1.0));
-    const auto [low, high] = std::minmax(info.minValues[at], info.maxValues[at]);
+    const double value = converter->normToValue(*info, element, std::clamp(norm, 0.0, 1.0));
+    const auto [low, high] = std::minmax(info->minValues[at], info->maxValues[at]);
     return std::clamp(value, low, high);
 }
 
 double CAudioExtParam::Projection::normOf(double value) const
 {
-    return converter->valueToNorm(info, element, value);
+    return converter->valueToNorm(*info, element, value);
 }
 
 double CAudioExtParam::getNormalized() const
@@ -227,7 +227,7 @@ void CAudioExtParam::refreshProjection()
     }
     const CAudioParamInfo& info = param_->getInfo();
     const Projection* now = projection();
-    if (now && now->info.name == info.name && now->info.hasSameFormat(info)) {
+    if (now && now->info->name == info.name && now->info->hasSameFormat(info)) {
         return;
     }
     const auto at = static_cast<std::size_t>(elementIndex_);
@@ -237,7 +237,7 @@ void CAudioExtParam::refreshProjection()
         return;
     }
     auto next = std::make_unique<Projection>();
-    next->info = info;
+    next->info = param_->shareInfo();
     next->converter = info.converters[at];
     next->element = elementIndex_;
     projection_.store(next.get(), std::memory_order_release);
@@ -262,7 +262,7 @@ CString CAudioExtParam::textOf(const Projection& projection, double value,
                                CAudioParamConverter::TextMode mode) const
 {
     const CLock lock(param_->getLock());
-    return projection.converter->valueToText(projection.info, elementIndex_, value,
+    return projection.converter->valueToText(*projection.info, elementIndex_, value,
                                              &param_->getCurrent().getPool(), mode);
 }
 
@@ -297,7 +297,7 @@ std::int32_t CAudioExtParam::getStepCount() const
     }
     const auto at = static_cast<std::size_t>(now->element);
     return static_cast<std::int32_t>(
-        std::lround(std::fabs(now->info.maxValues[at] - now->info.minValues[at])));
+        std::lround(std::fabs(now->info->maxValues[at] - now->info->minValues[at])));
 }
 
 std::optional<double> CAudioExtParam::Projection::normOfState(const CString& text) const
@@ -307,9 +307,9 @@ std::optional<double> CAudioExtParam::Projection::normOfState(const CString& tex
         return std::nullopt;
     }
     const auto at = static_cast<std::size_t>(element);
-    for (double value = info.minValues[at]; value <= info.maxValues[at]; value += 1.0) {
+    for (double value = info->minValues[at]; value <= info->maxValues[at]; value += 1.0) {
         for (const TextMode mode : {TextMode::kNormal, TextMode::kShort}) {
-            if (converter->valueToText(info, element, value, nullptr, mode) == text) {
+            if (converter->valueToText(*info, element, value, nullptr, mode) == text) {
                 return normOf(value);
             }
         }
@@ -327,7 +327,7 @@ std::optional<double> CAudioExtParam::getNormalizedOf(const CString& text) const
         return state;
     }
     bool isNumber = true;
-    const double value = now->converter->textToValueClamped(now->info, elementIndex_, text, &isNumber);
+    const double value = now->converter->textToValueClamped(*now->info, elementIndex_, text, &isNumber);
     const double norm = now->normOf(value);
     return isNumber && std::isfinite(norm) ? std::optional(norm) : std::nullopt;
 }

@@ -50,6 +50,8 @@ public:
 
     // --- control threads
 
+    // Takes the parameter's value over without telling the host.
+    void refresh() { refresh(false); }
     // A value of the host, written at once. `timeSec` counts from the start of the next processing call.
     void setNormalized(double norm, double timeSec = 0.0);
     // Writes what the audio thread has not taken so far, in its place: for what comes next and shall override
@@ -77,7 +79,7 @@ private:
     // What the host's numbers mean. Written once for each declaration of the parameter and then only read.
     struct Projection
     {
-        CAudioParamInfo info;
+        std::shared_ptr<const CAudioParamInfo> info;
         const CAudioParamConverter* converter = nullptr;
         std::int32_t element = 0;
 
@@ -110,7 +112,10 @@ private:
     };
     void write(EWrite way, double norm, double timeSec);
     // Single numbers of group 0 have a short way to the slots, through the audio thread.
-    bool goesByAudio(const Projection& projection) const { return group_ == 0 && projection.info.esize == 1; }
+    bool goesByAudio(const Projection& projection) const
+    {
+        return group_ == 0 && projection.info->esize == 1;
+    }
     // True if the host does not know the number.
     bool settleIfOvertaken();
     void refreshProjection();

@@ -54,6 +54,13 @@ void CAudioExtParamList::applyPosted(double timeSec)
     }
 }
 
+void CAudioExtParamList::refresh()
+{
+    for (CAudioExtParam* param : params_) {
+        param->refresh();
+    }
+}
+
 void CAudioExtParamList::takePosted()
 {
     for (CAudioExtParam* param : params_) {

@@ -42,6 +42,8 @@ public:
     // Shows it in the parameters, without taking it from the next processing call: before a state is saved,
     // and by the UI's timer.
     void showPosted();
+    // Takes over all values as they stand, after building.
+    void refresh();
 
 private:
     std::vector<CAudioExtParam*> params_;

@@ -1,20 +1,28 @@
 // The pool of sample and state buffers of one plug-in instance.
 #include "CBufferPool.h"
 
-#include <new>
+#include <algorithm>
 
 namespace qel {
 
 namespace {
 
-constexpr std::align_val_t kAlign{CBufferPool::kAlignment};
+// What a stereo instance uses with everything on, about.
+constexpr std::size_t kFirstSlots = 256;
 
 } // namespace
 
-CBufferPool::CBufferPool()
+CBufferPool::CBufferPool(CAudioMemory& memory) : memory_(memory), slots_(CAudioAllocator<Slot>(memory))
 {
     freeByClass_.fill(kEnd);
-    for (std::size_t i = kSlots; i-- > 0;) {
+    addSlots(kFirstSlots);
+}
+
+void CBufferPool::addSlots(std::size_t count)
+{
+    const std::size_t first = slots_.size();
+    slots_.resize(first + count);
+    for (std::size_t i = slots_.size(); i-- > first;) {
         putFree(static_cast<std::int16_t>(i));
     }
 }
@@ -22,7 +30,7 @@ CBufferPool::CBufferPool()
 CBufferPool::~CBufferPool()
 {
     for (Slot& slot : slots_) {
-        ::operator delete(slot.memory, kAlign);
+        memory_.giveBack(slot.memory, slot.capacity);
     }
 }
 
@@ -49,11 +57,14 @@ std::int32_t CBufferPool::refCount(CBufferRef ref) const
 
 std::size_t CBufferPool::capacity(CBufferRef ref) const
 {
-    return ref.slot() < kSlots ? slots_[ref.slot()].capacity : 0;
+    return ref.slot() < slots_.size() ? slots_[ref.slot()].capacity : 0;
 }
 
 std::int16_t CBufferPool::takeFreeElsewhere(std::size_t sizeClass)
 {
+    if (freeWithoutMemory_ == kEnd && slots_.size() < kSlots) {
+        addSlots(std::min(slots_.size(), kSlots - slots_.size()));
+    }
     if (freeWithoutMemory_ != kEnd) {
         return pop(freeWithoutMemory_);
     }
@@ -73,9 +84,9 @@ std::int16_t CBufferPool::takeFreeElsewhere(std::size_t sizeClass)
 bool CBufferPool::grow(Slot& slot, std::size_t sizeClass)
 {
     bytesHeld_ -= slot.capacity;
-    ::operator delete(slot.memory, kAlign);
-    const std::size_t capacity = kAlignment << sizeClass;
-    slot.memory = static_cast<std::byte*>(::operator new(capacity, kAlign, std::nothrow));
+    memory_.giveBack(slot.memory, slot.capacity);
+    const std::size_t capacity = CAudioMemory::sizeOf(sizeClass);
+    slot.memory = static_cast<std::byte*>(memory_.take(capacity));
     slot.capacity = slot.memory ? static_cast<std::uint32_t>(capacity) : 0;
     bytesHeld_ += slot.capacity;
     return slot.memory != nullptr;

@@ -1,35 +1,34 @@
 // The pool of sample and state buffers of one plug-in instance.
 #pragma once
 
+#include "CAudioMemory.h"
 #include "CBufferRef.h"
 
 #include <array>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
 
 namespace qel {
 
-// 2048 reference-counted buffers, named by CBufferRef. No memory is taken up front: a slot gets memory when
-// it is first needed, 64-byte aligned, and keeps it until the pool dies.
+// Up to 2048 reference-counted buffers, named by CBufferRef. A slot gets memory of the graph's own when it is
+// first needed, 64-byte aligned, and keeps it until the pool dies; the table of slots grows as they are used.
 //
-// Capacities are powers of two, and free slots are kept by capacity. A request takes a free slot of its own
-// capacity, otherwise one that has no memory yet. So a second round of the same requests finds what the first
-// one left, whatever the order of releases, and touches no heap. Only when all slots have memory does a
-// request take a larger slot or make a smaller one grow; growing drops the old contents, which nobody refers
-// to.
+// Capacities are the classes of that memory, and free slots are kept by capacity. A request takes a free slot
+// of its own capacity, otherwise one that has no memory yet. So a second round of the same requests finds
+// what the first one left, whatever the order of releases. Only when all slots have memory does a request
+// take a larger slot or make a smaller one grow; growing drops the old contents, which nobody refers to.
 //
 // Audio thread only (construction and destruction where no audio runs). A fresh buffer's contents are not
-// defined. Refusals: no free slot, no heap memory or more than 2 GiB give the none reference; an addRef or
+// defined. Refusals: no free slot, no memory or more than 2 GiB give the none reference; an addRef or
 // release of what is not in use does nothing. Both are counted and neither touches memory it should not.
 class CBufferPool
 {
 public:
     static constexpr std::size_t kSlots = 2048;
-    static constexpr std::size_t kAlignment = 64;
+    static constexpr std::size_t kAlignment = CAudioMemory::kAlignment;
 
-    CBufferPool();
+    explicit CBufferPool(CAudioMemory& memory);
     ~CBufferPool();
     CBufferPool(const CBufferPool&) = delete;
     CBufferPool& operator=(const CBufferPool&) = delete;
@@ -37,7 +36,7 @@ public:
     // A buffer of at least `bytes`, with a count of 1.
     CBufferRef allocate(std::size_t bytes)
     {
-        const std::size_t sizeClass = classOf(bytes);
+        const std::size_t sizeClass = CAudioMemory::classOf(bytes);
         if (sizeClass >= kClasses || freeByClass_[sizeClass] == kEnd) {
             return allocateElsewhere(bytes, sizeClass);
         }
@@ -67,7 +66,7 @@ public:
     // Where the reference points, offset included; null for none. Valid until the slot is allocated anew.
     std::byte* address(CBufferRef ref) const
     {
-        std::byte* memory = ref.slot() < kSlots ? slots_[ref.slot()].memory : nullptr;
+        std::byte* memory = ref.slot() < slots_.size() ? slots_[ref.slot()].memory : nullptr;
         return memory ? memory + ref.byteOffset() : nullptr;
     }
 
@@ -75,7 +74,10 @@ public:
     std::uint16_t generation(CBufferRef ref) const { return slots_[ref.slot()].generation; }
     // What was asked for; the memory may be larger.
     std::size_t bytes(CBufferRef ref) const { return slots_[ref.slot()].bytes; }
-    bool isInUse(CBufferRef ref) const { return ref.slot() < kSlots && slots_[ref.slot()].refCount > 0; }
+    bool isInUse(CBufferRef ref) const
+    {
+        return ref.slot() < slots_.size() && slots_[ref.slot()].refCount > 0;
+    }
 
     // --- for tests and tools
     std::int32_t refCount(CBufferRef ref) const;
@@ -85,8 +87,7 @@ public:
     std::size_t refusals() const { return refusals_; }
 
 private:
-    // Capacities of 64 bytes to 2 GiB.
-    static constexpr std::size_t kClasses = 26;
+    static constexpr std::size_t kClasses = CAudioMemory::kClasses;
     static constexpr std::int16_t kEnd = -1;
 
     struct Slot
@@ -99,10 +100,6 @@ private:
         std::uint16_t generation = 0;
     };
 
-    static std::size_t classOf(std::size_t bytes)
-    {
-        return static_cast<std::size_t>(std::bit_width((bytes - (bytes != 0)) / kAlignment));
-    }
     std::int16_t pop(std::int16_t& head)
     {
         return std::exchange(head, slots_[static_cast<std::size_t>(head)].nextFree);
@@ -110,7 +107,8 @@ private:
     void putFree(std::int16_t index)
     {
         Slot& slot = slots_[static_cast<std::size_t>(index)];
-        std::int16_t& head = slot.capacity == 0 ? freeWithoutMemory_ : freeByClass_[classOf(slot.capacity)];
+        std::int16_t& head =
+            slot.capacity == 0 ? freeWithoutMemory_ : freeByClass_[CAudioMemory::classOf(slot.capacity)];
         slot.nextFree = std::exchange(head, index);
     }
     CBufferRef use(std::int16_t index, std::size_t bytes)
@@ -125,9 +123,11 @@ private:
     // A slot without memory or of another capacity, made large enough.
     CBufferRef allocateElsewhere(std::size_t bytes, std::size_t sizeClass);
     std::int16_t takeFreeElsewhere(std::size_t sizeClass);
+    void addSlots(std::size_t count);
     bool grow(Slot& slot, std::size_t sizeClass);
 
-    std::array<Slot, kSlots> slots_;
+    CAudioMemory& memory_;
+    CAudioVector<Slot> slots_;
     std::array<std::int16_t, kClasses> freeByClass_;
     std::int16_t freeWithoutMemory_ = kEnd;
     std::size_t slotsInUse_ = 0;

@@ -20,8 +20,8 @@ namespace qel {
 //
 // Owned by the object tree of one plug-in instance; a context is about 120 KiB, so it belongs on the heap. It
 // outlives all modules. Registration and look-ups happen while the graph is built; everything else is the
-// audio thread's, takes no lock, and allocates only when the pool grows (see CBufferPool). Sizes are in
-// bytes, counts in samples of 8 bytes.
+// audio thread's, takes no lock, and no memory but what control threads have provided (see CAudioMemory).
+// Sizes are in bytes, counts in samples of 8 bytes.
 //
 // Errors: a call of no kernel (-1), with a wrong number of operands, or with a none reference (the pool was
 // exhausted) does not run and is counted in refusedCalls(): its output keeps what it held, and the host is
@@ -49,7 +49,10 @@ public:
     // By a section's kind; a number outside the families gives the one without kernels.
     const CFilterKernels& filterKernels(int kind) const;
 
-    // --- audio thread: no locks, no allocation once warm
+    // For all that the graph makes while it runs.
+    CAudioMemory& memory() { return memory_; }
+
+    // --- audio thread: no locks, and no memory but that above
     CBufferRef allocate(std::size_t bytes) { return pool_.allocate(bytes); }
     // All sample buffers get the room of the longest asked for so far: blocks whose length changes at every
     // call then find what the longest one left, and touch no heap.
@@ -86,8 +89,9 @@ public:
     std::size_t refusedCalls() const { return refusedCalls_; }
 
 private:
-    CKernelRegistry registry_;
-    CBufferPool pool_;
+    CKernelRegistry& registry_ = CKernelRegistry::get();
+    CAudioMemory memory_;
+    CBufferPool pool_{memory_};
     std::size_t longestSamples_ = 0;
     std::size_t longestOfLate_ = 0;
     CKernelObserver* observer_ = nullptr;

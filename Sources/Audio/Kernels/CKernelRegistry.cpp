@@ -1,4 +1,4 @@
-// The kernels known to one context, by name.
+// The kernels of the process, by name.
 #include "CKernelRegistry.h"
 
 #include <algorithm>
@@ -18,6 +18,19 @@ std::size_t bucketOf(std::string_view name)
 
 } // namespace
 
+CKernelRegistry& CKernelRegistry::get()
+{
+    static CKernelRegistry registry;
+    return registry;
+}
+
+CKernelRegistry::CKernelRegistry()
+{
+    for (std::atomic<std::int32_t>& head : heads_) {
+        head.store(-1, std::memory_order_relaxed);
+    }
+}
+
 int CKernelRegistry::add(std::string_view name, CKernelFunction function, int operandCount,
                          std::uint32_t writeMask)
 {
@@ -31,32 +44,42 @@ int CKernelRegistry::add(std::string_view name, const CKernelDef& kernel)
         return -1;
     }
     const std::string_view kept = name.substr(0, CKernelEntry::kMaxNameLength);
-    const int existing = find(kept);
-    if (existing >= 0) {
-        const CKernelEntry& known = entries_[static_cast<std::size_t>(existing)];
-        const bool isSame = known.function == kernel.function && known.operandCount == kernel.operandCount &&
-                            known.writeMask == kernel.writeMask;
-        return isSame ? existing : -1;
+    if (const int existing = find(kept); existing >= 0) {
+        return checkKnown(existing, kernel);
     }
-    if (size_ == kMaxKernels) {
+    const CLock lock(lock_);
+    if (const int existing = find(kept); existing >= 0) {
+        return checkKnown(existing, kernel);
+    }
+    const std::uint32_t index = size_.load(std::memory_order_relaxed);
+    if (index == kMaxKernels) {
         return -1;
     }
-    CKernelEntry& added = entries_[size_];
+    CKernelEntry& added = entries_[index];
     *std::copy(kept.begin(), kept.end(), added.name) = '\0';
     added.function = kernel.function;
     added.operandCount = kernel.operandCount;
     added.writeMask = kernel.writeMask;
     added.pair = kernel.pair;
     added.joins = kernel.joins;
-    std::int32_t& head = heads_[bucketOf(kept)];
-    added.next = head;
-    head = static_cast<std::int32_t>(size_);
-    return static_cast<int>(size_++);
+    std::atomic<std::int32_t>& head = heads_[bucketOf(kept)];
+    added.next = head.load(std::memory_order_relaxed);
+    size_.store(index + 1, std::memory_order_release);
+    head.store(static_cast<std::int32_t>(index), std::memory_order_release);
+    return static_cast<int>(index);
+}
+
+int CKernelRegistry::checkKnown(int existing, const CKernelDef& kernel) const
+{
+    const CKernelEntry& known = entries_[static_cast<std::size_t>(existing)];
+    const bool isSame = known.function == kernel.function && known.operandCount == kernel.operandCount &&
+                        known.writeMask == kernel.writeMask;
+    return isSame ? existing : -1;
 }
 
 int CKernelRegistry::find(std::string_view name) const
 {
-    std::int32_t index = heads_[bucketOf(name)];
+    std::int32_t index = heads_[bucketOf(name)].load(std::memory_order_acquire);
     while (index >= 0 && name != entries_[static_cast<std::size_t>(index)].name) {
         index = entries_[static_cast<std::size_t>(index)].next;
     }

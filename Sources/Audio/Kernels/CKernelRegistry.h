@@ -1,9 +1,11 @@
-// The kernels known to one context, by name.
+// The kernels of the process, by name.
 #pragma once
 
+#include "CCriticalSection.h"
 #include "CKernelCall.h"
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -11,8 +13,7 @@
 
 namespace qel {
 
-// A registered kernel. Its address and its index in the registry, the kernel identifier, stay as long as the
-// registry lives.
+// A registered kernel. It, its address and its index in the registry, the kernel identifier, never change.
 struct CKernelEntry
 {
     static constexpr std::size_t kMaxNameLength = 64;
@@ -26,14 +27,16 @@ struct CKernelEntry
     std::int32_t next; // in the hash chain
 };
 
-// Up to 512 kernels in a chained hash table. Filled while a graph is being built; look-ups happen once a
-// module and never in a block. Nothing is removed. Names are compared byte by byte.
+// Up to 512 kernels in a chained hash table, which all contexts share. Filled while graphs are being built;
+// look-ups happen once a module and never in a block. Nothing is removed. Names are compared byte by byte.
+// Any thread: only who adds what is not there yet takes a lock.
 class CKernelRegistry
 {
 public:
     static constexpr std::size_t kMaxKernels = 512;
 
-    CKernelRegistry() { heads_.fill(-1); }
+    static CKernelRegistry& get();
+
     CKernelRegistry(const CKernelRegistry&) = delete;
     CKernelRegistry& operator=(const CKernelRegistry&) = delete;
 
@@ -48,15 +51,20 @@ public:
     // Null if the identifier is none, -1 included.
     const CKernelEntry* entry(int kernelId) const
     {
-        return static_cast<std::uint32_t>(kernelId) < size_ ? &entries_[static_cast<std::size_t>(kernelId)]
-                                                            : nullptr;
+        return static_cast<std::uint32_t>(kernelId) < size() ? &entries_[static_cast<std::size_t>(kernelId)]
+                                                             : nullptr;
     }
-    std::size_t size() const { return size_; }
+    std::size_t size() const { return size_.load(std::memory_order_acquire); }
 
 private:
+    CKernelRegistry();
+
+    int checkKnown(int existing, const CKernelDef& kernel) const;
+
+    CCriticalSection lock_; // guards adding
     std::array<CKernelEntry, kMaxKernels> entries_;
-    std::array<std::int32_t, 1024> heads_;
-    std::uint32_t size_ = 0;
+    std::array<std::atomic<std::int32_t>, 1024> heads_;
+    std::atomic<std::uint32_t> size_{0};
 };
 
 } // namespace qel

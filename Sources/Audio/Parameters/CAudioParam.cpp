@@ -64,6 +64,12 @@ CAudioParam::CAudioParam(CAudioParamCollector& collector, CString fullName)
 
 CAudioParam::~CAudioParam() = default;
 
+const CAudioParamInfo& CAudioParam::getInfo() const
+{
+    static const CAudioParamInfo kNone;
+    return info_ ? *info_ : kNone;
+}
+
 double CAudioParam::getValue(std::int32_t group, std::int32_t entry, std::int32_t element) const
 {
     const CLock lock(lock_);
@@ -76,17 +82,17 @@ CString CAudioParam::getString(std::int32_t group, std::int32_t entry) const
     return current_.getString(group, entry);
 }
 
-void CAudioParam::setInfo(const CAudioParamInfo& info, const CString& defPath)
+void CAudioParam::setInfo(std::shared_ptr<const CAudioParamInfo> info, const CString& defPath)
 {
     CAudioParamContext context(CAudioParamOrigin::kActivation);
     const CAudioParamContext::Scope scope(context);
     const CLock lock(lock_);
-    if (hasInfo() && info_.name == info.name && info_.hasSameFormat(info)) {
+    if (hasInfo() && info_->name == info->name && info_->hasSameFormat(*info)) {
         return;
     }
-    info_ = info;
+    info_ = std::move(info);
     defPath_ = defPath;
-    current_.fillWithDefaults(info_);
+    current_.fillWithDefaults(*info_);
     initial_.formatLike(current_);
     initial_.copyValues(current_);
     hasInfo_.store(true, std::memory_order_release);
@@ -117,7 +123,7 @@ bool CAudioParam::change(const CAudioParamChange& change, CAudioParamContext& co
         context.recorder->onBeforeChange(*this, current_, headOf(change));
     }
     current_.write(change);
-    current_.clamp(info_.minValues, info_.maxValues);
+    current_.clamp(info_->minValues, info_->maxValues);
     if (context.recorder) {
         context.recorder->onAfterChange(*this, current_, headOf(change));
     }
@@ -246,11 +252,11 @@ void CAudioParam::reset(std::int32_t group, std::int32_t entry, CAudioParamConte
     }
 }
 
-void CAudioParam::resend(CAudioParamContext& context)
+void CAudioParam::startAudioSide()
 {
     const CLock lock(lock_);
     if (hasInfo()) {
-        postAll(context);
+        audioSide_.start(current_);
     }
 }
 
@@ -375,13 +381,13 @@ CError CAudioParam::load(CInputStream& stream, CAudioParamContext& context, bool
         adoptDefinition(path);
     }
     const CLock lock(lock_);
-    if (!hasInfo() || !(info_.isStorable || (withPersistent && info_.isPersistent))) {
+    if (!hasInfo() || !(info_->isStorable || (withPersistent && info_->isPersistent))) {
         return {};
     }
     CAudioParamStorage loaded;
     loaded.formatLike(current_);
     QEL_TRY(loaded.load(stream), name_);
-    loaded.clamp(info_.minValues, info_.maxValues);
+    loaded.clamp(info_->minValues, info_->maxValues);
     if (intoInitial) {
         initial_.copyValues(loaded);
     } else if (group < 0) {
@@ -398,7 +404,7 @@ CError CAudioParam::check(CInputStream& stream, bool withPersistent) const
     QEL_TRY(stream.readString(path), name_);
     const CLock lock(lock_);
     const CAudioParamDef* definition = hasInfo() ? nullptr : definitionAt(path);
-    const CAudioParamInfo* info = hasInfo() ? &info_ : definition ? &definition->getInfo() : nullptr;
+    const CAudioParamInfo* info = hasInfo() ? info_.get() : definition ? &definition->getInfo() : nullptr;
     if (!info || !(info->isStorable || (withPersistent && info->isPersistent))) {
         return {};
     }
@@ -411,7 +417,7 @@ CError CAudioParam::check(CInputStream& stream, bool withPersistent) const
 void CAudioParam::adoptDefinition(const CString& path)
 {
     if (const CAudioParamDef* definition = definitionAt(path)) {
-        setInfo(definition->getInfo(), path);
+        setInfo(definition->shareInfo(), path);
     }
 }
 

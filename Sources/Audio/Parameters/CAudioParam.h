@@ -8,6 +8,7 @@
 #include "CCriticalSection.h"
 
 #include <atomic>
+#include <memory>
 
 namespace qel {
 
@@ -38,7 +39,8 @@ public:
 
     // To be held while using what the next ones return; recursive.
     CCriticalSection& getLock() const { return lock_; }
-    const CAudioParamInfo& getInfo() const { return info_; }
+    const CAudioParamInfo& getInfo() const;
+    std::shared_ptr<const CAudioParamInfo> shareInfo() const { return info_; }
     const CAudioParamStorage& getCurrent() const { return current_; }
     // Path of the definition in the shared tree, which goes into saved parameters.
     const CString& getDefPath() const { return defPath_; }
@@ -49,7 +51,7 @@ public:
 
     // Installs a declaration, unless one of the same name and format is there, and sets all values to its
     // defaults. `defPath` may be empty for a parameter that is never saved.
-    void setInfo(const CAudioParamInfo& info, const CString& defPath);
+    void setInfo(std::shared_ptr<const CAudioParamInfo> info, const CString& defPath);
 
     // The one way to write. A change of another format, of a group that is not there and does not begin with
     // entry 0, or that would leave a hole, is ignored and gives false. Numbers are limited to their range.
@@ -64,9 +66,6 @@ public:
     void clearToDefault(std::int32_t group, std::int32_t entry, CAudioParamContext& context);
     // Back to the initial values.
     void reset(std::int32_t group, std::int32_t entry, CAudioParamContext& context);
-    // Sends all present values to the audio side again.
-    void resend(CAudioParamContext& context);
-
     // Reads a saved parameter: the path of its definition, which gives a parameter without info its own, and
     // a storage record. The record replaces all values, or with a group its group 0 replaces that group; with
     // `intoInitial` it becomes the initial values. Data of a parameter that takes no part (neither storable
@@ -104,6 +103,8 @@ public:
     // Takes what the audio thread has set over into `current` and tells the listeners. False if a write that
     // will overwrite it there is still on its way: then it waits for that to arrive, or to be dropped.
     bool takeFromAudio();
+    // Before the audio side runs: what stands here holds there.
+    void startAudioSide();
     bool isChangedByAudio() const { return audioSide_.outbox().getState().isWaiting(); }
 
 private:
@@ -126,7 +127,7 @@ private:
 
     mutable CCriticalSection lock_;
     std::atomic<bool> hasInfo_{false};
-    CAudioParamInfo info_;
+    std::shared_ptr<const CAudioParamInfo> info_; // null without info
     CString defPath_;
     CAudioParamStorage current_;
     CAudioParamStorage initial_;

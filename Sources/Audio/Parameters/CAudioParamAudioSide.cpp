@@ -10,47 +10,54 @@
 
 namespace qel {
 
-namespace {
-
-// Queue nodes kept ready for a new slot: for the events that were made before it was bound.
-constexpr std::size_t kNodesPerSlot = 4;
-
-} // namespace
-
 CAudioParamAudioSide::CAudioParamAudioSide(CAudioParam& param, CAudioParamEventPool& pool)
     : param_(param), pool_(pool)
 {
     values_.setRetireList(&pool_.retiredItems());
 }
 
-bool CAudioParamAudioSide::bind(CAudioParamBinding& binding)
+bool CAudioParamAudioSide::prepare(CAudioParamBinding& binding)
 {
     if (!param_.hasInfo()) {
         return false;
     }
-    if (binding.param) {
-        binding.param->audioSide().unbind(binding);
-    }
-    CAudioParamStorage& slot = *binding.storage;
-    if (values_.isFormatted()) {
-        slot.formatLike(values_);
-    } else {
-        // Before the first processing call: the audio side learns its format there.
-        const CLock lock(param_.getLock());
-        slot.formatLike(param_.getCurrent());
-    }
-    slot.setRetireList(&pool_.retiredItems());
-    slot.copyValues(values_);
+    const CLock lock(param_.getLock());
+    binding.storage->formatLike(param_.getCurrent(), binding.group + 1);
+    binding.storage->setRetireList(&pool_.retiredItems());
     binding.param = &param_;
+    // From now on changes bring along what this slot needs of them.
+    bindingCount_.fetch_add(1, std::memory_order_relaxed);
+    return true;
+}
+
+void CAudioParamAudioSide::start(const CAudioParamStorage& values)
+{
+    values_.formatLike(values);
+    values_.copyValues(values);
+    for (CAudioParamBinding* binding = bindings_; binding; binding = binding->next) {
+        binding->storage->copyValues(values);
+    }
+}
+
+bool CAudioParamAudioSide::outgrows(const CAudioParamChange& change, const CAudioParamStorage& current)
+{
+    const bool isLonger = change.end() > current.getFillCount();
+    if (change.isWhole() || change.group < groupsWithRoom_) {
+        return isLonger;
+    }
+    groupsWithRoom_ = CAudioParamStorage::groupsOfRoom(change.group);
+    return true;
+}
+
+void CAudioParamAudioSide::bind(CAudioParamBinding& binding)
+{
+    binding.storage->copyValues(values_);
     binding.next = bindings_;
     bindings_ = &binding;
-    bindingCount_.fetch_add(1, std::memory_order_relaxed);
-    pool_.growNodeReserve(kNodesPerSlot);
     for (CAudioParamEvent* event = firstPending_; event; event = event->next) {
         deliverTo(binding, *event);
     }
     *binding.isDirty = true;
-    return true;
 }
 
 void CAudioParamAudioSide::unbind(CAudioParamBinding& binding)
@@ -58,14 +65,14 @@ void CAudioParamAudioSide::unbind(CAudioParamBinding& binding)
     for (CAudioParamBinding** link = &bindings_; *link; link = &(*link)->next) {
         if (*link == &binding) {
             *link = binding.next;
-            bindingCount_.fetch_sub(1, std::memory_order_relaxed);
             binding.queue->remove(binding);
-            binding.storage->setRetireList(nullptr);
-            binding.next = nullptr;
-            binding.param = nullptr;
-            return;
+            break;
         }
     }
+    bindingCount_.fetch_sub(1, std::memory_order_relaxed);
+    binding.storage->setRetireList(nullptr);
+    binding.next = nullptr;
+    binding.param = nullptr;
 }
 
 void CAudioParamAudioSide::deliverTo(CAudioParamBinding& binding, CAudioParamEvent& event)

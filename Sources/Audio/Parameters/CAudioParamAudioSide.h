@@ -24,11 +24,23 @@ public:
     CAudioParamAudioSide(const CAudioParamAudioSide&) = delete;
     CAudioParamAudioSide& operator=(const CAudioParamAudioSide&) = delete;
 
-    // --- audio thread, or while it stands still: locks nothing once it has the format
+    // --- control threads
 
-    // Ties a slot to the parameter: formats its storage, fills it with the values here, and queues the
-    // changes that are still on their way. Allocates. False if the parameter has no info.
-    bool bind(CAudioParamBinding& binding);
+    // Gives a slot that is to follow the parameter its format. False if the parameter has no info.
+    bool prepare(CAudioParamBinding& binding);
+    // Before the audio side runs: these values hold here and in all slots.
+    void start(const CAudioParamStorage& values);
+    // Whether some storage here has no room for a change that `current` has taken. Under the lock of
+    // CAudioEnv.
+    bool outgrows(const CAudioParamChange& change, const CAudioParamStorage& current);
+    // The rooms that were brought for such a change have not come here.
+    void forgetRoom() { groupsWithRoom_ = 1; }
+
+    // --- audio thread, or while it stands still: no locks, no allocation
+
+    // Ties a prepared slot to the parameter: fills it with the values here, and with the changes that are
+    // still on their way.
+    void bind(CAudioParamBinding& binding);
     void unbind(CAudioParamBinding& binding);
     // They are one processing call behind the events in the queues.
     const CAudioParamStorage& getValues() const { return values_; }
@@ -69,6 +81,7 @@ private:
     CAudioParamBinding* bindings_ = nullptr;
     std::uint32_t changedGeneration_ = 0;
 
+    std::int32_t groupsWithRoom_ = 1; // in storages that are tied to no group; under the lock of CAudioEnv
     std::atomic<std::int32_t> bindingCount_{0};
     CAudioParamMailbox outbox_;
     std::atomic<std::int32_t> overrides_{0};

@@ -9,13 +9,13 @@ class CAudioParam;
 class CAudioParamEventQueue;
 class CAudioParamStorage;
 
-// Owned by the target, which sets the middle part, hands the binding to CAudioParamAudioSide::bind() and back
-// to unbind() before any of what it points to goes. In between the audio side alone touches it: a change that
-// passes the filters arrives in `queue` and raises `isDirty`; the target applies it to `storage` when its
-// time has come. `storage` is what the module sees now.
+// Owned by the target, which sets the middle part, hands the binding to CAudioParamAudioSide::prepare() and
+// bind(), and back to unbind() before any of what it points to goes. In between the audio side alone touches
+// it: a change that passes the filters arrives in `queue` and raises `isDirty`; the target applies it to
+// `storage` when its time has come. `storage` is what the module sees now.
 struct CAudioParamBinding
 {
-    CAudioParam* param = nullptr; // set by bind()
+    CAudioParam* param = nullptr; // set by prepare()
 
     CAudioParamEventQueue* queue = nullptr;
     CAudioParamStorage* storage = nullptr;

@@ -31,6 +31,19 @@ void CAudioParamCollector::release()
     CObject::release();
 }
 
+bool CAudioParamCollector::NameOrder::operator()(const CString& a, const CString& b) const
+{
+    if (a.length() != b.length()) {
+        return a.length() < b.length();
+    }
+    for (std::size_t i = a.length(); i-- > 0;) {
+        if (a[i] != b[i]) {
+            return a[i] < b[i];
+        }
+    }
+    return false;
+}
+
 CAudioParam& CAudioParamCollector::getParam(const CString& fullName)
 {
     const CLock lock(lock_);
@@ -150,15 +163,12 @@ std::vector<CAudioParam*> CAudioParamCollector::allParams()
     return all;
 }
 
-void CAudioParamCollector::resendAll()
+void CAudioParamCollector::endBuilding()
 {
-    CAudioParamContext context(CAudioParamOrigin::kActivation);
-    CAudioParamBatch& batch = newBatch();
-    context.batch = &batch;
-    for (CAudioParam* param : allParams()) {
-        param->resend(context);
+    isBuilding_ = false;
+    for (const auto& [name, param] : params_) {
+        param->startAudioSide();
     }
-    submitBatch(batch);
 }
 
 CAudioParamBatch& CAudioParamCollector::newBatch()
@@ -189,6 +199,11 @@ void CAudioParamCollector::submitBatch(CAudioParamBatch& batch)
 void CAudioParamCollector::dropBatch(CAudioParamBatch& batch)
 {
     const CLock lock(env_->getLock());
+    for (const CAudioParamEvent* event = batch.first(); event; event = event->next) {
+        if (event->bringsRooms()) {
+            event->getParam().audioSide().forgetRoom();
+        }
+    }
     pool_.recycle(batch);
 }
 
@@ -208,15 +223,25 @@ void CAudioParamCollector::takeChangesFromAudio()
 void CAudioParamCollector::postChange(CAudioParam& param, const CAudioParamChange& change,
                                       CAudioParamBatch* batch)
 {
+    if (isBuilding_) {
+        return;
+    }
     const CLock lock(env_->getLock());
-    CAudioParamEvent& event = pool_.takeEvent(param.audioSide().getBindingCount());
+    const std::int32_t bindings = param.audioSide().getBindingCount();
+    CAudioParamEvent& event = pool_.takeEvent(bindings);
     event.set(param, change);
+    if (param.audioSide().outgrows(change, param.getCurrent())) {
+        event.bringRooms(static_cast<std::size_t>(bindings) + 1, param.getCurrent());
+    }
     event.depart();
     postEvent(event, batch);
 }
 
 void CAudioParamCollector::postReplacement(CAudioParam& param, std::unique_ptr<CAudioParamStorage> storage)
 {
+    if (isBuilding_) {
+        return;
+    }
     const CLock lock(env_->getLock());
     CAudioParamEvent& event = pool_.takeEvent(0);
     event.setReplacement(param, std::move(storage));
@@ -297,6 +322,9 @@ void CAudioParamCollector::receive(CAudioParamEvent& event)
 
 void CAudioParamCollector::deliver(const CAudioParamNotice& notice)
 {
+    if (isBuilding_) {
+        return;
+    }
     // Told from a copy, outside the lock: a registry may write.
     CInlineArray<CAudioParamRegistryBase*, 2> registries;
     {

@@ -9,6 +9,7 @@
 #include "CObject.h"
 
 #include <atomic>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -59,8 +60,10 @@ public:
     // the first processing call.
     void finalize();
 
-    // Sends the present values of all parameters to the audio side, in one batch.
-    void resendAll();
+    // Between the two an instance is built: nobody is told of changes, and values reach the audio side all at
+    // once when building ends, before it runs.
+    void beginBuilding() { isBuilding_ = true; }
+    void endBuilding();
 
     // A batch for CAudioParamContext::batch. It must come back through submitBatch() or dropBatch().
     CAudioParamBatch& newBatch();
@@ -100,6 +103,14 @@ public:
     void deliver(const CAudioParamNotice& notice);
 
 private:
+    // Dotted paths begin alike and end otherwise.
+    struct NameOrder
+    {
+        bool operator()(const CString& a, const CString& b) const;
+    };
+    template <class T>
+    using NameMap = std::map<CString, T, NameOrder>;
+
     void offer(CAudioParam& param);
     std::vector<CAudioParam*> allParams();
     void postEvent(CAudioParamEvent& event, CAudioParamBatch* batch);
@@ -110,10 +121,11 @@ private:
     CAudioEnv* env_ = nullptr;
     CAudioParamEventPool pool_; // outlives the parameters, whose events and strings go back to it
     CCriticalSection lock_;
-    CStringMap<std::unique_ptr<CAudioParam>> params_;
-    CStringMap<CString> remaps_;
+    NameMap<std::unique_ptr<CAudioParam>> params_;
+    NameMap<CString> remaps_;
     std::vector<CAudioParamRegistryBase*> registries_; // longest hierarchy first
     bool isFinalized_ = false;
+    bool isBuilding_ = false; // set while the audio side stands still
     std::atomic<bool> isReleased_{false};
     // Of its own and taken last, since a writer may hold a parameter when a notice goes out: guards which
     // registries have which parameter.

@@ -32,6 +32,13 @@ void CAudioParamEvent::set(CAudioParam& param, const CAudioParamChange& change)
     change_.pool = &pool_;
 }
 
+void CAudioParamEvent::bringRooms(std::size_t count, const CAudioParamStorage& model)
+{
+    const CAudioParamStorage::Room room =
+        model.roomFor(CAudioParamStorage::kUsualGroups - 1, model.getRoom().numbersPerGroup());
+    rooms_.assign(count, room);
+}
+
 void CAudioParamEvent::depart()
 {
     if (change_.touches(0, 0)) {
@@ -59,7 +66,8 @@ void CAudioParamEvent::setReplacement(CAudioParam& param, std::unique_ptr<CAudio
 
 bool CAudioParamEvent::isSupersededBy(const CAudioParam& param, const CAudioParamChange& later) const
 {
-    if (param_ != &param || replacement_ || std::abs(change_.time - later.time) > kSameTimeSec) {
+    if (param_ != &param || replacement_ || !rooms_.empty() ||
+        std::abs(change_.time - later.time) > kSameTimeSec) {
         return false;
     }
     if (later.isWhole()) {
@@ -72,13 +80,24 @@ bool CAudioParamEvent::isSupersededBy(const CAudioParam& param, const CAudioPara
     return later.group == change_.group && coversEntries && coversCut;
 }
 
+bool CAudioParamEvent::applyTo(CAudioParamStorage& storage)
+{
+    if (replacement_) {
+        return false;
+    }
+    if (roomsUsed_ < rooms_.size() && storage.accepts(change_) && storage.needsRoom(change_)) {
+        storage.exchangeRoom(rooms_[roomsUsed_++]);
+    }
+    return storage.write(change_);
+}
+
 void CAudioParamEvent::applyToAudio(CAudioParamStorage& storage)
 {
     if (replacement_) {
-        std::swap(storage, *replacement_); // what stood there is freed on the control side
+        storage.exchange(*replacement_); // what stood there is freed on the control side
         return;
     }
-    storage.write(change_);
+    applyTo(storage);
 }
 
 void CAudioParamEvent::release()

@@ -4,6 +4,7 @@
 #include "CAudioParamStorage.h"
 
 #include <memory>
+#include <vector>
 
 namespace qel {
 
@@ -49,6 +50,10 @@ public:
     void depart();
     // Ends that. Whoever still has the event may call it: the audio thread on its arrival, or the pool.
     void arrive();
+    // Brings along `count` rooms like that of a storage that has taken the change, with the usual groups at
+    // the least: for storages of the audio side that have no place for it.
+    void bringRooms(std::size_t count, const CAudioParamStorage& model);
+    bool bringsRooms() const { return !rooms_.empty(); }
     // Makes it the event that gives the audio side's own storage its format: `storage` takes its place there.
     // Slots take no notice of it.
     void setReplacement(CAudioParam& param, std::unique_ptr<CAudioParamStorage> storage);
@@ -57,9 +62,8 @@ public:
 
     // --- audio thread: no locks, no allocation
 
-    // Carries the change out; a storage of another format ignores it and gives false. Allocates only when a
-    // value list is longer than the storage has room for.
-    bool applyTo(CAudioParamStorage& storage) const { return !replacement_ && storage.write(change_); }
+    // Carries the change out; a storage of another format ignores it and gives false.
+    bool applyTo(CAudioParamStorage& storage);
     // The same for the audio side's own storage of the parameter.
     void applyToAudio(CAudioParamStorage& storage);
     bool isAudioOwned() const { return isAudioOwned_; }
@@ -80,6 +84,8 @@ private:
     CInlineArray<double, kInlineValues> values_;
     CAudioParamData pool_;
     std::unique_ptr<CAudioParamStorage> replacement_;
+    std::vector<CAudioParamStorage::Room> rooms_; // those that were used hold the old ones
+    std::size_t roomsUsed_ = 0;
     CAudioParamEventNode* nodes_ = nullptr;
     std::int32_t references_ = 0;
     bool isCounted_ = false;    // between depart() and arrive()

@@ -47,6 +47,8 @@ void CAudioParamEventPool::recycle(CAudioParamEvent& event)
         nodes_.giveBack(*node);
     }
     event.replacement_.reset();
+    event.rooms_.clear();
+    event.roomsUsed_ = 0;
     event.pool_.clear();
     event.next = nullptr;
     events_.giveBack(event);
@@ -97,16 +99,19 @@ void CAudioParamEventPool::retire(CAudioParamEvent& event)
     }
 }
 
-CAudioParamEventNode& CAudioParamEventPool::takeNode(CAudioParamEvent& event)
+CAudioParamEventNode* CAudioParamEventPool::takeNode(CAudioParamEvent& event)
 {
     if (CAudioParamEventNode* node = event.nodes_) {
         event.nodes_ = node->next;
-        return *node;
+        return node;
+    }
+    if (audioNodes_.isEmpty()) {
+        return nullptr;
     }
     CAudioParamEventNode& node = audioNodes_.take();
     node.isReserve = true;
     node.event = &event;
-    return node;
+    return &node;
 }
 
 void CAudioParamEventPool::giveBackNode(CAudioParamEventNode& node)

@@ -30,6 +30,7 @@ public:
         free_ = &record;
     }
 
+    bool isEmpty() const { return free_ == nullptr; }
     // Adds this many records.
     void grow(std::size_t count)
     {
@@ -78,12 +79,10 @@ public:
     void retire(CAudioParamEvent& event);
     void retire(CAudioParamBatch& batch) { retiredBatches_.push(batch); }
     CAudioParamItemRetireList& retiredItems() { return retiredItems_; }
-    // A node for one place of the event in a queue: its own, else one of the reserve. Allocates if both are
-    // used up, which takes more slots bound within a block than the reserve holds.
-    CAudioParamEventNode& takeNode(CAudioParamEvent& event);
+    // A node for one place of the event in a queue: its own, else one of the reserve, or null if both are
+    // used up.
+    CAudioParamEventNode* takeNode(CAudioParamEvent& event);
     void giveBackNode(CAudioParamEventNode& node);
-    // Makes room for `count` more slots. Allocates; called where slots are bound.
-    void growNodeReserve(std::size_t count) { audioNodes_.grow(count); }
 
 private:
     CBlockPool<CAudioParamEvent, &CAudioParamEvent::retireNext> events_;

@@ -9,12 +9,29 @@ void CAudioParamEventQueue::push(CAudioParamEvent& event, CAudioParamBinding& bi
                                  CAudioParamEventPool& pool)
 {
     pool_ = &pool;
-    CAudioParamEventNode& node = pool.takeNode(event);
-    node.binding = &binding;
-    node.next = nullptr;
-    (last_ ? last_->next : first_) = &node;
-    last_ = &node;
+    CAudioParamEventNode* const node = pool.takeNode(event);
+    if (!node) {
+        applyAtOnce(event, binding);
+        return;
+    }
+    node->binding = &binding;
+    node->next = nullptr;
+    (last_ ? last_->next : first_) = node;
+    last_ = node;
     event.retain();
+}
+
+// The order of the changes is worth more than their time.
+void CAudioParamEventQueue::applyAtOnce(CAudioParamEvent& event, CAudioParamBinding& binding)
+{
+    for (CAudioParamEventNode* node = first_; node; node = node->next) {
+        if (node->binding == &binding) {
+            node->event->applyTo(*binding.storage);
+        }
+    }
+    remove(binding);
+    event.applyTo(*binding.storage);
+    wasAppliedAtOnce_ = true;
 }
 
 void CAudioParamEventQueue::pop()

@@ -4,6 +4,8 @@
 #include "CAudioParamBinding.h"
 #include "CAudioParamEvent.h"
 
+#include <utility>
+
 namespace qel {
 
 // First in, first out: events leave in the order they were made, even where a later one bears an earlier
@@ -23,11 +25,11 @@ public:
     const CAudioParamEventNode* peek() const { return first_; }
     void pop();
     // Applies to its slot each event in turn whose time is below the limit, and calls
-    // `changed(binding, event)` behind each. Gives true if there was one.
+    // `changed(binding, event)` behind each. Gives true if a slot has changed since the last call.
     template <class Changed>
     bool applyUntil(double timeLimitSec, Changed&& changed)
     {
-        bool any = false;
+        bool any = std::exchange(wasAppliedAtOnce_, false);
         while (first_ && first_->event->getTime() < timeLimitSec) {
             first_->event->applyTo(*first_->binding->storage);
             changed(*first_->binding, *first_->event);
@@ -40,16 +42,20 @@ public:
 
     // --- for CAudioParam
 
+    // Where the event brings no node for the slot, which was bound after it was made, and the reserve is used
+    // up, the slot takes it at once.
     void push(CAudioParamEvent& event, CAudioParamBinding& binding, CAudioParamEventPool& pool);
     // Drops what waits for a binding that goes.
     void remove(const CAudioParamBinding& binding);
 
 private:
+    void applyAtOnce(CAudioParamEvent& event, CAudioParamBinding& binding);
     void give(CAudioParamEventNode& node);
 
     CAudioParamEventNode* first_ = nullptr;
     CAudioParamEventNode* last_ = nullptr;
     CAudioParamEventPool* pool_ = nullptr;
+    bool wasAppliedAtOnce_ = false;
 };
 
 } // namespace qel

@@ -52,8 +52,35 @@ CString CAudioPreset::getTitle() const
 
 const CByteBuffer* CAudioPreset::findEntry(const CString& key) const
 {
-    const auto found = entries_.find(key);
-    return found == entries_.end() ? nullptr : &found->second;
+    const Entries& entries = getEntries();
+    const auto found = entries.find(key);
+    return found == entries.end() ? nullptr : &found->second;
+}
+
+const CAudioPreset::Entries& CAudioPreset::getEntries() const
+{
+    static const Entries kNone;
+    return entries_ ? *entries_ : kNone;
+}
+
+CAudioPreset::Entries& CAudioPreset::ownEntries()
+{
+    if (!entries_ || entries_.use_count() > 1) {
+        entries_ = std::make_shared<Entries>(getEntries());
+    }
+    return *entries_;
+}
+
+void CAudioPreset::removeEntry(const CString& key)
+{
+    if (findEntry(key)) {
+        ownEntries().erase(key);
+    }
+}
+
+bool operator==(const CAudioPreset& a, const CAudioPreset& b)
+{
+    return a.name_ == b.name_ && (a.entries_ == b.entries_ || a.getEntries() == b.getEntries());
 }
 
 CError CAudioPreset::setValues(const CString& key, const CString& defPath, const CAudioParamStorage& values)
@@ -61,7 +88,7 @@ CError CAudioPreset::setValues(const CString& key, const CString& defPath, const
     CMemoryWriteBuffer buffer;
     QEL_TRY(buffer.writeString(defPath), key);
     QEL_TRY(values.save(buffer), key);
-    buffer.copyTo(entries_[key]);
+    buffer.copyTo(ownEntries()[key]);
     return {};
 }
 
@@ -101,8 +128,8 @@ CError CAudioPreset::load(CInputStream& stream)
 CError CAudioPreset::save(COutputStream& stream) const
 {
     QEL_TRY(stream.writeString(name_), name_);
-    QEL_TRY(stream.writeU32(static_cast<std::uint32_t>(entries_.size())), name_);
-    for (const auto& [key, block] : entries_) {
+    QEL_TRY(stream.writeU32(static_cast<std::uint32_t>(getEntries().size())), name_);
+    for (const auto& [key, block] : getEntries()) {
         QEL_TRY(stream.writeString(key), name_);
         QEL_TRY(stream.writeU32(static_cast<std::uint32_t>(block.size())), name_);
         QEL_TRY(stream.write(block.data(), block.size()), name_);

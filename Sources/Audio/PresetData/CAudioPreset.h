@@ -6,6 +6,8 @@
 #include "Streams/CInputStream.h"
 #include "Streams/COutputStream.h"
 
+#include <memory>
+
 namespace qel {
 
 class CAudioParamStorage;
@@ -15,7 +17,7 @@ class CAudioParamStorage;
 // only looked into when it is put back; so keys that no parameter uses any more live on in files. The name is
 // "<id>:<title>", where the id says to which kind of registry the preset belongs.
 //
-// A plain value; one thread at a time.
+// A plain value; one thread at a time. Copies share their entries until one of them is changed.
 class CAudioPreset
 {
 public:
@@ -34,10 +36,10 @@ public:
     // What stands behind it; the whole name without one.
     CString getTitle() const;
 
-    const Entries& getEntries() const { return entries_; }
+    const Entries& getEntries() const;
     const CByteBuffer* findEntry(const CString& key) const;
-    void setEntry(const CString& key, CByteBuffer block) { entries_[key] = std::move(block); }
-    void removeEntry(const CString& key) { entries_.erase(key); }
+    void setEntry(const CString& key, CByteBuffer block) { ownEntries()[key] = std::move(block); }
+    void removeEntry(const CString& key);
 
     // Adds an entry from values, as the parameter declared at `defPath` of the shared tree would save them.
     // For tools that build presets without an instance.
@@ -54,11 +56,13 @@ public:
     CError loadFile(const CString& path);
     CError saveFile(const CString& path) const;
 
-    friend bool operator==(const CAudioPreset& a, const CAudioPreset& b) = default;
+    friend bool operator==(const CAudioPreset& a, const CAudioPreset& b);
 
 private:
+    Entries& ownEntries();
+
     CString name_;
-    Entries entries_;
+    std::shared_ptr<Entries> entries_; // null: none
 };
 
 } // namespace qel

@@ -3,11 +3,47 @@
 
 #include "CAudioParamRegistryBatch.h"
 #include "PresetStores.h"
+#include "Streams/ResourceMap.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace qel {
+
+namespace {
+
+// A factory bank and the bytes it was read from.
+struct ReadBank
+{
+    CByteBuffer bytes;
+    std::shared_ptr<const CAudioPresetBank> bank;
+};
+
+// All instances share what was read first.
+std::shared_ptr<const CAudioPresetBank> factoryBank(const CString& file)
+{
+    static CCriticalSection section;
+    static std::vector<ReadBank> banks;
+    const CLock lock(section);
+    const auto resource = findResource(file);
+    const CByteBuffer bytes = resource ? CByteBuffer(*resource) : CByteBuffer();
+    const auto known = std::find_if(banks.begin(), banks.end(),
+                                    [&](const ReadBank& each) { return resource && each.bytes == bytes; });
+    if (known != banks.end()) {
+        return known->bank;
+    }
+    auto bank = std::make_shared<CAudioPresetBank>();
+    if (!file.isEmpty()) {
+        traceError(bank->loadFile(file));
+    }
+    bank->setName("Factory ROM");
+    if (resource) {
+        banks.push_back({bytes, bank});
+    }
+    return bank;
+}
+
+} // namespace
 
 void CAudioParamRegistry::buildClassInfo(CClassInfo& info)
 {
@@ -78,12 +114,9 @@ CError CAudioParamRegistry::findObjects()
 
 void CAudioParamRegistry::initBanks()
 {
-    if (!file_.isEmpty()) {
-        traceError(romBank_.loadFile(file_));
-    }
-    romBank_.setName("Factory ROM");
+    romBank_ = factoryBank(file_);
     programs_.setUp(id_, undo_);
-    programs_.replaceAll(romBank_);
+    programs_.replaceAll(*romBank_);
 }
 
 void CAudioParamRegistry::release()
@@ -243,7 +276,7 @@ CError CAudioParamRegistry::acquirePreset(bool fromROM, std::int32_t index, std:
         QEL_TRY(preset.save(stream), getFullName());
         return {};
     }
-    const CAudioPresetBank& bank = fromROM ? romBank_ : programs_.getBank();
+    const CAudioPresetBank& bank = fromROM ? *romBank_ : programs_.getBank();
     QEL_TRY(checkIndex(bank, index), getFullName());
     QEL_TRY(bank.get(index).save(stream), getFullName());
     return {};
@@ -259,7 +292,7 @@ CError CAudioParamRegistry::acquireBank(bool fromROM, COutputStream& stream, boo
     collector_->takeChangesFromAudio();
     const CLock lock(bankLock_);
     if (fromROM) {
-        QEL_TRY(romBank_.save(stream), getFullName());
+        QEL_TRY(romBank_->save(stream), getFullName());
         return {};
     }
     QEL_TRY(snapshotProgram(), getFullName());
@@ -306,8 +339,8 @@ CError CAudioParamRegistry::activateROMPreset(std::int32_t index)
     CAudioPreset preset;
     {
         const CLock lock(bankLock_);
-        QEL_TRY(checkIndex(romBank_, index), getFullName());
-        preset = romBank_.get(index);
+        QEL_TRY(checkIndex(*romBank_, index), getFullName());
+        preset = romBank_->get(index);
     }
     QEL_TRY(activate(preset, false, kAllGroups, "ROM preset activate"), getFullName());
     return {};
@@ -399,7 +432,7 @@ CString CAudioParamRegistry::getCurrentProgramName()
 std::vector<CString> CAudioParamRegistry::listPresets(bool fromROM)
 {
     const CLock lock(bankLock_);
-    const CAudioPresetBank& bank = fromROM ? romBank_ : isMaster_ ? programs_.getBank() : storedList_;
+    const CAudioPresetBank& bank = fromROM ? *romBank_ : isMaster_ ? programs_.getBank() : storedList_;
     std::vector<CString> names;
     for (std::int32_t i = 0; i < bank.getCount(); ++i) {
         names.push_back(bank.get(i).getTitle());

@@ -9,6 +9,7 @@
 #include "CAudioPresetNameParam.h"
 #include "CBridge.h"
 
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -180,7 +181,7 @@ private:
     CAudioParamSubtree params_;
 
     CCriticalSection bankLock_; // guards what follows
-    CAudioPresetBank romBank_;
+    std::shared_ptr<const CAudioPresetBank> romBank_ = std::make_shared<CAudioPresetBank>();
     CAudioPresetBank storedList_;
     CAudioParamPrograms programs_;
 };

@@ -161,6 +161,7 @@ void CModMeterModule::emit()
 CError CModMeter::init()
 {
     QEL_TRY(CAudioProcessTerminalBase::init(), fullName());
+    units_ = CAudioVector<Unit>(CAudioAllocator<Unit>(memory()));
     target_.collector = graph().visual;
     if (target_.collector) {
         target_.source = target_.collector->registerSource(fullName());
@@ -190,7 +191,7 @@ void CModMeter::applyEvents()
 {
     for (Unit& unit : units_) {
         if (!unit.module) {
-            unit.module = std::make_unique<CModMeterModule>(graph().kernels, def_);
+            unit.module = makeAudio<CModMeterModule>(memory(), graph().kernels, def_);
             unit.module->resolveKernels(graph().kernels);
         }
         // Settings may be those of group 0; what is measured still belongs to the channel's own.

@@ -119,13 +119,13 @@ private:
     {
         CAudioModulePlace place;
         CModMeterModule::Settings settings;
-        std::unique_ptr<CModMeterModule> module;
+        CAudioPtr<CModMeterModule> module;
         bool isNew = true;
     };
 
     const CModMeterDef& def_;
     CModStatsModule::Target target_;
-    std::vector<Unit> units_;
+    CAudioVector<Unit> units_;
 };
 
 } // namespace qel

@@ -57,6 +57,14 @@ CError CModProcessSeq::bindParams()
     return {};
 }
 
+void CModProcessSeq::followParams()
+{
+    CAudioProcessBase::followParams();
+    for (const Member& member : members_) {
+        member.process->followParams();
+    }
+}
+
 void CModProcessSeq::registerKernels()
 {
     for (const Member& member : members_) {

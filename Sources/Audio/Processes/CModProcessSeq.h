@@ -25,6 +25,7 @@ public:
 
     CError init() override;
     CError bindParams() override;
+    void followParams() override;
     void registerKernels() override;
     void resolveKernels() override;
     void disconnectAll() override;

@@ -7,8 +7,6 @@
 #include "Definitions/CAudioProcessDefBase.h"
 #include "ParamRounding.h"
 
-#include <algorithm>
-
 namespace qel {
 
 namespace {
@@ -94,6 +92,12 @@ bool CModResampler::process()
     takeDueChanges();
     setStages(wantedStages());
     return CModProcessSeq::process();
+}
+
+int CModResampler::limitStep(int count) const
+{
+    const int longest = isUpsampler_ ? kLongestStep >> stages_ : kLongestStep;
+    return std::min(CModProcessSeq::limitStep(count), longest);
 }
 
 void CModResampler::takeDueChanges()

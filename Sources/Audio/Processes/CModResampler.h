@@ -3,6 +3,8 @@
 
 #include "CModProcessSeq.h"
 
+#include <algorithm>
+
 namespace qel {
 
 // A chain of two-to-one stages, each a rate change and a half-band filter, that grows and shrinks with the
@@ -28,6 +30,8 @@ public:
     bool isAtRest() const override { return stages_ == wantedStages() && CModProcessSeq::isAtRest(); }
     std::uint32_t layout() const override { return static_cast<std::uint32_t>(wantedStages()); }
 
+    int rateFactor() const override { return 1 << std::max(stages_, wantedStages()); }
+
     // Factors of two at work.
     int stages() const { return stages_; }
     // By how much the filters of so many stages make the stream late, in samples of the outer rate. Before
@@ -36,6 +40,8 @@ public:
 
 protected:
     int slotCount() const override { return 2; }
+    // A change that comes between two steps of the whole finds spans of the length that was right before.
+    int limitStep(int count) const override;
     CModResampler(const CAudioProcessDefBase& def, bool isUpsampler)
         : CModProcessSeq(def), isUpsampler_(isUpsampler)
     {}

@@ -64,6 +64,23 @@ std::uint32_t CModRouter::layout() const
     return sum;
 }
 
+std::uint32_t CModRouter::groupsWanted() const
+{
+    std::uint32_t groups = 0;
+    const int elements = std::min(slots().elementCount(kRoutingSlot, readGroup()), kMaxChannels);
+    for (int i = 0; !isOutput_ && i < elements; ++i) {
+        if (roundParam(slots().value(kRoutingSlot, readGroup(), i)) > 0) {
+            groups |= 1U << groupOf(i);
+        }
+    }
+    return groups;
+}
+
+int CModRouter::groupOf(int number) const
+{
+    return std::clamp(roundParam(slots().valueOrLast(kGroupingSlot, readGroup(), number)), 0, kMaxGroup);
+}
+
 void CModRouter::clearTable()
 {
     for (Destination& destination : table_) {
@@ -100,8 +117,7 @@ void CModRouter::addSource(int number, const Channel& source)
     Destination& destination = table_[static_cast<std::size_t>(number)];
     if (destination.sourceCount == 0) {
         CAudioStreamFormat format = *source.format;
-        const double grouping = slots().valueOrLast(kGroupingSlot, readGroup(), number);
-        format.group = std::clamp(roundParam(grouping), 0, kMaxGroup);
+        format.group = groupOf(number);
         destination.format = graph().formats.intern(format);
     }
     destination.sources[static_cast<std::size_t>(destination.sourceCount++)] =

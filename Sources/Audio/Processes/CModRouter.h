@@ -35,6 +35,7 @@ public:
     void syncLinks() override;
     void applyEvents() override;
     std::uint32_t layout() const override;
+    std::uint32_t groupsWanted() const override;
 
 protected:
     int slotCount() const override { return 2; }
@@ -49,6 +50,7 @@ private:
         const CAudioStreamFormat* format = nullptr;
     };
 
+    int groupOf(int number) const;
     void clearTable();
     void routeInputs();
     void routeOutputs();

@@ -47,8 +47,8 @@ constexpr const char* kCategories[] = {
 constexpr std::int32_t kMultiChannelVersion = 2300;
 constexpr std::int32_t kStereo = 2;
 constexpr std::int32_t kDeclaredSpeakers = std::extent_v<decltype(VstSpeakerArrangement::speakers)>;
-constexpr int kPrecisionCount = 2; // single and double
-constexpr std::int32_t kMaxPiece = CAudioHostStream::kMaxSlice;
+constexpr int kPrecisionCount = 2;      // single and double
+constexpr std::int32_t kMaxPiece = 128; // of the accumulating call: it lies on the stack
 
 // The whole text, or the short one where the whole does not fit.
 template <class Display>
@@ -95,7 +95,6 @@ CError CAudioWrapperVST::init()
     setEditor(std::make_unique<CAudioWrapperVSTEditor>(*this));
     const AEffect& effect = *getAeffect();
     setDefaultLayout(effect.numInputs, effect.numOutputs);
-    accumulated_.resize(static_cast<std::size_t>(effect.numOutputs) * kMaxPiece);
     for (std::int32_t i = 0; i < effect.numInputs; ++i) {
         inputLabels_.push_back(CString::number(i));
     }
@@ -190,7 +189,7 @@ void CAudioWrapperVST::processHostBlock(const void* const* inputs, void* const* 
     processBlock(block);
 }
 
-// In pieces that the buffer holds; results do not depend on the length of blocks.
+// In short pieces; results do not depend on the length of blocks.
 void CAudioWrapperVST::process(float** inputs, float** outputs, std::int32_t frames)
 {
     const auto section = enterHostSection();
@@ -206,11 +205,12 @@ void CAudioWrapperVST::accumulatePiece(const CAudioHostSetup& setup, float** inp
     // Longer than the host's: the setup may grow between two pieces.
     const void* in[kMaxChannels] = {};
     void* out[kMaxChannels] = {};
+    float made[kMaxChannels][kMaxPiece];
     for (int i = 0; inputs && i < setup.inputCount; ++i) {
         in[i] = inputs[i] ? inputs[i] + start : nullptr;
     }
     for (int i = 0; outputs && i < setup.outputCount; ++i) {
-        out[i] = outputs[i] ? accumulated_.data() + std::ptrdiff_t{i} * kMaxPiece : nullptr;
+        out[i] = outputs[i] ? made[i] : nullptr;
     }
     CAudioHostBlock block;
     block.inputs = in;

@@ -114,7 +114,6 @@ private:
     CString hostVendor_;
     CString hostProduct_;
     bool isMultiChannel_ = false;
-    std::vector<float> accumulated_; // for process(): one slice of each output
 };
 
 // The whole of the library's entry: null if there is no host to talk to or the instance cannot be built,

@@ -27,30 +27,30 @@ CError CAudioParamDef::init()
     QEL_TRY(CObject::init(), getFullName());
     QEL_TRY(readFormat(), getFullName());
     readFlags();
-    info_.visualName = visualName_;
-    info_.name = getName();
-    info_.paramRegistry = registry_;
+    info_->visualName = visualName_;
+    info_->name = getName();
+    info_->paramRegistry = registry_;
     QEL_TRY(readValues(), getFullName());
-    info_.valid = true;
+    info_->valid = true;
     return {};
 }
 
 CError CAudioParamDef::readFormat()
 {
-    info_.esize = elementSize_;
-    if (info_.esize < 1) {
+    info_->esize = elementSize_;
+    if (info_->esize < 1) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamDef_init_InvalidElementSize Invalid element size %1 specified.",
-                 info_.esize);
+                 info_->esize);
     }
     if (dataType_ == "string" || dataType_ == "str" || dataType_ == "1") {
-        info_.dtype = CAudioParamInfo::kTypeString;
+        info_->dtype = CAudioParamInfo::kTypeString;
     }
-    if (info_.isString() && info_.esize > 1) {
+    if (info_->isString() && info_->esize > 1) {
         QEL_FAIL(getFullName(),
                  "@qelstr_CAudioParamDef_init_ElementSizeStr Invalid element size %1 for non-float data "
                  "specified.",
-                 info_.esize);
+                 info_->esize);
     }
     return {};
 }
@@ -59,20 +59,20 @@ void CAudioParamDef::readFlags()
 {
     // What is saved must be reachable by name, so persistent and storable parameters are global; a persistent
     // one is kept out of presets.
-    info_.isPersistent = isPersistent_;
-    info_.isStorable = !info_.isPersistent && isStorable_;
-    info_.isGlobal = info_.isPersistent || info_.isStorable || isGlobal_;
-    info_.isDiscrete = isDiscrete_;
-    info_.isSingleGroup = isSingleGroup_;
+    info_->isPersistent = isPersistent_;
+    info_->isStorable = !info_->isPersistent && isStorable_;
+    info_->isGlobal = info_->isPersistent || info_->isStorable || isGlobal_;
+    info_->isDiscrete = isDiscrete_;
+    info_->isSingleGroup = isSingleGroup_;
 }
 
 CError CAudioParamDef::readValues()
 {
-    info_.converterNames = converter_.splitWords();
-    QEL_TRY(info_.parseConverterNames(), getFullName());
-    QEL_TRY(info_.convertMinMaxValues(minValues_, maxValues_), getFullName());
-    QEL_TRY(info_.parseDefValues(defValues_), getFullName());
-    if (info_.defaults.empty()) {
+    info_->converterNames = converter_.splitWords();
+    QEL_TRY(info_->parseConverterNames(), getFullName());
+    QEL_TRY(info_->convertMinMaxValues(minValues_, maxValues_), getFullName());
+    QEL_TRY(info_->parseDefValues(defValues_), getFullName());
+    if (info_->defaults.empty()) {
         QEL_FAIL(getFullName(), "@qelstr_CAudioParamDef_init_NoDefValues No default values specified.");
     }
     return {};

@@ -4,6 +4,8 @@
 #include "CAudioParamInfo.h"
 #include "CObject.h"
 
+#include <memory>
+
 namespace qel {
 
 // Turns its attributes into a CAudioParamInfo when it is initialised; the converters it names must stand in
@@ -16,7 +18,9 @@ public:
 
     CError init() override;
 
-    const CAudioParamInfo& getInfo() const { return info_; }
+    const CAudioParamInfo& getInfo() const { return *info_; }
+    // For the parameters so declared, in all instances.
+    std::shared_ptr<const CAudioParamInfo> shareInfo() const { return info_; }
 
 private:
     CError readFormat();
@@ -37,7 +41,7 @@ private:
     CString maxValues_;
     CString defValues_;
 
-    CAudioParamInfo info_;
+    std::shared_ptr<CAudioParamInfo> info_ = std::make_shared<CAudioParamInfo>();
 };
 
 } // namespace qel

@@ -15,59 +15,94 @@ constexpr std::int32_t kRecordVersion = 1;
 
 } // namespace
 
-void CAudioParamStorage::format(std::int32_t esize, std::int32_t dtype, std::int32_t reserved,
-                                std::int32_t entriesExpected)
+CAudioParamStorage::Room::Room(std::int32_t groups, std::int32_t numbersPerGroup) : stride_(numbersPerGroup)
 {
-    clear();
-    fill_.clear();
-    fillPool_.clear();
+    numbers_.resize(static_cast<std::size_t>(groups) * static_cast<std::size_t>(numbersPerGroup));
+    counts_.resize(static_cast<std::size_t>(groups));
+}
+
+CAudioParamStorage::CAudioParamStorage(const CAudioParamStorage& other)
+{
+    *this = other;
+}
+
+CAudioParamStorage& CAudioParamStorage::operator=(const CAudioParamStorage& other)
+{
+    CAudioParamStorage copy;
+    if (other.isFormatted_) {
+        copy.formatLike(other);
+        copy.copyValues(other);
+    }
+    exchange(copy);
+    return *this;
+}
+
+void CAudioParamStorage::format(std::int32_t esize, std::int32_t dtype, std::int32_t reserved,
+                                std::int32_t entriesExpected, std::int32_t groupsExpected)
+{
     esize_ = std::max(esize, 1);
     dtype_ = dtype;
     reserved_ = reserved;
     isFormatted_ = true;
-
-    const std::int32_t entries = std::clamp(entriesExpected, 0, kMaxEntries);
-    growGroups(static_cast<std::int32_t>(kInlineGroups));
     groupCount_ = 0;
-    for (Values& values : groups_) {
-        values.reserve(offset(entries));
-    }
+    fill_.clear();
+    const std::int32_t entries = std::clamp(entriesExpected, 0, kMaxEntries);
+    room_ = Room(std::clamp(groupsExpected, 1, kMaxGroups), offset(entries));
+    strings_.reset();
     if (isString()) {
+        strings_ = std::make_unique<Strings>();
         // One more, since a new string comes in before the one it replaces goes.
-        pool_.reserve(static_cast<std::size_t>(entries) * kInlineGroups + 1);
+        const std::int32_t groups = std::max(room_.groups(), kUsualGroups);
+        strings_->values.reserve(static_cast<std::size_t>(entries) * static_cast<std::size_t>(groups) + 1);
+        setRetireList(retired_);
     }
 }
 
-void CAudioParamStorage::formatLike(const CAudioParamStorage& model)
+void CAudioParamStorage::formatLike(const CAudioParamStorage& model, std::int32_t groups)
 {
-    std::int32_t entries = model.getFillCount();
-    for (std::int32_t group = 0; group < model.getGroupCount(); ++group) {
-        entries = std::max(entries, model.getCount(group));
-    }
-    format(model.getEsize(), model.getDtype(), model.getReserved(), entries);
+    const std::int32_t entries =
+        std::max(model.getFillCount(), model.room_.numbersPerGroup() / model.getEsize());
+    format(model.getEsize(), model.getDtype(), model.getReserved(), entries,
+           std::max(groups, model.room_.groups()));
     setFill(model.getFill(), &model.getFillPool());
 }
 
 void CAudioParamStorage::setFill(std::span<const double> values, const CAudioParamData* pool)
 {
     fill_.clear();
-    fillPool_.clear();
     const std::size_t whole = values.size() - values.size() % static_cast<std::size_t>(esize_);
     fill_.reserve(whole);
+    if (strings_) {
+        strings_->fill.clear();
+    }
     for (const double value : values.first(whole)) {
-        fill_.push(isString() && pool ? fillPool_.copyItem(CAudioParamData::toId(value), *pool) : value);
+        fill_.push(strings_ && pool ? strings_->fill.copyItem(CAudioParamData::toId(value), *pool) : value);
     }
 }
 
 void CAudioParamStorage::setRetireList(CAudioParamItemRetireList* list)
 {
-    pool_.setRetireList(list);
-    fillPool_.setRetireList(list);
+    retired_ = list;
+    if (strings_) {
+        strings_->values.setRetireList(list);
+        strings_->fill.setRetireList(list);
+    }
+}
+
+const CAudioParamData& CAudioParamStorage::getPool() const
+{
+    static const CAudioParamData kNone;
+    return strings_ ? strings_->values : kNone;
+}
+
+const CAudioParamData& CAudioParamStorage::getFillPool() const
+{
+    return strings_ ? strings_->fill : getPool();
 }
 
 std::int32_t CAudioParamStorage::getCount(std::int32_t group) const
 {
-    return group >= 0 && group < groupCount_ ? counts_[static_cast<std::size_t>(group)] : 0;
+    return group >= 0 && group < groupCount_ ? room_.count(group) : 0;
 }
 
 std::span<const double> CAudioParamStorage::getValues(std::int32_t group) const
@@ -75,8 +110,7 @@ std::span<const double> CAudioParamStorage::getValues(std::int32_t group) const
     if (group < 0 || group >= groupCount_) {
         return {};
     }
-    const Values& values = groups_[static_cast<std::size_t>(group)];
-    return {values.data(), values.size()};
+    return {room_.values(group), static_cast<std::size_t>(offset(room_.count(group)))};
 }
 
 double CAudioParamStorage::get(std::int32_t group, std::int32_t entry, std::int32_t element) const
@@ -85,7 +119,7 @@ double CAudioParamStorage::get(std::int32_t group, std::int32_t entry, std::int3
         return 0.0;
     }
     if (isStored(group, entry)) {
-        return groups_[static_cast<std::size_t>(group)][offset(entry) + static_cast<std::size_t>(element)];
+        return room_.values(group)[offset(entry) + element];
     }
     return fallback(entry, element);
 }
@@ -97,8 +131,8 @@ double CAudioParamStorage::getForState(std::int32_t group, std::int32_t entry, s
 
 const CString& CAudioParamStorage::getString(std::int32_t group, std::int32_t entry) const
 {
-    return isStored(group, entry) ? pool_.getString(get(group, entry))
-                                  : fillPool_.getString(fallback(entry, 0));
+    return isStored(group, entry) ? getPool().getString(get(group, entry))
+                                  : getFillPool().getString(fallback(entry, 0));
 }
 
 double CAudioParamStorage::fallback(std::int32_t fillEntry, std::int32_t element) const
@@ -107,7 +141,7 @@ double CAudioParamStorage::fallback(std::int32_t fillEntry, std::int32_t element
         return 0.0;
     }
     const std::int32_t entry = fillEntry >= 0 && fillEntry < getFillCount() ? fillEntry : 0;
-    return fill_[offset(entry) + static_cast<std::size_t>(element)];
+    return fill_[static_cast<std::size_t>(offset(entry) + element)];
 }
 
 bool CAudioParamStorage::accepts(const CAudioParamChange& change) const
@@ -130,22 +164,24 @@ bool CAudioParamStorage::write(const CAudioParamChange& change)
         }
     }
     const std::int32_t group = change.isWhole() ? 0 : change.group;
+    growRoom(group + 1, change.end());
     growGroups(group + 1);
     const std::int32_t oldCount = getCount(group);
     const std::int32_t newCount = change.resize ? change.end() : std::max(oldCount, change.end());
     resizeGroup(group, newCount);
     fillEntries(group, oldCount, change.start);
 
-    double* target = groups_[static_cast<std::size_t>(group)].data() + offset(change.start);
-    const std::size_t size = offset(change.count);
-    if (!isString()) {
+    double* target = room_.values(group) + offset(change.start);
+    const std::int32_t size = offset(change.count);
+    if (!strings_) {
         std::copy_n(change.values, size, target);
         return true;
     }
-    for (std::size_t i = 0; i < size; ++i) {
+    for (std::int32_t i = 0; i < size; ++i) {
         const std::uint32_t id =
-            change.pool ? pool_.copyItem(CAudioParamData::toId(change.values[i]), *change.pool) : 0;
-        pool_.remove(CAudioParamData::toId(target[i]));
+            change.pool ? strings_->values.copyItem(CAudioParamData::toId(change.values[i]), *change.pool)
+                        : 0;
+        strings_->values.remove(CAudioParamData::toId(target[i]));
         target[i] = id;
     }
     return true;
@@ -153,12 +189,10 @@ bool CAudioParamStorage::write(const CAudioParamChange& change)
 
 void CAudioParamStorage::clear()
 {
-    for (std::int32_t group = 0; group < groupCount_; ++group) {
-        groups_[static_cast<std::size_t>(group)].clear();
-        counts_[static_cast<std::size_t>(group)] = 0;
-    }
     groupCount_ = 0;
-    pool_.clear();
+    if (strings_) {
+        strings_->values.clear();
+    }
 }
 
 void CAudioParamStorage::copyValues(const CAudioParamStorage& source)
@@ -167,65 +201,114 @@ void CAudioParamStorage::copyValues(const CAudioParamStorage& source)
         return;
     }
     clear();
-    growGroups(source.groupCount_);
-    for (std::size_t group = 0; group < static_cast<std::size_t>(source.groupCount_); ++group) {
-        groups_[group] = source.groups_[group];
-        counts_[group] = source.counts_[group];
+    for (std::int32_t group = 0; group < source.groupCount_; ++group) {
+        growRoom(source.groupCount_, source.getCount(group));
+        growGroups(group + 1);
+        room_.count(group) = source.room_.count(group);
+        std::ranges::copy(source.getValues(group), room_.values(group));
     }
-    pool_ = source.pool_;
+    if (strings_) {
+        strings_->values = source.strings_->values;
+    }
 }
 
 void CAudioParamStorage::clamp(std::span<const double> minimum, std::span<const double> maximum)
 {
     const auto esize = static_cast<std::size_t>(esize_);
     const bool hasRange = minimum.size() >= esize && maximum.size() >= esize;
-    for (std::size_t group = 0; group < static_cast<std::size_t>(groupCount_) && !isString(); ++group) {
-        Values& values = groups_[group];
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const std::size_t element = i % esize;
-            if (std::isnan(values[i])) {
-                values[i] =
-                    fallback(static_cast<std::int32_t>(i / esize), static_cast<std::int32_t>(element));
+    for (std::int32_t group = 0; group < groupCount_ && !strings_; ++group) {
+        for (std::int32_t i = 0; i < offset(getCount(group)); ++i) {
+            double& value = room_.values(group)[i];
+            const std::int32_t element = i % esize_;
+            if (std::isnan(value)) {
+                value = fallback(i / esize_, element);
             }
             if (hasRange) {
-                const auto [low, high] = std::minmax(minimum[element], maximum[element]);
-                values[i] = std::clamp(values[i], low, high);
+                const auto at = static_cast<std::size_t>(element);
+                const auto [low, high] = std::minmax(minimum[at], maximum[at]);
+                value = std::clamp(value, low, high);
             }
         }
+    }
+}
+
+// --- room
+
+bool CAudioParamStorage::needsRoom(const CAudioParamChange& change) const
+{
+    const std::int32_t group = change.isWhole() ? 0 : change.group;
+    return group >= room_.groups() || offset(change.end()) > room_.numbersPerGroup();
+}
+
+std::int32_t CAudioParamStorage::groupsOfRoom(std::int32_t group)
+{
+    return group < 1 ? 1 : group < kUsualGroups ? kUsualGroups : kMaxGroups;
+}
+
+CAudioParamStorage::Room CAudioParamStorage::roomFor(std::int32_t group, std::int32_t numbersPerGroup) const
+{
+    return Room(std::max(room_.groups(), groupsOfRoom(group)),
+                std::max(room_.numbersPerGroup(), numbersPerGroup));
+}
+
+void CAudioParamStorage::exchangeRoom(Room& room)
+{
+    if (room.groups() < room_.groups() || room.numbersPerGroup() < room_.numbersPerGroup()) {
+        return;
+    }
+    for (std::int32_t group = 0; group < groupCount_; ++group) {
+        std::ranges::copy(getValues(group), room.values(group));
+        room.count(group) = room_.count(group);
+    }
+    std::swap(room, room_);
+}
+
+void CAudioParamStorage::exchange(CAudioParamStorage& other)
+{
+    std::swap(*this, other);
+    CAudioParamItemRetireList* const retired = other.retired_;
+    other.setRetireList(retired_);
+    setRetireList(retired);
+}
+
+void CAudioParamStorage::growRoom(std::int32_t groups, std::int32_t entries)
+{
+    const CAudioParamChange change{.group = groups - 1, .start = entries};
+    if (needsRoom(change)) {
+        Room room = roomFor(groups - 1, offset(entries));
+        exchangeRoom(room);
     }
 }
 
 void CAudioParamStorage::growGroups(std::int32_t count)
 {
-    const auto size = static_cast<std::size_t>(count);
-    if (groups_.size() < size) {
-        groups_.resize(size);
-        counts_.resize(size, 0);
+    for (; groupCount_ < count; ++groupCount_) {
+        room_.count(groupCount_) = 0;
     }
-    groupCount_ = std::max(groupCount_, count);
 }
 
 void CAudioParamStorage::resizeGroup(std::int32_t group, std::int32_t entries)
 {
-    Values& values = groups_[static_cast<std::size_t>(group)];
-    const std::size_t size = offset(entries);
-    if (isString()) {
-        for (std::size_t i = size; i < values.size(); ++i) {
-            pool_.remove(CAudioParamData::toId(values[i]));
-        }
+    double* const values = room_.values(group);
+    const std::int32_t oldSize = offset(getCount(group));
+    const std::int32_t size = offset(entries);
+    for (std::int32_t i = size; strings_ && i < oldSize; ++i) {
+        strings_->values.remove(CAudioParamData::toId(values[i]));
     }
-    values.resize(size, 0.0);
-    counts_[static_cast<std::size_t>(group)] = entries;
+    if (size > oldSize) {
+        std::fill(values + oldSize, values + size, 0.0);
+    }
+    room_.count(group) = static_cast<std::uint16_t>(entries);
 }
 
 void CAudioParamStorage::fillEntries(std::int32_t group, std::int32_t from, std::int32_t to)
 {
-    Values& values = groups_[static_cast<std::size_t>(group)];
+    double* const values = room_.values(group);
     for (std::int32_t entry = from; entry < to; ++entry) {
         for (std::int32_t element = 0; element < esize_; ++element) {
             const double value = fallback(entry, element);
-            values[offset(entry) + static_cast<std::size_t>(element)] =
-                isString() ? pool_.copyItem(CAudioParamData::toId(value), fillPool_) : value;
+            values[offset(entry) + element] =
+                strings_ ? strings_->values.copyItem(CAudioParamData::toId(value), strings_->fill) : value;
         }
     }
 }
@@ -237,10 +320,9 @@ CError CAudioParamStorage::load(CInputStream& stream)
     CAudioParamStorage loaded;
     loaded.format(esize_, dtype_, reserved_);
     if (isString()) {
-        QEL_TRY(loaded.pool_.load(stream), {});
+        QEL_TRY(loaded.strings_->values.load(stream), {});
     }
     for (std::int32_t group = 0; group < groups; ++group) {
-        loaded.growGroups(group + 1);
         QEL_TRY(loaded.loadGroup(stream, group), {});
     }
     loaded.separateSharedIds();
@@ -279,14 +361,17 @@ CError CAudioParamStorage::loadGroup(CInputStream& stream, std::int32_t group)
     if (count < 0 || count > kMaxEntries) {
         QEL_FAIL({}, "@qelstr_CAudioParamStorage_load_EntryCountError Invalid entry count %1.", count);
     }
+    growRoom(group + 1, count);
+    growGroups(group + 1);
     resizeGroup(group, count);
-    for (double& value : groups_[static_cast<std::size_t>(group)]) {
+    double* const values = room_.values(group);
+    for (std::int32_t i = 0; i < offset(count); ++i) {
         if (isString()) {
             std::uint32_t id = 0;
             QEL_TRY(stream.readU32(id), {});
-            value = id;
+            values[i] = id;
         } else {
-            QEL_TRY(stream.readF64(value), {});
+            QEL_TRY(stream.readF64(values[i]), {});
         }
     }
     return {};
@@ -298,11 +383,12 @@ void CAudioParamStorage::separateSharedIds()
         return;
     }
     std::set<std::uint32_t> seen;
-    for (Values& values : groups_) {
-        for (double& value : values) {
+    for (std::int32_t group = 0; group < groupCount_; ++group) {
+        for (std::int32_t i = 0; i < getCount(group); ++i) {
+            double& value = room_.values(group)[i];
             const std::uint32_t id = CAudioParamData::toId(value);
             if (!seen.insert(id).second) {
-                value = pool_.copyItem(id, pool_);
+                value = strings_->values.copyItem(id, strings_->values);
             }
         }
     }
@@ -319,7 +405,7 @@ CError CAudioParamStorage::save(COutputStream& stream, std::int32_t group) const
                       .dtype = dtype_,
                       .reserved = reserved_,
                       .values = values.data(),
-                      .pool = &pool_});
+                      .pool = &getPool()});
         return single.save(stream);
     }
     QEL_TRY(stream.writeI32(kRecordVersion), {});
@@ -327,7 +413,7 @@ CError CAudioParamStorage::save(COutputStream& stream, std::int32_t group) const
     QEL_TRY(stream.writeI32(dtype_), {});
     QEL_TRY(stream.writeI32(groupCount_), {});
     if (isString()) {
-        QEL_TRY(pool_.save(stream), {});
+        QEL_TRY(getPool().save(stream), {});
     }
     for (std::int32_t i = 0; i < groupCount_; ++i) {
         QEL_TRY(stream.writeI32(getCount(i)), {});

@@ -44,7 +44,7 @@ CError CAudioVizCollector::init()
         QEL_FAIL(getFullName(), "@qelstr_CAudioVizCollector_init_NoParamDef No parameter "
                                 "'audio.param-enable-viz' definition found.");
     }
-    enableInfo_ = def->getInfo();
+    enableInfo_ = def->shareInfo();
     enablePath_ = def->getFullName();
     return {};
 }
@@ -94,6 +94,10 @@ void CAudioVizCollector::changeListeners(std::int32_t id, std::int32_t by)
     const auto isHeard = [](const Source& each) { return each.listeners > 0; };
     if (by > 0 && std::none_of(sources_.begin(), sources_.end(), isHeard)) {
         isStale_.store(true, std::memory_order_release);
+        if (!buffers_) {
+            buffers_ = std::make_unique<Buffers>();
+            arriving_.store(buffers_.get(), std::memory_order_release);
+        }
     }
     const bool wasEnabled = source.listeners > 0;
     source.listeners = std::max(source.listeners + by, 0);
@@ -123,11 +127,21 @@ void CAudioVizCollector::reset()
         unread->count = 0;
         free_.store(unread, std::memory_order_release);
     }
-    current_->count = 0;
+    if (current_) {
+        current_->count = 0;
+    }
 }
 
 void CAudioVizCollector::beginBlock()
 {
+    if (!current_) {
+        Buffers* const buffers = arriving_.exchange(nullptr, std::memory_order_acquire);
+        if (!buffers) {
+            return;
+        }
+        current_ = &(*buffers)[0];
+        free_.store(&(*buffers)[1], std::memory_order_release);
+    }
     if (isStale_.load(std::memory_order_acquire)) {
         reset();
         isStale_.store(false, std::memory_order_release);
@@ -159,6 +173,9 @@ void CAudioVizCollector::append(Buffer& older, const Buffer& newer)
 
 void CAudioVizCollector::push(const CAudioVizDataMeter& data)
 {
+    if (!current_) {
+        return;
+    }
     if (current_->count == kBufferSize) {
         beginBlock();
     }

@@ -23,7 +23,7 @@ class CAudioParamCollector;
 // which the audio thread alone fills. At the start of a processing call it finishes the buffer: hands it over
 // or, where the reader has not fetched the one before, takes that back and adds to it. So a reader gets all
 // up to the latest call; one that stalls loses the oldest findings and holds up nobody. The first listener
-// finds nothing of what was measured before it came.
+// brings the buffers, and finds nothing of what was measured before it came.
 class CAudioVizCollector : public CObject
 {
 public:
@@ -70,6 +70,8 @@ private:
         std::size_t count = 0;
     };
 
+    using Buffers = std::array<Buffer, 2>;
+
     void changeListeners(std::int32_t id, std::int32_t by);
     static void append(Buffer& older, const Buffer& newer);
 
@@ -77,15 +79,16 @@ private:
     CString paramsPath_;
     CAudioEnv* env_ = nullptr;
     CAudioParamCollector* params_ = nullptr;
-    CAudioParamInfo enableInfo_;
+    std::shared_ptr<const CAudioParamInfo> enableInfo_;
     CString enablePath_;
 
     CCriticalSection lock_; // guards the sources; before the lock of a parameter
     std::vector<Source> sources_;
+    std::unique_ptr<Buffers> buffers_;
 
-    std::unique_ptr<std::array<Buffer, 2>> buffers_ = std::make_unique<std::array<Buffer, 2>>();
-    Buffer* current_ = &(*buffers_)[0]; // the audio thread's
-    std::atomic<Buffer*> free_{&(*buffers_)[1]};
+    std::atomic<Buffers*> arriving_{nullptr};
+    Buffer* current_ = nullptr; // the audio thread's; null until somebody listens
+    std::atomic<Buffer*> free_{nullptr};
     std::atomic<Buffer*> finished_{nullptr};
     std::atomic<bool> isStale_{false}; // what there is was measured before anybody listened
 };

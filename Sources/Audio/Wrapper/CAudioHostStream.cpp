@@ -47,8 +47,9 @@ CAudioHostStream::~CAudioHostStream()
 void CAudioHostStream::process(const CAudioHostSetup& setup, const CAudioHostBlock& block, double positionSec)
 {
     const int mainCount = setup.inputCount - setup.sidechainCount;
-    for (int start = 0; start < block.count; start += kMaxSlice) {
-        const int count = std::min(kMaxSlice, block.count - start);
+    int count = 0;
+    for (int start = 0; start < block.count; start += count) {
+        count = std::min(main_.longestStep(), block.count - start);
         graph_.positionSec = positionSec + start / setup.sampleRateHz;
         feed(mainFeed_, setup, block, 0, mainCount, start, count);
         if (sidechainFeed_) {

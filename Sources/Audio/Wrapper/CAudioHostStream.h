@@ -11,15 +11,13 @@ namespace qel {
 
 class CModOutput;
 
-// Connects the main process to the output process and feeds it: cuts a block into slices, widens the host's
-// samples, and has the output process write the host's channels. What is not finite or louder than any signal
-// becomes silence. Ends before the processes do. Audio thread, but for the constructor and the destructor.
+// Connects the main process to the output process and feeds it: cuts a block into slices as long as that
+// takes, widens the host's samples, and has the output process write the host's channels. What is not finite
+// or louder than any signal becomes silence. Ends before the processes do. Audio thread, but for the
+// constructor and the destructor.
 class CAudioHostStream
 {
 public:
-    // Longest piece of a block that goes through the graph at once, in samples: it bounds all buffers.
-    static constexpr int kMaxSlice = 512;
-
     CAudioHostStream(CAudioGraph& graph, CAudioProcessBase& main, CModOutput& output, bool hasSidechain);
     ~CAudioHostStream();
     CAudioHostStream(const CAudioHostStream&) = delete;

@@ -29,7 +29,15 @@ namespace {
 constexpr const char* kMainName = "plugin.modMain";
 constexpr const char* kOutputName = "plugin.modOutput";
 constexpr const char* kLevelSetting = "oversampling-level";
+constexpr const char* kRoutingName = "plugin.modMain.io-params.in-routing";
+constexpr const char* kGroupingName = "plugin.modMain.io-params.grouping";
 constexpr int kOfflineLevel = 4;
+
+// What two channels take at the most: with everything on at the highest rate, while all of it fades to other
+// settings under an overlap. And what each further channel takes. Both with a little to spare; the tests of
+// the audio thread tell when they no longer do.
+constexpr std::size_t kUsualBytes = 600 * 1024;
+constexpr std::size_t kFurtherChannelBytes = 300 * 1024;
 
 } // namespace
 
@@ -74,6 +82,7 @@ CError CAudioWrapper::init()
     QEL_TRY(findObjects(), {});
     state_ =
         std::make_unique<CAudioHostState>(*registry_, *params_, *extParams_, [this] { programChanged(); });
+    params_->beginBuilding();
     findHostParams();
     QEL_TRY(buildProcesses(), {});
     findLatencies();
@@ -152,11 +161,13 @@ void CAudioWrapper::findHostParams()
     hostParams_[kLatencyChange] = &params_->getParam("plugin.modMain.host-latency-change");
     hostParams_[kBpm] = &params_->getParam("plugin.modMain.host-bpm");
     hostParams_[kBypass] = &params_->getParam("plugin.modMain.modBypass.enable");
+    routing_ = &params_->getParam(kRoutingName);
+    grouping_ = &params_->getParam(kGroupingName);
 }
 
 CError CAudioWrapper::buildProcesses()
 {
-    graph_ = std::make_unique<CAudioGraph>(CAudioGraph{*context_->context(), *params_, {}, {}, viz_});
+    graph_.reset(new CAudioGraph{*context_->context(), *params_, viz_});
     QEL_TRY(main_.build(*graph_, *mainDef_, kMainName), {});
     QEL_TRY(output_.build(*graph_, *outputDef_, kOutputName), {});
     auto* const output = dynamic_cast<CModOutput*>(output_.root());
@@ -214,7 +225,9 @@ CError CAudioWrapper::finishInit()
     state_->attach();
     params_->finalize();
     QEL_TRY(registry_->startProgram(), {});
-    params_->resendAll();
+    params_->endBuilding();
+    extParams_->refresh();
+    prepareGraph();
     env_->setLatencySamples(expectedLatencySamples());
     setInitialDelay(env_->getLatencySamples());
     paramListener_.attach(params_);
@@ -242,6 +255,7 @@ CAudioHostSetup CAudioWrapper::clamped(const CAudioHostSetup& setup) const
 
 void CAudioWrapper::resume(const CAudioHostSetup& setup)
 {
+    provideMemory();
     order([&](CAudioHostMailbox::Order& order) {
         const CAudioHostSetup wanted = clamped(setup);
         const bool isNewLayout = wanted.inputCount != order.setup.inputCount ||
@@ -305,6 +319,40 @@ void CAudioWrapper::tellEnvironment()
                                     .groups = identity_.groupCount});
 }
 
+// --- what the graph needs
+
+// Before the first block that may need it, which is the first after a start.
+void CAudioWrapper::provideMemory()
+{
+    if (!hasMemory_.exchange(true, std::memory_order_relaxed)) {
+        context_->context()->memory().provide(kUsualBytes);
+    }
+}
+
+// The audio side waits with a routing for the groups that it calls for.
+void CAudioWrapper::prepareGraph()
+{
+    const CLock lock(prepareLock_);
+    std::uint32_t groups = 0;
+    int channels = 0;
+    for (int channel = 0; channel < identity_.channelCount; ++channel) {
+        if (std::lround(routing_->getValue(0, channel)) > 0) {
+            const long group = std::lround(grouping_->getValue(0, channel));
+            groups |= 1U << std::clamp(group, 0L, identity_.groupCount - 1L);
+            ++channels;
+        }
+    }
+    if (channels > preparedChannels_) {
+        context_->context()->memory().provide(static_cast<std::size_t>(channels - preparedChannels_) *
+                                              kFurtherChannelBytes);
+        preparedChannels_ = channels;
+    }
+    if ((groups & ~preparedGroups_) != 0) {
+        main_.root()->prepareGroups(groups & ~preparedGroups_);
+        preparedGroups_ |= groups;
+    }
+}
+
 // --- latency
 
 std::int32_t CAudioWrapper::getLatencySamples() const
@@ -335,6 +383,9 @@ void CAudioWrapper::foreseeLatency()
 // While a state is loaded the host is told once, at its end.
 void CAudioWrapper::onParamChange(const CAudioParamNotice& notice)
 {
+    if (notice.param == routing_ || notice.param == grouping_) {
+        prepareGraph();
+    }
     if ((notice.param == hostParams_[kOversampling] || notice.param == hostParams_[kOversamplingMode]) &&
         !isHostActivating()) {
         foreseeLatency();
@@ -389,6 +440,9 @@ const CAudioHostSetup& CAudioWrapper::beginBlock()
 
 void CAudioWrapper::processBlock(const CAudioHostBlock& block)
 {
+    if (!hasMemory_.load(std::memory_order_relaxed)) [[unlikely]] {
+        provideMemory(); // a host that never starts the effect
+    }
     env_->setInProcess(true);
     const CAudioHostSetup& setup = beginBlock();
     viz_->beginBlock();

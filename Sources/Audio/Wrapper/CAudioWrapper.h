@@ -12,6 +12,7 @@
 #include "CObject.h"
 #include "CPluginIdentity.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -70,7 +71,7 @@ public:
     // Gives the host's names to the input channels: a step that can be undone.
     void importChannelLabels() override;
 
-    // --- audio thread: no locks, no allocation once warm
+    // --- audio thread: no locks, no allocation
 
     void processBlock(const CAudioHostBlock& block);
 
@@ -139,6 +140,8 @@ private:
     void bindGlobalParams();
     void followOversamplingLevel(CBridge* sender, std::uintptr_t userWord);
     void tellEnvironment();
+    void prepareGraph();
+    void provideMemory();
     // Changes what the audio thread will find in the mailbox, and leaves it there.
     template <class Change>
     void order(Change&& change);
@@ -167,6 +170,8 @@ private:
     const CAudioProcessDef* mainDef_ = nullptr;
     const CAudioProcessDefBase* outputDef_ = nullptr;
     CAudioParam* hostParams_[kHostParamCount] = {};
+    CAudioParam* routing_ = nullptr;
+    CAudioParam* grouping_ = nullptr;
     std::unique_ptr<CAudioHostState> state_;
 
     // The audio thread's from finishInit() on.
@@ -179,6 +184,11 @@ private:
     double lastBpm_ = -1.0;
     bool isOfflinePosted_ = true; // false: the change has still to be made
     std::int32_t foundLatency_ = 0;
+
+    CCriticalSection prepareLock_; // guards the next; before the lock of a parameter
+    std::uint32_t preparedGroups_ = 1;
+    int preparedChannels_ = 2; // what every instance has memory for
+    std::atomic<bool> hasMemory_{false};
 
     CAudioHostMailbox mailbox_;
     CAudioHostMailbox::Order ordered_; // under the environment's lock

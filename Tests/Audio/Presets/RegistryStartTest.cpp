@@ -29,7 +29,7 @@ protected:
         collector_ =
             make<CAudioParamCollector>("audio:param-collector", "param-collector", {{"env", "^audio-env"}});
         gain_ = &collector_->getParam("plugin.modMain.gain");
-        gain_->setInfo(floatInfo("gain", {1.0}), "audio.gain");
+        gain_->setInfo(std::make_shared<CAudioParamInfo>(floatInfo("gain", {1.0})), "audio.gain");
     }
     ~RegistryStart() override
     {
@@ -143,7 +143,7 @@ TEST_F(RegistryStart, AParameterSelectsFromAStoredList)
         CAudioParam& selector = collector_->getParam(isGlobal ? "selector1" : "selector0");
         CAudioParamInfo info = floatInfo("selector", {0.0});
         info.paramRegistry = "list-registry";
-        selector.setInfo(info, {});
+        selector.setInfo(std::make_shared<CAudioParamInfo>(info), {});
         for (const auto& [value, expected] : {std::pair{0.6, 8.0}, {0.4, 2.0}, {1.4, 8.0}, {1.5, 8.0}}) {
             selector.setValue(0, 0, 0, value, context_);
             EXPECT_EQ(gain_->getValue(0, 0), expected) << value;

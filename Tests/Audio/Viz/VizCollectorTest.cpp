@@ -12,6 +12,8 @@ class VizCollectorTest : public test::VizFixture
 
 TEST_F(VizCollectorTest, HandsFindingsOverInOrderAndLosesTheOldestWhenNobodyReads)
 {
+    viz_->addListener(viz_->registerSource("plugin.modMain.modMeterOut"));
+    viz_->beginBlock();
     std::vector<CAudioVizDataMeter> got;
     viz_->push(meterData(1.0));
     viz_->take(got);
@@ -80,6 +82,7 @@ TEST_F(VizCollectorTest, ShowsTheLatestBehindAPauseAndNothingOldToAFirstListener
 
 TEST_F(VizCollectorTest, KeepsOrderBetweenAnAudioThreadAndReaders)
 {
+    viz_->addListener(viz_->registerSource("plugin.modMain.modMeterOut"));
     std::atomic<bool> isDone{false};
     constexpr int kCount = 200000;
     std::thread audio([&] {
