@@ -7,16 +7,13 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
+set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g1")
 
-# Nearly a second of each source is the standard library's headers. Off by default: a compiler cache that several
-# checkouts share finds nothing of what was compiled with them.
-option(DRUMFELL_PRECOMPILE "Read the headers of the standard library once, for builds from nothing" OFF)
+# Half of a source's time is the headers it includes and the templates it makes of them, the same in all sources of a
+# layer. Off by default: whoever changes one source compiles that one.
+option(DRUMFELL_UNITY "Compile the sources of a layer together, for builds from nothing" OFF)
 
 find_program(CCACHE_PROGRAM ccache)
-if(CCACHE_PROGRAM AND DRUMFELL_PRECOMPILE)
-    set(CCACHE_PROGRAM ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM})
-endif()
 if(CCACHE_PROGRAM)
     set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
@@ -40,29 +37,12 @@ target_compile_options(drumfell_warnings INTERFACE
     $<$<COMPILE_LANGUAGE:CXX>:-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor>
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Werror>)
 
-# drumfell_precompile(NAME HEADER...): a target whose headers others read precompiled, by drumfell_reuse(), if they
-# are compiled with the same options.
-function(drumfell_precompile name)
-    if(DRUMFELL_PRECOMPILE)
-        file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/${name}.cpp CONTENT "")
-        add_library(${name} OBJECT ${CMAKE_BINARY_DIR}/${name}.cpp)
-        target_precompile_headers(${name} PRIVATE ${ARGN})
-        target_link_libraries(${name} PRIVATE drumfell_warnings)
+# drumfell_unity(TARGET): a target whose sources may be compiled together, a dozen at a time.
+function(drumfell_unity target)
+    if(DRUMFELL_UNITY)
+        set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 12)
     endif()
 endfunction()
-
-function(drumfell_reuse target precompiled)
-    if(DRUMFELL_PRECOMPILE)
-        target_precompile_headers(${target} REUSE_FROM ${precompiled})
-    endif()
-endfunction()
-
-set(standard_headers <algorithm> <array> <atomic> <cmath> <cstdint> <functional> <map> <memory> <optional> <span>
-    <string> <string_view> <utility> <vector>)
-drumfell_precompile(drumfell_standard ${standard_headers})
-if(TARGET drumfell_standard)
-    target_compile_options(drumfell_standard PRIVATE -fno-exceptions)
-endif()
 
 # drumfell_layer(NAME [FOLDER folder] [LINKS layer...]): a static library of all sources below Sources/FOLDER (NAME,
 # where none is given). Its include root is that folder, so a layer sees its own headers and those of the layers it
@@ -88,5 +68,5 @@ function(drumfell_layer name)
     target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/${arg_FOLDER})
     target_compile_options(${name} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions>)
     target_link_libraries(${name} PUBLIC ${arg_LINKS} PRIVATE drumfell_warnings)
-    drumfell_reuse(${name} drumfell_standard)
+    drumfell_unity(${name})
 endfunction()

@@ -82,6 +82,15 @@ CError reportError(CError inner, const char* sourceFile, int line, const CString
     return addErrorLine(std::move(inner), std::move(text));
 }
 
+void collectError(CError& first, CError error)
+{
+    if (!first) {
+        first = std::move(error);
+    } else if (error) {
+        traceError(error);
+    }
+}
+
 void traceError(const CError& error)
 {
     for (const CString& line : error.lines()) {

@@ -45,6 +45,9 @@ CError reportError(CError inner, const char* sourceFile, int line, const CString
 
 // Writes each line through the trace (Trace.h).
 void traceError(const CError& error);
+// The outcome of several actions of which none stops the others: keeps the first error and traces those after
+// it.
+void collectError(CError& first, CError error);
 // Ends the chain here, on purpose.
 inline void releaseError(CError error)
 {

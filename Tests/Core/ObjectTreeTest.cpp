@@ -11,19 +11,19 @@ namespace {
 using test::TreeNode;
 
 // Writes what happens to it into a log, and can be told to fail.
-class CProbe : public CObject
+class CTreeProbe : public CObject
 {
 public:
     static inline std::vector<std::string> log;
-    static inline std::function<void(CProbe&)> onRelease;
+    static inline std::function<void(CTreeProbe&)> onRelease;
 
     static void buildClassInfo(CClassInfo& info)
     {
         CObject::buildClassInfo(info);
-        info.handle<&CProbe::attrSecond>("second");
-        info.handle<&CProbe::attrFirst>("first");
-        info.bind<&CProbe::count_>("count", 5);
-        info.handle<&CProbe::attrClose>("close");
+        info.handle<&CTreeProbe::attrSecond>("second");
+        info.handle<&CTreeProbe::attrFirst>("first");
+        info.bind<&CTreeProbe::count_>("count", 5);
+        info.handle<&CTreeProbe::attrClose>("close");
     }
 
     CError init() override
@@ -79,9 +79,9 @@ class CObjectTest : public test::TreeFixture
 protected:
     CObjectTest()
     {
-        CProbe::log.clear();
-        CProbe::onRelease = nullptr;
-        releaseError(registerCreator({"test:probe", &newObject<CProbe>, &CProbe::buildClassInfo}));
+        CTreeProbe::log.clear();
+        CTreeProbe::onRelease = nullptr;
+        releaseError(registerCreator({"test:probe", &newObject<CTreeProbe>, &CTreeProbe::buildClassInfo}));
     }
     ~CObjectTest() override { clearCreators(); }
 
@@ -177,15 +177,16 @@ TEST_F(CObjectTest, RunsEachNodeThroughItsLifeInOrder)
     // Handlers run by the order of declaration, once, with the last value.
     outer.attr("first", "x").attr("second", "y").attr("first", "{} z").child(inner).child(inner);
     ASSERT_OK(root_.load(TreeNode().child(outer)));
-    EXPECT_EQ(CProbe::log, (std::vector<std::string>{
-                               "outer init", "outer second=y", "outer first=x z", "outer.inner init",
-                               "outer.inner first=1", "outer.inner initChilds:0", "outer.inner#1 init",
-                               "outer.inner#1 first=1", "outer.inner#1 initChilds:0", "outer initChilds:2"}));
+    EXPECT_EQ(CTreeProbe::log,
+              (std::vector<std::string>{"outer init", "outer second=y", "outer first=x z", "outer.inner init",
+                                        "outer.inner first=1", "outer.inner initChilds:0",
+                                        "outer.inner#1 init", "outer.inner#1 first=1",
+                                        "outer.inner#1 initChilds:0", "outer initChilds:2"}));
     EXPECT_EQ(root_->findObject("outer.inner")->getInitState(), CObject::InitState::kReady);
 
-    CProbe::log.clear();
+    CTreeProbe::log.clear();
     CObject::releaseObject(root_->findObject("outer"));
-    EXPECT_EQ(CProbe::log,
+    EXPECT_EQ(CTreeProbe::log,
               (std::vector<std::string>{"outer release", "outer.inner#1 release", "outer.inner release"}));
 }
 
@@ -194,17 +195,17 @@ TEST_F(CObjectTest, InstantiatesTheNearestTemplate)
     TreeNode body("test:probe");
     body.attr("first", "template").attr("second", "template {label}").child(TreeNode("test:probe", "part"));
     ASSERT_OK(shared_.load(TreeNode().child(TreeNode::templateOf("ui:x", body))));
-    CProbe::log.clear();
+    CTreeProbe::log.clear();
     EXPECT_EQ(shared_->getChild(0)->getChildCount(), 0u);
     EXPECT_TRUE(shared_->getChild(0)->isTemplate());
 
     CAttrMap attributes;
     attributes["first"] = CAttrValue("mine");
     attributes["label"] = CAttrValue("L");
-    CProbe* probe = nullptr;
+    CTreeProbe* probe = nullptr;
     ASSERT_OK(root_->createChild(probe, "ui:x", "one", true, nullptr, &attributes));
     EXPECT_EQ(probe->getTag(), "ui:x");
-    EXPECT_EQ(CProbe::log,
+    EXPECT_EQ(CTreeProbe::log,
               (std::vector<std::string>{"one init", "one second=template L", "one first=mine",
                                         "one.part init", "one.part initChilds:0", "one initChilds:1"}));
 
@@ -246,18 +247,18 @@ TEST_F(CObjectTest, SurvivesHandlersThatReleaseTheirOwnObject)
     const auto addPopup = [&] {
         CObject* popup = add(*root_, "popup", "test:probe");
         add(*popup, "button");
-        CProbe::log.clear();
+        CTreeProbe::log.clear();
         return popup;
     };
     const std::vector<std::string> closed{"popup release", "popup closed"};
 
     EXPECT_OK(addPopup()->setAttribute("close", ".", true));
     EXPECT_EQ(root_->findObject("popup"), nullptr);
-    EXPECT_EQ(CProbe::log, closed);
+    EXPECT_EQ(CTreeProbe::log, closed);
 
     const CAttrMap closing{{"close", CAttrValue(".")}, {"count", CAttrValue("3")}};
     EXPECT_OK(addPopup()->setAttributes(closing, true));
-    EXPECT_EQ(CProbe::log, closed);
+    EXPECT_EQ(CTreeProbe::log, closed);
 
     // The object followed goes while its followers are told: what comes behind the one that ended it hears
     // nothing, and nobody is left to follow.
@@ -269,7 +270,7 @@ TEST_F(CObjectTest, SurvivesHandlersThatReleaseTheirOwnObject)
     EXPECT_EQ(root_->findObject("popup"), nullptr);
     EXPECT_OK(first->setAttribute("close", ".", true));
 
-    CProbe* unborn = nullptr;
+    CTreeProbe* unborn = nullptr;
     EXPECT_FAILS(root_->createChild(unborn, "test:probe", "unborn", false, nullptr, &closing),
                  "Object was released while it came up.");
     EXPECT_EQ(unborn, nullptr);
@@ -284,7 +285,7 @@ TEST_F(CObjectTest, SurvivesAReleaseThatEndsSiblings)
     CObject* box = add(*root_, "box");
     add(*box, "first", "test:probe");
     add(*box, "last", "test:probe");
-    CProbe::onRelease = [](CProbe& probe) {
+    CTreeProbe::onRelease = [](CTreeProbe& probe) {
         if (probe.getAttrString("name") == "last") {
             CObject::releaseObject(probe.findObject("^first"));
         }

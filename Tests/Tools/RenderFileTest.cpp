@@ -5,7 +5,7 @@ namespace qel::tools {
 
 namespace {
 
-constexpr int kWav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+constexpr int kPcm16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 constexpr int kWav24 = SF_FORMAT_WAV | SF_FORMAT_PCM_24;
 constexpr int kWavFloat = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
 constexpr int kFlac16 = SF_FORMAT_FLAC | SF_FORMAT_PCM_16;
@@ -16,7 +16,7 @@ using RenderFile = RenderFixture;
 
 TEST_F(RenderFile, NullsWithADelayInEveryDepthPrecisionAndBlockLength)
 {
-    for (const int format : {kWav16, kWav24, kWavFloat, kFlac16}) {
+    for (const int format : {kPcm16, kWav24, kWavFloat, kFlac16}) {
         for (const int channels : {1, 2}) {
             const CSignal signal = noise(channels, 5000);
             const auto input = writeAudio("in", signal, format);
@@ -37,10 +37,10 @@ TEST_F(RenderFile, NullsWithADelayInEveryDepthPrecisionAndBlockLength)
 TEST_F(RenderFile, FitsChannelsTailsAndFormats)
 {
     CRenderSettings settings;
-    const auto wide = writeAudio("wide.wav", noise(3, 600), kWav16, 1000);
+    const auto wide = writeAudio("wide.wav", noise(3, 600), kPcm16, 1000);
     EXPECT_EQ(codeOf([&] { render(settings, wide); }), CExitCode::kInput);
     const CSignal signal = noise(2, 600);
-    const auto input = writeAudio("in.wav", signal, kWav16, 1000);
+    const auto input = writeAudio("in.wav", signal, kPcm16, 1000);
     settings.tailSec = 0.25;
     CSignal expected = signal;
     for (std::vector<double>& channel : expected) {

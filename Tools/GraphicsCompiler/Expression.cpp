@@ -13,7 +13,7 @@ namespace qel::tools {
 namespace {
 
 constexpr double kDegree = std::numbers::pi / 180.0;
-constexpr int kMostNested = 64;
+constexpr int kMostParentheses = 64;
 
 using Arguments = std::vector<double>;
 
@@ -135,7 +135,7 @@ private:
     double unary()
     {
         // Sources are written by people, but a slip of the hand must not end in an overflow of the stack.
-        if (++depth_ > kMostNested) {
+        if (++depth_ > kMostParentheses) {
             fail("too many levels");
         }
         const double value = take("-") ? -unary() : primary();

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint32_t kVersion = 1;
 // Far beyond any image, and no more memory than a damaged file may cost.
-constexpr int kLargestSide = 4096;
+constexpr int kLargestVariant = 4096;
 
 // --- image sets
 
@@ -69,7 +69,7 @@ void put(CByteWriter& writer, const CImageSetFile& file)
 int getSide(CByteReader& reader)
 {
     const std::int32_t side = reader.getI32();
-    if (side < 0 || side > kLargestSide) {
+    if (side < 0 || side > kLargestVariant) {
         reader.fail("a side of " + std::to_string(side) + " pixels");
     }
     return side;
@@ -196,7 +196,7 @@ void get(CByteReader& reader, CBrushVariant& variant, std::uint32_t oversampling
     variant.radius = reader.getF64();
     const auto table = reader.get(reader.getU32());
     const std::uint64_t stamps = std::uint64_t{1} << (2 * oversampling);
-    if (variant.size > static_cast<std::uint32_t>(kLargestSide) ||
+    if (variant.size > static_cast<std::uint32_t>(kLargestVariant) ||
         table.size() != std::uint64_t{variant.size} * variant.size * stamps) {
         reader.fail("a table of " + std::to_string(table.size()) + " bytes for stamps of size " +
                     std::to_string(variant.size));

@@ -11,8 +11,6 @@ namespace {
 // dB of a factor e: 20 / ln 10.
 constexpr double kDbPerNeper = 8.6858896380650368;
 
-constexpr std::int32_t kMaxDecimals = 10;
-
 } // namespace
 
 void CAudioParamConverterGain::buildClassInfo(CClassInfo& info)

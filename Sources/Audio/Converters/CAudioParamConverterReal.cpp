@@ -5,11 +5,7 @@
 
 namespace qel {
 
-namespace {
-
-constexpr std::int32_t kMaxDecimals = 10;
-
-} // namespace
+namespace {} // namespace
 
 void CAudioParamConverterReal::buildClassInfo(CClassInfo& info)
 {

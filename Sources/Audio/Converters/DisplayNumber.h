@@ -23,8 +23,10 @@ std::optional<double> parseTypedNumber(const CString& text, const CString& unit)
 // The text without blanks around it, and without `unit` and the blanks in front of that, if it ends with it.
 CString withoutUnit(const CString& text, const CString& unit);
 
-// Decimal text with a fixed number of decimals (0 to 10), halves away from zero. What shows as zero has no
-// sign. Empty for what is not finite: there is no text for it.
+constexpr int kMaxDecimals = 10;
+
+// Decimal text with a fixed number of decimals (0 to kMaxDecimals), halves away from zero. What shows as zero
+// has no sign. Empty for what is not finite: there is no text for it.
 CString formatDisplayNumber(double value, int decimals);
 
 } // namespace qel

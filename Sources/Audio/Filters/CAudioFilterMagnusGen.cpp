@@ -1,6 +1,7 @@
 // Peaking filter with the gain and bandwidth of its analogue model.
 #include "CAudioFilterMagnusGen.h"
 
+#include "FilterLimits.h"
 #include "Math/Elementary.h"
 
 #include <algorithm>
@@ -12,14 +13,8 @@ namespace qel {
 namespace {
 
 constexpr std::int32_t kPeaking = 1;
-constexpr std::size_t kParams = 3;
 
-// Outside of these the equations lose their digits. No value that a user can set comes near them.
-constexpr double kMinCycles = 1e-7;
-constexpr double kMinGain = 1e-4;
-constexpr double kMaxGain = 1e4;
 constexpr double kMinOctaves = 1e-3;
-constexpr double kMaxOctaves = 16.0;
 // Bands of a hundredth of an octave at megahertz rates are lost in rounding; the poles still stay inside the
 // unit circle.
 constexpr double kMinSquare = 1e-20;
@@ -105,7 +100,7 @@ CError CAudioFilterMagnusGen::init()
 void CAudioFilterMagnusGen::appendSections(CFilterSections& outList, double sampleRateHz,
                                            std::span<const double> params) const
 {
-    if (params.size() < kParams) {
+    if (params.size() < kSecondOrderParams) {
         return;
     }
     // A gain of 1 has no band ends to solve for.

@@ -1,6 +1,7 @@
 // Second-order filters of the Audio EQ Cookbook.
 #include "CAudioFilterRBJGen.h"
 
+#include "FilterLimits.h"
 #include "Math/Elementary.h"
 
 #include <algorithm>
@@ -13,19 +14,13 @@ namespace {
 
 // At 0 Hz and at half the sample rate the poles lie on the unit circle, and beyond it outside. No value that
 // a user can set at the usual rates comes near these.
-constexpr double kMinCycles = 1e-7;
 constexpr double kMaxCycles = 0.4999;
 constexpr double kMinWidth = 1e-3; // octaves or Q
 constexpr double kMaxWidth = 100.0;
-constexpr double kMaxOctaves = 16.0;
-constexpr double kMinGain = 1e-4;
-constexpr double kMaxGain = 1e4;
 // Several octaves just below half the sample rate would bring the poles so close to 1 and -1 that rounding
 // puts them there.
 constexpr double kMaxAlpha = 1e6;
 constexpr double kMaxRadius = 1.0 - 1e-6;
-
-constexpr std::size_t kParams = 3;
 
 constexpr EFilterFamily kFamilies[] = {
     EFilterFamily::kBiquadLowPass,  EFilterFamily::kBiquadHighPass, EFilterFamily::kBiquadBandPass,
@@ -143,7 +138,7 @@ CBiquadPolynomials CAudioFilterRBJGen::shelf(const Shape& shape, double c)
 void CAudioFilterRBJGen::appendSections(CFilterSections& outList, double sampleRateHz,
                                         std::span<const double> params) const
 {
-    if (params.size() < kParams) {
+    if (params.size() < kSecondOrderParams) {
         return;
     }
     CBiquadPolynomials filter = polynomials(shapeOf(sampleRateHz, params));

@@ -11,7 +11,7 @@ namespace qel {
 namespace {
 
 constexpr double kCutFadeSec = 0.005;
-constexpr std::size_t kStateBytes = 3 * sizeof(double);
+constexpr std::size_t kLinkStateBytes = 3 * sizeof(double);
 
 } // namespace
 
@@ -42,7 +42,7 @@ CBufferRef CAudioLinkFade::apply(int channel, CBufferRef samples, int count, dou
 {
     State& state = states_[static_cast<std::size_t>(channel)];
     if (state.oscillator.isNone()) {
-        state = {kernels_.allocate(kStateBytes), cutFadeSamples(sampleRateHz)};
+        state = {kernels_.allocate(kLinkStateBytes), cutFadeSamples(sampleRateHz)};
         kernels_.submit(EKernel::kXfadeI, static_cast<std::uint32_t>(state.samplesLeft), 0.0,
                         {state.oscillator});
     }

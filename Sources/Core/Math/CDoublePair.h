@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cfloat>
+#include <limits>
 
 namespace qel::math {
 
@@ -9,6 +10,9 @@ namespace qel::math {
 #error "the pairs below lose their meaning when the compiler rearranges sums"
 #endif
 static_assert(FLT_EVAL_METHOD == 0, "every operation must round to a double");
+
+inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
+inline constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 // A sum hi + lo with |lo| far below |hi|; most functions leave it at most half an ulp of hi. Carries the bits
 // that a double drops through the inner steps of the elementary functions and through the tables built at

@@ -10,9 +10,6 @@ namespace qel::math {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
-
 // 1 / ln 2 and 1 / ln 10 to 106 bits.
 constexpr CDoublePair kLog2E{0x1.71547652b82fep+0, 0x1.777d0ffda0d24p-56};
 constexpr CDoublePair kLog10E{0x1.bcb7b1526e50ep-2, 0x1.95355baaafad3p-57};

@@ -9,8 +9,6 @@ namespace qel::math {
 
 namespace {
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
-
 // Below this size all of them but cosh are x to within 2^-58.
 constexpr double kTiny = 0x1p-29;
 // From here on exp(-2 x) is below 2^-63 of 1.

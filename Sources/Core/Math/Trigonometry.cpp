@@ -15,11 +15,10 @@ namespace qel::math {
 
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr CDoublePair kHalfPi{0x1.921fb54442d18p+0, 0x1.1a62633145c07p-54};
 
 // Below this size sin x, tan x and atan x are x to within 2^-58.
-constexpr double kTiny = 0x1p-29;
+constexpr double kTinyAngle = 0x1p-29;
 
 // --- tables, computed in double pairs by the compiler
 
@@ -246,7 +245,7 @@ CDoublePair atanKernel(CDoublePair x)
 double sin(double x)
 {
     const double size = std::fabs(x);
-    if (!(size >= kTiny)) {
+    if (!(size >= kTinyAngle)) {
         return x;
     }
     if (size > std::numeric_limits<double>::max()) {
@@ -270,7 +269,7 @@ double cos(double x)
 double tan(double x)
 {
     const double size = std::fabs(x);
-    if (!(size >= kTiny)) {
+    if (!(size >= kTinyAngle)) {
         return x;
     }
     if (size > std::numeric_limits<double>::max()) {
@@ -292,7 +291,7 @@ double tan(double x)
 double atan(double x)
 {
     const double size = std::fabs(x);
-    if (!(size >= kTiny)) {
+    if (!(size >= kTinyAngle)) {
         return x;
     }
     double value = kHalfPi.hi;

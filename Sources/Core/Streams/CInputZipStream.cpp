@@ -1,6 +1,8 @@
 // Decompressing reader.
 #include "Streams/CInputZipStream.h"
 
+#include "Streams/ZlibText.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -15,15 +17,6 @@ struct CInputZipStream::State
     bool ended = false;
     Bytef block[kBlockBytes];
 };
-
-namespace {
-
-const char* zlibText(const z_stream& zip, int code)
-{
-    return zip.msg ? zip.msg : zError(code);
-}
-
-} // namespace
 
 CInputZipStream::CInputZipStream() = default;
 

@@ -1,6 +1,8 @@
 // Compressing writer.
 #include "Streams/COutputZipStream.h"
 
+#include "Streams/ZlibText.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -20,15 +22,6 @@ struct COutputZipStream::State
         zip.avail_out = kBlockBytes;
     }
 };
-
-namespace {
-
-const char* zlibText(const z_stream& zip, int code)
-{
-    return zip.msg ? zip.msg : zError(code);
-}
-
-} // namespace
 
 COutputZipStream::COutputZipStream() = default;
 

@@ -11,7 +11,7 @@ QEL_DBUS_FUNCTIONS(QEL_DEFINE_POINTER)
 
 namespace {
 
-bool load()
+bool findFunctions()
 {
     void* library = openSharedLibrary("libdbus-1.so.3");
     bool isComplete = true;
@@ -25,7 +25,7 @@ bool load()
 
 bool loadDbus()
 {
-    static const bool isLoaded = load();
+    static const bool isLoaded = findFunctions();
     return isLoaded;
 }
 

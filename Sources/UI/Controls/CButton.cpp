@@ -25,8 +25,6 @@ constexpr const char* kFollowed = "*shared";
 constexpr const char* kOwnList = "value-list";
 constexpr const char* kListWindow = "ui:window-app-popup-list";
 
-constexpr std::size_t kWholeClip = 1;
-
 } // namespace
 
 void CButton::buildClassInfo(CClassInfo& info)

@@ -16,9 +16,9 @@ namespace qel {
 namespace {
 
 constexpr const char* kListChange = "*list-change";
-constexpr const char* kIndex = "object-index";
+constexpr const char* kObjectIndex = "object-index";
 constexpr const char* kSelected = "selected-object";
-constexpr const char* kActive = "active";
+constexpr const char* kActiveState = "active";
 constexpr const char* kError = "error";
 constexpr const char* kButtonPath = ".button";
 
@@ -156,7 +156,7 @@ CError CControlArray::makeItem()
     const auto index = static_cast<std::int32_t>(items_.size());
     CObject* const list = valueSource_.findList();
     CAttrMap attributes;
-    attributes[kIndex] = CAttrValue(index);
+    attributes[kObjectIndex] = CAttrValue(index);
     attributes["object-index-incr"] = CAttrValue(index + 1);
     attributes["object-title"] = CAttrValue(titleOf(items_.size()));
     attributes["object-color"] = CAttrValue(color_);
@@ -184,10 +184,10 @@ CError CControlArray::wireItem(CView& item, std::int32_t index)
     }
     const CObject* const list = valueSource_.findList();
     if (!list) {
-        return addClickCommand(*button, "mouse-release", "object-released", *this, kIndex, index);
+        return addClickCommand(*button, "mouse-release", "object-released", *this, kObjectIndex, index);
     }
     QEL_TRY(button->setAttribute("item-list", list->getFullName(), true), getFullName());
-    return addClickCommand(*button, "popup-result", "object-value-picked", *this, kIndex, index);
+    return addClickCommand(*button, "popup-result", "object-value-picked", *this, kObjectIndex, index);
 }
 
 CView* CControlArray::stateViewOf(CView& item) const
@@ -234,7 +234,7 @@ CError CControlArray::showSelection()
     for (std::size_t i = 0; i < items.size() && i < items_.size(); ++i) {
         const bool isSelected = (selectedParam_ ? selectorOf(i) : static_cast<std::int32_t>(i)) == chosen;
         CView* const view = stateViewOf(*items_[i]);
-        first.add(isSelected ? view->setState(kActive) : view->unsetState(kActive));
+        first.add(isSelected ? view->setState(kActiveState) : view->unsetState(kActiveState));
     }
     return first.take();
 }
@@ -243,7 +243,7 @@ CError CControlArray::showSelection()
 
 CError CControlArray::eventReleased(const CAttrMap& parameters)
 {
-    const auto index = CAttrValue(eventText(parameters, kIndex)).toInteger().value_or(-1);
+    const auto index = CAttrValue(eventText(parameters, kObjectIndex)).toInteger().value_or(-1);
     if (index < 0 || index >= static_cast<std::int32_t>(items_.size()) || actsDisabled()) {
         return {};
     }
@@ -262,7 +262,7 @@ CError CControlArray::eventReleased(const CAttrMap& parameters)
 
 CError CControlArray::eventValuePicked(const CAttrMap& parameters)
 {
-    const auto index = CAttrValue(eventText(parameters, kIndex)).toInteger().value_or(-1);
+    const auto index = CAttrValue(eventText(parameters, kObjectIndex)).toInteger().value_or(-1);
     const double picked = CAttrValue(eventText(parameters, "index")).toReal().value_or(-1.0);
     if (!valueParam_ || index < 0 || actsDisabled() || picked < 0.0 ||
         picked >= static_cast<double>(values_.size())) {

@@ -26,9 +26,9 @@ enum Look : std::uint32_t
     kOff
 };
 // Colours by slot, where the tree gives no other.
-constexpr const char* kSlotColors[] = {"Action", "CSPointOff", "CSSliderBarPit", "CSSliderBarUnderlay",
+constexpr const char* kSurfaceColors[] = {"Action", "CSPointOff", "CSSliderBarPit", "CSSliderBarUnderlay",
                                        "CSSliderBar"};
-constexpr std::uint32_t kOffSlot = 1;
+constexpr std::uint32_t kPointOffSlot = 1;
 constexpr std::uint32_t kFirstSliderSlot = 2;
 constexpr std::size_t kFirstSliderClip = 2;
 
@@ -37,12 +37,7 @@ constexpr double kReach = 10.0;
 constexpr double kPitThickness = 10.0;
 constexpr double kHandleLength = 14.0;
 constexpr double kFineFactor = 0.1;
-constexpr double kWheelStep = 0.02;
-
-std::size_t indexOf(CAxis axis)
-{
-    return static_cast<std::size_t>(axis);
-}
+constexpr double kWheelNorm = 0.02;
 
 } // namespace
 
@@ -64,9 +59,9 @@ CControlSurfaceGroup::CControlSurfaceGroup()
 CError CControlSurfaceGroup::init()
 {
     QEL_TRY(CView::init(), getFullName());
-    for (std::uint32_t slot = 0; slot < std::size(kSlotColors); ++slot) {
+    for (std::uint32_t slot = 0; slot < std::size(kSurfaceColors); ++slot) {
         if (slot > 0 || getAttrString("color").isEmpty()) {
-            setSlotColor(slot, kSlotColors[slot]);
+            setSlotColor(slot, kSurfaceColors[slot]);
         }
     }
     if (!swatchPath_.isEmpty()) {
@@ -371,7 +366,7 @@ CError CControlSurfaceGroup::onMouseWheel(const CAttrMap& parameters)
     }
     const double factor = eventFlag(parameters, "is-shift") ? kFineFactor : 1.0;
     double norm[2] = {points_[index].norm[0], points_[index].norm[1]};
-    norm[axis] += delta * kWheelStep * factor;
+    norm[axis] += delta * kWheelNorm * factor;
     return write(index, norm);
 }
 
@@ -437,7 +432,7 @@ void CControlSurfaceGroup::drawPoint(CDrawContext& context, std::size_t index)
     const Look look = !point.isActive ? kOff : index == held_ ? kHeld : index == hovered_ ? kHovered : kPlain;
     const CImage* const image = findImage(kPointImage + look, false);
     const auto& palette = getPalette();
-    const CPaletteColor* color = getColor(point.isActive ? 0 : kOffSlot);
+    const CPaletteColor* color = getColor(point.isActive ? 0 : kPointOffSlot);
     if (point.isActive && !point.color.isEmpty() && palette && !actsDisabled()) {
         color = palette->findColor(point.color);
     }

@@ -9,14 +9,7 @@ namespace qel {
 class CFirstError
 {
 public:
-    void add(CError error)
-    {
-        if (!first_) {
-            first_ = std::move(error);
-        } else if (error) {
-            traceError(error);
-        }
-    }
+    void add(CError error) { collectError(first_, std::move(error)); }
     CError take() { return std::move(first_); }
 
 private:

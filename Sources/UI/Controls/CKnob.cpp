@@ -21,7 +21,6 @@ constexpr const char* kReadOutPath = ".readout";
 constexpr const char* kLabelsPath = ".knob-labels";
 constexpr const char* kHover = "hover";
 
-constexpr std::size_t kWholeClip = 1;
 constexpr std::int32_t kLastPicture = 84;
 constexpr std::size_t kBodyLayer = 0;
 constexpr std::size_t kArcLayer = 1;

@@ -14,7 +14,7 @@ namespace qel {
 namespace {
 
 constexpr const char* kViewAreaUpdate = "view-area-update";
-constexpr const char* kValuesChanged = "values-changed";
+constexpr const char* kTitlesChanged = "values-changed";
 // The images are in groups: side, then form, then grade.
 constexpr std::uint32_t kForms = 2;
 constexpr std::uint32_t kGrades = 3;
@@ -68,7 +68,7 @@ CError CRuler::onContentReady(const CAttrMap&)
     CObject* found = nullptr;
     QEL_TRY(find(found, ruledViewPath_, kViewAreaUpdate, "ruled-view-update"), getFullName());
     if (!titlesPath_.isEmpty()) {
-        QEL_TRY(find(found, titlesPath_, kValuesChanged, "titles-update"), getFullName());
+        QEL_TRY(find(found, titlesPath_, kTitlesChanged, "titles-update"), getFullName());
         titles_ = dynamic_cast<CDynamicList*>(found);
     } else {
         QEL_TRY(find(found, minMaxPath_, CMinMax::kUpdate, "update"), getFullName());

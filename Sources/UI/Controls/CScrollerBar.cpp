@@ -13,7 +13,7 @@ constexpr const char* kRatio[] = {"ratio-x", "ratio-y"};
 constexpr const char* kMinRatio[] = {"min-ratio-x", "min-ratio-y"};
 
 // A ratio or offset of the view, under the name it is followed by here; no name a tree would use.
-constexpr const char* kFollowed = "*range";
+constexpr const char* kRange = "*range";
 
 constexpr double kAllSeen = 1.0 - 1e-6;
 // A held button waits a moment, so that a click is one step.
@@ -30,11 +30,6 @@ constexpr std::uint32_t kGrip = 2;
 constexpr std::size_t kTrackClip = 2;
 constexpr std::size_t kFirstBarClip = 3;
 constexpr std::size_t kClips = kFirstBarClip + kPieces - 1;
-
-std::size_t indexOf(CAxis axis)
-{
-    return static_cast<std::size_t>(axis);
-}
 
 } // namespace
 
@@ -76,8 +71,8 @@ CError CScrollerBar::onContentReady(const CAttrMap&)
 {
     if (CView* const scrolled = findScrolled()) {
         for (const CAxis each : kAxes) {
-            listenAttribute(*scrolled, kRatio[indexOf(each)], kFollowed);
-            listenAttribute(*scrolled, kOffset[indexOf(each)], kFollowed);
+            listenAttribute(*scrolled, kRatio[indexOf(each)], kRange);
+            listenAttribute(*scrolled, kOffset[indexOf(each)], kRange);
         }
     }
     QEL_TRY(listenWheel(), getFullName());
@@ -86,7 +81,7 @@ CError CScrollerBar::onContentReady(const CAttrMap&)
 
 CError CScrollerBar::onAttrChanged(CObject& sender, const CString& key, const CAttrValue& value)
 {
-    return key == kFollowed ? eventUpdateScroller({}) : CView::onAttrChanged(sender, key, value);
+    return key == kRange ? eventUpdateScroller({}) : CView::onAttrChanged(sender, key, value);
 }
 
 // A view that knows the wheel by itself is left alone.

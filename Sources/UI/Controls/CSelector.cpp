@@ -12,7 +12,7 @@ namespace qel {
 namespace {
 
 constexpr const char* kReleased = "button-released";
-constexpr const char* kIndex = "index";
+constexpr const char* kButtonIndex = "index";
 
 // What the selector says of its buttons, and what it is called there.
 struct Handed
@@ -115,9 +115,10 @@ CError CSelector::makeButton(std::int32_t index)
     CView* button = nullptr;
     QEL_TRY(createChild(button, tag_, "button", false, nullptr, &attributes), getFullName());
     buttons_.push_back(button);
-    QEL_TRY(addClickCommand(*button, "mouse-release", kReleased, *this, kIndex, index), getFullName());
+    QEL_TRY(addClickCommand(*button, "mouse-release", kReleased, *this, kButtonIndex, index), getFullName());
     if (isRightClickAllowed_) {
-        QEL_TRY(addClickCommand(*button, "mouse-release-r", kReleased, *this, kIndex, index), getFullName());
+        QEL_TRY(addClickCommand(*button, "mouse-release-r", kReleased, *this, kButtonIndex, index),
+                getFullName());
     }
     return {};
 }
@@ -131,7 +132,7 @@ CView* CSelector::getButton(std::int32_t index) const
 
 CError CSelector::eventButtonReleased(const CAttrMap& parameters)
 {
-    const auto index = CAttrValue(eventText(parameters, kIndex)).toInteger().value_or(-1);
+    const auto index = CAttrValue(eventText(parameters, kButtonIndex)).toInteger().value_or(-1);
     if (!getButton(index) || actsDisabled()) {
         return {};
     }

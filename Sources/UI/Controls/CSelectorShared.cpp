@@ -8,7 +8,7 @@ namespace qel {
 namespace {
 
 // The setting under the name it is followed by here; no name a tree would use.
-constexpr const char* kFollowed = "*setting";
+constexpr const char* kSetting = "*setting";
 
 // "1", "1.0" and "1.0000" are the same setting.
 bool isSameValue(const CString& a, const CString& b)
@@ -38,13 +38,13 @@ CError CSelectorShared::initChilds()
                  "'%1'.",
                  sharedAttribute_);
     }
-    listenAttribute(*shared_.object, shared_.attribute, kFollowed);
+    listenAttribute(*shared_.object, shared_.attribute, kSetting);
     return {};
 }
 
 CError CSelectorShared::onAttrChanged(CObject& sender, const CString& key, const CAttrValue& value)
 {
-    return key == kFollowed && isUp() ? updateActive() : CSelector::onAttrChanged(sender, key, value);
+    return key == kSetting && isUp() ? updateActive() : CSelector::onAttrChanged(sender, key, value);
 }
 
 CError CSelectorShared::onButton(std::int32_t index, bool)

@@ -10,7 +10,7 @@ namespace {
 constexpr const char* kParamTag = "ui:ui-param";
 constexpr const char* kParamName = "ui-param";
 constexpr const char* kPaths[] = {"bridge", "shared-attribute", "group-selector"};
-constexpr const char* kFollowed[] = {"group", "element", "element-offset", "element-count"};
+constexpr const char* kPassedOn[] = {"group", "element", "element-offset", "element-count"};
 
 template <class Class>
 Class* findChildOf(const CObject& object)
@@ -45,7 +45,7 @@ CError makeParam(CView& control)
     if (const CAttrValue* const isReplacing = control.findAttr("is-replacing")) {
         attributes["is-replacing"] = *isReplacing;
     }
-    for (const char* const name : kFollowed) {
+    for (const char* const name : kPassedOn) {
         if (const CAttrValue* const value = control.findAttr(name)) {
             attributes[name] = *value;
         }
@@ -53,7 +53,7 @@ CError makeParam(CView& control)
     CUIParam* param = nullptr;
     QEL_TRY(control.createChild(param, kParamTag, kParamName, false, nullptr, &attributes),
             control.getFullName());
-    for (const char* const name : kFollowed) {
+    for (const char* const name : kPassedOn) {
         param->listenAttribute(control, name, name);
     }
     return {};

@@ -11,11 +11,6 @@ namespace {
 // change of one child's size costs a few terms for each of its successors instead of all.
 constexpr std::size_t kLongFormula = 48;
 
-constexpr std::size_t indexOf(CAxis axis)
-{
-    return static_cast<std::size_t>(axis);
-}
-
 bool isDocked(CPlacement placement)
 {
     return placement >= CPlacement::kFull && placement <= CPlacement::kRight;

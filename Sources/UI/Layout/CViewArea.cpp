@@ -13,11 +13,6 @@ namespace {
 
 constexpr double kMinZoom = 0.0001;
 
-constexpr std::size_t indexOf(CAxis axis)
-{
-    return static_cast<std::size_t>(axis);
-}
-
 CViewArea* findClipSource(CViewArea* parent, int unclipLevel)
 {
     CViewArea* source = parent;

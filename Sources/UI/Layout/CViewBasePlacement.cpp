@@ -29,11 +29,6 @@ constexpr const char* kPlacement = "placement";
 constexpr const char* kPlacementMatch = "placement-match";
 constexpr const char* kZIndex = "z-index";
 
-constexpr std::size_t indexOf(CAxis axis)
-{
-    return static_cast<std::size_t>(axis);
-}
-
 CViewBasePlacement* viewAbove(const CObject& object)
 {
     for (CObject* above = object.getParent(); above; above = above->getParent()) {

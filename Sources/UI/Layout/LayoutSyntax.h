@@ -3,6 +3,7 @@
 
 #include "CString.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 
@@ -14,6 +15,11 @@ enum class CAxis : std::uint8_t
     kY
 };
 constexpr CAxis kAxes[] = {CAxis::kX, CAxis::kY};
+// Its place in a pair.
+constexpr std::size_t indexOf(CAxis axis)
+{
+    return static_cast<std::size_t>(axis);
+}
 constexpr CAxis otherAxis(CAxis axis)
 {
     return axis == CAxis::kX ? CAxis::kY : CAxis::kX;

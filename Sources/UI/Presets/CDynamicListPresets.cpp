@@ -9,7 +9,6 @@ namespace qel {
 
 namespace {
 
-constexpr const char* kStoreUpdate = "shared-banks-update";
 // Behind it stands the number of a bank.
 constexpr const char* kBankList = "bank-";
 
@@ -25,7 +24,7 @@ void CDynamicListPresets::buildClassInfo(CClassInfo& info)
     info.bind<&Self::isGlobalData_>("is-global-data", false);
     info.bind<&Self::isShowBanks_>("is-show-banks", true);
     info.bind<&Self::selectorPath_>("group-selector", "");
-    info.handleEvent<&Self::onStoreUpdate>(kStoreUpdate);
+    info.handleEvent<&Self::onStoreUpdate>(CPresetLibrary::kStoreUpdate);
     info.handleEvent<&Self::onActivatePreset>("activate-preset");
 }
 
@@ -38,7 +37,6 @@ CError CDynamicListPresets::init()
                            .storeName = storeName_,
                            .isGlobal = isGlobalData_,
                            .selectorPath = selectorPath_,
-                           .storeEvent = kStoreUpdate,
                            .noClient = "@qelstr_CDynamicListPresets_init_NoInterfaceClient No interfacing "
                                        "object '%1' found.",
                            .noSelector = "@qelstr_CDynamicListPresets_init_NoGroupSelector No group selector "

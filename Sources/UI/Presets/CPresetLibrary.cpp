@@ -54,7 +54,6 @@ CError CPresetLibrary::open(CObject& owner, const Settings& settings, Changed on
         QEL_TRY(owner.require(selector_, settings.selectorPath, settings.noSelector), owner.getFullName());
     }
     owner_ = &owner;
-    storeEvent_ = settings.storeEvent;
     registry_ = settings.registry;
     storeName_ =
         (settings.isGlobal && !settings.storeName.isEmpty() ? CString("/") : CString()) + settings.storeName;
@@ -86,7 +85,7 @@ void CPresetLibrary::close()
 // In the thread that has saved.
 void CPresetLibrary::tellOwner(CBridge*, std::uintptr_t)
 {
-    traceError(owner_->notifyTo(".", storeEvent_, {}, false));
+    traceError(owner_->notifyTo(".", kStoreUpdate, {}, false));
 }
 
 void CPresetLibrary::onStoreChanged()

@@ -20,8 +20,8 @@ class CParamGroupSelector;
 // The registry of a whole instance has all of these. Any other has the banks of its store alone; if that is
 // empty there is still one bank, without a name, to put presets in.
 //
-// Thread of the window's tree. The owner closes it before it ends, and calls onStoreChanged() when the event
-// comes that it named to open().
+// Thread of the window's tree. The owner closes it before it ends, and calls onStoreChanged() when
+// kStoreUpdate comes.
 class CPresetLibrary : public CAudioInterfaceRegistryListener
 {
 public:
@@ -44,14 +44,17 @@ public:
         CString registry;  // path on the audio side
         CString storeName; // setting of application data; none: no banks of the user
         bool isGlobal = false;
-        CString selectorPath;             // of the group that presets are for; none: for all
-        const char* storeEvent = nullptr; // for the owner, when the store changes in any thread
-        const char* noClient = nullptr;   // messages where there is no such object
+        CString selectorPath;           // of the group that presets are for; none: for all
+        const char* noClient = nullptr; // messages where there is no such object
         const char* noSelector = nullptr;
     };
     using Changed = std::function<void()>;
     using Taker = std::function<CError(const CAudioPreset& preset)>;
     using BankTaker = std::function<CError(const CAudioPresetBank& bank)>;
+
+    // What the owner gets in the thread of its tree when the store has changed in any thread, and answers
+    // with onStoreChanged().
+    static constexpr const char* kStoreUpdate = "shared-banks-update";
 
     ~CPresetLibrary() override { close(); }
 
@@ -123,7 +126,6 @@ private:
     CError changeStore(Change&& change);
 
     CObject* owner_ = nullptr;
-    const char* storeEvent_ = nullptr;
     CAudioInterfaceClient* client_ = nullptr;
     CParamGroupSelector* selector_ = nullptr;
     CString registry_;

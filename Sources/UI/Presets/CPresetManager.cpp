@@ -17,7 +17,6 @@ namespace {
 
 using Kind = CPresetLibrary::Kind;
 
-constexpr const char* kStoreUpdate = "shared-banks-update";
 constexpr const char* kBank = "bank";
 constexpr const char* kPreset = "preset";
 
@@ -75,7 +74,7 @@ void CPresetManager::buildClassInfo(CClassInfo& info)
     info.handleEvent<&Self::onPresetActivate>("preset-activate");
     info.handleEvent<&Self::onPresetSetDefault>("preset-set-default");
     info.handleEvent<&Self::onUpdate>("preset-update");
-    info.handleEvent<&Self::onUpdate>(kStoreUpdate);
+    info.handleEvent<&Self::onUpdate>(CPresetLibrary::kStoreUpdate);
     info.handleEvent<&Self::onPerformBankLoad>("perform-bank-load");
     info.handleEvent<&Self::onPerformBankSave>("perform-bank-save");
     info.handleEvent<&Self::onPerformPresetLoad>("perform-preset-load");
@@ -99,7 +98,6 @@ CError CPresetManager::init()
                            .storeName = storeName_,
                            .isGlobal = isGlobalData_,
                            .selectorPath = selectorPath_,
-                           .storeEvent = kStoreUpdate,
                            .noClient = "@qelstr_CPresetManager_init_NoInterfaceClient No interfacing object "
                                        "'%1' found.",
                            .noSelector = "@qelstr_CPresetManager_init_NoGroupSelector No group selector "

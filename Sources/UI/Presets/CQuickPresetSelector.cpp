@@ -16,7 +16,7 @@ namespace qel {
 namespace {
 
 constexpr const char* kItemList = "item-list";
-constexpr const char* kHistoryChange = "history-change";
+constexpr const char* kHistoryMoved = "history-change";
 constexpr const char* kIsChanged = "is-changed";
 
 bool isListed(const CString& names, const CString& name)
@@ -50,7 +50,7 @@ void CQuickPresetSelector::buildClassInfo(CClassInfo& info)
     info.bind<&Self::titleParam_>("ui-param-title", "ui-param-title");
     info.bind<&Self::settlingSteps_>("settling-steps", "");
     info.bind<&Self::silentSteps_>("silent-steps", "");
-    info.handleEvent<&Self::eventHistoryChange>(kHistoryChange);
+    info.handleEvent<&Self::eventHistoryChange>(kHistoryMoved);
 }
 
 CError CQuickPresetSelector::init()
@@ -173,7 +173,7 @@ CError CQuickPresetSelector::followHistory()
                     "@qelstr_CQuickPresetSelector_initChilds_NoInterfaceClient No interfacing object '%1' "
                     "found."),
             getFullName());
-    listenObject(clientPath_, "undo-history-changed", kHistoryChange);
+    listenObject(clientPath_, "undo-history-changed", kHistoryMoved);
     client_->takeWaiting();
     return eventHistoryChange({});
 }

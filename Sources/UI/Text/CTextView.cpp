@@ -39,15 +39,6 @@ constexpr const char* kFrameCopies[] = {
     "accept-chars", "font-name",      "is-accept-tab", "is-dynamic", "max-paragraph-length",
     "spread",       "text-alignment", "unclip-level",  "z-index"};
 
-void collectError(CError& first, CError error)
-{
-    if (!first) {
-        first = std::move(error);
-    } else {
-        traceError(error);
-    }
-}
-
 CEditBox* findBox(CObject& object)
 {
     for (std::size_t i = 0; i < object.getChildCount(); ++i) {

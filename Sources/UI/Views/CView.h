@@ -102,6 +102,9 @@ protected:
     bool isTilingX() const { return isTilingX_; }
     bool isTilingY() const { return isTilingY_; }
 
+    // The clip that all views have, their whole area.
+    static constexpr std::size_t kWholeClip = 1;
+
     // --- for draw(): images by index, in the present range of the image set or in all of it; points and
     // rectangles relative to the view, in pixels; opacities 0 to 1
     void drawImage(CDrawContext& context, std::uint32_t index, bool isInRange, const CPoint& point,

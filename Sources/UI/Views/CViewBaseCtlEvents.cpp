@@ -18,16 +18,6 @@ CError callOwnHandler(CObject& target, const CString& name, const CAttrMap& para
     return handler && !target.isReleased() ? (*handler)(target, parameters) : CError();
 }
 
-// Keeps the first error for the caller and traces what comes after it.
-void collectError(CError& first, CError error)
-{
-    if (!first) {
-        first = std::move(error);
-    } else if (error) {
-        traceError(error);
-    }
-}
-
 } // namespace
 
 CError CViewBaseCtlEvents::init()

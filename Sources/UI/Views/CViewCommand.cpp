@@ -8,15 +8,6 @@ namespace qel {
 
 namespace {
 
-void collectError(CError& first, CError error)
-{
-    if (!first) {
-        first = std::move(error);
-    } else if (error) {
-        traceError(error);
-    }
-}
-
 // What an action works on. It is looked up before any action runs and held to the end, since an earlier
 // action may take the command out of the tree (a pop-up that closes, then sets a state of its opener); what
 // an earlier action makes is found when it is needed.

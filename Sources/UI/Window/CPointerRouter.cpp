@@ -12,15 +12,6 @@ namespace qel {
 
 namespace {
 
-void collectError(CError& first, CError error)
-{
-    if (!first) {
-        first = std::move(error);
-    } else if (error) {
-        traceError(error);
-    }
-}
-
 CView* parentOf(const CView* view)
 {
     return dynamic_cast<CView*>(view->getParentView());

@@ -24,15 +24,6 @@ constexpr const char* kParametersName = "run-event-params";
 constexpr const char* kAlignment = "window-alignment";
 constexpr const char* kBlocker = ".window-blocker";
 
-void collectError(CError& first, CError error)
-{
-    if (!first) {
-        first = std::move(error);
-    } else if (error) {
-        traceError(error);
-    }
-}
-
 // A setting by its own name or, as openers have it among their attributes, with the prefix.
 const CAttrValue* findSetting(const CAttrMap& settings, const char* name)
 {

@@ -9,8 +9,6 @@ using namespace test;
 class EffectChannels : public EffectFixture
 {};
 
-constexpr double kRateHz = 48000.0;
-
 Signals differentMusic(std::size_t channels, std::size_t count)
 {
     Signals signals;

@@ -9,8 +9,6 @@ using namespace test;
 class EffectClicks : public EffectFixture
 {};
 
-constexpr double kRateHz = 48000.0;
-
 // Largest second difference in a stretch of a signal.
 double edge(const Signal& signal, std::size_t from, std::size_t to)
 {

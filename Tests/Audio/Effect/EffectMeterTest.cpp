@@ -10,8 +10,6 @@ using namespace test;
 class EffectMeters : public EffectFixture
 {
 protected:
-    static constexpr double kRateHz = 48000.0;
-
     static CAudioVizCollector& collector(EffectHost& host)
     {
         return dynamic_cast<CAudioVizCollector&>(*host.getRoot()->findObject("plugin.viz-collector"));

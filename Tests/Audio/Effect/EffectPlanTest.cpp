@@ -63,7 +63,6 @@ private:
     std::vector<std::string> lines_;
 };
 
-constexpr double kRateHz = 48000.0;
 constexpr std::size_t kChannels = 4;
 
 constexpr const char* kControls[] = {

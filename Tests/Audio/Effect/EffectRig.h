@@ -1,6 +1,7 @@
 // An instance of the delivered tree, and measures of what it does to sound.
 #pragma once
 
+#include "../TestRate.h"
 #include "../Wrapper/WrapperRig.h"
 #include "GraphHost/CKernelRecording.h"
 

@@ -111,7 +111,7 @@ TEST_F(EffectStream, OversamplingIsTransparentAndAsLateAsReported)
 
 // --- every setting at every rate
 
-constexpr const char* kControls[] = {
+constexpr const char* kMovedControls[] = {
     ".xover-freq",
     ".xover-type",
     ".lf-mon",
@@ -142,7 +142,7 @@ constexpr const char* kControls[] = {
 // Any value, or one of the ends.
 void randomize(EffectHost& host, std::minstd_rand& random)
 {
-    for (const char* name : kControls) {
+    for (const char* name : kMovedControls) {
         const CAudioParamInfo& info = host.parameter(name).getInfo();
         const double ends[] = {info.minValues[0], info.maxValues[0]};
         std::uniform_real_distribution<double> between(ends[0], ends[1]);

@@ -5,7 +5,6 @@
 namespace qel::test {
 namespace {
 
-constexpr double kRateHz = 48000.0;
 constexpr std::size_t kChange = 48611; // not where the tone is zero, nor at a multiple of the block size
 constexpr std::size_t kLength = 2 * 48000;
 

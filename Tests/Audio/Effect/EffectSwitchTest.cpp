@@ -11,7 +11,6 @@ using namespace test;
 class EffectSwitches : public EffectFixture
 {};
 
-constexpr double kRateHz = 48000.0;
 constexpr double kDcHz = 20.0; // of the DC filter: lets responses end soon
 
 // --- linear controls, against transfer functions of their own

@@ -53,14 +53,14 @@ TEST_F(FilterResponse, LinkwitzRileyBandsSumFlat)
 
 TEST_F(FilterResponse, FirstOrderChainsHaveTheirCornerAndTheSlopeThatTheirPlaceInTheArraySays)
 {
-    constexpr double kRateHz = 384000.0;
+    constexpr double kHighRateHz = 384000.0;
     for (const bool isLow : {true, false}) {
         const auto& array = get<CAudioFilterGenArray>(isLow ? "audio.fltarray.lp1" : "audio.fltarray.hp1");
         for (int order = 1; order <= 4; ++order) {
             const auto gain = [&](double cornerHz, double freqHz) {
                 CFilterSections list;
-                array.getGen(order)->generate(list, kRateHz, {&cornerHz, 1});
-                return std::abs(response(list, freqHz / kRateHz));
+                array.getGen(order)->generate(list, kHighRateHz, {&cornerHz, 1});
+                return std::abs(response(list, freqHz / kHighRateHz));
             };
             for (const double freqHz : {20.0, 100.0, 300.0}) {
                 EXPECT_NEAR(20.0 * std::log10(gain(freqHz, freqHz)), -3.0103, 0.04) << isLow << ' ' << order;

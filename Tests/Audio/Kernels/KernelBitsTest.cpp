@@ -1,6 +1,7 @@
 // Every kernel's output on seeded noise, down to the last bit, whole and in pieces. A value that changes here
 // changes what users' projects sound like; it also has to be the same at every optimisation and on both
 // systems.
+#include "../TestRate.h"
 #include "CFilterSection.h"
 #include "CrunchKernels.h"
 #include "KernelFamilies.h"
@@ -23,8 +24,6 @@ using test::KernelRig;
 using test::Signal;
 
 constexpr std::size_t kCount = 2000;
-constexpr double kRateHz = 48000.0;
-
 std::uint64_t hashOf(const Signal& signal)
 {
     std::uint64_t hash = 0xCBF29CE484222325;
@@ -176,7 +175,7 @@ TEST_F(KernelBits, OfModules)
             label, out_, kCount,
             [&] {
                 std::memcpy(rig_.context().address(ref), &record, sizeof record);
-                rig_.run(family + "i", 0, kRateHz, {ref});
+                rig_.run(family + "i", 0, test::kRateHz, {ref});
             },
             run);
         rig_.run(family + "c", 0, 0.0, {ref});
@@ -217,7 +216,7 @@ TEST_F(KernelBits, OfModules)
             "transdecay", out_, kCount,
             [&] {
                 rig_.run("copy", kCount, 0.0, {out_, levels});
-                rig_.run("transi", 0, kRateHz, {ref});
+                rig_.run("transi", 0, test::kRateHz, {ref});
             },
             [&](std::size_t at, std::size_t count) {
                 rig_.run("transdecay", count, 0.0, {from(out_, at), ref});
@@ -248,7 +247,7 @@ TEST_F(KernelBits, OfModules)
             name, out_, 3,
             [&] {
                 std::memcpy(rig_.context().address(ref), &record, sizeof record);
-                rig_.run("meteri", 0, kRateHz, {ref, history});
+                rig_.run("meteri", 0, test::kRateHz, {ref, history});
             },
             [&](std::size_t at, std::size_t count) {
                 if (name == "meterd") {

@@ -1,6 +1,8 @@
 // Calls of kernels over memory of their own, for what does the work of several of them.
 #pragma once
 
+#include "../TestRate.h"
+
 #include "CrunchKernels.h"
 #include "KernelFamilies.h"
 #include "KernelRig.h"
@@ -16,8 +18,6 @@ namespace qel::test {
 
 inline constexpr std::size_t kLongest = 513; // samples of a call at the lowest rate
 inline constexpr std::size_t kMostStages = 3;
-inline constexpr double kRateHz = 48000.0;
-
 inline const std::map<CKernelFunction, CKernelDef>& kernelsByFunction()
 {
     static const auto kKernels = [] {

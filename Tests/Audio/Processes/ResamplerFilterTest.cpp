@@ -1,4 +1,5 @@
 // Resamplers with the half-band filters that are delivered.
+#include "../TestRate.h"
 #include "CModDownsampler.h"
 #include "CModUpsampler.h"
 #include "ProcessRig.h"
@@ -12,8 +13,6 @@
 namespace qel::test {
 namespace {
 
-constexpr double kRateHz = 48000.0;
-
 std::string halfBand(const char* name, const char* array, const char* index)
 {
     return std::string("<audio:modFilter name=\"") + name +
@@ -23,14 +22,14 @@ std::string halfBand(const char* name, const char* array, const char* index)
            index + "\"/></audio:modFilter>";
 }
 
-std::string resampler(const char* tag, const char* name)
+std::string plainResampler(const char* tag, const char* name)
 {
     return std::string("<audio:") + tag + " name=\"" + name + "\">" + slot("mode", 0) +
            R"(<audio:param-remap orig="mode" new="^mode"/></audio:)" + tag + ">";
 }
 
-const std::string kUp = resampler("modUpsampler", "up");
-const std::string kDown = resampler("modDownsampler", "down");
+const std::string kUpOnly = plainResampler("modUpsampler", "up");
+const std::string kDownOnly = plainResampler("modDownsampler", "down");
 
 class FilteredGraph : public tools::CGraphHost
 {
@@ -77,7 +76,7 @@ TEST(ResamplerFilters, RemoveTheImagesOnTheWayUpAndWhatWouldFoldOnTheWayDown)
         for (const int factor : {2, 4, 8}) {
             const double mode = 1.0 + std::log2(factor);
             const Channels raised = [&] {
-                FilteredGraph up(kUp);
+                FilteredGraph up(kUpOnly);
                 up.set("mode", mode);
                 return up.run(sine(cycles, 10000), {512});
             }();
@@ -86,7 +85,7 @@ TEST(ResamplerFilters, RemoveTheImagesOnTheWayUpAndWhatWouldFoldOnTheWayDown)
                 EXPECT_LT(std::abs(measure(raised[0], (image - cycles) / factor, 10000)), 1e-5)
                     << image << " of " << factor << " at " << cycles;
             }
-            FilteredGraph down(kDown);
+            FilteredGraph down(kDownOnly);
             down.set("mode", mode);
             for (int image = 1; image <= factor / 2; ++image) {
                 const auto length = static_cast<std::size_t>(10000 * factor);

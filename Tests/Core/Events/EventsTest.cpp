@@ -10,8 +10,8 @@ using test::EventRig;
 using test::withX;
 using Log = std::vector<std::string>;
 
-constexpr CCreatorRow kClasses[] = {{"probe", newObject<CEventProbe>, CEventProbe::buildClassInfo},
-                                    {nullptr, nullptr, nullptr}};
+constexpr CCreatorRow kProbes[] = {{"probe", newObject<CEventProbe>, CEventProbe::buildClassInfo},
+                                   {nullptr, nullptr, nullptr}};
 
 class Events : public ::testing::Test
 {
@@ -31,7 +31,7 @@ protected:
 
     Log takeLog() { return std::exchange(CEventProbe::log, {}); }
 
-    test::TestClasses classes_{kClasses};
+    test::TestClasses classes_{kProbes};
     test::TreeRoot shared_;
     EventRig tree_;
     CObject& sender_ = tree_.add("core:object", "sender");

@@ -6,7 +6,7 @@
 namespace qel::test {
 namespace {
 
-constexpr const char* kWindow = R"(
+constexpr const char* kKnobs = R"(
   <template name="ui:label" content-tag="ui:textview"/>
   <define name="cell" tag="ui:knob" placement="left" width="70" height="74" center-x="35" center-y="34"
           outer-radius="33" group-selector="ui.group"/>
@@ -25,7 +25,7 @@ constexpr const char* kWindow = R"(
 class Knob : public ControlUserFixture
 {
 protected:
-    Knob() : ControlUserFixture(kWindow) {}
+    Knob() : ControlUserFixture(kKnobs) {}
 
     CKnob& knob(const std::string& name) { return at<CKnob>(name); }
     double norm(const std::string& name) { return param(name).getNorm(0); }

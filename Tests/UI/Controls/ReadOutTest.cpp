@@ -6,7 +6,7 @@
 namespace qel::test {
 namespace {
 
-constexpr const char* kWindow = R"(
+constexpr const char* kReadOuts = R"(
   <template name="ui:label" content-tag="ui:textview"/>
   <template name="ui:editbox-popup" content-tag="ui:frame">
     <ui:editbox name="box" placement="full" width="full" height="full" font-name="shared::font.micro"/>
@@ -26,7 +26,7 @@ constexpr const char* kWindow = R"(
 class ReadOut : public ControlUserFixture
 {
 protected:
-    ReadOut() : ControlUserFixture(kWindow) {}
+    ReadOut() : ControlUserFixture(kReadOuts) {}
 
     std::string shown(const std::string& name) { return plainText(at<CReadOut>(name).getTitle()).toUtf8(); }
     bool isEditing(const std::string& name) { return at<CReadOut>(name).isEditing(); }

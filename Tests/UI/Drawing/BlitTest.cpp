@@ -8,8 +8,8 @@ namespace {
 
 using test::Picture;
 
-constexpr std::int32_t kWidth = 150;
-constexpr std::int32_t kHeight = 40;
+constexpr std::int32_t kPictureWidth = 150;
+constexpr std::int32_t kPictureHeight = 40;
 
 using Pixels = std::vector<std::array<std::int32_t, 3>>; // blue, green, red
 
@@ -26,9 +26,9 @@ CPaletteColor randomColor(std::mt19937& random)
 
 void fillRandom(CLinearBitmap& bitmap, std::mt19937& random)
 {
-    ASSERT_OK(bitmap.resize(kWidth, kHeight));
-    for (std::int32_t y = 0; y < kHeight; ++y) {
-        for (std::int32_t x = 0; x < kWidth; ++x) {
+    ASSERT_OK(bitmap.resize(kPictureWidth, kPictureHeight));
+    for (std::int32_t y = 0; y < kPictureHeight; ++y) {
+        for (std::int32_t x = 0; x < kPictureWidth; ++x) {
             bitmap.getRow(y)[x] = static_cast<std::uint32_t>(random()) & 0xFFFFFFU;
         }
     }
@@ -43,8 +43,8 @@ std::array<std::int32_t, 3> channels(std::uint32_t pixel)
 Pixels pixelsOf(const CLinearBitmap& bitmap)
 {
     Pixels pixels;
-    for (std::int32_t y = 0; y < kHeight; ++y) {
-        for (std::int32_t x = 0; x < kWidth; ++x) {
+    for (std::int32_t y = 0; y < kPictureHeight; ++y) {
+        for (std::int32_t x = 0; x < kPictureWidth; ++x) {
             pixels.push_back(channels(bitmap.getRow(y)[x]));
         }
     }
@@ -61,7 +61,8 @@ CPixelRect randomRect(std::mt19937& random)
     const auto below = [&](int limit) {
         return static_cast<std::int32_t>(random() % static_cast<unsigned>(limit));
     };
-    return {below(kWidth + 40) - 20, below(kHeight + 20) - 10, below(kWidth), below(kHeight)};
+    return {below(kPictureWidth + 40) - 20, below(kPictureHeight + 20) - 10, below(kPictureWidth),
+            below(kPictureHeight)};
 }
 
 // 0, 1, the edges of plain writing, and anything between.
@@ -78,8 +79,8 @@ void blitPlainly(Pixels& target, Picture& picture, std::uint32_t bytesPerPixel, 
 {
     const auto q =
         static_cast<std::int32_t>(std::floor(std::min(color.opacity * opacity * 32768.0, 32768.0) + 0.5));
-    for (std::int32_t y = 0; y < kHeight; ++y) {
-        for (std::int32_t x = 0; x < kWidth; ++x) {
+    for (std::int32_t y = 0; y < kPictureHeight; ++y) {
+        for (std::int32_t x = 0; x < kPictureWidth; ++x) {
             if (!isInside(clip, x, y) || !isInside({x0, y0, picture.width, picture.height}, x, y)) {
                 continue;
             }
@@ -90,7 +91,7 @@ void blitPlainly(Pixels& target, Picture& picture, std::uint32_t bytesPerPixel, 
             if (bytesPerPixel == 4) {
                 source = {pixel[0], pixel[1], pixel[2]};
             }
-            auto& place = target[static_cast<std::size_t>(y * kWidth + x)];
+            auto& place = target[static_cast<std::size_t>(y * kPictureWidth + x)];
             const bool isOpaque = alpha >= 249;
             const std::int32_t w = isOpaque ? q : alpha * q / 255;
             for (std::size_t c = 0; alpha >= 4 && c < 3; ++c) {
@@ -147,15 +148,15 @@ TEST(Blit, FillsBlendsAndInvertsAsThePlainFormulasDo)
         const double weight = randomOpacity(random);
         const double held = std::min(weight, 1.0);
         const int operation = round % 4;
-        std::vector<std::uint8_t> coverage(static_cast<std::size_t>(kWidth * kHeight));
+        std::vector<std::uint8_t> coverage(static_cast<std::size_t>(kPictureWidth * kPictureHeight));
         std::generate(coverage.begin(), coverage.end(), [&] { return static_cast<std::uint8_t>(random()); });
         const CPixelRect visible = rect.intersectedWith(clip).intersectedWith(bitmap.getBounds());
 
         Pixels expected = pixelsOf(bitmap);
         const Pixels source = pixelsOf(other);
-        for (std::int32_t y = 0; y < kHeight; ++y) {
-            for (std::int32_t x = 0; x < kWidth; ++x) {
-                const auto at = static_cast<std::size_t>(y * kWidth + x);
+        for (std::int32_t y = 0; y < kPictureHeight; ++y) {
+            for (std::int32_t x = 0; x < kPictureWidth; ++x) {
+                const auto at = static_cast<std::size_t>(y * kPictureWidth + x);
                 const std::array<std::int32_t, 3> solid = {color.blue[255], color.green[255], color.red[255]};
                 for (std::size_t c = 0; isInside(visible, x, y) && c < 3; ++c) {
                     std::int32_t& value = expected[at][c];
@@ -183,8 +184,8 @@ TEST(Blit, FillsBlendsAndInvertsAsThePlainFormulasDo)
         } else if (operation == 2) {
             bitmap.blendRect(other, visible, weight);
         } else {
-            bitmap.paintCoverage(coverage.data() + visible.y * kWidth + visible.x, kWidth, visible, color,
-                                 weight);
+            bitmap.paintCoverage(coverage.data() + visible.y * kPictureWidth + visible.x, kPictureWidth,
+                                 visible, color, weight);
         }
         ASSERT_EQ(pixelsOf(bitmap), expected);
     }

@@ -18,8 +18,8 @@ namespace {
 
 using test::Picture;
 
-constexpr double kWidth = 300.0;
-constexpr double kHeight = 270.0;
+constexpr double kMapWidth = 300.0;
+constexpr double kMapHeight = 270.0;
 
 CPaletteColor solid(std::uint32_t rgb, double opacity = 1.0)
 {
@@ -89,7 +89,7 @@ protected:
         releaseError(images_.load(imageReader));
         CMemoryReader brushReader(brushFile_.bytes());
         releaseError(brushes_.load(brushReader));
-        EXPECT_OK(map_.resize(kWidth, kHeight));
+        EXPECT_OK(map_.resize(kMapWidth, kMapHeight));
         paint();
     }
 
@@ -194,7 +194,7 @@ TEST_F(SectorMap, PaintsDirtyPartsToWhatAFullRepaintGives)
         }
         paint();
         const std::vector<std::uint32_t> changed = picture();
-        ASSERT_OK(map_.resize(kWidth, kHeight));
+        ASSERT_OK(map_.resize(kMapWidth, kMapHeight));
         EXPECT_EQ(paint(), 9);
         ASSERT_TRUE(changed == picture());
     }

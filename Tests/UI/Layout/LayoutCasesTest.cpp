@@ -12,7 +12,7 @@ struct Expected
     CRect rect;
 };
 
-struct Case
+struct SmallTree
 {
     const char* title;
     double scale;
@@ -21,7 +21,7 @@ struct Case
     std::vector<Expected> expected;
 };
 
-void PrintTo(const Case& layout, std::ostream* out)
+void PrintTo(const SmallTree& layout, std::ostream* out)
 {
     *out << layout.title << " at " << layout.scale;
 }
@@ -40,7 +40,7 @@ constexpr const char* kBorders = R"(
     </v>
     <v n="q" placement="left" width="20%" height="balanced" outer-border="B5"/>)";
 
-const Case kCases[] = {
+const SmallTree kCases[] = {
     {"docking",
      1.0,
      "",
@@ -264,12 +264,12 @@ const Case kCases[] = {
      {{".p", {}}, {".p.a", {}}, {".p.a.b", {}}, {".q", {0, 0, 20, 20}}}},
 };
 
-class LayoutCase : public ::testing::TestWithParam<Case>
+class LayoutCase : public ::testing::TestWithParam<SmallTree>
 {};
 
 TEST_P(LayoutCase, IsAsWorkedOutByHand)
 {
-    const Case& layout = GetParam();
+    const SmallTree& layout = GetParam();
     const test::LayoutRig tree(layout.views, layout.rootAttributes, layout.scale);
     for (const auto& [path, expected] : layout.expected) {
         const CRect rect = tree.rect(path);

@@ -10,7 +10,7 @@
 namespace qel::test {
 namespace {
 
-constexpr const char* kTree = R"(
+constexpr const char* kPresetTree = R"(
   <core:object name="s">
     <ui:param-bridge name="name" interface-client="ui.client" param="plugin.modMain.preset-name"/>
     <ui:param-group-selector name="group"/>
@@ -42,7 +42,7 @@ constexpr const char* kTree = R"(
 class PresetViews : public InstanceFixture
 {
 protected:
-    PresetViews() : tree_(*host_, kTree) {}
+    PresetViews() : tree_(*host_, kPresetTree) {}
 
     void choose(const char* button, const char* list, int index)
     {

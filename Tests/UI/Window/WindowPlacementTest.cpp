@@ -9,7 +9,7 @@ namespace {
 
 using platform::PixelRect;
 
-struct Case
+struct Placement
 {
     const char* alignment;
     PixelRect expected;
@@ -24,7 +24,7 @@ struct Case
 // A screen of 1000 x 800 with a task bar of 30 below and a panel of 50 at the left.
 constexpr PixelRect kWorkArea{50, 0, 950, 770};
 
-const Case kCases[] = {
+const Placement kCases[] = {
     {"center", {420, 356, 100, 60}},
     {"", {420, 356, 100, 60}},
     {"center", {475, 355, 100, 60}, "nothing opened it", {}, {}},
@@ -49,7 +49,7 @@ const Case kCases[] = {
 
 TEST(WindowPlacement, EveryAlignmentIsKeptInTheWorkArea)
 {
-    for (const Case& each : kCases) {
+    for (const Placement& each : kCases) {
         SCOPED_TRACE(std::string(each.alignment) + " " + each.why);
         CWindowPlacement placement;
         placement.workArea = kWorkArea;
