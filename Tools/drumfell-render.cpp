@@ -27,7 +27,7 @@ void makeFolders(const CRenderCommand& command)
     }
     for (const fs::path& folder : folders) {
         std::error_code error;
-        if (!folder.empty() && !fs::create_directories(folder, error) && error) {
+        if (!folder.empty() && !fs::create_directories(systemPath(folder), error) && error) {
             throw CRenderError(CExitCode::kOutput, folder.string() + ": " + error.message());
         }
     }

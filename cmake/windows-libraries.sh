@@ -51,12 +51,42 @@ make_library() {
     }
 }
 
-if [ ! -f "$folder/lib/libsndfile.a" ]; then
-    fetch libsndfile
-    # Its own file types; coders would each be one more library.
-    make_library libsndfile "$folder"/src/libsndfile/libsndfile-*/ -DENABLE_EXTERNAL_LIBS=OFF -DENABLE_MPEG=OFF \
-        -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DENABLE_CPACK=OFF
+# need_library FILE PACKAGE CMAKE_OPTION...: from a Debian source package.
+need_library() {
+    local file=$1 package=$2
+    shift 2
+    [ -f "$folder/lib/$file" ] && return
+    fetch "$package"
+    make_library "$package" "$(echo "$folder/src/$package"/*/)" "$@"
+}
+
+# Of this folder, not of the system that builds.
+export PKG_CONFIG_LIBDIR=$folder/lib/pkgconfig
+
+need_library libogg.a libogg
+need_library libvorbisenc.a libvorbis
+need_library libFLAC.a flac -DBUILD_CXXLIBS=OFF -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DBUILD_DOCS=OFF \
+    -DINSTALL_MANPAGES=OFF -DWITH_STACK_PROTECTOR=OFF
+# libsndfile takes all coders or none. This one's files for CMake are not in its package.
+if [ ! -f "$folder/lib/libopus.a" ]; then
+    fetch opus
+    (cd "$folder"/src/opus/*/ &&
+        ./configure --host=x86_64-w64-mingw32 CC=x86_64-w64-mingw32-gcc-posix --prefix="$folder" --disable-shared \
+            --disable-doc --disable-extra-programs --disable-stack-protector &&
+        make -j "${DRUMFELL_JOBS:-$(nproc)}" install) >"$folder/src/opus.log" 2>&1 || {
+        cat "$folder/src/opus.log" >&2
+        exit 1
+    }
+    mkdir -p "$folder/lib/cmake/Opus"
+    cat >"$folder/lib/cmake/Opus/OpusConfig.cmake" <<TEXT
+add_library(Opus::opus STATIC IMPORTED)
+set_target_properties(Opus::opus PROPERTIES IMPORTED_LOCATION $folder/lib/libopus.a
+    INTERFACE_LINK_LIBRARIES $(x86_64-w64-mingw32-gcc-posix -print-file-name=libssp.a)) # it checks its bounds
+TEXT
 fi
+need_library libsndfile.a libsndfile -DENABLE_EXTERNAL_LIBS=ON -DENABLE_MPEG=OFF -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF \
+    -DBUILD_TESTING=OFF -DENABLE_CPACK=OFF -DCMAKE_C_FLAGS=-DFLAC__NO_DLL
+need_library libpugixml.a pugixml
 [ -f "$folder/lib/libgtest.a" ] || make_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
 # Headers without a library are the same for all systems.
 cp -rp -t "$folder/include" /usr/include/CLI /usr/include/nlohmann /usr/include/kissfft

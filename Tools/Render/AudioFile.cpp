@@ -2,6 +2,7 @@
 #include "Render/AudioFile.h"
 
 #include "Render/RenderError.h"
+#include "Render/RenderSystem.h"
 
 #include <algorithm>
 #include <array>
@@ -125,7 +126,7 @@ std::string subtypeName(int subtype)
 } // namespace
 
 CAudioFileReader::CAudioFileReader(const std::filesystem::path& path)
-    : name_(path.string()), file_(path.c_str())
+    : name_(path.string()), file_(systemPath(path).c_str())
 {
     if (file_.error() != SF_ERR_NO_ERROR) {
         throw CRenderError(CExitCode::kInput, name_ + ": " + file_.strError());

@@ -13,7 +13,7 @@ CGuestLibrary::CGuestLibrary(const fs::path& path)
     // A name without a folder would be looked for among the system's libraries.
     std::error_code error;
     path_ = fs::absolute(path, error);
-    if (!fs::exists(path_, error)) {
+    if (!fs::exists(systemPath(path_), error)) {
         throw CRenderError(CExitCode::kLibrary, path.string() + ": there is no such library");
     }
     std::string reason;
@@ -42,7 +42,7 @@ fs::path findOwnLibrary()
     std::string tried;
     for (const fs::path& folder : ownLibraryFolders()) {
         const fs::path place = folder / ownLibraryName();
-        if (fs::exists(place, error)) {
+        if (fs::exists(systemPath(place), error)) {
             return place;
         }
         tried += "\n  " + place.string();

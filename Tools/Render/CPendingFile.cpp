@@ -8,13 +8,13 @@ namespace qel::tools {
 
 std::atomic<bool> CPendingFile::interrupted = false;
 
-CPendingFile::CPendingFile(std::filesystem::path target) : target_(std::move(target)), path_(target_)
+CPendingFile::CPendingFile(std::filesystem::path target) : target_(std::move(target))
 {
     static std::atomic<unsigned> nextNumber = 0;
     std::filesystem::path name = ".";
     name += target_.filename();
     name += "." + std::to_string(processNumber()) + "-" + std::to_string(nextNumber++) + ".partial";
-    path_.replace_filename(name);
+    path_ = systemPath(std::filesystem::path(target_).replace_filename(name));
 }
 
 CPendingFile::~CPendingFile()
@@ -26,7 +26,7 @@ CPendingFile::~CPendingFile()
 void CPendingFile::commit()
 {
     std::error_code error;
-    std::filesystem::rename(path_, target_, error);
+    std::filesystem::rename(path_, systemPath(target_), error);
     if (error) {
         throw CRenderError(CExitCode::kOutput, target_.string() + ": " + error.message());
     }

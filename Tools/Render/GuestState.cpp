@@ -2,6 +2,7 @@
 #include "Render/GuestState.h"
 
 #include "Render/RenderError.h"
+#include "Render/RenderSystem.h"
 
 #include <fstream>
 #include <iterator>
@@ -17,7 +18,7 @@ constexpr std::size_t kChunkHeaderBytes = 16;    // zeros before the chunk that 
 
 void loadState(CGuestPlugin& guest, const std::filesystem::path& path)
 {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(systemPath(path), std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     const bool isPreset = bytes.starts_with("aprs");
     if (!file || (!isPreset && !bytes.starts_with("abnk"))) {

@@ -2,6 +2,7 @@
 #include "Render/RenderCommand.h"
 
 #include "Render/RenderError.h"
+#include "Render/RenderSystem.h"
 
 #include <algorithm>
 #include <iterator>
@@ -143,7 +144,7 @@ std::vector<CRenderJob> makeJobs(const CRenderCommand& command)
     std::error_code ignored;
     const auto claim = [&](const fs::path& result) {
         if (!result.empty() && result != "-" &&
-            !results.insert(fs::weakly_canonical(result, ignored)).second) {
+            !results.insert(fs::weakly_canonical(systemPath(result), ignored)).second) {
             misused(result.string() + ": two results would have this name");
         }
     };
@@ -155,7 +156,7 @@ std::vector<CRenderJob> makeJobs(const CRenderCommand& command)
     }
     for (const fs::path& input : command.inputs) {
         for (const fs::path& result : results) {
-            if (fs::equivalent(input, result, ignored)) {
+            if (fs::equivalent(systemPath(input), result, ignored)) {
                 misused(input.string() + ": a result would replace the file");
             }
         }

@@ -7,6 +7,9 @@
 
 namespace qel::tools {
 
+// The path in the form in which the system takes it, however long it is. For calls, not for texts.
+std::filesystem::path systemPath(const std::filesystem::path& path);
+
 // Null when it cannot be loaded; `outReason` tells why.
 void* openLibrary(const std::filesystem::path& path, std::string& outReason);
 void* findSymbol(void* library, const char* name);

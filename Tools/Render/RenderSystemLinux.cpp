@@ -17,6 +17,11 @@ void (*interruptionHandler)() = nullptr;
 
 } // namespace
 
+fs::path systemPath(const fs::path& path)
+{
+    return path;
+}
+
 void* openLibrary(const fs::path& path, std::string& outReason)
 {
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);

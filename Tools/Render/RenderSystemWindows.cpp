@@ -1,6 +1,8 @@
 // What the renderer asks of Windows.
 #include "Render/RenderSystem.h"
 
+#include "Windows/WideText.h"
+
 #include <atomic>
 #include <system_error>
 
@@ -27,10 +29,18 @@ BOOL WINAPI takeInterruption(DWORD)
 
 } // namespace
 
+fs::path systemPath(const fs::path& path)
+{
+    std::error_code error;
+    const fs::path whole = fs::absolute(path, error); // a folder counts too that is not named
+    std::wstring wide;
+    return error || platform::widePath(whole.string(), wide) ? path : fs::path(wide);
+}
+
 void* openLibrary(const fs::path& path, std::string& outReason)
 {
     // A library that brings others finds them beside itself.
-    HMODULE library = LoadLibraryExW(path.c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    HMODULE library = LoadLibraryExW(systemPath(path).c_str(), nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
     if (!library) {
         outReason = path.string() + ": " +
                     std::error_code(static_cast<int>(GetLastError()), std::system_category()).message();
