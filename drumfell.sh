@@ -36,8 +36,8 @@ usage: drumfell.sh COMMAND
   bench      build and run the benchmarks (arguments go to Google Benchmark)
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
-  windows    cross-build the library, the renderer and their tests for Windows with MinGW-w64; with --test run the tests
-             under wine and compare sounds and states with those of Linux; with --library build the library alone
+  windows    cross-build the library and the renderer for Windows with MinGW-w64; with --library the library alone; with
+             --test build tests too, run them under wine, and compare sounds and states with those of Linux
   package    build what users get, a Debian package and a zip for Windows, and try both: installed into empty folders, each
              has to render a loop
   install    put the library where hosts look, ~/.vst, and the tools into ~/.local/bin; with --prefix DIR into DIR/lib/vst
@@ -118,9 +118,11 @@ build_windows_library() {
     ls -l build/windows-library/Drumfell.dll
 }
 
+# build_windows [TARGET...]; all without one
 build_windows() {
     need "${build_packages[@]}" "${windows_packages[@]}"
     build release drumfell-treec drumfell-presetc drumfell-gfxc
+    [ $# -gt 0 ] || build release drumfell-inspect # tells tests where views lie
     cmake/windows-libraries.sh build/windows-libraries
     build windows "$@"
 }
@@ -183,8 +185,8 @@ try_render() {
 package() {
     local debian windows
     need "${build_packages[@]}" "${package_packages[@]}"
-    build release
-    build_windows
+    build release Drumfell drumfell-render drumfell-inspect drumfell-drumloop
+    build_windows Drumfell drumfell-render
     debian=$(pack release "*.deb")
     windows=$(pack windows "*.zip")
 
@@ -337,9 +339,13 @@ windows)
         build_windows_library
         exit
     fi
-    build_windows
+    if [ "${2:-}" = --test ]; then
+        build_windows
+        test_windows
+        exit
+    fi
+    build_windows Drumfell drumfell-render
     ls -l build/windows/Drumfell.dll build/windows/bin/drumfell-render.exe
-    [ "${2:-}" != --test ] || test_windows
     ;;
 package)
     package

@@ -5,6 +5,7 @@
 #include "CTestXServer.h"
 #include "HostRig.h"
 #include "TemporaryFolder.h"
+#include "ViewPlace.h"
 
 #include <gtest/gtest.h>
 
@@ -15,15 +16,7 @@
 
 namespace qel::test {
 
-// Where a view lies in its window, as `drumfell-inspect --views` has it with these arguments: tests go by
-// names and stay when the design moves.
-struct ViewPlace
-{
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-};
+// Where a view lies in the window that the inspector shows with these arguments.
 ViewPlace placeOf(const std::string& path, const std::string& arguments = {});
 
 // One effect with a window for its editor.

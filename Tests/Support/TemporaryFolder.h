@@ -1,9 +1,8 @@
 // A folder of its own for one test.
 #pragma once
 
-#include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
+#include <random>
 #include <string>
 
 namespace qel::test {
@@ -15,22 +14,32 @@ class TemporaryFolder
 public:
     TemporaryFolder()
     {
-        std::string name = (std::filesystem::temp_directory_path() / "drumfell-XXXXXX").string();
-        if (!mkdtemp(name.data())) {
-            throw std::runtime_error("no temporary folder");
-        }
-        root_ = name;
+        std::random_device random;
+        do {
+            root_ = std::filesystem::temp_directory_path() / ("drumfell-" + std::to_string(random()));
+        } while (!std::filesystem::create_directory(root_));
     }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder()
     {
         std::error_code ignored;
+#ifdef _WIN32
+        // The form of a path that may be longer than others.
+        std::filesystem::remove_all(LR"(\\?\)" + root_.make_preferred().wstring(), ignored);
+#else
         std::filesystem::remove_all(root_, ignored);
+#endif
     }
 
-    const std::filesystem::path& root() const { return root_; }
-    std::string path(const std::string& name) const { return (root_ / name).generic_string(); }
+    const std::filesystem::path& root() const
+    {
+        return root_;
+    }
+    std::string path(const std::string& name = {}) const
+    {
+        return (root_ / name).generic_string();
+    }
 
 private:
     std::filesystem::path root_;

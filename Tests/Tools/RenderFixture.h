@@ -18,9 +18,16 @@ namespace qel::tools {
 class RenderFixture : public FolderFixture
 {
 protected:
-    ~RenderFixture() override { unsetenv("DRUMFELL_TEST_GUEST"); }
+    ~RenderFixture() override { behave(""); }
 
-    static void behave(const std::string& words) { setenv("DRUMFELL_TEST_GUEST", words.c_str(), 1); }
+    static void behave(const std::string& words)
+    {
+#ifdef _WIN32
+        _putenv_s("DRUMFELL_TEST_GUEST", words.c_str());
+#else
+        setenv("DRUMFELL_TEST_GUEST", words.c_str(), 1);
+#endif
+    }
     static std::shared_ptr<CGuestLibrary> library()
     {
         return std::make_shared<CGuestLibrary>(DRUMFELL_GUEST);

@@ -1,137 +1,32 @@
-// The editor in a host's window, with the system's own pointer.
-#include "HostRig.h"
+// The editor in a host, as a user has it before them.
+#include "EditorRig.h"
 
-#include <gtest/gtest.h>
+#include "EffectLibrary.h"
 
-#include <algorithm>
-#include <set>
-
-#include <windows.h>
+#include <fstream>
+#include <iterator>
+#include <thread>
 
 namespace qel::test {
 namespace {
 
-constexpr DWORD kPatienceMs = 5000;
+constexpr const char* kKnob = "ui.main-window.c.out.knobs.outgain.knob-base";
+constexpr const char* kList = "ui.main-window.c.upper.xover.row.param-value-selector";
+constexpr const char* kName = "ui.main-window.window-title.instance-name";
+constexpr const char* kSettings = "ui.main-window.c.buttons.settings";
+constexpr const char* kPresets = "ui.main-window.c.buttons.preset-manager";
 
-std::vector<HWND> topWindows()
+ViewPlace scaled(const ViewPlace& place, double scale)
 {
-    std::vector<HWND> windows;
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND window, LPARAM list) {
-            if (IsWindowVisible(window)) {
-                reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
-            }
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(&windows));
-    return windows;
+    const auto side = [&](int px) { return static_cast<int>(px * scale); };
+    return {side(place.x), side(place.y), side(place.width), side(place.height)};
 }
 
-class WindowsEditor : public testing::Test
+std::string contentOf(const std::filesystem::path& path)
 {
-protected:
-    WindowsEditor()
-    {
-        host_.call(vst24::kOpen);
-        ERect* rect = nullptr;
-        host_.call(vst24::kEditGetRect, 0, 0, &rect);
-        rect_ = rect ? *rect : ERect();
-        window_ = CreateWindowExW(0, L"STATIC", L"host", WS_POPUP | WS_CLIPCHILDREN | WS_VISIBLE, 40, 30,
-                                  rect_.right, rect_.bottom, nullptr, nullptr, nullptr, nullptr);
-    }
-    ~WindowsEditor() override
-    {
-        host_.close();
-        DestroyWindow(window_);
-    }
-
-    bool open() { return host_.call(vst24::kEditOpen, 0, 0, window_) != 0; }
-    void close() { host_.call(vst24::kEditClose); }
-    HWND editor() const { return GetWindow(window_, GW_CHILD); }
-
-    // As hosts do, until the condition holds; false when it never does.
-    bool runUntil(const std::function<bool()>& condition, DWORD limitMs = kPatienceMs)
-    {
-        const DWORD start = GetTickCount();
-        do {
-            for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) {
-                TranslateMessage(&message);
-                DispatchMessageW(&message);
-            }
-            host_.call(vst24::kEditIdle);
-            if (condition()) {
-                return true;
-            }
-            Sleep(5);
-        } while (GetTickCount() - start < limitMs);
-        return false;
-    }
-    void run(DWORD ms)
-    {
-        runUntil([] { return false; }, ms);
-    }
-    std::set<COLORREF> colours()
-    {
-        const HDC context = GetDC(editor());
-        std::set<COLORREF> found;
-        for (int y = 4; y < rect_.bottom; y += 16) {
-            for (int x = 4; x < rect_.right; x += 16) {
-                found.insert(GetPixel(context, x, y));
-            }
-        }
-        ReleaseDC(editor(), context);
-        return found;
-    }
-
-    void pointerTo(int x, int y)
-    {
-        POINT point{x, y};
-        ClientToScreen(window_, &point);
-        SetCursorPos(point.x, point.y);
-        run(15);
-    }
-    void button(DWORD flag)
-    {
-        INPUT input{};
-        input.type = INPUT_MOUSE;
-        input.mi.dwFlags = flag;
-        SendInput(1, &input, sizeof input);
-        run(15);
-    }
-    void click(int x, int y)
-    {
-        pointerTo(x, y);
-        button(MOUSEEVENTF_LEFTDOWN);
-        button(MOUSEEVENTF_LEFTUP);
-    }
-    // What the parameters are after a drag upwards.
-    std::vector<float> drag(int x, int y)
-    {
-        pointerTo(x, y);
-        button(MOUSEEVENTF_LEFTDOWN);
-        pointerTo(x, y - 8);
-        pointerTo(x, y - 30);
-        button(MOUSEEVENTF_LEFTUP);
-        return host_.getAll();
-    }
-    // Visits points of the window until the action says that it was the right one.
-    bool search(const std::function<bool(int x, int y)>& action)
-    {
-        for (int y = 34; y < rect_.bottom; y += 26) {
-            for (int x = 10; x < rect_.right; x += 26) {
-                if (action(x, y)) {
-                    return true;
-                }
-            }
-        }
-        return false;
-    }
-
-    Host host_;
-    ERect rect_{};
-    HWND window_ = nullptr;
-};
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
 
 TEST_F(WindowsEditor, FillsTheHostsWindowAndPaints)
 {
@@ -139,50 +34,193 @@ TEST_F(WindowsEditor, FillsTheHostsWindowAndPaints)
     ASSERT_NE(editor(), nullptr);
     RECT place{};
     GetClientRect(editor(), &place);
-    EXPECT_EQ(place.right, rect_.right);
-    EXPECT_EQ(place.bottom, rect_.bottom);
-    EXPECT_TRUE(runUntil([&] { return colours().size() > 8; })) << colours().size() << " colours";
+    EXPECT_EQ(place.right, rect().right);
+    EXPECT_EQ(place.bottom, rect().bottom);
+    EXPECT_TRUE(runUntil([&] {
+        const auto seen = colours();
+        return std::set(seen.begin(), seen.end()).size() > 8;
+    }));
     close();
     EXPECT_EQ(editor(), nullptr);
 }
 
-TEST_F(WindowsEditor, TurnsAKnobByThePointer)
+TEST_F(WindowsEditor, TurnsAKnobByThePointerAndLeavesTheKeyboardToTheHost)
 {
     ASSERT_TRUE(open());
-    run(300);
+    run(100);
     const std::vector<float> before = host_.getAll();
-    EXPECT_TRUE(search([&](int x, int y) { return drag(x, y) != before; }));
+    moveTo(window_, placeOf(kKnob));
+    button(MOUSEEVENTF_LEFTDOWN);
+    pointerTo(window_, placeOf(kKnob).x + 20, placeOf(kKnob).y - 20);
+    button(MOUSEEVENTF_LEFTUP);
+    EXPECT_TRUE(runUntil([&] { return host_.getAll() != before; }));
     EXPECT_GT(host_.automations, 0);
+    EXPECT_EQ(GetFocus(), window_);
+    type(VK_SPACE);
+    EXPECT_GT(hostKeys_, 0) << "its space bar starts the transport";
 }
 
-TEST_F(WindowsEditor, ClosesAPopUpByAPressElsewhere)
+TEST_F(WindowsEditor, OpensListsThatAPressElsewhereCloses)
 {
     ASSERT_TRUE(open());
-    run(300);
-    const auto popups = [&] {
-        return std::ranges::count_if(topWindows(), [](HWND window) {
-            return (GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_NOACTIVATE) != 0;
-        });
+    run(100);
+    const auto isOpen = [&] { return !popups().empty(); };
+    const auto isClosed = [&] { return popups().empty(); };
+    click(window_, placeOf(kList));
+    ASSERT_TRUE(runUntil(isOpen));
+    click(window_, {rect().right - 4, rect().bottom - 4, 2, 2});
+    EXPECT_TRUE(runUntil(isClosed));
+    click(window_, placeOf(kList));
+    ASSERT_TRUE(runUntil(isOpen));
+    click(nullptr, {900, 700, 2, 2}); // of the screen
+    EXPECT_TRUE(runUntil(isClosed));
+}
+
+// Hosts look for shortcuts in their loop.
+TEST_F(WindowsEditor, HasTheKeyboardWhileATextIsEdited)
+{
+    ASSERT_TRUE(open());
+    run(100);
+    const auto edit = [&] {
+        click(window_, placeOf(kName));
+        click(window_, placeOf(kName));
+        EXPECT_TRUE(runUntil([&] { return GetFocus() != window_; }));
+        type('A', VK_CONTROL);
     };
-    const auto closeDialogs = [&] {
-        for (HWND window : topWindows()) {
-            if (window != window_ && !(GetWindowLongW(window, GWL_EXSTYLE) & WS_EX_NOACTIVATE)) {
-                SendMessageW(window, WM_CLOSE, 0, 0);
-            }
-        }
+    const auto copied = [&] {
+        edit();
+        type('C', VK_CONTROL);
+        type(VK_ESCAPE);
+        return clipboard();
     };
-    const auto before = popups();
-    POINT opened{};
-    ASSERT_TRUE(search([&](int x, int y) {
-        click(x, y);
-        closeDialogs();
-        opened = {x, y};
-        return popups() > before;
-    }));
-    run(300);
-    const int bottom = rect_.bottom - 3; // where no pop-up reaches
-    click(opened.x < rect_.right / 2 ? rect_.right - 3 : 2, opened.y < rect_.bottom / 2 ? bottom : 2);
-    EXPECT_TRUE(runUntil([&] { return popups() == before; })) << "opened at " << opened.x << ", " << opened.y;
+    edit();
+    type('B');
+    type('A', VK_SHIFT);
+    type(VK_SPACE);
+    insert(L'\u03A9');
+    type(VK_LEFT);
+    type(VK_BACK);
+    type(VK_HOME);
+    type('X');
+    type(VK_END);
+    type('Y');
+    type(VK_RETURN);
+    EXPECT_EQ(GetFocus(), window_) << "it has the keyboard back";
+    EXPECT_EQ(copied(), L"xbA\u03A9y");
+
+    // Another program still looks at what has come into the clipboard.
+    setClipboard(L"from\r\nelse\u20AC");
+    edit();
+    std::thread watcher([] {
+        OpenClipboard(nullptr);
+        Sleep(60);
+        CloseClipboard();
+    });
+    Sleep(10);
+    type('V', VK_CONTROL);
+    watcher.join();
+    type(VK_RETURN);
+    EXPECT_EQ(copied(), L"from else\u20AC");
+    EXPECT_EQ(hostKeys_, 0);
+
+    edit();
+    close();
+    EXPECT_EQ(GetFocus(), window_);
+}
+
+TEST_F(WindowsEditor, FollowsItsSettings)
+{
+    const auto dialog = [](const std::string& path) { return placeOf("win-settings." + path); };
+    ASSERT_TRUE(open());
+    run(500);
+    const auto colour = [&] { return colours()[0]; };
+    const COLORREF before = colour();
+    HWND settings = openDialog(placeOf(kSettings));
+    ASSERT_NE(settings, nullptr);
+    click(settings, dialog("c.settings.colors.palette-selector.button#1"));
+    EXPECT_TRUE(runUntil([&] { return colour() != before; }));
+    click(settings, dialog("c.settings.colors.palette-selector.button"));
+    EXPECT_TRUE(runUntil([&] { return colour() == before; }));
+    click(settings, dialog("c.settings.scale.ui-scale-selector.button#2"));
+    close();
+    EXPECT_TRUE(dialogs().empty());
+    ASSERT_TRUE(open());
+    run(100);
+    RECT place{};
+    GetClientRect(editor(), &place);
+    EXPECT_EQ(place.right, 675);
+    SetWindowPos(window_, nullptr, 0, 0, rect().right, rect().bottom, SWP_NOMOVE | SWP_NOZORDER);
+    settings = openDialog(scaled(placeOf(kSettings), 1.25));
+    ASSERT_NE(settings, nullptr);
+    click(settings, scaled(dialog("c.settings.scale.ui-scale-selector.button#1"), 1.25));
+    close();
+    EXPECT_EQ(rect().right, 540);
+}
+
+// Hosts often only hide a window that the user closes.
+TEST_F(WindowsEditor, TakesItsDialogsAlongWhereTheHostHidesOrLosesIt)
+{
+    ASSERT_TRUE(open());
+    run(100);
+    const HWND dialog = openDialog(placeOf(kSettings));
+    ASSERT_NE(dialog, nullptr);
+    ShowWindow(window_, SW_HIDE);
+    EXPECT_TRUE(runUntil([&] { return dialogs().empty(); }));
+    ShowWindow(window_, SW_SHOW);
+    ASSERT_TRUE(runUntil([&] { return !dialogs().empty(); }));
+    EXPECT_EQ(dialogs()[0], dialog);
+    DestroyWindow(window_);
+    EXPECT_TRUE(runUntil([&] { return dialogs().empty(); }));
+}
+
+TEST_F(WindowsEditor, SavesAndLoadsBanksByTheSystemsDialogs)
+{
+    const auto button = [](const char* name) {
+        return placeOf(std::string("win-preset-manager.c.banks.buttons.") + name);
+    };
+    const std::filesystem::path folder = home_.root() / L"gr\u00F6\u00DFe \u03A9";
+    const std::filesystem::path file = folder / "bank.cbf";
+    const std::filesystem::path stored = home_.storeFolder() / "AppDataLocal_shared-banks";
+    // Written by the build's own system.
+    const std::filesystem::path factory =
+        EffectLibrary::path().parent_path() / "resources" / "FactoryROM.cbf";
+    std::filesystem::create_directory(folder);
+    ASSERT_TRUE(open());
+    run(100);
+    const HWND presets = openDialog(placeOf(kPresets));
+    ASSERT_NE(presets, nullptr);
+    const auto press = [&](const char* name, std::initializer_list<DialogUser::Act> acts) {
+        const DialogUser user(acts);
+        click(presets, button(name));
+        EXPECT_TRUE(runUntil([&] { return user.isDone(); }));
+        run(300);
+        EXPECT_EQ(dialogs().size(), 1U) << "nothing is complained of";
+    };
+    press("save", {DialogUser::press(IDCANCEL)});
+    press("save", {DialogUser::enter(folder / "bank")});
+    EXPECT_TRUE(contentOf(file).starts_with("abnk"));
+    std::ofstream(file) << "precious";
+    press("save", {DialogUser::enter(file), DialogUser::press(IDNO), DialogUser::press(IDCANCEL)});
+    EXPECT_EQ(contentOf(file), "precious");
+    press("load", {DialogUser::press(IDCANCEL)});
+    EXPECT_FALSE(std::filesystem::exists(stored));
+    press("load", {DialogUser::enter(factory)});
+    EXPECT_GT(contentOf(stored).size(), 100U);
+}
+
+// The loop of a dialog serves the host, too.
+TEST_F(WindowsEditor, IsClosedAndEndedWhileADialogWaits)
+{
+    for (const bool isEnd : {false, true}) {
+        ASSERT_TRUE(open());
+        run(100);
+        const HWND presets = openDialog(placeOf(kPresets));
+        ASSERT_NE(presets, nullptr);
+        const DialogUser user({[&](HWND) { isEnd ? host_.close() : close(); }});
+        click(presets, placeOf("win-preset-manager.c.banks.buttons.save"));
+        EXPECT_TRUE(runUntil([&] { return user.isDone() && dialogs().empty(); }));
+        EXPECT_EQ(editor(), nullptr);
+    }
 }
 
 TEST_F(WindowsEditor, OpensAHundredTimesWithoutKeepingAnything)

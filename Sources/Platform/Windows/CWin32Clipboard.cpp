@@ -9,12 +9,29 @@
 
 namespace qel::platform {
 
+namespace {
+
+// Programs that watch the clipboard hold it for a moment after each change.
+constexpr int kOpenAttempts = 10;
+constexpr DWORD kOpenPauseMs = 5;
+
+} // namespace
+
 // Needs a window to own what is put in.
 bool CWin32Clipboard::open() const
 {
     const auto owner =
         std::ranges::find_if(session_->windows, [](const auto* window) { return window->window(); });
-    return owner != session_->windows.end() && OpenClipboard((*owner)->window());
+    if (owner == session_->windows.end()) {
+        return false;
+    }
+    for (int attempt = 1; !OpenClipboard((*owner)->window()); ++attempt) {
+        if (attempt == kOpenAttempts) {
+            return false;
+        }
+        Sleep(kOpenPauseMs);
+    }
+    return true;
 }
 
 void CWin32Clipboard::setText(const std::string& text)

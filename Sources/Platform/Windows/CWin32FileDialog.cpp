@@ -76,6 +76,15 @@ private:
     HWND window_ = nullptr;
 };
 
+// The host may give the library up while code of it waits for the user.
+HMODULE keepLibrary()
+{
+    HMODULE library = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const wchar_t*>(moduleHandle()), &library);
+    return library;
+}
+
 std::wstring nativePath(const std::string& path)
 {
     std::wstring wide = wideText(path);
@@ -87,17 +96,39 @@ std::wstring nativePath(const std::string& path)
 
 bool CWin32FileDialog::start(const FileDialogRequest& request, Handler handler)
 {
-    if (isOpen_) {
+    if (run_) {
         return false;
     }
-    isOpen_ = true;
-    const FileDialogResult result = run(request);
-    isOpen_ = false;
+    const auto run = std::make_shared<Run>();
+    run_ = run;
+    const HMODULE library = keepLibrary();
+    const FileDialogResult result = show(request, *run);
+    if (run->isCancelled) { // this object may be gone, and without the library what is on the stack
+        return true;
+    }
+    FreeLibrary(library);
+    run_.reset();
     handler(result); // may destroy the display
     return true;
 }
 
-FileDialogResult CWin32FileDialog::run(const FileDialogRequest& request)
+void CWin32FileDialog::cancel()
+{
+    if (const std::shared_ptr<Run> run = std::exchange(run_, nullptr)) {
+        run->isCancelled = true;
+        EnumThreadWindows(
+            GetCurrentThreadId(),
+            [](HWND window, LPARAM owner) {
+                if (GetWindow(window, GW_OWNER) == reinterpret_cast<HWND>(owner)) {
+                    PostMessageW(window, WM_COMMAND, IDCANCEL, 0);
+                }
+                return TRUE;
+            },
+            reinterpret_cast<LPARAM>(run->owner));
+    }
+}
+
+FileDialogResult CWin32FileDialog::show(const FileDialogRequest& request, Run& run)
 {
     const auto over = reinterpret_cast<HWND>(request.owner);
     FileDialogResult result;
@@ -105,11 +136,12 @@ FileDialogResult CWin32FileDialog::run(const FileDialogRequest& request)
     if (!owner.create(IsWindow(over) ? GetAncestor(over, GA_ROOT) : nullptr, result)) {
         return result;
     }
-    return request.mode == FileDialogMode::kFolder ? runFolder(request, owner.handle())
-                                                   : runFile(request, owner.handle());
+    run.owner = owner.handle();
+    return request.mode == FileDialogMode::kFolder ? showFolder(request, owner.handle())
+                                                   : showFile(request, owner.handle());
 }
 
-FileDialogResult CWin32FileDialog::runFile(const FileDialogRequest& request, HWND owner)
+FileDialogResult CWin32FileDialog::showFile(const FileDialogRequest& request, HWND owner)
 {
     std::vector<wchar_t> path(kMaxPath, L'\0');
     const std::wstring fileName = nativePath(request.fileName);
@@ -144,7 +176,7 @@ FileDialogResult CWin32FileDialog::runFile(const FileDialogRequest& request, HWN
     return result;
 }
 
-FileDialogResult CWin32FileDialog::runFolder(const FileDialogRequest& request, HWND owner)
+FileDialogResult CWin32FileDialog::showFolder(const FileDialogRequest& request, HWND owner)
 {
     const bool isInitialized = SUCCEEDED(OleInitialize(nullptr)); // the dialog's newer form needs it
     const std::wstring title = wideText(request.title);

@@ -36,14 +36,27 @@ LRESULT CALLBACK CWin32KeyHook::procedure(int code, WPARAM wParam, LPARAM lParam
 {
     auto* message = reinterpret_cast<MSG*>(lParam);
     CWin32Window* const window = hookedWindow;
-    const bool isKey =
-        code >= 0 && wParam == PM_REMOVE && (message->message == WM_KEYDOWN || message->message == WM_KEYUP);
-    if (isKey && window && message->hwnd == window->window()) {
-        const MSG key = *message;
-        message->message = WM_NULL;
-        window->handleKey(key.message, key.wParam, key.lParam);
+    if (code >= 0 && wParam == PM_REMOVE && window && message->hwnd == window->window()) {
+        take(*message, *window);
     }
     return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
+void CWin32KeyHook::take(MSG& message, CWin32Window& window)
+{
+    const MSG key = message;
+    const bool isKey = key.message == WM_KEYDOWN || key.message == WM_KEYUP;
+    if (!isKey && key.message != WM_CHAR) {
+        return;
+    }
+    message.message = WM_NULL;
+    if (key.message == WM_CHAR) {
+        window.handleText(key.wParam);
+    } else if (key.wParam == VK_PACKET || key.wParam == VK_PROCESSKEY) {
+        TranslateMessage(&key); // their text comes as WM_CHAR
+    } else {
+        window.handleKey(key.message, key.wParam, key.lParam);
+    }
 }
 
 } // namespace qel::platform

@@ -45,8 +45,9 @@ public:
 
     // Of the registered classes.
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
-    // A key that the hook has kept from the host.
+    // What the hook has kept from the host: a key, or a character that has none.
     void handleKey(UINT message, WPARAM wParam, LPARAM lParam);
+    void handleText(WPARAM unit);
 
 private:
     bool isTopLevel() const { return kind_ == WindowKind::kPopup || kind_ == WindowKind::kDialog; }

@@ -306,6 +306,17 @@ void CWin32Window::handleKey(UINT message, WPARAM wParam, LPARAM lParam)
     }
 }
 
+void CWin32Window::handleText(WPARAM unit)
+{
+    // Halves of pairs come one by one, and no edit takes such characters.
+    const std::u32string text = charactersOf(std::wstring(1, static_cast<wchar_t>(unit)));
+    if (!text.empty()) {
+        KeyEvent event;
+        event.character = text[0];
+        listener_.onKeyPress(event);
+    }
+}
+
 void CWin32Window::handleFocus(bool isFocused)
 {
     if (!isFocused && isFocusTaken_) { // whoever has it now is to keep it

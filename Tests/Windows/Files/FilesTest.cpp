@@ -2,7 +2,7 @@
 #include "CApplicationData.h"
 #include "CFile.h"
 #include "FileSystem.h"
-#include "ProfileRig.h"
+#include "TemporaryHome.h"
 #include "WholeFile.h"
 
 namespace qel {
@@ -10,8 +10,8 @@ namespace {
 
 using Access = CFile::Access;
 using namespace platform;
-using test::Folder;
-using test::MovedProfile;
+using Folder = test::TemporaryFolder;
+using test::TemporaryHome;
 
 std::string deepFolder(const Folder& folder)
 {
@@ -74,10 +74,10 @@ TEST(WindowsFiles, TellWhyTheyDoNotOpen)
 
 TEST(WindowsSettings, FollowTheProfileToAnyPlace)
 {
-    const Folder folder;
-    const std::string profile = folder.path("Pröfil \xE6\x97\xA5");
+    TemporaryHome home;
+    const std::string profile = home.root().generic_string() + "/Pröfil \xE6\x97\xA5";
     ASSERT_EQ(createFolder(profile), 0);
-    const MovedProfile moved(profile);
+    home.use(profile);
     CLocalData store;
     const CError error = store.saveString("words", "some", nullptr);
     EXPECT_FALSE(error) << error.text();
@@ -87,24 +87,24 @@ TEST(WindowsSettings, FollowTheProfileToAnyPlace)
 
 TEST(WindowsSettings, GoOnWithoutAProfileAndSaySo)
 {
-    const Folder folder;
-    writeWhole(folder.path("file"), "no folder");
-    for (const char* place : {"missing", "file"}) {
-        const MovedProfile moved(folder.path(place));
+    TemporaryHome home;
+    const std::string root = home.root().generic_string();
+    writeWhole(root + "/file", "no folder");
+    for (const char* place : {"/missing", "/file"}) {
+        home.use(root + place);
         CLocalData store;
         EXPECT_EQ(store.loadString("words", "none"), "none");
         EXPECT_TRUE(store.saveString("words", "some", nullptr)) << place;
     }
-    EXPECT_EQ(readWhole(folder.path("file")), "no folder");
+    EXPECT_EQ(readWhole(root + "/file"), "no folder");
 }
 
 TEST(WindowsSettings, KeepTheOldValueWhenTheNewOneCannotBeWritten)
 {
-    const Folder folder;
-    const MovedProfile moved(folder.path());
+    const TemporaryHome home;
     CLocalData store;
     EXPECT_FALSE(store.saveString("words", "old", nullptr));
-    const std::filesystem::path file = folder.path("Brintal/Audio Plug-Ins/AppDataLocal_words");
+    const std::filesystem::path file = home.storeFolder() / "AppDataLocal_words";
     CFile held;
     ASSERT_EQ(held.open(file.string(), Access::kRead), 0);
     EXPECT_TRUE(store.saveString("words", "new", nullptr));
