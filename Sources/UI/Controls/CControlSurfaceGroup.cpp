@@ -27,7 +27,7 @@ enum Look : std::uint32_t
 };
 // Colours by slot, where the tree gives no other.
 constexpr const char* kSurfaceColors[] = {"Action", "CSPointOff", "CSSliderBarPit", "CSSliderBarUnderlay",
-                                       "CSSliderBar"};
+                                          "CSSliderBar"};
 constexpr std::uint32_t kPointOffSlot = 1;
 constexpr std::uint32_t kFirstSliderSlot = 2;
 constexpr std::size_t kFirstSliderClip = 2;
