@@ -113,7 +113,7 @@ TEST_F(RudeEditor, IsIdledAndClosedFromWithinItsOwnCalls)
     editor.idleFor(0.1);
     const auto drag = [&] {
         editor.drag(placeOf(kKnob), 36);
-        editor.idleFor(0.1);
+        editor.idleFor(0.5); // sooner, the next press would be a double click
     };
     int depth = 0;
     editor.host().whenAutomated = [&] {
