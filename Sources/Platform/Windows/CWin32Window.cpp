@@ -1,9 +1,12 @@
-// Making a window, and what it is told to do.
+// One window of ours over USER32.
 #include "CWin32Window.h"
 
 #include "CGdiSurface.h"
 #include "WideText.h"
+#include "Win32Keys.h"
 #include "WindowClassNames.h"
+
+#include <windowsx.h>
 
 #include <algorithm>
 #include <utility>
@@ -43,6 +46,11 @@ HCURSOR cursorOf(CursorShape shape)
 {
     const wchar_t* name = kCursorNames[static_cast<int>(shape)];
     return name ? LoadCursorW(nullptr, name) : nullptr;
+}
+
+unsigned bitOf(MouseButton button)
+{
+    return 1u << static_cast<unsigned>(button);
 }
 
 } // namespace
@@ -228,6 +236,260 @@ void CWin32Window::watchHost(bool isActive)
     if (!life.expired() && window_) {
         handleMove();
     }
+}
+
+// --- messages
+
+LRESULT CALLBACK CWin32Window::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam)
+{
+    auto* self = reinterpret_cast<CWin32Window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (!self || self->window_ != window) {
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+    return self->handle(message, wParam, lParam);
+}
+
+LRESULT CWin32Window::handle(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    const HWND window = window_;
+    switch (message) {
+    case WM_PAINT:
+        handlePaint();
+        return 0;
+    case WM_ERASEBKGND:
+        return 1;
+    case WM_SIZE:
+        handleSize(LOWORD(lParam), HIWORD(lParam));
+        return 0;
+    case WM_MOVE:
+        handleMove();
+        return 0;
+    case WM_MOUSEMOVE:
+        handlePointer(lParam);
+        return 0;
+    case WM_MOUSELEAVE:
+        isTrackingLeave_ = false;
+        if (!heldButtons_) { // else told after the release
+            listener_.onPointerLeave();
+        }
+        return 0;
+    case WM_LBUTTONDOWN:
+    case WM_LBUTTONDBLCLK:
+        handleButton(MouseButton::kLeft, true, message == WM_LBUTTONDBLCLK, lParam);
+        return 0;
+    case WM_RBUTTONDOWN:
+    case WM_RBUTTONDBLCLK:
+        handleButton(MouseButton::kRight, true, message == WM_RBUTTONDBLCLK, lParam);
+        return 0;
+    case WM_MBUTTONDOWN:
+    case WM_MBUTTONDBLCLK:
+        handleButton(MouseButton::kMiddle, true, message == WM_MBUTTONDBLCLK, lParam);
+        return 0;
+    case WM_LBUTTONUP:
+        handleButton(MouseButton::kLeft, false, false, lParam);
+        return 0;
+    case WM_RBUTTONUP:
+        handleButton(MouseButton::kRight, false, false, lParam);
+        return 0;
+    case WM_MBUTTONUP:
+        handleButton(MouseButton::kMiddle, false, false, lParam);
+        return 0;
+    case WM_CAPTURECHANGED:
+        if (reinterpret_cast<HWND>(lParam) != window && std::exchange(heldButtons_, 0)) {
+            listener_.onCaptureLost();
+        }
+        return 0;
+    case WM_MOUSEWHEEL:
+        handleWheel(wParam, lParam);
+        return 0;
+    case WM_MOUSEACTIVATE:
+        if (isTopLevel()) {
+            return MA_NOACTIVATE; // the host keeps the keyboard
+        }
+        break;
+    case WM_SETCURSOR:
+        if (LOWORD(lParam) == HTCLIENT) {
+            SetCursor(cursor_);
+            return TRUE;
+        }
+        break;
+    case WM_GETDLGCODE:
+        return isFocusTaken_ ? DLGC_WANTALLKEYS : 0;
+    case WM_KEYDOWN:
+    case WM_KEYUP:
+        if (isFocusTaken_) { // from a loop that the hook does not see
+            handleKey(message, wParam, lParam);
+            return 0;
+        }
+        break;
+    case WM_SETFOCUS:
+    case WM_KILLFOCUS:
+        handleFocus(message == WM_SETFOCUS);
+        return 0;
+    case WM_CLOSE:
+        listener_.onCloseRequest();
+        return 0;
+    case WM_NCDESTROY:
+        handleDestroyed();
+        break;
+    default:
+        break;
+    }
+    return DefWindowProcW(window, message, wParam, lParam);
+}
+
+void CWin32Window::handlePaint()
+{
+    const HWND window = window_;
+    const std::weak_ptr<bool> life = life_;
+    PAINTSTRUCT paint{};
+    paintContext_ = BeginPaint(window, &paint);
+    const RECT& rect = paint.rcPaint;
+    if (paintContext_ && rect.right > rect.left && rect.bottom > rect.top) {
+        listener_.onPaint({static_cast<int>(rect.left), static_cast<int>(rect.top),
+                           static_cast<int>(rect.right - rect.left),
+                           static_cast<int>(rect.bottom - rect.top)});
+    }
+    GdiFlush(); // the pixels are ours again
+    if (IsWindow(window)) {
+        EndPaint(window, &paint);
+    }
+    if (!life.expired()) {
+        paintContext_ = nullptr;
+    }
+}
+
+void CWin32Window::handleSize(int width, int height)
+{
+    if (width > 0 && height > 0 && (width != width_ || height != height_)) {
+        width_ = width;
+        height_ = height;
+        listener_.onResize(width, height);
+    }
+}
+
+void CWin32Window::handleMove()
+{
+    const PixelRect place = screenPlace();
+    if (place.x != screenOrigin_.x || place.y != screenOrigin_.y) {
+        screenOrigin_ = {place.x, place.y};
+        listener_.onMove(place.x, place.y);
+    }
+}
+
+void CWin32Window::fillPointer(POINT point, PointerEvent& event) const
+{
+    event.x = point.x;
+    event.y = point.y;
+    POINT screen = point;
+    ClientToScreen(window_, &screen);
+    event.screenX = screen.x;
+    event.screenY = screen.y;
+    event.isLeftDown = isWin32KeyDown(VK_LBUTTON);
+    event.isRightDown = isWin32KeyDown(VK_RBUTTON);
+    event.isMiddleDown = isWin32KeyDown(VK_MBUTTON);
+    event.modifiers = win32Modifiers();
+}
+
+void CWin32Window::handlePointer(LPARAM lParam)
+{
+    if (!isTrackingLeave_) {
+        TRACKMOUSEEVENT track{sizeof(track), TME_LEAVE, window_, 0};
+        isTrackingLeave_ = TrackMouseEvent(&track);
+    }
+    PointerEvent event;
+    fillPointer({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}, event);
+    listener_.onPointerMove(event);
+}
+
+void CWin32Window::handleButton(MouseButton button, bool isPress, bool isDouble, LPARAM lParam)
+{
+    ButtonEvent event;
+    event.button = button;
+    event.isDoubleClick = isDouble;
+    fillPointer({GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}, event);
+    if (isPress) {
+        if (!heldButtons_) {
+            SetCapture(window_);
+        }
+        heldButtons_ |= bitOf(button);
+        listener_.onButtonPress(event);
+        return;
+    }
+    if (!(heldButtons_ & bitOf(button))) {
+        return;
+    }
+    heldButtons_ &= ~bitOf(button);
+    if (!heldButtons_ && GetCapture() == window_) {
+        ReleaseCapture();
+    }
+    const std::weak_ptr<bool> life = life_;
+    listener_.onButtonRelease(event);
+    const bool isOutside = !PixelRect{0, 0, width_, height_}.contains(event.x, event.y);
+    if (!life.expired() && window_ && !heldButtons_ && isOutside) {
+        isTrackingLeave_ = false;
+        listener_.onPointerLeave();
+    }
+}
+
+void CWin32Window::handleWheel(WPARAM wParam, LPARAM lParam)
+{
+    wheelRest_ += GET_WHEEL_DELTA_WPARAM(wParam);
+    const int notches = wheelRest_ / WHEEL_DELTA;
+    if (notches == 0) {
+        return;
+    }
+    wheelRest_ -= notches * WHEEL_DELTA;
+    POINT point{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)}; // of the screen
+    ScreenToClient(window_, &point);
+    WheelEvent event;
+    fillPointer(point, event);
+    event.delta = notches;
+    listener_.onWheel(event);
+}
+
+void CWin32Window::handleKey(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (message == WM_KEYUP) {
+        listener_.onKeyRelease(win32KeyRelease(wParam));
+        return;
+    }
+    const std::weak_ptr<bool> life = life_;
+    for (const KeyEvent& event : win32KeyPresses(wParam, lParam)) {
+        listener_.onKeyPress(event);
+        if (life.expired()) {
+            return;
+        }
+    }
+}
+
+void CWin32Window::handleText(WPARAM unit)
+{
+    KeyEvent event;
+    event.character = win32Character(unit);
+    if (event.character) {
+        listener_.onKeyPress(event);
+    }
+}
+
+void CWin32Window::handleFocus(bool isFocused)
+{
+    if (!isFocused && isFocusTaken_) { // whoever has it now is to keep it
+        isFocusTaken_ = false;
+        previousFocus_ = nullptr;
+        keyHook_.remove();
+    }
+    listener_.onFocus(isFocused);
+}
+
+void CWin32Window::handleDestroyed()
+{
+    SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+    window_ = nullptr;
+    heldButtons_ = 0;
+    isFocusTaken_ = false;
+    keyHook_.remove();
+    listener_.onDestroyed();
 }
 
 } // namespace qel::platform

@@ -56,7 +56,7 @@ private:
     void handleSize(int width, int height);
     void handleMove();
     void handleButton(MouseButton button, bool isPress, bool isDouble, LPARAM lParam);
-    void handlePointer(WPARAM wParam, LPARAM lParam);
+    void handlePointer(LPARAM lParam);
     void handleWheel(WPARAM wParam, LPARAM lParam);
     void handleFocus(bool isFocused);
     void handleDestroyed();
