@@ -119,7 +119,6 @@ private:
     CError readLinks();
     void buildLinks();
     void buildAutoLinksInto(Child& destination, std::size_t place);
-    CError buildStates();
     bool isStateActive(int id) const;
 
     // Calls function(child) for every child and for the compound's own output.

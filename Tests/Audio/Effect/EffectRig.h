@@ -20,6 +20,35 @@ using Complex = std::complex<double>;
 // A value by its name below "modMain"; names that begin with a dot stand below the band processor.
 using Settings = std::map<std::string, double>;
 
+// What changes the sound and leaves its latency.
+inline constexpr const char* kSoundControls[] = {
+    ".xover-freq",
+    ".xover-type",
+    ".lf-mon",
+    ".lf-enable",
+    ".lf-gain",
+    ".punch-enable",
+    ".punch-gain",
+    ".sat-enable",
+    ".sat-drive",
+    ".sat-mode",
+    ".sat-lpf",
+    ".sat-hpf",
+    ".sat-gain",
+    ".sub-enable",
+    ".sub-gain",
+    ".comp-enable",
+    ".comp-drive",
+    ".mix-gain",
+    ".mono-enable",
+    ".drymix",
+    "modOutGain.gain",
+    "modOutGain.mute",
+    "modBypass.enable",
+    ".dcfilter-params.type",
+    ".dcfilter-params.freq",
+};
+
 inline double linear(double db)
 {
     return std::pow(10.0, db / 20.0);

@@ -111,38 +111,10 @@ TEST_F(EffectStream, OversamplingIsTransparentAndAsLateAsReported)
 
 // --- every setting at every rate
 
-constexpr const char* kMovedControls[] = {
-    ".xover-freq",
-    ".xover-type",
-    ".lf-mon",
-    ".lf-enable",
-    ".lf-gain",
-    ".punch-enable",
-    ".punch-gain",
-    ".sat-enable",
-    ".sat-drive",
-    ".sat-mode",
-    ".sat-lpf",
-    ".sat-hpf",
-    ".sat-gain",
-    ".sub-enable",
-    ".sub-gain",
-    ".comp-enable",
-    ".comp-drive",
-    ".mix-gain",
-    ".mono-enable",
-    ".drymix",
-    "modOutGain.gain",
-    "modOutGain.mute",
-    "modBypass.enable",
-    ".dcfilter-params.type",
-    ".dcfilter-params.freq",
-};
-
 // Any value, or one of the ends.
 void randomize(EffectHost& host, std::minstd_rand& random)
 {
-    for (const char* name : kMovedControls) {
+    for (const char* name : kSoundControls) {
         const CAudioParamInfo& info = host.parameter(name).getInfo();
         const double ends[] = {info.minValues[0], info.maxValues[0]};
         std::uniform_real_distribution<double> between(ends[0], ends[1]);
