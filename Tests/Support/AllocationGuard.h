@@ -25,10 +25,9 @@ struct AllocationCounts
 
 // While a guard lives, the calls its thread makes to the heap (malloc and its kin, free, new, delete), to
 // mmap and munmap, and to pthread locks (lock, timed lock, condition waits, and apart from these try-lock)
-// are counted. A
-// CCriticalSection tries before it waits, so in a test without contention its lock() shows as a try. Other
-// threads are not concerned. Guards do not nest. Read the counts after stop(), since a test's own checks
-// allocate too.
+// are counted. A CCriticalSection tries before it waits, so in a test without contention its lock() shows as
+// a try. Other threads are not concerned. Guards do not nest. Read the counts after stop(), since a test's
+// own checks allocate too.
 //
 // The functions are replaced in the test program itself: one of its source files includes this header with
 // QEL_DEFINE_ALLOCATION_GUARD defined. Sanitizers replace the same functions, so under them, and away from
