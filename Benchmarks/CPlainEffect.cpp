@@ -235,10 +235,13 @@ struct Saturator
         }
         calibrate(rateHz);
     }
-    static double curveGain(double u)
+    // Of the positive half-wave's curve and the negative one's, which bends at a third of the slope, one
+    // is 1.
+    static double curveGain(double level)
     {
         constexpr double kStart = -0.99;
         constexpr double kCentre = -2.390071426749364;
+        const double u = level - 1.0 > kStart ? level : level * (-1.0 / 3.0);
         const double v = u - 1.0;
         if (v <= kStart) {
             return 1.0;
@@ -254,9 +257,7 @@ struct Saturator
         const double u = (f + b1 * y1 + b2 * y2) * (kRadius * kRadius);
         y2 = y1;
         y1 = f;
-        const double first = curveGain(u);
-        const double second = curveGain(u * (-first / 3.0));
-        e1 += (first * second - e1) * smooth;
+        e1 += (curveGain(u) - e1) * smooth;
         e2 += (e1 - e2) * smooth;
         p[0] += (e2 - p[0]) * pumpFirst;
         for (int i = 0; i < 4; ++i) {
@@ -464,17 +465,13 @@ struct CPlainEffect::State
         }
     };
 
-    int stages;
-    bool hasEverything;
     Channel channels[kChannels];
     Transients transients;
     Shifter shifter;
     Compressor compressor;
     double subGain = linear(-3.0);
 
-    State(double rateHz, int stagesIn, bool hasEverythingIn)
-        : stages(stagesIn), hasEverything(hasEverythingIn), channels{{1, rateHz}, {2, rateHz}},
-          transients(rateHz), compressor(rateHz)
+    explicit State(double rateHz) : channels{{1, rateHz}, {2, rateHz}}, transients(rateHz), compressor(rateHz)
     {}
 
     // One sample of each channel, at the inner rate.
@@ -518,16 +515,15 @@ struct CPlainEffect::State
         }
     }
 
-    template <bool kHasEverything>
+    template <bool kHasEverything, int kStages>
     void process(const double* const* in, double* const* out, std::size_t count)
     {
-        const int factor = 1 << stages;
         for (std::size_t n = 0; n < count; ++n) {
-            double frames[8][kChannels];
+            double frames[1 << kStages][kChannels];
             for (int i = 0; i < kChannels; ++i) {
                 Channel& channel = channels[i];
                 frames[0][i] = channel.noise.add(in[i][n]);
-                for (int stage = 0; stage < stages; ++stage) {
+                for (int stage = 0; stage < kStages; ++stage) {
                     for (int k = (1 << stage) - 1; k >= 0; --k) {
                         frames[2 * k][i] = 2.0 * frames[k][i];
                         frames[2 * k + 1][i] = 0.0;
@@ -538,12 +534,12 @@ struct CPlainEffect::State
                     }
                 }
             }
-            for (int k = 0; k < factor; ++k) {
-                band<kHasEverything>(frames[k]);
+            for (double* const frame : frames) {
+                band<kHasEverything>(frame);
             }
             for (int i = 0; i < kChannels; ++i) {
                 Channel& channel = channels[i];
-                for (int stage = stages - 1; stage >= 0; --stage) {
+                for (int stage = kStages - 1; stage >= 0; --stage) {
                     for (int k = 0; k < 2 << stage; ++k) {
                         const double y = stage == 0 ? channel.steepDown.next(frames[k][i])
                                                     : channel.softDown[stage - 1].next(frames[k][i]);
@@ -556,21 +552,24 @@ struct CPlainEffect::State
             }
         }
     }
+
+    using Process = void (State::*)(const double* const*, double* const*, std::size_t);
+    static constexpr Process kProcesses[2][4] = {{&State::process<false, 0>, &State::process<false, 1>,
+                                                  &State::process<false, 2>, &State::process<false, 3>},
+                                                 {&State::process<true, 0>, &State::process<true, 1>,
+                                                  &State::process<true, 2>, &State::process<true, 3>}};
 };
 
 CPlainEffect::CPlainEffect(double sampleRateHz, int stages, bool hasEverything)
-    : state_(std::make_unique<State>(sampleRateHz * (1 << stages), stages, hasEverything))
+    : stages_(stages), hasEverything_(hasEverything),
+      state_(std::make_unique<State>(sampleRateHz * (1 << stages)))
 {}
 
 CPlainEffect::~CPlainEffect() = default;
 
 void CPlainEffect::process(const double* const* in, double* const* out, std::size_t count)
 {
-    if (state_->hasEverything) {
-        state_->process<true>(in, out, count);
-    } else {
-        state_->process<false>(in, out, count);
-    }
+    (state_.get()->*State::kProcesses[hasEverything_ ? 1 : 0][stages_])(in, out, count);
 }
 
 } // namespace qel

@@ -23,6 +23,8 @@ public:
 
 private:
     struct State;
+    int stages_;
+    bool hasEverything_;
     std::unique_ptr<State> state_;
 };
 
