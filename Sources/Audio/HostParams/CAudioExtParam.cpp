@@ -101,6 +101,9 @@ void CAudioExtParam::postNormalized(double norm)
 
 void CAudioExtParam::applyPosted(double timeSec)
 {
+    if (!posted_.getState().isWaiting()) {
+        return;
+    }
     const Projection* now = projection();
     if (!now || !goesByAudio(*now)) {
         return;

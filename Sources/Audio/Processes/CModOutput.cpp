@@ -2,21 +2,11 @@
 #include "CModOutput.h"
 
 #include "CKernelContext.h"
+#include "HostSamples.h"
 
 #include <algorithm>
 
 namespace qel {
-
-namespace {
-
-template <class Sample>
-void narrow(const double* from, void* channel, std::size_t offset, int count)
-{
-    std::transform(from, from + count, static_cast<Sample*>(channel) + offset,
-                   [](double sample) { return static_cast<Sample>(sample); });
-}
-
-} // namespace
 
 void CModOutput::write(const CAudioHostOutputs& outputs)
 {
@@ -43,9 +33,9 @@ void CModOutput::step(int count)
         if (!target || !from) {
             // The stream moves on all the same.
         } else if (outputs_.isDouble) {
-            narrow<double>(from, target, offset, wanted);
+            giveHostSamples(from, static_cast<double*>(target) + offset, static_cast<std::size_t>(wanted));
         } else {
-            narrow<float>(from, target, offset, wanted);
+            giveHostSamples(from, static_cast<float*>(target) + offset, static_cast<std::size_t>(wanted));
         }
         graph().kernels.release(samples);
     }

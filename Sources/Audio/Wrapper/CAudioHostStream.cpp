@@ -2,29 +2,12 @@
 #include "CAudioHostStream.h"
 
 #include "CModOutput.h"
+#include "HostSamples.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace qel {
-
-namespace {
-
-// No signal is as loud as 180 dB above full scale, but memory that nobody has filled may be. Filters and
-// envelopes would take seconds to minutes to forget it, and what is not finite they would never forget.
-constexpr double kLoudest = 1e9;
-
-template <class Sample>
-void widen(const void* channel, int start, double* out, int count)
-{
-    const Sample* from = static_cast<const Sample*>(channel) + start;
-    for (int i = 0; i < count; ++i) {
-        const double sample = from[i];
-        out[i] = std::fabs(sample) <= kLoudest ? sample : 0.0;
-    }
-}
-
-} // namespace
 
 CAudioHostStream::CAudioHostStream(CAudioGraph& graph, CAudioProcessBase& main, CModOutput& output,
                                    bool hasSidechain)
@@ -80,9 +63,11 @@ void CAudioHostStream::feed(CAudioFeed& target, const CAudioHostSetup& setup, co
         if (!from) {
             std::fill_n(samples, count, 0.0);
         } else if (block.isDouble) {
-            widen<double>(from, start, samples, count);
+            takeHostSamples(static_cast<const double*>(from) + start, samples,
+                            static_cast<std::size_t>(count));
         } else {
-            widen<float>(from, start, samples, count);
+            takeHostSamples(static_cast<const float*>(from) + start, samples,
+                            static_cast<std::size_t>(count));
         }
     }
 }
