@@ -3,7 +3,6 @@
 
 #include "CAudioParamInfo.h"
 #include "CDynamicList.h"
-#include "CFirstError.h"
 #include "CUIParam.h"
 #include "EventParameters.h"
 #include "LiteralText.h"
@@ -57,81 +56,76 @@ CError CButton::initChilds()
 CError CButton::onMousePress(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(press());
-    first.add(CFramedView::onMousePress(parameters));
-    return first.take();
+    CError first = press();
+    collectError(first, CFramedView::onMousePress(parameters));
+    return first;
 }
 
 CError CButton::onMousePressR(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
+    CError first;
     if (isRightClickAllowed_) {
-        first.add(press());
+        collectError(first, press());
     }
-    first.add(CFramedView::onMousePressR(parameters));
-    return first.take();
+    collectError(first, CFramedView::onMousePressR(parameters));
+    return first;
 }
 
 CError CButton::onMouseRelease(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(finish(parameters, true));
-    first.add(CFramedView::onMouseRelease(parameters));
-    return first.take();
+    CError first = finish(parameters, true);
+    collectError(first, CFramedView::onMouseRelease(parameters));
+    return first;
 }
 
 CError CButton::onMouseReleaseR(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
+    CError first;
     if (isRightClickAllowed_) {
-        first.add(finish(parameters, true));
+        collectError(first, finish(parameters, true));
     }
-    first.add(CFramedView::onMouseReleaseR(parameters));
-    return first.take();
+    collectError(first, CFramedView::onMouseReleaseR(parameters));
+    return first;
 }
 
 CError CButton::onMouseCancel(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(finish(parameters, false));
-    first.add(CFramedView::onMouseCancel(parameters));
-    return first.take();
+    CError first = finish(parameters, false);
+    collectError(first, CFramedView::onMouseCancel(parameters));
+    return first;
 }
 
 CError CButton::onMouseCancelR(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
+    CError first;
     if (isRightClickAllowed_) {
-        first.add(finish(parameters, false));
+        collectError(first, finish(parameters, false));
     }
-    first.add(CFramedView::onMouseCancelR(parameters));
-    return first.take();
+    collectError(first, CFramedView::onMouseCancelR(parameters));
+    return first;
 }
 
 CError CButton::onMouseEnter(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CFramedView::onMouseEnter(parameters));
+    CError first = CFramedView::onMouseEnter(parameters);
     if (isHeld_) {
-        first.add(setState(kPushed));
+        collectError(first, setState(kPushed));
     }
-    return first.take();
+    return first;
 }
 
 CError CButton::onMouseExit(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(unsetState(kPushed));
-    first.add(CFramedView::onMouseExit(parameters));
-    return first.take();
+    CError first = unsetState(kPushed);
+    collectError(first, CFramedView::onMouseExit(parameters));
+    return first;
 }
 
 CError CButton::press()
@@ -147,12 +141,11 @@ CError CButton::finish(const CAttrMap& parameters, bool isClick)
 {
     const bool isOwn = isHeld_ && isClick && !actsDisabled();
     isHeld_ = false;
-    CFirstError first;
-    first.add(unsetState(kPushed));
+    CError first = unsetState(kPushed);
     if (isOwn && !isReleased()) {
-        first.add(onClick(parameters));
+        collectError(first, onClick(parameters));
     }
-    return first.take();
+    return first;
 }
 
 CError CButton::onClick(const CAttrMap& parameters)
@@ -239,15 +232,14 @@ CError CButton::eventPopupResult(const CAttrMap& parameters)
     const CHold hold(*this);
     const CString text = eventText(parameters, "text");
     const CString index = eventText(parameters, kIndex);
-    CFirstError first;
-    first.add(setAttribute(kSelectedItem, literalText(text), true));
-    first.add(setAttribute(kIndex, index, true));
+    CError first = setAttribute(kSelectedItem, literalText(text), true);
+    collectError(first, setAttribute(kIndex, index, true));
     if (value_ && !isReleased()) {
         const CAudioParamInfo* const info = value_->getInfo();
         const double value = eventNumber(parameters, parameters.contains("value") ? "value" : kIndex);
-        first.add(info && info->isString() ? value_->setText(0, text) : value_->setValue(0, value));
+        collectError(first, info && info->isString() ? value_->setText(0, text) : value_->setValue(0, value));
     }
-    return first.take();
+    return first;
 }
 
 // --- what is bound

@@ -1,8 +1,6 @@
 // The switch between two settings.
 #include "CButtonAB.h"
 
-#include "CFirstError.h"
-
 namespace qel {
 
 CError CButtonAB::initChilds()
@@ -19,10 +17,9 @@ CError CButtonAB::onClick(const CAttrMap& parameters)
 
 CError CButtonAB::showActive()
 {
-    CFirstError first;
-    first.add(isActive() ? setState("b-state") : unsetState("b-state"));
-    first.add(setAttribute("title", isActive() ? "[B]B[/B]" : "[B]A[/B]", true));
-    return first.take();
+    CError first = isActive() ? setState("b-state") : unsetState("b-state");
+    collectError(first, setAttribute("title", isActive() ? "[B]B[/B]" : "[B]A[/B]", true));
+    return first;
 }
 
 } // namespace qel

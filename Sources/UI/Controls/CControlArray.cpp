@@ -2,7 +2,6 @@
 #include "CControlArray.h"
 
 #include "CButton.h"
-#include "CFirstError.h"
 #include "CUIParam.h"
 #include "ClickCommands.h"
 #include "EventParameters.h"
@@ -207,36 +206,35 @@ CError CControlArray::describe(std::size_t index)
     const CString shown = literalText(isNamed       ? named->text
                                       : valueParam_ ? valueParam_->getText(static_cast<std::int32_t>(index))
                                                     : CString());
-    CFirstError first;
-    first.add(setIfOther(item, "object-title", titleOf(index)));
-    first.add(setIfOther(item, "object-color", color_));
-    first.add(setIfOther(item, "object-text-color", textColor_));
-    first.add(setIfOther(item, "object-value", CString::number(value)));
-    first.add(setIfOther(item, "object-value-title", shown));
+    CError first = setIfOther(item, "object-title", titleOf(index));
+    collectError(first, setIfOther(item, "object-color", color_));
+    collectError(first, setIfOther(item, "object-text-color", textColor_));
+    collectError(first, setIfOther(item, "object-value", CString::number(value)));
+    collectError(first, setIfOther(item, "object-value-title", shown));
     if (!item.isReleased()) {
         CView* const view = stateViewOf(item);
         const bool isError = valueParam_ && !values_.empty() && !isNamed;
-        first.add(isError ? view->setState(kError) : view->unsetState(kError));
+        collectError(first, isError ? view->setState(kError) : view->unsetState(kError));
         const auto picked = static_cast<std::int32_t>(named - values_.begin());
         if (isNamed && dynamic_cast<CButton*>(view)) {
-            first.add(setIfOther(*view, "index", CString::number(picked)));
-            first.add(setIfOther(*view, "selected-item", shown));
+            collectError(first, setIfOther(*view, "index", CString::number(picked)));
+            collectError(first, setIfOther(*view, "selected-item", shown));
         }
     }
-    return first.take();
+    return first;
 }
 
 CError CControlArray::showSelection()
 {
-    CFirstError first;
+    CError first;
     const std::int32_t chosen = selectedParam_ ? toNumber(selectedParam_->getValue(0)) : selected_;
     const std::vector<CView*> items = items_;
     for (std::size_t i = 0; i < items.size() && i < items_.size(); ++i) {
         const bool isSelected = (selectedParam_ ? selectorOf(i) : static_cast<std::int32_t>(i)) == chosen;
         CView* const view = stateViewOf(*items_[i]);
-        first.add(isSelected ? view->setState(kActiveState) : view->unsetState(kActiveState));
+        collectError(first, isSelected ? view->setState(kActiveState) : view->unsetState(kActiveState));
     }
-    return first.take();
+    return first;
 }
 
 // --- the user
@@ -248,16 +246,16 @@ CError CControlArray::eventReleased(const CAttrMap& parameters)
         return {};
     }
     const CHold hold(*this);
-    CFirstError first;
+    CError first;
     if (selectedParam_) {
-        first.add(selectedParam_->setValue(0, selectorOf(static_cast<std::size_t>(index))));
+        collectError(first, selectedParam_->setValue(0, selectorOf(static_cast<std::size_t>(index))));
     } else {
-        first.add(setAttribute(kSelected, CAttrValue(index), true));
+        collectError(first, setAttribute(kSelected, CAttrValue(index), true));
     }
     CAttrMap told;
     told["index"] = CAttrValue(index);
-    first.add(fireEvent("object-selected", told));
-    return first.take();
+    collectError(first, fireEvent("object-selected", told));
+    return first;
 }
 
 CError CControlArray::eventValuePicked(const CAttrMap& parameters)

@@ -3,7 +3,6 @@
 
 #include "CAudioParamInfo.h"
 #include "CColorSwatch.h"
-#include "CFirstError.h"
 #include "CParamEdit.h"
 #include "CUIParam.h"
 #include "DrawTiled.h"
@@ -275,10 +274,10 @@ CError CControlSurfaceGroup::grip(std::size_t index, const CPoint& point)
     held_ = index;
     lastPoint_ = point;
     std::copy_n(points_[index].norm, 2, dragNorm_);
-    CFirstError first;
+    CError first;
     for (CUIParam* const param : params_) {
         if (param) {
-            first.add(param->beginEdit());
+            collectError(first, param->beginEdit());
         }
     }
     markLook();
@@ -286,9 +285,9 @@ CError CControlSurfaceGroup::grip(std::size_t index, const CPoint& point)
     const bool isBeside = isSlider() && pointAt(point) == kNone;
     if (isBeside && held_ == index) {
         lastPoint_ = points_[index].center;
-        first.add(drag(point, false));
+        collectError(first, drag(point, false));
     }
-    return first.take();
+    return first;
 }
 
 CError CControlSurfaceGroup::onMouseMove(const CAttrMap& parameters)
@@ -341,13 +340,13 @@ CError CControlSurfaceGroup::letGo()
     }
     held_ = kNone;
     markLook();
-    CFirstError first;
+    CError first;
     for (CUIParam* const param : params_) {
         if (param && !param->isReleased()) {
-            first.add(param->endEdit());
+            collectError(first, param->endEdit());
         }
     }
-    return first.take();
+    return first;
 }
 
 CError CControlSurfaceGroup::onMouseWheel(const CAttrMap& parameters)
@@ -384,18 +383,19 @@ CError CControlSurfaceGroup::resetPoint(std::size_t index)
 CError CControlSurfaceGroup::write(std::size_t index, const double (&norm)[2])
 {
     const CHold keep(*this);
-    CFirstError first;
+    CError first;
     CParamEdit edit;
     for (const CAxis axis : kAxes) {
         // A shared attribute is set at once, and what hears of it may end this view.
         CUIParam* const param = params_[indexOf(axis)];
         if (param && !isReleased()) {
-            first.add(param->setNorm(static_cast<std::int32_t>(index),
-                                     std::clamp(norm[indexOf(axis)], 0.0, 1.0) * endNorm(axis), &edit));
+            collectError(first,
+                         param->setNorm(static_cast<std::int32_t>(index),
+                                        std::clamp(norm[indexOf(axis)], 0.0, 1.0) * endNorm(axis), &edit));
         }
     }
-    first.add(edit.send());
-    return first.take();
+    collectError(first, edit.send());
+    return first;
 }
 
 // --- drawing

@@ -3,7 +3,6 @@
 
 #include "CAudioParamInfo.h"
 #include "CColorSwatch.h"
-#include "CFirstError.h"
 #include "CGlobalSettings.h"
 #include "CUIParamController.h"
 #include "ControlChildren.h"
@@ -112,12 +111,11 @@ bool CKnob::isInRing(const CAttrMap& parameters) const
 CError CKnob::onMousePress(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CView::onMousePress(parameters));
+    CError first = CView::onMousePress(parameters);
     if (!isReleased() && !actsDisabled() && isInRing(parameters)) {
-        first.add(press(parameters));
+        collectError(first, press(parameters));
     }
-    return first.take();
+    return first;
 }
 
 CError CKnob::press(const CAttrMap& parameters)
@@ -132,13 +130,12 @@ CError CKnob::press(const CAttrMap& parameters)
     }
     const bool isRadial = controller_->getSettings().isRadialKnobMode() && !linked;
     mode_ = isRadial ? Mode::kRadial : Mode::kDragging;
-    CFirstError first;
-    first.add(setState(kDragged));
-    first.add(controller_->press(parameters, isRadial));
+    CError first = setState(kDragged);
+    collectError(first, controller_->press(parameters, isRadial));
     if (isRadial) {
-        first.add(moveToPointer(parameters));
+        collectError(first, moveToPointer(parameters));
     }
-    return first.take();
+    return first;
 }
 
 CError CKnob::moveToPointer(const CAttrMap& parameters)
@@ -150,35 +147,33 @@ CError CKnob::moveToPointer(const CAttrMap& parameters)
 CError CKnob::onMouseMove(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CView::onMouseMove(parameters));
+    CError first = CView::onMouseMove(parameters);
     if (mode_ == Mode::kIdle || isReleased()) {
-        return first.take();
+        return first;
     }
     if (actsDisabled()) {
-        first.add(endDrag());
+        collectError(first, endDrag());
     } else {
-        first.add(mode_ == Mode::kRadial ? moveToPointer(parameters) : controller_->drag(parameters));
+        collectError(first,
+                     mode_ == Mode::kRadial ? moveToPointer(parameters) : controller_->drag(parameters));
     }
-    return first.take();
+    return first;
 }
 
 CError CKnob::onMouseRelease(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(endDrag());
-    first.add(CView::onMouseRelease(parameters));
-    return first.take();
+    CError first = endDrag();
+    collectError(first, CView::onMouseRelease(parameters));
+    return first;
 }
 
 CError CKnob::onMouseCancel(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(endDrag());
-    first.add(CView::onMouseCancel(parameters));
-    return first.take();
+    CError first = endDrag();
+    collectError(first, CView::onMouseCancel(parameters));
+    return first;
 }
 
 CError CKnob::endDrag()
@@ -187,52 +182,48 @@ CError CKnob::endDrag()
         return {};
     }
     mode_ = Mode::kIdle;
-    CFirstError first;
-    first.add(controller_->finish());
-    first.add(unsetState(kDragged));
+    CError first = controller_->finish();
+    collectError(first, unsetState(kDragged));
     if (!isStateActive(kHover)) {
-        first.add(tellLabels("hide"));
+        collectError(first, tellLabels("hide"));
     }
-    return first.take();
+    return first;
 }
 
 CError CKnob::onMouseEnter(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CView::onMouseEnter(parameters));
+    CError first = CView::onMouseEnter(parameters);
     if (!isReleased() && !actsDisabled()) {
-        first.add(tellLabels("show"));
+        collectError(first, tellLabels("show"));
     }
-    return first.take();
+    return first;
 }
 
 CError CKnob::onMouseExit(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CView::onMouseExit(parameters));
+    CError first = CView::onMouseExit(parameters);
     if (mode_ == Mode::kIdle && !isReleased()) {
-        first.add(controller_->leave());
-        first.add(tellLabels("hide"));
+        collectError(first, controller_->leave());
+        collectError(first, tellLabels("hide"));
     }
-    return first.take();
+    return first;
 }
 
 CError CKnob::onMouseReleaseR(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CView::onMouseReleaseR(parameters));
+    CError first = CView::onMouseReleaseR(parameters);
     if (!isReleased() && !actsDisabled()) {
         CAttrMap sent = parameters;
         sent["tag"] = CAttrValue("ui:label-copy-paste");
         sent["window-alignment"] = CAttrValue("cursor");
         sent["is-popup-toggle-always-create"] = CAttrValue(true);
         sent["popup-owner-label"] = CAttrValue(getFullName());
-        first.add(receiveEvent("popup-toggle", sent));
+        collectError(first, receiveEvent("popup-toggle", sent));
     }
-    return first.take();
+    return first;
 }
 
 CError CKnob::onMouseWheel(const CAttrMap& parameters)

@@ -1,7 +1,6 @@
 // The value of a parameter as text.
 #include "CReadOut.h"
 
-#include "CFirstError.h"
 #include "CUIParamController.h"
 #include "ControlChildren.h"
 #include "EventParameters.h"
@@ -44,41 +43,39 @@ CError CReadOut::initChilds()
 CError CReadOut::onMousePress(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CFramedText::onMousePress(parameters));
+    CError first = CFramedText::onMousePress(parameters);
     if (!controller_ || isReleased() || actsDisabled() || isEditing()) {
-        return first.take();
+        return first;
     }
     if (eventFlag(parameters, "is-ctrl")) {
-        first.add(controller_->resetToDefault());
+        collectError(first, controller_->resetToDefault());
     } else if (!eventFlag(parameters, "is-double-click")) {
         drag_ = Drag::kPressed;
         press_ = parameters;
     }
-    return first.take();
+    return first;
 }
 
 CError CReadOut::onMouseMove(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CFramedText::onMouseMove(parameters));
+    CError first = CFramedText::onMouseMove(parameters);
     if (drag_ == Drag::kNone || isReleased()) {
-        return first.take();
+        return first;
     }
     if (actsDisabled()) {
-        first.add(endDrag());
-        return first.take();
+        collectError(first, endDrag());
+        return first;
     }
     const double movedPx = eventNumber(parameters, "actual-y") - eventNumber(press_, "actual-y");
     if (drag_ == Drag::kPressed && std::fabs(movedPx) >= kDragFromPx) {
         drag_ = Drag::kMoving;
-        first.add(controller_->press(press_));
+        collectError(first, controller_->press(press_));
     }
     if (drag_ == Drag::kMoving) {
-        first.add(controller_->drag(parameters));
+        collectError(first, controller_->drag(parameters));
     }
-    return first.take();
+    return first;
 }
 
 CError CReadOut::endDrag()
@@ -90,30 +87,27 @@ CError CReadOut::endDrag()
 CError CReadOut::onMouseRelease(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(endDrag());
-    first.add(CFramedText::onMouseRelease(parameters));
-    return first.take();
+    CError first = endDrag();
+    collectError(first, CFramedText::onMouseRelease(parameters));
+    return first;
 }
 
 CError CReadOut::onMouseCancel(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(endDrag());
-    first.add(CFramedText::onMouseCancel(parameters));
-    return first.take();
+    CError first = endDrag();
+    collectError(first, CFramedText::onMouseCancel(parameters));
+    return first;
 }
 
 CError CReadOut::onMouseExit(const CAttrMap& parameters)
 {
     const CHold hold(*this);
-    CFirstError first;
-    first.add(CFramedText::onMouseExit(parameters));
+    CError first = CFramedText::onMouseExit(parameters);
     if (controller_ && drag_ == Drag::kNone && !isReleased()) {
-        first.add(controller_->leave());
+        collectError(first, controller_->leave());
     }
-    return first.take();
+    return first;
 }
 
 CError CReadOut::onMouseWheel(const CAttrMap& parameters)
@@ -188,14 +182,14 @@ CError CReadOut::onEditCancelled()
     const CHold hold(*this);
     CUIParam& param = *param_;
     const CHold paramHold(param);
-    CFirstError first;
+    CError first;
     for (std::size_t i = 0; i < before->size(); ++i) {
-        first.add(param.setValue(static_cast<std::int32_t>(i), (*before)[i]));
+        collectError(first, param.setValue(static_cast<std::int32_t>(i), (*before)[i]));
     }
     if (!isReleased()) {
-        first.add(controller_->finish());
+        collectError(first, controller_->finish());
     }
-    return first.take();
+    return first;
 }
 
 // --- the parameter
@@ -205,12 +199,11 @@ CError CReadOut::showValue()
     if (!param_ || isReleased()) {
         return {};
     }
-    CFirstError first;
-    first.add(setTitle(literalText(isUnitHidden_ ? param_->getText(0) : textWithUnit(*param_, 0))));
+    CError first = setTitle(literalText(isUnitHidden_ ? param_->getText(0) : textWithUnit(*param_, 0)));
     if (before_ && !isReleased()) {
-        first.add(setEditText(param_->getText(0)));
+        collectError(first, setEditText(param_->getText(0)));
     }
-    return first.take();
+    return first;
 }
 
 CError CReadOut::onParamAdded(CUIParam& param)

@@ -1,7 +1,6 @@
 // A row of buttons, one of which is on.
 #include "CSelector.h"
 
-#include "CFirstError.h"
 #include "ClickCommands.h"
 #include "EventParameters.h"
 
@@ -149,15 +148,15 @@ CError CSelector::attrActiveButton()
     if (!isUp()) {
         return {};
     }
-    CFirstError first;
+    CError first;
     const std::int32_t active = active_;
     for (std::int32_t i = 0; i < getButtonCount(); ++i) {
         CView& button = *getButton(i);
         if (button.getAttrBool("is-active") != (i == active)) {
-            first.add(button.setAttribute("is-active", CAttrValue(i == active), true));
+            collectError(first, button.setAttribute("is-active", CAttrValue(i == active), true));
         }
     }
-    return first.take();
+    return first;
 }
 
 } // namespace qel

@@ -1,7 +1,6 @@
 // Chooses the group of channels that the controls show.
 #include "CSelectorGroup.h"
 
-#include "CFirstError.h"
 #include "CParamGroupSelector.h"
 #include "Trace.h"
 
@@ -65,17 +64,16 @@ CError CSelectorGroup::onButton(std::int32_t index, bool isRight)
 CError CSelectorGroup::updateActive()
 {
     const CParamGroupSelector* const selector = find(selector_);
-    CFirstError first;
-    first.add(setActiveButton(selector ? selector->getGroup() : -1));
+    CError first = setActiveButton(selector ? selector->getGroup() : -1);
     const CParamGroupSelector* const opposite = isTempPushed_ ? find(opposite_) : nullptr;
     for (std::int32_t i = 0; i < getButtonCount(); ++i) {
         CView& button = *getButton(i);
         const bool isPushed = opposite && opposite->getGroup() == i;
         if (button.getAttrBool(kIsTempPushed) != isPushed) {
-            first.add(button.setAttribute(kIsTempPushed, CAttrValue(isPushed), true));
+            collectError(first, button.setAttribute(kIsTempPushed, CAttrValue(isPushed), true));
         }
     }
-    return first.take();
+    return first;
 }
 
 } // namespace qel

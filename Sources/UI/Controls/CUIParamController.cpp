@@ -3,7 +3,6 @@
 
 #include "CAudioParamConverterEnum.h"
 #include "CAudioParamInfo.h"
-#include "CFirstError.h"
 #include "CGlobalSettings.h"
 #include "CParamEdit.h"
 #include "CSystemClipboard.h"
@@ -156,14 +155,14 @@ CError CUIParamController::begin(Gesture gesture, bool isAll)
     drag_.begin(isProportional ? CValueDrag::Mode::kProportional : CValueDrag::Mode::kAdditive,
                 isAxisZero_ ? 0.5 : 0.0, std::move(starts));
     drag_.setSmoothed(gesture == Gesture::kDrag && isMotionSmoothed_);
-    CFirstError first;
+    CError first;
     for (CUIParam* const param : params_) {
         if (isUndoDisabled_) {
             param->setUndoDisabled(true);
         }
-        first.add(param->beginEdit());
+        collectError(first, param->beginEdit());
     }
-    return first.take();
+    return first;
 }
 
 CError CUIParamController::finish()
@@ -176,11 +175,11 @@ CError CUIParamController::finish()
     tick_.stop();
     moved_.clear();
     const std::list<CHold> holds = std::exchange(holds_, {});
-    CFirstError first;
+    CError first;
     for (CUIParam* const param : std::exchange(params_, {})) {
-        first.add(param->endEdit());
+        collectError(first, param->endEdit());
     }
-    return first.take();
+    return first;
 }
 
 // Writes all parameters together once one of them has changed: the history makes one step of successive
@@ -194,15 +193,15 @@ CError CUIParamController::apply()
         isChanged = isChanged || value != moved_[i].value;
         moved_[i].value = value;
     }
-    CFirstError first;
+    CError first;
     CParamEdit edit;
     // A shared attribute is set at once, and what hears of it may end this gesture.
     for (std::size_t i = 0; isChanged && i < moved_.size(); ++i) {
         const CMoved moved = moved_[i];
-        first.add(moved.param->setValue(moved.element, moved.value, &edit));
+        collectError(first, moved.param->setValue(moved.element, moved.value, &edit));
     }
-    first.add(edit.send());
-    return first.take();
+    collectError(first, edit.send());
+    return first;
 }
 
 // --- drags
@@ -289,14 +288,14 @@ CError CUIParamController::change(Change&& make)
 {
     const CHold hold(*this);
     QEL_TRY(begin(Gesture::kRadial, true), getFullName());
-    CFirstError first;
+    CError first;
     CParamEdit edit;
     for (std::size_t i = 0; i < moved_.size(); ++i) {
-        first.add(make(*moved_[i].param, moved_[i].element, edit));
+        collectError(first, make(*moved_[i].param, moved_[i].element, edit));
     }
-    first.add(edit.send());
-    first.add(finish());
-    return first.take();
+    collectError(first, edit.send());
+    collectError(first, finish());
+    return first;
 }
 
 CError CUIParamController::resetToDefault()

@@ -1,10 +1,9 @@
 // What a view draws with, into one sector.
 #include "CDrawContext.h"
 
-#include "Math/Elementary.h"
 #include "Trace.h"
 
-#include <array>
+#include <cmath>
 #include <limits>
 
 namespace qel {
@@ -67,8 +66,6 @@ void traceClipZero(const char* caller)
 // hundredth of a pixel.
 constexpr double kStampsPerPixel = 4.0;
 // What an arc's chords may fall short of the circle, in pixels.
-constexpr double kChordErrorPx = 0.02;
-constexpr std::size_t kMaxChords = 256;
 
 // The coverage of one stroke in the part of a sector that shows.
 class StrokeMask
@@ -326,25 +323,6 @@ void CDrawContext::drawPolyline(std::span<const CPoint> points, const CBrush& br
         }
     }
     target_.paintCoverage(mask.at(box.x, box.y), kSectorPx, box, color, opacity);
-}
-
-void CDrawContext::drawArc(CPoint center, double radius, double fromAngle, double toAngle,
-                           const CBrush& brush, std::size_t clip, const CPaletteColor& color, double opacity)
-{
-    if (!(radius >= 0.0 && std::fabs(toAngle - fromAngle) <= kPixelLimit)) {
-        return;
-    }
-    // A chord over the angle w falls short of the circle by radius * w^2 / 8.
-    const double chordAngle = std::sqrt(8.0 * kChordErrorPx / std::max(radius, 1.0));
-    const double wanted = std::ceil(std::fabs(toAngle - fromAngle) / chordAngle);
-    const double chords = std::clamp(wanted, 1.0, static_cast<double>(kMaxChords));
-    std::array<CPoint, kMaxChords + 1> points;
-    const auto count = static_cast<std::size_t>(chords) + 1;
-    for (std::size_t i = 0; i < count; ++i) {
-        const double angle = fromAngle + (toAngle - fromAngle) * (static_cast<double>(i) / chords);
-        points[i] = {center.x + radius * math::cos(angle), center.y + radius * math::sin(angle)};
-    }
-    drawPolyline({points.data(), count}, brush, clip, color, opacity);
 }
 
 } // namespace qel

@@ -47,9 +47,6 @@ public:
     // points far outside cost nothing.
     void drawPolyline(std::span<const CPoint> points, const CBrush& brush, std::size_t clip,
                       const CPaletteColor& color, double opacity);
-    // The arc of a circle between two angles, in radians clockwise from the right.
-    void drawArc(CPoint center, double radius, double fromAngle, double toAngle, const CBrush& brush,
-                 std::size_t clip, const CPaletteColor& color, double opacity);
 
     // False if nothing in the rectangle can show: then a view may skip costly work, as for text lines
     // outside.

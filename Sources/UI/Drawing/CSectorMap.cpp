@@ -185,21 +185,6 @@ void CSectorMap::moveView(CSectorView& view, const CRect& area, const CRect& vis
     markChanged(view);
 }
 
-void CSectorMap::showView(CSectorView& view, bool isShown)
-{
-    if (view.isShown_ == isShown) {
-        return;
-    }
-    // A hidden view changes nothing, so both ends of the change are told while it shows.
-    if (isShown) {
-        view.isShown_ = true;
-        markChanged(view);
-    } else {
-        markChanged(view);
-        view.isShown_ = false;
-    }
-}
-
 void CSectorMap::setViewDynamic(CSectorView& view, bool isDynamic)
 {
     if (view.isDynamic_ == isDynamic) {
@@ -233,24 +218,21 @@ bool CSectorMap::isInStaticLayer(const CSector& sector, const CSectorView& view)
         if (listed == &view) {
             return true;
         }
-        if (listed->isDynamic_ && listed->isShown_) {
+        if (listed->isDynamic_) {
             return false;
         }
     }
     return true;
 }
 
-// The static layer ends at the first visible dynamic view. If that is this one and static views lie above,
+// The static layer ends at the first dynamic view. If that is this one and static views lie above,
 // then they come into the layer or drop out of it when this one comes or goes.
 bool CSectorMap::isEndOfStaticLayer(const CSector& sector, const CSectorView& view)
 {
-    const auto isShownDynamic = [](const CSectorView* listed) {
-        return listed->isDynamic_ && listed->isShown_;
-    };
-    const auto first = std::find_if(sector.views.begin(), sector.views.end(), isShownDynamic);
+    const auto isDynamic = [](const CSectorView* listed) { return listed->isDynamic_; };
+    const auto first = std::find_if(sector.views.begin(), sector.views.end(), isDynamic);
     return first != sector.views.end() && *first == &view &&
-           std::any_of(first, sector.views.end(),
-                       [](const CSectorView* listed) { return !listed->isDynamic_ && listed->isShown_; });
+           !std::all_of(first, sector.views.end(), isDynamic);
 }
 
 void CSectorMap::markDirty(const CRect& rect, CSectorView& view)
@@ -276,9 +258,6 @@ void CSectorMap::listDirty(std::int32_t index, const CRect& rect)
 
 void CSectorMap::markView(CSectorView& view)
 {
-    if (!view.isShown_) {
-        return;
-    }
     if (view.clips_.size() < 2) {
         markDirty(view.visibleArea_, view);
         return;
@@ -290,9 +269,6 @@ void CSectorMap::markView(CSectorView& view)
 
 void CSectorMap::markChanged(CSectorView& view)
 {
-    if (!view.isShown_) {
-        return;
-    }
     if (view.isDynamic_) {
         forEachSector(view.span_, [&](std::int32_t index) {
             CSector& sector = sectors_[static_cast<std::size_t>(index)];
@@ -360,9 +336,6 @@ void CSectorMap::paintSector(std::int32_t index)
         }
     }
     for (CSectorView* const view : sector.views) {
-        if (!view->isShown_) {
-            continue;
-        }
         if (view->isDynamic_ && !sector.isStaticValid) {
             sector.staticImage.copyRect(sector.image, kWholeSector);
             sector.isStaticValid = true;

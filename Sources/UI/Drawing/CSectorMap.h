@@ -40,7 +40,6 @@ public:
     // The view's whole rectangle and the visible part of it, window pixels. The view sets its clips after
     // this.
     void moveView(CSectorView& view, const CRect& area, const CRect& visibleArea);
-    void showView(CSectorView& view, bool isShown);
     void setViewDynamic(CSectorView& view, bool isDynamic);
     void setViewZIndex(CSectorView& view, std::int32_t zIndex);
 

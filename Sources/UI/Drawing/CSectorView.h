@@ -31,7 +31,6 @@ public:
     const CRect& getArea() const { return area_; }
     // What the clips of its parents leave of it, widened by what it may draw around itself.
     const CRect& getVisibleArea() const { return visibleArea_; }
-    bool isShown() const { return isShown_; }
     // Static views are kept composed; dynamic ones are redrawn over them.
     bool isDynamic() const { return isDynamic_; }
     std::int32_t getZIndex() const { return zIndex_; }
@@ -74,7 +73,6 @@ private:
 
     CRect area_;
     CRect visibleArea_;
-    bool isShown_ = true;
     bool isDynamic_ = false;
     std::int32_t zIndex_ = 0;
     double drawOpacity_ = 1.0;

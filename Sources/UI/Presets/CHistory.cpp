@@ -1,7 +1,6 @@
 // Undo, redo, and the list of steps.
 #include "CHistory.h"
 
-#include "CFirstError.h"
 #include "CValueList.h"
 #include "EventParameters.h"
 #include "LiteralText.h"
@@ -68,17 +67,17 @@ CError CHistory::onHistoryChange(const CAttrMap&)
     const record::CHistoryState& state = client_->getHistory();
     const auto position = static_cast<std::size_t>(std::max(state.position, 0));
     const CString step = position < state.steps.size() ? literalText(state.steps[position]) : CString();
-    CFirstError first;
-    first.add(list_->setValues(state.steps));
-    first.add(setEnabled(*undo_, position > 0));
-    first.add(setEnabled(*redo_, position + 1 < state.steps.size()));
-    first.add(select_->setAttribute("title", step, true));
-    first.add(stepHint_.isEmpty() ? CError()
-                                  : select_->setAttribute("hint", formatMessage(stepHint_, {step}), true));
+    CError first = list_->setValues(state.steps);
+    collectError(first, setEnabled(*undo_, position > 0));
+    collectError(first, setEnabled(*redo_, position + 1 < state.steps.size()));
+    collectError(first, select_->setAttribute("title", step, true));
+    collectError(first, stepHint_.isEmpty()
+                            ? CError()
+                            : select_->setAttribute("hint", formatMessage(stepHint_, {step}), true));
     // What the list marks when it opens.
-    first.add(select_->setAttribute("index", CAttrValue(state.position), true));
-    first.add(select_->setAttribute("selected-item", "", true));
-    return first.take();
+    collectError(first, select_->setAttribute("index", CAttrValue(state.position), true));
+    collectError(first, select_->setAttribute("selected-item", "", true));
+    return first;
 }
 
 CError CHistory::moveTo(std::int32_t position)

@@ -1,7 +1,6 @@
 // The window in which the user arranges banks and presets.
 #include "CPresetManager.h"
 
-#include "CFirstError.h"
 #include "CTextViewList.h"
 #include "CValueList.h"
 #include "EventParameters.h"
@@ -190,20 +189,20 @@ CError CPresetManager::select(std::int32_t bank, std::int32_t preset)
                  preset < 0 ? CString() : shown.presets[static_cast<std::size_t>(preset)]};
     const CHold hold(*this);
     const bool wasSelecting = std::exchange(isSelecting_, true);
-    CFirstError first;
+    CError first;
     if (bankItems_) {
-        first.add(bankItems_->setValues(library_.listNames()));
-        first.add(bankList_->selectParagraph(selected_.bank));
-        first.add(bankList_->setAttribute("is-read-only", CAttrValue(!library_.canChangeBank(selected_.bank)),
-                                          true));
+        collectError(first, bankItems_->setValues(library_.listNames()));
+        collectError(first, bankList_->selectParagraph(selected_.bank));
+        collectError(first, bankList_->setAttribute(
+                                "is-read-only", CAttrValue(!library_.canChangeBank(selected_.bank)), true));
     }
-    first.add(presetItems_->setValues(shown.presets, library_.findCurrent(selected_.bank)));
-    first.add(presetList_->selectParagraph(selected_.preset));
-    first.add(
-        presetList_->setAttribute("is-read-only", CAttrValue(!library_.canChange(selected_.bank)), true));
+    collectError(first, presetItems_->setValues(shown.presets, library_.findCurrent(selected_.bank)));
+    collectError(first, presetList_->selectParagraph(selected_.preset));
+    collectError(first, presetList_->setAttribute("is-read-only",
+                                                  CAttrValue(!library_.canChange(selected_.bank)), true));
     isSelecting_ = wasSelecting;
-    first.add(updateButtons());
-    return first.take();
+    collectError(first, updateButtons());
+    return first;
 }
 
 CError CPresetManager::setButton(const char* path, bool isEnabled)
@@ -219,18 +218,18 @@ CError CPresetManager::updateButtons()
     // An instance has at least one program.
     const CPresetLibrary::Bank& bank = *library_.findBank(selected_.bank);
     const bool isLast = bank.kind == Kind::kSession && bank.presets.size() == 1;
-    CFirstError first;
-    first.add(setButton("$bank-buttons-path.add", !storeName_.isEmpty()));
-    first.add(setButton("$bank-buttons-path.load", !storeName_.isEmpty()));
-    first.add(setButton("$bank-buttons-path.delete", library_.canChangeBank(selected_.bank)));
-    first.add(setButton("$preset-buttons-path.add", canChange));
-    first.add(setButton("$preset-buttons-path.load", canChange));
-    first.add(setButton("$preset-buttons-path.delete", canChange && hasPreset && !isLast));
-    first.add(setButton("$preset-buttons-path.replace", canChange && hasPreset));
-    first.add(setButton("$preset-buttons-path.save", hasPreset));
-    first.add(setButton("$preset-buttons-path.activate", hasPreset));
-    first.add(setButton("$preset-buttons-path.set-default", hasPreset && library_.getState().isMaster));
-    return first.take();
+    CError first = setButton("$bank-buttons-path.add", !storeName_.isEmpty());
+    collectError(first, setButton("$bank-buttons-path.load", !storeName_.isEmpty()));
+    collectError(first, setButton("$bank-buttons-path.delete", library_.canChangeBank(selected_.bank)));
+    collectError(first, setButton("$preset-buttons-path.add", canChange));
+    collectError(first, setButton("$preset-buttons-path.load", canChange));
+    collectError(first, setButton("$preset-buttons-path.delete", canChange && hasPreset && !isLast));
+    collectError(first, setButton("$preset-buttons-path.replace", canChange && hasPreset));
+    collectError(first, setButton("$preset-buttons-path.save", hasPreset));
+    collectError(first, setButton("$preset-buttons-path.activate", hasPreset));
+    collectError(first,
+                 setButton("$preset-buttons-path.set-default", hasPreset && library_.getState().isMaster));
+    return first;
 }
 
 // --- the lists

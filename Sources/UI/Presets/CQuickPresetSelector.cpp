@@ -3,7 +3,6 @@
 
 #include "CAudioInterfaceClient.h"
 #include "CDynamicListPresets.h"
-#include "CFirstError.h"
 #include "CUIParam.h"
 #include "EventParameters.h"
 #include "LiteralText.h"
@@ -111,12 +110,11 @@ CError CQuickPresetSelector::eventPopupResult(const CAttrMap& parameters)
     const CHold hold(*this);
     const CString list = eventText(parameters, "list-id");
     const auto index = eventIndex(parameters);
-    CFirstError first;
-    first.add(setAttribute("selected-list", list, true));
-    first.add(setAttribute("selected-index", CAttrValue(index), true));
+    CError first = setAttribute("selected-list", list, true);
+    collectError(first, setAttribute("selected-index", CAttrValue(index), true));
     auto* const presets = dynamic_cast<CDynamicListPresets*>(findObject(getAttrString(kItemList)));
-    first.add(presets ? presets->activate(list, index) : CError());
-    return first.take();
+    collectError(first, presets ? presets->activate(list, index) : CError());
+    return first;
 }
 
 // --- the name
