@@ -13,8 +13,8 @@ namespace qel {
 
 // Values by name, shared by all instances in the process and kept between sessions. A value is one compressed
 // chunk in the file <folder>/<prefix><name>; the chunk's ID tells its kind. Reading tries the user's folder,
-// the folders common to all users, and the resource built in under <prefix><name>. A value found or saved
-// stays cached, so what another process saves later is not seen.
+// the folders common to all users, and the resource built in under <prefix><name>. What was found or saved
+// stays cached, also that nothing was found, so what another process saves later is not seen.
 //
 // A file is written beside its target and renamed over it: a reader, in this process or another, finds the
 // old value or the new one, whole, and a failed save leaves the old one.

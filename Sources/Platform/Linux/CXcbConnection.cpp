@@ -6,6 +6,7 @@
 #include <bit>
 #include <cerrno>
 #include <cstring>
+#include <mutex>
 #include <utility>
 
 namespace qel::platform {
@@ -23,6 +24,15 @@ xcb_screen_t* screenAt(const xcb_setup_t* setup, int number)
         xcb_screen_next(&screens);
     }
     return screens.rem > 0 ? screens.data : nullptr;
+}
+
+// Connecting reads the file of authorities into memory that all of the process shares, and editors may open
+// on several threads.
+xcb_connection_t* connectInTurn(int& screenNumber)
+{
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    return xcb_connect(nullptr, &screenNumber);
 }
 
 } // namespace
@@ -45,7 +55,7 @@ int CXcbConnection::open()
     }
     const CBrokenPipeGuard guard;
     int screenNumber = 0;
-    connection_ = xcb_connect(nullptr, &screenNumber);
+    connection_ = connectInTurn(screenNumber);
     screen_ = isAlive() ? screenAt(xcb_get_setup(connection_), screenNumber) : nullptr;
     if (!screen_) {
         close();
