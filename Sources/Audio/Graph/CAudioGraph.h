@@ -30,6 +30,8 @@ struct CAudioGraph
     bool holdsSettings = false;
     // Goes up whenever a process has taken up changes.
     std::uint32_t settingsTaken = 0;
+    // The same of those that the layout may depend on.
+    std::uint32_t layoutsTaken = 0;
     // While it is set, a step is being written down.
     CAudioPlanBuilder* planBuilder = nullptr;
     // Off, every step goes the ordinary way.

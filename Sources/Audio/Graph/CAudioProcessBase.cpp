@@ -162,6 +162,9 @@ void CAudioProcessBase::idle()
 bool CAudioProcessBase::takeChangesUntil(double limitSec)
 {
     ++graph_->settingsTaken;
+    if (hasLayout()) {
+        ++graph_->layoutsTaken;
+    }
     return slots_.applyUntil(limitSec);
 }
 

@@ -101,6 +101,9 @@ public:
     // channels or groups, which no fade inside the graph could lead over.
     virtual std::uint32_t layout() const { return 0; }
 
+    // True if layout() or groupsWanted() depend on the settings of this very process.
+    virtual bool hasLayout() const { return false; }
+
     // The channel groups that the settings taken up so far call for.
     virtual std::uint32_t groupsWanted() const { return 0; }
     // By how much the settings taken up so far raise the rate inside, at the most.

@@ -128,7 +128,7 @@ void CAudioProcessOverlap::leavePlan()
 
 bool CAudioProcessOverlap::isAtRest() const
 {
-    return phase_ == EPhase::kSingle && seenChanges_ == other().graph->settingsTaken &&
+    return phase_ == EPhase::kSingle && seenChanges_ == other().graph->layoutsTaken &&
            CAudioProcessBase::isAtRest() && current().process->isAtRest() && drain_->isAtRest();
 }
 
@@ -204,7 +204,7 @@ void CAudioProcessOverlap::takeOver()
     for (Copy& copy : copies_) {
         copy.graph->holdsSettings = false;
     }
-    seenChanges_ = other().graph->settingsTaken - 1; // look again
+    seenChanges_ = other().graph->layoutsTaken - 1; // look again
     current().drainLink->endFade();
     wireDrain();
 }
@@ -245,7 +245,7 @@ void CAudioProcessOverlap::limitToRates()
 void CAudioProcessOverlap::lookForLayout()
 {
     other().process->idle();
-    if (std::exchange(seenChanges_, other().graph->settingsTaken) == other().graph->settingsTaken) {
+    if (std::exchange(seenChanges_, other().graph->layoutsTaken) == other().graph->layoutsTaken) {
         return;
     }
     if (isBeginning() || other().process->layout() == current().process->layout()) {
@@ -260,14 +260,14 @@ void CAudioProcessOverlap::lookForLayout()
 
 void CAudioProcessOverlap::step(int count)
 {
-    const std::uint32_t nextChanges = other().graph->settingsTaken;
+    const std::uint32_t nextChanges = other().graph->layoutsTaken;
     run(current(), count);
     if (phase_ != EPhase::kSingle) {
         run(other(), count);
     }
     planner_->takeOutputs(*current().drainLink);
     drain_->forwardTo(output(0));
-    if (phase_ == EPhase::kSettles && other().graph->settingsTaken != nextChanges &&
+    if (phase_ == EPhase::kSettles && other().graph->layoutsTaken != nextChanges &&
         std::exchange(nextLayout_, other().process->layout()) != nextLayout_) {
         enter(EPhase::kSettles);
     } else if (phase_ != EPhase::kSingle && (samplesLeft_ -= count) == 0) {

@@ -71,8 +71,13 @@ int CAudioProcessSlots::addStateSlot(const CString& paramName, CAudioParamCollec
 CAudioProcessSlots::Slot& CAudioProcessSlots::add(int number)
 {
     slots_.push_back(std::make_unique<Slot>());
-    slots_.back()->number = number;
-    return *slots_.back();
+    Slot& slot = *slots_.back();
+    slot.number = number;
+    const auto index = static_cast<std::size_t>(number);
+    if (index < quick_.size() && !quick_[index]) {
+        quick_[index] = &slot;
+    }
+    return slot;
 }
 
 void CAudioProcessSlots::prepare(Slot& slot, CAudioParam& param, int group)
@@ -108,7 +113,7 @@ double CAudioProcessSlots::nextEventSec() const
     return next ? next->event->getTime() : std::numeric_limits<double>::infinity();
 }
 
-const CAudioProcessSlots::Slot* CAudioProcessSlots::find(int number) const
+const CAudioProcessSlots::Slot* CAudioProcessSlots::findAmongAll(int number) const
 {
     const auto entry = std::find_if(slots_.begin(), slots_.end(),
                                     [number](const auto& slot) { return slot->number == number; });

@@ -6,6 +6,7 @@
 #include "CAudioParamStorage.h"
 #include "CError.h"
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -73,11 +74,17 @@ private:
         CAudioParam* param = nullptr; // null: private
     };
 
-    const Slot* find(int number) const;
+    const Slot* find(int number) const
+    {
+        const auto index = static_cast<std::size_t>(number);
+        return index < quick_.size() ? quick_[index] : findAmongAll(number);
+    }
+    const Slot* findAmongAll(int number) const;
     Slot& add(int number);
     void prepare(Slot& slot, CAudioParam& param, int group);
 
     std::vector<std::unique_ptr<Slot>> slots_; // addresses are known to bindings
+    std::array<Slot*, 8> quick_{};             // those with the lowest numbers, which modules read
     CAudioParamEventQueue queue_;
     bool isDirty_ = false;
     int nextStateSlot_ = kFirstStateSlot;

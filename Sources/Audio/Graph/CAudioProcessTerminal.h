@@ -150,12 +150,27 @@ private:
     {
         unit.settings = settings;
         if (!isSmooth()) {
+            shareDerived(unit);
             unit.running->configure(settings, unit.place);
             return;
         }
         unit.next = makeInstance(settings, unit.place);
         unit.next->takeUp(*unit.running);
         unit.fade.start(graph().kernels, fadeSamples(), static_cast<int>(unit.place.channels.size()));
+    }
+
+    // What costs time to work out from settings is worked out for one of the channels that have them alike.
+    void shareDerived(Unit& unit)
+    {
+        if constexpr (requires { unit.running->takeDerived(*unit.running); }) {
+            for (const Unit* other = units_.data(); other != &unit; ++other) {
+                if (other->settings == unit.settings &&
+                    other->place.sampleRateHz == unit.place.sampleRateHz) {
+                    unit.running->takeDerived(*other->running);
+                    return;
+                }
+            }
+        }
     }
 
     void fade(Unit& unit, CAudioModuleStep& moduleStep)

@@ -38,6 +38,15 @@ void CModCrunchRlsModule::configure(const Settings& settings, const CAudioModule
     beginOrGoOn(place.sampleRateHz);
 }
 
+void CModCrunchRlsModule::takeDerived(const CModCrunchRlsModule& other)
+{
+    CrunchRlsState* const own = state();
+    const CrunchRlsState* const from = other.state();
+    if (own && from) {
+        own->derived = from->derived;
+    }
+}
+
 void CModCrunchRlsModule::takeUp(CAudioModule& running)
 {
     writeParameters();

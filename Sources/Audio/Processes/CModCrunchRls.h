@@ -28,6 +28,8 @@ public:
     explicit CModCrunchRlsModule(CKernelContext& kernels) : CStateModule(kernels, "crunchrls") {}
     void configure(const Settings& settings, const CAudioModulePlace& place);
     void takeUp(CAudioModule& running) override;
+    // Called before configure() with the same settings as `other` has at the same rate.
+    void takeDerived(const CModCrunchRlsModule& other);
 
 private:
     void writeParameters();

@@ -19,6 +19,7 @@ public:
     void syncLinks() override;
     void applyEvents() override;
     std::uint32_t layout() const override;
+    bool hasLayout() const override { return true; }
 
 protected:
     int slotCount() const override { return 3; }

@@ -29,6 +29,7 @@ public:
     bool process() override;
     bool isAtRest() const override { return stages_ == wantedStages() && CModProcessSeq::isAtRest(); }
     std::uint32_t layout() const override { return static_cast<std::uint32_t>(wantedStages()); }
+    bool hasLayout() const override { return true; }
 
     int rateFactor() const override { return 1 << std::max(stages_, wantedStages()); }
 

@@ -35,6 +35,7 @@ public:
     void syncLinks() override;
     void applyEvents() override;
     std::uint32_t layout() const override;
+    bool hasLayout() const override { return true; }
     std::uint32_t groupsWanted() const override;
 
 protected:

@@ -44,16 +44,28 @@ struct CrunchStages
 // `crunchrlsu` to go on from a running state; both turn `drive` into the factor that the level gets.
 struct CrunchRlsState
 {
+    // What follows from the parameters, and those that it was worked out from: a sweep of the drive comes
+    // with every block, and leaves the tables as they are.
+    struct Derived
+    {
+        double sampleRateHz; // 0: nothing yet
+        double releaseSec;
+        CrunchTables tables;
+
+        double drive; // 0: nothing yet
+        bool isInverse;
+        double norm;
+        double inverseNorm;
+    };
+
     double releaseSec;
     double drive;
     bool isInverse; // puts out the reciprocal gain, which rises with the level
 
-    CrunchTables tables;
-    double norm;
-    double inverseNorm;
+    Derived derived;
     CrunchStages stages;
 
-    double restValue() const { return isInverse ? inverseNorm : norm; }
+    double restValue() const { return isInverse ? derived.inverseNorm : derived.norm; }
 };
 
 // State of one attack stage, in a pool buffer; set up as the release stage is.

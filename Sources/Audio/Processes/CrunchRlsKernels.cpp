@@ -46,8 +46,8 @@ class Release
 {
 public:
     explicit Release(const CrunchRlsState& state)
-        : drive_(state.drive), norm_(kIsInverse ? state.inverseNorm : state.norm),
-          follower_(state.stages, state.tables, 0)
+        : drive_(state.drive), norm_(kIsInverse ? state.derived.inverseNorm : state.derived.norm),
+          follower_(state.stages, state.derived.tables, 0)
     {}
     void findTargets(const double* levels, std::size_t count, double* targets) const
     {
@@ -172,8 +172,14 @@ void runWithAttack(const CKernelCall* calls)
 
 void fillTables(CrunchRlsState& state, double sampleRateHz)
 {
+    CrunchRlsState::Derived& derived = state.derived;
+    if (derived.sampleRateHz == sampleRateHz && derived.releaseSec == state.releaseSec) {
+        return;
+    }
+    derived.sampleRateHz = sampleRateHz;
+    derived.releaseSec = state.releaseSec;
     const double q = 2.0 * std::numbers::pi / sampleRateHz;
-    CrunchTables& tables = state.tables;
+    CrunchTables& tables = derived.tables;
     for (std::size_t i = 1; i < CrunchTables::kEntries; ++i) {
         const double w = q * static_cast<double>(i) / (CrunchTables::kSteps * state.releaseSec);
         tables.first[i] = envelopeGain(kCascadeFirst * w);
@@ -195,8 +201,7 @@ double meanSquareGain(const CrunchRlsState& state, double w, int count)
     double sum = 0.0;
     for (int i = 0; i < count; ++i) {
         const double v = drivenLevel(std::fabs(sine), state.drive);
-        const double gain =
-            state.isInverse ? inverseTargetGain(v, state.inverseNorm) : targetGain(v, state.norm);
+        const double gain = state.isInverse ? inverseTargetGain(v, 1.0) : targetGain(v, 1.0);
         sum += gain * gain;
         const double next = twoCos * sine - previous;
         previous = sine;
@@ -210,15 +215,19 @@ double meanSquareGain(const CrunchRlsState& state, double w, int count)
 // scaled by the same mean once more and not back to 1.
 void calibrate(CrunchRlsState& state)
 {
+    CrunchRlsState::Derived& derived = state.derived;
+    if (derived.drive == state.drive && derived.isInverse == state.isInverse) {
+        return;
+    }
+    derived.drive = state.drive;
+    derived.isInverse = state.isInverse;
     // One period of 500 Hz and one of 2 kHz at 44.1 kHz; the gain has no memory here, so any rate will do.
     constexpr double kTestW[] = {0.07123792865282977, 0.2849517146113191};
     constexpr int kTestCounts[] = {88, 22};
-    state.norm = 1.0;
-    state.inverseNorm = 1.0;
     const double low = meanSquareGain(state, kTestW[0], kTestCounts[0]);
     const double high = meanSquareGain(state, kTestW[1], kTestCounts[1]);
-    state.norm = 1.0 / std::sqrt((low + high) * 0.5);
-    state.inverseNorm = 1.0 / state.norm;
+    derived.norm = 1.0 / std::sqrt((low + high) * 0.5);
+    derived.inverseNorm = 1.0 / derived.norm;
 }
 
 void prepare(CrunchRlsState& state, double sampleRateHz)
@@ -238,9 +247,9 @@ void init(const CKernelCall& call)
 void update(const CKernelCall& call)
 {
     CrunchRlsState& state = *call.state<CrunchRlsState>(0);
-    const CrunchStages running = call.state<CrunchRlsState>(1)->stages;
+    const CrunchRlsState& running = *call.state<CrunchRlsState>(1);
     prepare(state, call.scalar);
-    state.stages = running;
+    state.stages = running.stages;
 }
 
 void clear(const CKernelCall& call)
