@@ -94,12 +94,18 @@ const bool isRegistered = [] {
     alone.reserve(kernelsByFunction().size());
     for (const auto& [function, kernel] : kernelsByFunction()) {
         if (kernel.pair) {
-            add(kernel.name, alone.emplace_back(std::array{CKernelPart{function, CKernelPart::kInput}}), 2,
-                kernel.pair);
+            const auto& part = alone.emplace_back(std::array{CKernelPart{function, CKernelPart::kInput}});
+            add(kernel.name, part, 2, kernel.pair);
+            if (kernel.quad && hasWideLanes()) {
+                add(kernel.name, part, 4, kernel.quad);
+            }
         }
         for (const CKernelJoin& join : kernel.joins) {
             add(nameOf(join.parts).substr(1), join.parts, 1, join.one);
             add(nameOf(join.parts).substr(1), join.parts, 2, join.pair);
+            if (join.quad && hasWideLanes()) {
+                add(nameOf(join.parts).substr(1), join.parts, 4, join.quad);
+            }
         }
     }
     return true;

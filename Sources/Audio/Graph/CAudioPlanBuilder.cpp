@@ -379,7 +379,7 @@ bool CAudioPlanBuilder::lay(CAudioStepPlan& plan)
     findLastUses();
     freeCount_ = memoryCount_ = 0;
     for (std::size_t place = 0; place < order_.order().size(); ++place) {
-        if (!layUnit(plan, static_cast<Index>(place))) {
+        if (!layUnits(plan, static_cast<Index>(place))) {
             return false;
         }
     }
@@ -451,8 +451,7 @@ bool CAudioPlanBuilder::layWhole(CAudioStepPlan& plan, const Call& call)
 template <class Function>
 void CAudioPlanBuilder::forCallsAt(Index place, Function&& function)
 {
-    const Index first = order_.order()[place];
-    for (Index index = first; index != kNone; index = index == first ? order_.unit(first).partner : kNone) {
+    for (Index index = order_.order()[place]; index != kNone; index = order_.unit(index).companion) {
         const CAudioPlanOrder::Unit& unit = order_.unit(index);
         for (std::size_t part = 0; part < unit.callCount; ++part) {
             function(calls_[unit.calls[part]]);
@@ -486,33 +485,44 @@ void CAudioPlanBuilder::findLastUses()
     }
 }
 
-// All that a unit touches has memory of its own while it runs.
-bool CAudioPlanBuilder::layUnit(CAudioStepPlan& plan, Index place)
+// All that runs at a place has memory of its own while it does.
+bool CAudioPlanBuilder::layUnits(CAudioStepPlan& plan, Index place)
 {
-    const CAudioPlanOrder::Unit& unit = order_.unit(order_.order()[place]);
-    const bool isPair = unit.partner != kNone;
-    const CKernelEntry* const entry = calls_[unit.calls[0]].entry;
-    const std::size_t callCount = unit.callCount * (isPair ? 2U : 1U);
-    if (plan.calls_.size() + callCount > CAudioStepPlan::kMaxCalls) {
+    const CAudioPlanOrder::Unit& first = order_.unit(order_.order()[place]);
+    if (plan.calls_.size() + first.count * first.callCount > CAudioStepPlan::kMaxCalls) {
         return false;
     }
-    CAudioStepPlan::Entry& laid = plan.entries_.emplace_back();
-    laid.call = static_cast<Index>(plan.calls_.size());
-    if (unit.join) {
-        laid.group = isPair ? unit.join->pair : unit.join->one;
-    } else {
-        laid.group = isPair ? entry->pair : nullptr;
-        laid.single = entry->function;
+    std::size_t call = plan.calls_.size();
+    for (std::size_t left = first.count; left > 0;) {
+        const std::size_t lanes = std::bit_floor(left);
+        layEntry(plan, first, lanes, static_cast<Index>(call));
+        call += lanes * first.callCount;
+        left -= lanes;
     }
-    forCallsAt(place, [&](const Call& call) {
-        for (std::size_t i = 0; i < call.operandCount; ++i) {
-            giveMemory(buffers_[call.sources[i]]);
+    forCallsAt(place, [&](const Call& each) {
+        for (std::size_t i = 0; i < each.operandCount; ++i) {
+            giveMemory(buffers_[each.sources[i]]);
         }
     });
     bool isLaid = true;
-    forCallsAt(place, [&](const Call& call) { isLaid = isLaid && layKernel(plan, call); });
-    forCallsAt(place, [&](const Call& call) { takeMemory(call, place); });
+    forCallsAt(place, [&](const Call& each) { isLaid = isLaid && layKernel(plan, each); });
+    forCallsAt(place, [&](const Call& each) { takeMemory(each, place); });
     return isLaid && memoryCount_ <= kMaxMemories;
+}
+
+// What runs one unit, two or four.
+void CAudioPlanBuilder::layEntry(CAudioStepPlan& plan, const CAudioPlanOrder::Unit& unit, std::size_t lanes,
+                                 Index call)
+{
+    const CKernelEntry& entry = *calls_[unit.calls[0]].entry;
+    CAudioStepPlan::Entry& laid = plan.entries_.emplace_back();
+    laid.call = call;
+    laid.single = entry.function;
+    if (unit.join) {
+        laid.group = lanes == 4 ? unit.join->quad : lanes == 2 ? unit.join->pair : unit.join->one;
+    } else {
+        laid.group = lanes == 4 ? entry.quad : lanes == 2 ? entry.pair : nullptr;
+    }
 }
 
 void CAudioPlanBuilder::giveMemory(Buffer& buffer)

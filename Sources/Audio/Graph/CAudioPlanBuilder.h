@@ -82,7 +82,8 @@ private:
     void forCallsAt(Index place, Function&& function);
     void hideLinks();
     void findLastUses();
-    bool layUnit(CAudioStepPlan& plan, Index place);
+    bool layUnits(CAudioStepPlan& plan, Index place);
+    void layEntry(CAudioStepPlan& plan, const CAudioPlanOrder::Unit& unit, std::size_t lanes, Index call);
     bool layKernel(CAudioStepPlan& plan, const Call& call);
     void giveMemory(Buffer& buffer);
     void takeMemory(const Call& call, Index place);

@@ -17,10 +17,10 @@ void CAudioPlanOrder::arrange(std::span<const Call> calls, std::span<const Buffe
     formUnits();
     written_.fill(0);
     read_.fill(0);
-    single_.fill(kNone);
+    open_.fill(kNone);
     for (std::size_t i = 0; i < unitCount_; ++i) {
         findDepth(units_[i]);
-        findPartner(static_cast<Index>(i));
+        findCompany(static_cast<Index>(i));
     }
     placed_ = firstOpen_ = 0;
     for (std::size_t i = 0; i < unitCount_; ++i) {
@@ -194,32 +194,42 @@ void CAudioPlanOrder::findDepth(Unit& unit)
     }
 }
 
-void CAudioPlanOrder::findPartner(Index index)
+std::size_t CAudioPlanOrder::widest(const Unit& unit) const
+{
+    const CKernelEntry& entry = *calls_[unit.calls[0]].entry;
+    const bool hasQuad = (unit.join ? unit.join->quad : entry.quad) && hasWideLanes();
+    const bool hasPair = unit.join ? unit.join->pair : entry.pair;
+    return hasQuad ? 4 : hasPair ? 2 : 1;
+}
+
+void CAudioPlanOrder::findCompany(Index index)
 {
     Unit& unit = units_[index];
     unit.isPlaced = false;
-    unit.partner = kNone;
-    for (Index* link = &single_[unit.depth]; *link != kNone; link = &units_[*link].nextOfDepth) {
-        Unit& other = units_[*link];
-        if (goTogether(other, unit)) {
-            other.partner = index;
-            unit.partner = std::exchange(*link, other.nextOfDepth);
+    unit.companion = kNone;
+    unit.last = index;
+    unit.count = 1;
+    for (Index* link = &open_[unit.depth]; *link != kNone; link = &units_[*link].nextOpen) {
+        Unit& first = units_[*link];
+        if (goTogether(first, unit)) {
+            units_[first.last].companion = index;
+            first.last = index;
+            if (++first.count == widest(first)) {
+                *link = first.nextOpen;
+            }
             return;
         }
     }
-    unit.nextOfDepth = std::exchange(single_[unit.depth], index);
+    if (widest(unit) > 1) {
+        unit.nextOpen = std::exchange(open_[unit.depth], index);
+    }
 }
 
 bool CAudioPlanOrder::goTogether(const Unit& a, const Unit& b) const
 {
-    if (a.join != b.join || a.callCount != b.callCount) {
+    if (a.join != b.join || a.callCount != b.callCount ||
+        calls_[a.calls[0]].entry != calls_[b.calls[0]].entry) {
         return false;
-    }
-    if (!a.join) {
-        const CKernelEntry* entry = calls_[a.calls[0]].entry;
-        if (!entry->pair || calls_[b.calls[0]].entry != entry) {
-            return false;
-        }
     }
     for (std::size_t part = 0; part < a.callCount; ++part) {
         if (calls_[a.calls[part]].count != calls_[b.calls[part]].count) {
@@ -229,27 +239,26 @@ bool CAudioPlanOrder::goTogether(const Unit& a, const Unit& b) const
     return true;
 }
 
-// In front of a pair come all that its second may wait for.
+// In front of units that go together come all that the last of them may wait for. The first is always met
+// first.
 void CAudioPlanOrder::place(Index index)
 {
     Unit& unit = units_[index];
     if (unit.isPlaced) {
         return;
     }
-    unit.isPlaced = true;
-    if (unit.partner != kNone) {
-        units_[unit.partner].isPlaced = true;
+    for (Index each = index; each != kNone; each = units_[each].companion) {
+        units_[each].isPlaced = true;
     }
     while (firstOpen_ < unitCount_ && units_[firstOpen_].isPlaced) {
         ++firstOpen_;
     }
-    const std::size_t last = unit.partner == kNone ? index : std::max(index, unit.partner);
-    for (std::size_t i = firstOpen_; i < last; ++i) {
+    for (std::size_t i = firstOpen_; i < unit.last; ++i) {
         if (units_[i].depth < unit.depth) {
             place(static_cast<Index>(i));
         }
     }
-    order_[placed_++] = std::min(index, unit.partner);
+    order_[placed_++] = index;
 }
 
 } // namespace qel

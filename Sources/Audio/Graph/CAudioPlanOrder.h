@@ -8,8 +8,8 @@
 namespace qel {
 
 // Calls of a chain that a kernel can do in one (CKernelJoin) become one unit, any other call is a unit of its
-// own. Two units that do the same, and of which neither waits for the other, become a pair where the kernel
-// has a form for two. Units keep their order as far as that allows.
+// own. Units that do the same, and of which none waits for another, go together as far as the kernel has
+// forms for several. Units keep their order as far as that allows.
 //
 // A unit's depth is one more than that of the deepest unit it has to wait for: because that has made what it
 // reads, or has still to read what it overwrites. So units of one depth may run side by side, and nothing
@@ -26,8 +26,11 @@ public:
         std::uint8_t callCount;
         bool isPlaced;
         plan::Index depth;
-        plan::Index partner;     // kNone: alone
-        plan::Index nextOfDepth; // among those that have none
+        plan::Index companion; // the next of those that go together, kNone: none
+        // Of the first of these:
+        plan::Index last;
+        std::uint8_t count;
+        plan::Index nextOpen; // of its depth that may take more
     };
 
     // Takes the calls that are not left out; `wanted` are the values that others read.
@@ -37,7 +40,10 @@ public:
     // Writes to all of its memory.
     void warmUp();
 
-    // In the order they run; a pair stands at the place of its first.
+    // The most units that may go with this one, itself included.
+    std::size_t widest(const Unit& unit) const;
+
+    // In the order they run; those that go together stand at the place of the first.
     std::span<const plan::Index> order() const { return {order_.data(), placed_}; }
     std::size_t unitCount() const { return unitCount_; }
     const Unit& unit(plan::Index index) const { return units_[index]; }
@@ -52,7 +58,7 @@ private:
     bool isTaken(const Unit& unit, plan::Index call) const;
 
     void findDepth(Unit& unit);
-    void findPartner(plan::Index index);
+    void findCompany(plan::Index index);
     bool goTogether(const Unit& a, const Unit& b) const;
     void place(plan::Index index);
 
@@ -69,7 +75,7 @@ private:
     std::array<plan::Index, plan::kMaxBuffers> uses_;      // operands of all calls
     std::array<plan::Index, plan::kMaxBuffers> written_;   // depth, 0: by none
     std::array<plan::Index, plan::kMaxBuffers> read_;      // the same, since then
-    std::array<plan::Index, plan::kMaxCalls + 1> single_;  // by depth: a unit without a partner
+    std::array<plan::Index, plan::kMaxCalls + 1> open_;    // by depth: the first of some that may take more
 };
 
 } // namespace qel

@@ -43,12 +43,9 @@ void crossOver(const CKernelCall* calls)
     highChain.store(highCalls);
 }
 
-// Four lanes in one register: both bands of both channels. Not on Windows, where GCC does not align such
-// registers on the stack.
-#if defined(__x86_64__) && !defined(_WIN32)
+#if QEL_HAS_WIDE_LANES
 
-using SampleQuad [[gnu::vector_size(32)]] = double;
-
+// Both bands of both channels in one register.
 [[gnu::target("avx2")]] void crossOverWide(const CKernelCall* calls)
 {
     constexpr std::size_t kSections = 2;
@@ -98,26 +95,16 @@ using SampleQuad [[gnu::vector_size(32)]] = double;
     }
 }
 
-CKernelGroupFunction chooseCrossover(bool isWideAllowed)
-{
-    __builtin_cpu_init();
-    return isWideAllowed && __builtin_cpu_supports("avx2") ? crossOverWide : crossOver<SamplePair>;
-}
-
-#else
-
-CKernelGroupFunction chooseCrossover(bool)
-{
-    return crossOver<SamplePair>;
-}
-
 #endif
-
-CKernelGroupFunction chosenCrossover = chooseCrossover(true);
 
 void crossOverPair(const CKernelCall* calls)
 {
-    chosenCrossover(calls);
+#if QEL_HAS_WIDE_LANES
+    if (hasWideLanes()) {
+        return crossOverWide(calls);
+    }
+#endif
+    crossOver<SamplePair>(calls);
 }
 
 constexpr CKernelPart kCrossover[] = {{runSection<LowPass>, CKernelPart::kInput},
@@ -125,7 +112,7 @@ constexpr CKernelPart kCrossover[] = {{runSection<LowPass>, CKernelPart::kInput}
                                       {runSection<HighPass>, CKernelPart::kInput},
                                       {runSection<HighPass>, 2}};
 constexpr CKernelJoin kLowPassJoins[] = {
-    {kCrossover, crossOver<double>, crossOverPair},
+    {kCrossover, crossOver<double>, crossOverPair, nullptr},
     ChainOf<LowPass, LowPass>::kJoin,
 };
 constexpr CKernelJoin kHighPassJoins[] = {
@@ -137,7 +124,13 @@ template <class Numerator, bool kHasGain>
 constexpr CKernelDef row(const char* name, std::span<const CKernelJoin> joins = {})
 {
     using Section = BiquadSection<Numerator, kHasGain>;
-    return {name, runSection<Section>, 3, 3, runSections<SamplePair, Section>, joins};
+    return {name,
+            runSection<Section>,
+            3,
+            3,
+            runSections<SamplePair, Section>,
+            kWide<&runSections<SampleQuad, Section>>,
+            joins};
 }
 
 constexpr CKernelDef kTable[] = {
@@ -156,11 +149,6 @@ constexpr CKernelDef kTable[] = {
 };
 
 } // namespace
-
-void allowWideLanes(bool isAllowed)
-{
-    chosenCrossover = chooseCrossover(isAllowed);
-}
 
 std::span<const CKernelDef> biquadKernels()
 {

@@ -26,6 +26,7 @@ struct CKernelDef
     int operandCount;
     std::uint32_t writeMask;
     CKernelGroupFunction pair = nullptr;     // two calls of this kernel; null if that is no faster
+    CKernelGroupFunction quad = nullptr;     // four calls, where hasWideLanes(); null likewise
     std::span<const CKernelJoin> joins = {}; // those that begin with this kernel, the longest first
 };
 

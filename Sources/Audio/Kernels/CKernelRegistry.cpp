@@ -61,6 +61,7 @@ int CKernelRegistry::add(std::string_view name, const CKernelDef& kernel)
     added.operandCount = kernel.operandCount;
     added.writeMask = kernel.writeMask;
     added.pair = kernel.pair;
+    added.quad = kernel.quad;
     added.joins = kernel.joins;
     std::atomic<std::int32_t>& head = heads_[bucketOf(kept)];
     added.next = head.load(std::memory_order_relaxed);

@@ -23,6 +23,7 @@ struct CKernelEntry
     std::int32_t operandCount;
     std::uint32_t writeMask;
     CKernelGroupFunction pair; // as in CKernelDef
+    CKernelGroupFunction quad;
     std::span<const CKernelJoin> joins;
     std::int32_t next; // in the hash chain
 };

@@ -1,8 +1,7 @@
-// Filter sections of first and second order, for one channel or two, alone or in a chain.
+// Filter sections of first and second order, for one channel, two or four, alone or in a chain.
 #pragma once
 
-#include "SamplePair.h"
-#include "Unrolled.h"
+#include "WideLanes.h"
 
 #include <array>
 #include <tuple>
@@ -217,7 +216,8 @@ struct ChainOf
         return parts;
     }();
     static constexpr CKernelJoin kJoin{kParts, runSections<double, Sections...>,
-                                       runSections<SamplePair, Sections...>};
+                                       runSections<SamplePair, Sections...>,
+                                       kWide<&runSections<SampleQuad, Sections...>>};
 };
 
 } // namespace qel

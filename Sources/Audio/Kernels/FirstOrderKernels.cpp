@@ -26,7 +26,13 @@ template <std::size_t kStages, bool kIsHighPass, bool kHasGain>
 constexpr CKernelDef row(const char* name, std::span<const CKernelJoin> joins = {})
 {
     using Section = FirstOrderSection<kStages, kIsHighPass, kHasGain>;
-    return {name, runSection<Section>, 3, 3, runSections<SamplePair, Section>, joins};
+    return {name,
+            runSection<Section>,
+            3,
+            3,
+            runSections<SamplePair, Section>,
+            kWide<&runSections<SampleQuad, Section>>,
+            joins};
 }
 
 constexpr CKernelDef kTable[] = {

@@ -219,7 +219,7 @@ struct HalfBand
             unrolled<kChannels>([&](auto channel) {
                 const Pair y = phases[channel].next(twice(2 * in[channel][i]));
                 // Each path meets the other's zero.
-                storePair(out[channel] + 2 * i, (y + 0.0) * gain[channel]);
+                storeSamples(out[channel] + 2 * i, (y + 0.0) * gain[channel]);
             });
         }
         unrolled<kChannels>([&](auto channel) {
@@ -258,7 +258,7 @@ struct HalfBand
         });
         for (std::size_t i = 0; i < count; ++i) {
             unrolled<kChannels>([&](auto channel) {
-                const Pair y = phases[channel].next(loadPair(in[channel] + 2 * i));
+                const Pair y = phases[channel].next(loadSamples<Pair>(in[channel] + 2 * i));
                 out[channel][i] = (y[0] + previousB[channel]) * gain[channel];
                 previousB[channel] = y[1];
             });
@@ -320,43 +320,44 @@ struct HalfBand
     static constexpr CKernelPart kInterpolated[] = {{interpolate, CKernelPart::kInput}, {run<true>, 0}};
     static constexpr CKernelPart kDecimated[] = {{run<true>, CKernelPart::kInput}, {decimate, 0}};
     static constexpr CKernelJoin kInterpolatorJoin{kInterpolated, filterInterpolated<1>,
-                                                   filterInterpolated<2>};
-    static constexpr CKernelJoin kDecimatorJoins[] = {{kDecimated, filterDecimated<1>, filterDecimated<2>}};
+                                                   filterInterpolated<2>, nullptr};
+    static constexpr CKernelJoin kDecimatorJoins[] = {
+        {kDecimated, filterDecimated<1>, filterDecimated<2>, nullptr}};
 };
 
 constexpr CKernelDef kTable[] = {
     {"flthbf2i", HalfBand<1>::init, 2, 1},
     {"flthbf2u", HalfBand<1>::update, 3, 1},
     {"flthbf2", HalfBand<1>::run<false>, 3, 3},
-    {"flthbf2g", HalfBand<1>::run<true>, 3, 3, nullptr, HalfBand<1>::kDecimatorJoins},
+    {"flthbf2g", HalfBand<1>::run<true>, 3, 3, nullptr, nullptr, HalfBand<1>::kDecimatorJoins},
     {"flthbf4i", HalfBand<2>::init, 2, 1},
     {"flthbf4u", HalfBand<2>::update, 3, 1},
     {"flthbf4", HalfBand<2>::run<false>, 3, 3},
-    {"flthbf4g", HalfBand<2>::run<true>, 3, 3, nullptr, HalfBand<2>::kDecimatorJoins},
+    {"flthbf4g", HalfBand<2>::run<true>, 3, 3, nullptr, nullptr, HalfBand<2>::kDecimatorJoins},
     {"flthbf6i", HalfBand<3>::init, 2, 1},
     {"flthbf6u", HalfBand<3>::update, 3, 1},
     {"flthbf6", HalfBand<3>::run<false>, 3, 3},
-    {"flthbf6g", HalfBand<3>::run<true>, 3, 3, nullptr, HalfBand<3>::kDecimatorJoins},
+    {"flthbf6g", HalfBand<3>::run<true>, 3, 3, nullptr, nullptr, HalfBand<3>::kDecimatorJoins},
     {"flthbf8i", HalfBand<4>::init, 2, 1},
     {"flthbf8u", HalfBand<4>::update, 3, 1},
     {"flthbf8", HalfBand<4>::run<false>, 3, 3},
-    {"flthbf8g", HalfBand<4>::run<true>, 3, 3, nullptr, HalfBand<4>::kDecimatorJoins},
+    {"flthbf8g", HalfBand<4>::run<true>, 3, 3, nullptr, nullptr, HalfBand<4>::kDecimatorJoins},
     {"flthbf10i", HalfBand<5>::init, 2, 1},
     {"flthbf10u", HalfBand<5>::update, 3, 1},
     {"flthbf10", HalfBand<5>::run<false>, 3, 3},
-    {"flthbf10g", HalfBand<5>::run<true>, 3, 3, nullptr, HalfBand<5>::kDecimatorJoins},
+    {"flthbf10g", HalfBand<5>::run<true>, 3, 3, nullptr, nullptr, HalfBand<5>::kDecimatorJoins},
     {"flthbf12i", HalfBand<6>::init, 2, 1},
     {"flthbf12u", HalfBand<6>::update, 3, 1},
     {"flthbf12", HalfBand<6>::run<false>, 3, 3},
-    {"flthbf12g", HalfBand<6>::run<true>, 3, 3, nullptr, HalfBand<6>::kDecimatorJoins},
+    {"flthbf12g", HalfBand<6>::run<true>, 3, 3, nullptr, nullptr, HalfBand<6>::kDecimatorJoins},
     {"flthbf14i", HalfBand<7>::init, 2, 1},
     {"flthbf14u", HalfBand<7>::update, 3, 1},
     {"flthbf14", HalfBand<7>::run<false>, 3, 3},
-    {"flthbf14g", HalfBand<7>::run<true>, 3, 3, nullptr, HalfBand<7>::kDecimatorJoins},
+    {"flthbf14g", HalfBand<7>::run<true>, 3, 3, nullptr, nullptr, HalfBand<7>::kDecimatorJoins},
     {"flthbf16i", HalfBand<8>::init, 2, 1},
     {"flthbf16u", HalfBand<8>::update, 3, 1},
     {"flthbf16", HalfBand<8>::run<false>, 3, 3},
-    {"flthbf16g", HalfBand<8>::run<true>, 3, 3, nullptr, HalfBand<8>::kDecimatorJoins},
+    {"flthbf16g", HalfBand<8>::run<true>, 3, 3, nullptr, nullptr, HalfBand<8>::kDecimatorJoins},
 };
 
 } // namespace

@@ -13,15 +13,15 @@ struct CKernelEntry;
 using CKernelFunction = void (*)(const CKernelCall& call);
 
 // Leaves in outputs and states what the kernels of calls[0], calls[1] ... would leave one after the other, to
-// the last bit: the same operations in the same order for each channel, with two channels in the lanes of one
-// register, or a sample's way through a chain in one turn of the loop. Any states are right: where two
-// channels cannot go side by side (shifters whose heads stand apart), it runs them in turn. Of a call it
-// reads the count, the scalar and the addresses.
+// the last bit: the same operations in the same order for each channel, with two or four channels in the
+// lanes of one register, or a sample's way through a chain in one turn of the loop. Any states are right:
+// where two channels cannot go side by side (shifters whose heads stand apart), it runs them in turn. Of a
+// call it reads the count, the scalar and the addresses.
 //
-// The calls of one channel stand together, those of the second channel behind those of the first. Both have
-// the same counts; scalars and states may differ.
+// The calls of one channel stand together, those of the next channel behind them. All have the same counts;
+// scalars and states may differ.
 //
-// Memory: what one channel's calls write, the other's must neither read nor write, in any of their calls. An
+// Memory: what one channel's calls write, another's must neither read nor write, in any of their calls. An
 // output may be the input of its channel where the single kernels allow that and no rate changes.
 using CKernelGroupFunction = void (*)(const CKernelCall* calls);
 
@@ -48,11 +48,13 @@ struct CKernelJoin
     std::span<const CKernelPart> parts;
     CKernelGroupFunction one;  // parts.size() calls
     CKernelGroupFunction pair; // twice as many
+    CKernelGroupFunction quad; // four times as many; null if there is none. Only where hasWideLanes()
 };
 
+// Whether the processor has registers of four samples.
+bool hasWideLanes();
 // --- for tests, while no kernel runs
-// Whether kernels may use registers of four samples where the processor has them; they do from the start. The
-// bits are the same.
+// Whether they may be used; they may from the start. The bits are the same.
 void allowWideLanes(bool isAllowed);
 
 } // namespace qel

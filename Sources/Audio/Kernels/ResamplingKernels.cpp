@@ -65,7 +65,7 @@ void decimate(const CKernelCall& call)
 std::span<const CKernelDef> resamplingKernels()
 {
     static const CKernelDef kTable[] = {
-        {"interp2", interpolate, 2, 1, nullptr, interpolatorJoins()},
+        {"interp2", interpolate, 2, 1, nullptr, nullptr, interpolatorJoins()},
         {"decim2", decimate, 2, 1},
         {"decim2s", takeEverySecond<1>, 2, 1},
         {"msenc", encodeMidSide, 4, 3},

@@ -1,7 +1,8 @@
-// Two samples side by side, and what lets a kernel be written once for one channel and for two.
+// Samples side by side, and what lets a kernel be written once for one channel, for two and for four.
 #pragma once
 
 #include "CKernelCall.h"
+#include "Unrolled.h"
 
 #include <cmath>
 #include <cstring>
@@ -17,41 +18,65 @@ namespace qel {
 using SamplePair [[gnu::vector_size(16)]] = double;
 using SamplePairMask = decltype(SamplePair{} < SamplePair{});
 
+// Four, for kernels that are run where the processor has AVX2 (see WideLanes.h). Not on Windows, where GCC
+// does not align such registers on the stack, and Clang passes them to no function that was not compiled for
+// them: there it is a second name.
+#if defined(__x86_64__) && !defined(_WIN32) && !defined(__clang__)
+#define QEL_HAS_WIDE_LANES 1
+using SampleQuad [[gnu::vector_size(32)]] = double;
+using SampleQuadMask = decltype(SampleQuad{} < SampleQuad{});
+// All that takes or returns one is inlined.
+#pragma GCC diagnostic ignored "-Wpsabi"
+#else
+#define QEL_HAS_WIDE_LANES 0
+using SampleQuad = SamplePair;
+#endif
+
 template <class Sample>
 inline constexpr std::size_t kLanes = sizeof(Sample) / sizeof(double);
 
-// get(lane) for each lane. `Sample` is double or SamplePair.
+// get(lane) for each lane. `Sample` is double, SamplePair or SampleQuad.
 template <class Sample, class Get>
 [[gnu::always_inline]] inline Sample gatherLanes(Get get)
 {
     if constexpr (kLanes<Sample> == 1) {
         return get(std::size_t{0});
-    } else {
+    } else if constexpr (kLanes<Sample> == 2) {
         return Sample{get(std::size_t{0}), get(std::size_t{1})};
+    } else {
+        return Sample{get(std::size_t{0}), get(std::size_t{1}), get(std::size_t{2}), get(std::size_t{3})};
     }
 }
 
-// put(lane, value) for each lane.
-[[gnu::always_inline]] inline void scatterLanes(double value, auto put)
+[[gnu::always_inline]] inline double laneOf(double value, std::size_t)
 {
-    put(std::size_t{0}, value);
+    return value;
 }
-[[gnu::always_inline]] inline void scatterLanes(SamplePair value, auto put)
+template <class Vector>
+[[gnu::always_inline]] inline auto laneOf(const Vector& value, std::size_t lane)
 {
-    put(std::size_t{0}, value[0]);
-    put(std::size_t{1}, value[1]);
+    return value[lane];
 }
 
-// Two samples that follow each other; they need not be aligned for vectors.
-[[gnu::always_inline]] inline SamplePair loadPair(const double* samples)
+// put(lane, value) for each lane.
+template <class Sample>
+[[gnu::always_inline]] inline void scatterLanes(Sample value, auto put)
 {
-    SamplePair pair;
-    std::memcpy(&pair, samples, sizeof pair);
-    return pair;
+    unrolled<kLanes<Sample>>([&](auto lane) { put(std::size_t{lane}, laneOf(value, lane)); });
 }
-[[gnu::always_inline]] inline void storePair(double* samples, SamplePair pair)
+
+// Samples that follow each other; they need not be aligned for vectors.
+template <class Sample>
+[[gnu::always_inline]] inline Sample loadSamples(const double* samples)
 {
-    std::memcpy(samples, &pair, sizeof pair);
+    Sample loaded;
+    std::memcpy(&loaded, samples, sizeof loaded);
+    return loaded;
+}
+template <class Sample>
+[[gnu::always_inline]] inline void storeSamples(double* samples, Sample value)
+{
+    std::memcpy(samples, &value, sizeof value);
 }
 
 // `a` where the condition holds. Both are there already: nothing is skipped, and no branch mispredicted.
@@ -59,9 +84,25 @@ template <class Sample, class Get>
 {
     return condition ? a : b;
 }
-[[gnu::always_inline]] inline SamplePair chosen(SamplePairMask condition, SamplePair a, SamplePair b)
+template <class Mask, class Sample>
+[[gnu::always_inline]] inline Sample chosen(Mask condition, Sample a, Sample b)
 {
     return condition ? a : b;
+}
+
+[[gnu::always_inline]] inline bool bothOf(bool a, bool b)
+{
+    return a & b;
+}
+// By hand: with SSE2 alone, GCC takes two conditions that it is to join apart.
+[[gnu::always_inline]] inline SamplePairMask bothOf(SamplePairMask a, SamplePairMask b)
+{
+#if defined(__SSE2__)
+    return reinterpret_cast<SamplePairMask>(
+        _mm_and_pd(reinterpret_cast<__m128d>(a), reinterpret_cast<__m128d>(b)));
+#else
+    return a & b;
+#endif
 }
 
 [[gnu::always_inline]] inline bool isTrueAnywhere(bool condition)
@@ -74,6 +115,18 @@ template <class Sample, class Get>
     return _mm_movemask_pd(reinterpret_cast<__m128d>(condition)) != 0;
 #else
     return condition[0] != 0 || condition[1] != 0;
+#endif
+}
+[[gnu::always_inline]] inline bool isTrueEverywhere(bool condition)
+{
+    return condition;
+}
+[[gnu::always_inline]] inline bool isTrueEverywhere(SamplePairMask condition)
+{
+#if defined(__SSE2__)
+    return _mm_movemask_pd(reinterpret_cast<__m128d>(condition)) == 3;
+#else
+    return condition[0] != 0 && condition[1] != 0;
 #endif
 }
 
@@ -95,6 +148,38 @@ template <class Sample, class Get>
     return SamplePair{std::sqrt(x[0]), std::sqrt(x[1])};
 #endif
 }
+
+#if QEL_HAS_WIDE_LANES
+
+// In halves, for which every processor has instructions.
+template <class Quad>
+[[gnu::always_inline]] inline auto lowHalf(Quad quad)
+{
+    return __builtin_shufflevector(quad, quad, 0, 1);
+}
+template <class Quad>
+[[gnu::always_inline]] inline auto highHalf(Quad quad)
+{
+    return __builtin_shufflevector(quad, quad, 2, 3);
+}
+[[gnu::always_inline]] inline SampleQuadMask bothOf(SampleQuadMask a, SampleQuadMask b)
+{
+    return a & b;
+}
+[[gnu::always_inline]] inline bool isTrueAnywhere(SampleQuadMask condition)
+{
+    return isTrueAnywhere(lowHalf(condition) | highHalf(condition));
+}
+[[gnu::always_inline]] inline bool isTrueEverywhere(SampleQuadMask condition)
+{
+    return isTrueEverywhere(lowHalf(condition) & highHalf(condition));
+}
+[[gnu::always_inline]] inline SampleQuad squareRoot(SampleQuad x)
+{
+    return __builtin_shufflevector(squareRoot(lowHalf(x)), squareRoot(highHalf(x)), 0, 1, 2, 3);
+}
+
+#endif
 
 // One call a channel, `stride` calls apart.
 struct LaneCalls
@@ -124,7 +209,7 @@ struct LaneCalls
     }
 };
 
-// A signal operand of one or two channels.
+// A signal operand of as many channels as there are lanes.
 template <class Sample>
 struct LaneInput
 {

@@ -26,20 +26,21 @@ void follow(const CKernelCall& call)
     double* out = call.samples(0);
     CrunchAtkState& state = *call.state<CrunchAtkState>(1);
     const double* in = call.samples(2);
-    CrunchAttack<kIsFixed> attack(state);
+    const auto stateOf = [&](std::size_t) -> CrunchAtkState& { return state; };
+    CrunchAttack<double, kIsFixed> attack(stateOf);
     for (std::size_t i = 0; i < call.count; ++i) {
         const double x = in[i];
-        const double ratio = attack.ratio(x);
-        const double gain = attack.follow(x, ratio);
+        const double before = attack.last();
+        const double gain = attack.follow(x);
         if constexpr (kOutput == EOutput::kGain) {
             out[i] = gain;
         } else if constexpr (kOutput == EOutput::kReciprocal) {
             out[i] = 1.0 / gain;
         } else {
-            out[i] = ratio;
+            out[i] = attack.ratio(before, x);
         }
     }
-    attack.store(state);
+    attack.store(stateOf);
 }
 
 template <EOutput kOutput>

@@ -1,7 +1,7 @@
 // Kernels of the compressor's envelope: a release and an attack.
 #pragma once
 
-#include "CKernelCall.h"
+#include "SamplePair.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -87,73 +87,130 @@ struct CrunchAtkState
     CrunchStages stages;
 };
 
-// Stages at work, with signal and coefficients in registers from the first sample of a call to its last.
+inline const CrunchTables& tablesOf(const CrunchRlsState& state)
+{
+    return state.derived.tables;
+}
+inline const CrunchTables& tablesOf(const CrunchAtkState& state)
+{
+    return state.tables;
+}
+
+// Stages of one channel, two or four at work, with signal and coefficients in registers from the first sample
+// of a call to its last.
+template <class Sample>
 class CrunchFollower
 {
 public:
-    CrunchFollower(const CrunchStages& stages, const CrunchTables& tables, std::size_t entry)
-        : tables_(tables), stages_(stages)
+    // `stateOf` gives a lane's CrunchRlsState or CrunchAtkState.
+    [[gnu::always_inline]] CrunchFollower(auto stateOf, std::size_t entry)
     {
-        take(entry);
-    }
-    const CrunchStages& stages() const { return stages_; }
-    double last() const { return stages_.e4; }
-    void set(double value) { stages_.set(value); }
-    // The coefficients stay while the entry does. The processor bets on that, so that no sample waits for the
-    // quotient and the look-up that only find the same entry again.
-    void follow(double target, std::size_t entry)
-    {
-        if (entry != entry_) [[unlikely]] {
-            take(entry);
+        for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+            tables_[lane] = &tablesOf(stateOf(lane));
         }
-        stages_.e1 += (target - stages_.e1) * first_;
-        stages_.e2 += (stages_.e1 - stages_.e2) * middle_;
-        stages_.e3 += (stages_.e2 - stages_.e3) * middle_;
-        stages_.e4 += (stages_.e3 - stages_.e4) * last_;
+        e1_ = gatherLanes<Sample>([&](std::size_t lane) { return stateOf(lane).stages.e1; });
+        e2_ = gatherLanes<Sample>([&](std::size_t lane) { return stateOf(lane).stages.e2; });
+        e3_ = gatherLanes<Sample>([&](std::size_t lane) { return stateOf(lane).stages.e3; });
+        e4_ = gatherLanes<Sample>([&](std::size_t lane) { return stateOf(lane).stages.e4; });
+        take([&](std::size_t) { return entry; });
+    }
+    [[gnu::always_inline]] void store(auto stateOf) const
+    {
+        for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+            stateOf(lane).stages = {laneOf(e1_, lane), laneOf(e2_, lane), laneOf(e3_, lane),
+                                    laneOf(e4_, lane)};
+        }
+    }
+    Sample last() const { return e4_; }
+    // Where `smaller / larger` surely is at the entry that the coefficients are of. The processor bets on
+    // that, so that no sample waits for a quotient and a look-up that only find the same entry again.
+    [[gnu::always_inline]] auto holds(Sample smaller, Sample larger) const
+    {
+        const Sample position = CrunchTables::kSteps * smaller;
+        return bothOf(position >= from_ * larger, position <= to_ * larger);
+    }
+    // The coefficients of the entry that entryOf(lane) gives.
+    [[gnu::always_inline]] void take(auto entryOf)
+    {
+        std::size_t entries[kLanes<Sample>];
+        for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+            entries[lane] = entryOf(lane);
+        }
+        const auto gather = [&](auto field) __attribute__((always_inline))
+        {
+            return gatherLanes<Sample>(
+                [&](std::size_t lane) { return (tables_[lane]->*field)[entries[lane]]; });
+        };
+        first_ = gather(&CrunchTables::first);
+        middle_ = gather(&CrunchTables::middle);
+        last_ = gather(&CrunchTables::last);
+        // Positions are rounded to the nearest entry; at the edges they are left to the quotient.
+        constexpr double kReach = 0.5 - 1e-9;
+        const auto middles = gatherLanes<Sample>(
+            [&](std::size_t lane) { return static_cast<double>(static_cast<std::int64_t>(entries[lane])); });
+        from_ = middles - kReach;
+        to_ = middles + kReach;
+    }
+    [[gnu::always_inline]] void follow(Sample target)
+    {
+        e1_ += (target - e1_) * first_;
+        e2_ += (e1_ - e2_) * middle_;
+        e3_ += (e2_ - e3_) * middle_;
+        e4_ += (e3_ - e4_) * last_;
+    }
+    // Where the condition does not hold, all stages get the value.
+    [[gnu::always_inline]] void setUnless(auto condition, Sample value)
+    {
+        e1_ = chosen(condition, e1_, value);
+        e2_ = chosen(condition, e2_, value);
+        e3_ = chosen(condition, e3_, value);
+        e4_ = chosen(condition, e4_, value);
     }
 
 private:
-    void take(std::size_t entry)
-    {
-        entry_ = entry;
-        first_ = tables_.first[entry];
-        middle_ = tables_.middle[entry];
-        last_ = tables_.last[entry];
-    }
-
-    const CrunchTables& tables_;
-    CrunchStages stages_;
-    std::size_t entry_ = 0;
-    double first_ = 0.0;
-    double middle_ = 0.0;
-    double last_ = 0.0;
+    const CrunchTables* tables_[kLanes<Sample>];
+    Sample e1_, e2_, e3_, e4_;
+    Sample first_, middle_, last_;
+    Sample from_, to_;
 };
 
-template <bool kIsFixed>
+template <class Sample, bool kIsFixed>
 class CrunchAttack
 {
 public:
-    explicit CrunchAttack(const CrunchAtkState& state)
-        : follower_(state.stages, state.tables, CrunchTables::kEntries - 1)
+    // `stateOf` gives a lane's CrunchAtkState.
+    [[gnu::always_inline]] explicit CrunchAttack(auto stateOf)
+        : follower_(stateOf, CrunchTables::kEntries - 1)
     {}
+    [[gnu::always_inline]] void store(auto stateOf) const { follower_.store(stateOf); }
 
-    // How near the gain is to its target, as the smaller over the larger. Two gains of 0 are equal.
-    double ratio(double target) const
+    // How near a gain is to its target, as the smaller over the larger. Two gains of 0 are equal.
+    static double ratio(double gain, double target)
     {
-        const double larger = std::max(follower_.last(), target);
-        return larger != 0.0 ? std::min(follower_.last(), target) / larger : 1.0;
+        const double larger = std::max(gain, target);
+        return larger != 0.0 ? std::min(gain, target) / larger : 1.0;
     }
-    double follow(double target, double ratio)
+    Sample last() const { return follower_.last(); }
+    [[gnu::always_inline]] Sample follow(Sample target)
     {
-        const std::size_t entry =
-            kIsFixed ? CrunchTables::kEntries - 1 : CrunchTables::entry(ratio * CrunchTables::kSteps + 0.5);
-        follower_.follow(target, entry);
-        return follower_.last();
+        if constexpr (!kIsFixed) {
+            const Sample gain = last();
+            const auto isRising = gain < target;
+            const bool holds = isTrueEverywhere(
+                follower_.holds(chosen(isRising, gain, target), chosen(isRising, target, gain)));
+            if (!holds) [[unlikely]] {
+                follower_.take([&](std::size_t lane) {
+                    const double nearness = ratio(laneOf(gain, lane), laneOf(target, lane));
+                    return CrunchTables::entry(nearness * CrunchTables::kSteps + 0.5);
+                });
+            }
+        }
+        follower_.follow(target);
+        return last();
     }
-    void store(CrunchAtkState& state) const { state.stages = follower_.stages(); }
 
 private:
-    CrunchFollower follower_;
+    CrunchFollower<Sample> follower_;
 };
 
 // The kernel `crunchatk`, which a release may be joined with.

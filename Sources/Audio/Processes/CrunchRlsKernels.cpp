@@ -1,12 +1,12 @@
 // Kernels of the compressor's release: a level becomes a gain.
 #include "CrunchKernels.h"
 #include "OnePoleGain.h"
-#include "Unrolled.h"
+#include "PairLog.h"
+#include "WideLanes.h"
 
 #include <algorithm>
 #include <cmath>
 #include <numbers>
-#include <utility>
 
 namespace qel {
 
@@ -18,64 +18,83 @@ constexpr double kDriveScale = 0.375;
 constexpr double kMinLevel = 0.005;
 
 // NaN becomes the least level.
-inline double drivenLevel(double x, double drive)
+template <class Sample>
+[[gnu::always_inline]] inline Sample drivenLevel(Sample x, double drive)
 {
-    const double v = x * drive;
-    return v > kMinLevel ? v : kMinLevel;
+    const Sample v = x * drive;
+    return chosen(v > kMinLevel, v, Sample{} + kMinLevel);
 }
 
 // The static curve: log(1 + v) / v, which is about 1 for low levels and falls like 1 / v for high ones, so
-// that loudness grows with the logarithm of the level.
-inline double targetGain(double v, double norm)
+// that loudness grows with the logarithm of the level. The inverse form is scaled alike.
+template <bool kIsInverse, class Sample>
+[[gnu::always_inline]] inline Sample targetGain(Sample v, double norm)
 {
-    return math::log(1.0 + v) * norm / v;
-}
-
-inline double inverseTargetGain(double v, double inverseNorm)
-{
-    return v * inverseNorm / math::log(1.0 + v);
+    const Sample log = logAboveOne(1.0 + v);
+    return kIsInverse ? v * norm / log : log * norm / v;
 }
 
 // Targets are calculated some samples ahead, where none waits for another.
 constexpr std::size_t kTile = 64;
 
+// What one channel's levels ask for, as many at once as there are lanes.
+template <bool kIsInverse, class Sample>
+void findTargetsBy(const CrunchRlsState& state, const double* levels, std::size_t count, double* targets)
+{
+    const double drive = state.drive;
+    const double norm = kIsInverse ? state.derived.inverseNorm : state.derived.norm;
+    const auto target = [&](auto level) __attribute__((always_inline))
+    {
+        return targetGain<kIsInverse>(drivenLevel(level, drive), norm);
+    };
+    std::size_t i = 0;
+    for (; i + kLanes<Sample> <= count; i += kLanes<Sample>) {
+        storeSamples(targets + i, target(loadSamples<Sample>(levels + i)));
+    }
+    for (; i < count; ++i) {
+        targets[i] = target(levels[i]);
+    }
+}
+
+template <bool kIsInverse>
+void findTargets(const CrunchRlsState& state, const double* levels, std::size_t count, double* targets)
+{
+    const auto function = hasWideLanes() ? kWide<&findTargetsBy<kIsInverse, SampleQuad>>
+                                         : &findTargetsBy<kIsInverse, SamplePair>;
+    function(state, levels, count, targets);
+}
+
 // A louder level is answered at once (the attack stage gives that its time); a softer one through the
 // followers, the faster the nearer the gain has come to its target.
-template <bool kIsInverse>
+template <class Sample, bool kIsInverse>
 class Release
 {
 public:
-    explicit Release(const CrunchRlsState& state)
-        : drive_(state.drive), norm_(kIsInverse ? state.derived.inverseNorm : state.derived.norm),
-          follower_(state.stages, state.derived.tables, 0)
-    {}
-    void findTargets(const double* levels, std::size_t count, double* targets) const
+    [[gnu::always_inline]] explicit Release(auto stateOf) : follower_(stateOf, 0) {}
+    [[gnu::always_inline]] void store(auto stateOf) const { follower_.store(stateOf); }
+
+    [[gnu::always_inline]] Sample next(Sample target)
     {
-        for (std::size_t i = 0; i < count; ++i) {
-            const double v = drivenLevel(levels[i], drive_);
-            targets[i] = kIsInverse ? inverseTargetGain(v, norm_) : targetGain(v, norm_);
-        }
-    }
-    double next(double target)
-    {
-        const double gain = follower_.last();
+        const Sample gain = follower_.last();
+        const Sample lower = kIsInverse ? target : gain;
+        const Sample higher = kIsInverse ? gain : target;
         // Asked this way round, a NaN gain is replaced by the next target.
-        if (!(kIsInverse ? gain > target : gain < target)) {
-            follower_.set(target);
+        const auto isSofter = lower < higher;
+        if (isTrueEverywhere(bothOf(isSofter, follower_.holds(lower, higher)))) [[likely]] {
+            follower_.follow(target);
         } else {
-            const double lower = kIsInverse ? target : gain;
-            const double higher = kIsInverse ? gain : target;
-            const double position = CrunchTables::kSteps * lower / higher + 0.5;
-            follower_.follow(target, CrunchTables::entry(position));
+            follower_.take([&](std::size_t lane) {
+                return CrunchTables::entry(CrunchTables::kSteps * laneOf(lower, lane) / laneOf(higher, lane) +
+                                           0.5);
+            });
+            follower_.follow(target);
+            follower_.setUnless(isSofter, target);
         }
         return follower_.last();
     }
-    void store(CrunchRlsState& state) const { state.stages = follower_.stages(); }
 
 private:
-    const double drive_;
-    const double norm_;
-    CrunchFollower follower_;
+    CrunchFollower<Sample> follower_;
 };
 
 template <bool kIsInverse>
@@ -84,16 +103,17 @@ void release(const CKernelCall& call)
     double* out = call.samples(0);
     CrunchRlsState& state = *call.state<CrunchRlsState>(1);
     const double* in = call.samples(2);
-    Release<kIsInverse> stage(state);
+    const auto stateOf = [&](std::size_t) -> CrunchRlsState& { return state; };
+    Release<double, kIsInverse> stage(stateOf);
     for (std::size_t begin = 0; begin < call.count; begin += kTile) {
         const std::size_t count = std::min<std::size_t>(kTile, call.count - begin);
         double targets[kTile];
-        stage.findTargets(in + begin, count, targets);
+        findTargets<kIsInverse>(state, in + begin, count, targets);
         for (std::size_t i = 0; i < count; ++i) {
             out[begin + i] = stage.next(targets[i]);
         }
     }
-    stage.store(state);
+    stage.store(stateOf);
 }
 
 void run(const CKernelCall& call)
@@ -105,39 +125,37 @@ void run(const CKernelCall& call)
     }
 }
 
-// A release and its attack. Each sample waits for the one before; a second channel has that time for itself.
-template <std::size_t kChannels, bool kIsFixed>
+// A release and its attack.
+template <class Sample, bool kIsFixed>
 void releaseAndAttack(const CKernelCall* calls)
 {
-    const auto releaseState = [&](std::size_t channel) -> CrunchRlsState& {
-        return *calls[2 * channel].state<CrunchRlsState>(1);
+    constexpr std::size_t kParts = 2;
+    const LaneCalls releases{calls, kParts};
+    const LaneCalls attacks{calls + 1, kParts};
+    const auto releaseState = [&](std::size_t lane) -> CrunchRlsState& {
+        return *releases[lane].state<CrunchRlsState>(1);
     };
-    const auto attackState = [&](std::size_t channel) -> CrunchAtkState& {
-        return *calls[2 * channel + 1].state<CrunchAtkState>(1);
+    const auto attackState = [&](std::size_t lane) -> CrunchAtkState& {
+        return *attacks[lane].state<CrunchAtkState>(1);
     };
-    [&]<std::size_t... kChannel>(std::index_sequence<kChannel...>)
-    {
-        Release<false> releases[] = {Release<false>(releaseState(kChannel))...};
-        CrunchAttack<kIsFixed> attacks[] = {CrunchAttack<kIsFixed>(attackState(kChannel))...};
-        const double* const in[] = {calls[2 * kChannel].samples(2)...};
-        double* const out[] = {calls[2 * kChannel + 1].samples(0)...};
-        const std::size_t length = calls->count;
-        for (std::size_t begin = 0; begin < length; begin += kTile) {
-            const std::size_t count = std::min(kTile, length - begin);
-            double targets[kChannels][kTile];
-            (releases[kChannel].findTargets(in[kChannel] + begin, count, targets[kChannel]), ...);
-            for (std::size_t i = 0; i < count; ++i) {
-                unrolled<kChannels>([&](auto channel) {
-                    const double gain = releases[channel].next(targets[channel][i]);
-                    auto& attack = attacks[channel];
-                    out[channel][begin + i] = attack.follow(gain, kIsFixed ? 1.0 : attack.ratio(gain));
-                });
-            }
+    const LaneInput<Sample> in(releases, 2);
+    const LaneOutput<Sample> out(attacks, 0);
+    Release<Sample, false> stage(releaseState);
+    CrunchAttack<Sample, kIsFixed> attack(attackState);
+    const std::size_t length = calls->count;
+    for (std::size_t begin = 0; begin < length; begin += kTile) {
+        const std::size_t count = std::min(kTile, length - begin);
+        double targets[kLanes<Sample>][kTile];
+        for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+            findTargets<false>(releaseState(lane), in.samples[lane] + begin, count, targets[lane]);
         }
-        (releases[kChannel].store(releaseState(kChannel)), ...);
-        (attacks[kChannel].store(attackState(kChannel)), ...);
+        for (std::size_t i = 0; i < count; ++i) {
+            const auto target = gatherLanes<Sample>([&](std::size_t lane) { return targets[lane][i]; });
+            out.set(begin + i, attack.follow(stage.next(target)));
+        }
     }
-    (std::make_index_sequence<kChannels>{});
+    stage.store(releaseState);
+    attack.store(attackState);
 }
 
 // The forms that no chain uses: what passes between them has no memory of its own.
@@ -149,9 +167,10 @@ void runInTurn(CKernelCall releaseCall, CKernelCall attackCall)
     runCrunchAttack(attackCall);
 }
 
-template <std::size_t kChannels>
+template <class Sample>
 void runWithAttack(const CKernelCall* calls)
 {
+    constexpr std::size_t kChannels = kLanes<Sample>;
     const auto type = calls[1].state<CrunchAtkState>(1)->type;
     bool isAlike = true;
     for (std::size_t channel = 0; channel < kChannels; ++channel) {
@@ -164,9 +183,9 @@ void runWithAttack(const CKernelCall* calls)
             runInTurn(calls[2 * channel], calls[2 * channel + 1]);
         }
     } else if (type == CrunchAtkState::EType::kFixed) {
-        releaseAndAttack<kChannels, true>(calls);
+        releaseAndAttack<Sample, true>(calls);
     } else {
-        releaseAndAttack<kChannels, false>(calls);
+        releaseAndAttack<Sample, false>(calls);
     }
 }
 
@@ -201,7 +220,7 @@ double meanSquareGain(const CrunchRlsState& state, double w, int count)
     double sum = 0.0;
     for (int i = 0; i < count; ++i) {
         const double v = drivenLevel(std::fabs(sine), state.drive);
-        const double gain = state.isInverse ? inverseTargetGain(v, 1.0) : targetGain(v, 1.0);
+        const double gain = state.isInverse ? targetGain<true>(v, 1.0) : targetGain<false>(v, 1.0);
         sum += gain * gain;
         const double next = twoCos * sine - previous;
         previous = sine;
@@ -259,10 +278,11 @@ void clear(const CKernelCall& call)
 }
 
 constexpr CKernelPart kParts[] = {{run, CKernelPart::kInput}, {runCrunchAttack, 0}};
-constexpr CKernelJoin kJoins[] = {{kParts, runWithAttack<1>, runWithAttack<2>}};
+constexpr CKernelJoin kJoins[] = {
+    {kParts, runWithAttack<double>, runWithAttack<SamplePair>, kWide<&runWithAttack<SampleQuad>>}};
 
 constexpr CKernelDef kTable[] = {
-    {"crunchrls", run, 3, 3, nullptr, kJoins},
+    {"crunchrls", run, 3, 3, nullptr, nullptr, kJoins},
     {"crunchrlsi", init, 1, 1},
     {"crunchrlsu", update, 2, 1},
     {"crunchrlsc", clear, 1, 1},

@@ -2,8 +2,7 @@
 #include "PShiftKernels.h"
 
 #include "Math/Elementary.h"
-#include "SamplePair.h"
-#include "Unrolled.h"
+#include "WideLanes.h"
 
 #include <algorithm>
 #include <numbers>
@@ -92,8 +91,10 @@ void shift(const LaneCalls& calls)
         SamplePair taps[kChannels][2];
         unrolled<kChannels>([&](auto channel) {
             const double* const ring = rings.samples[channel];
-            taps[channel][0] = loadPair(ring + a) * weightA + loadPair(ring + b) * weightB;
-            taps[channel][1] = loadPair(ring + a + 2) * weightA + loadPair(ring + b + 2) * weightB;
+            taps[channel][0] =
+                loadSamples<SamplePair>(ring + a) * weightA + loadSamples<SamplePair>(ring + b) * weightB;
+            taps[channel][1] = loadSamples<SamplePair>(ring + a + 2) * weightA +
+                               loadSamples<SamplePair>(ring + b + 2) * weightB;
         });
         const auto tap = [&](auto index) {
             return gatherLanes<Sample>([&](std::size_t lane) { return taps[lane][index / 2][index % 2]; });
@@ -115,13 +116,22 @@ void run(const CKernelCall& call)
     shift<double>({&call, 1});
 }
 
-void runPair(const CKernelCall* calls)
+template <class Sample>
+void runLanes(const CKernelCall* calls)
 {
-    if (*calls[0].state<PShiftState>(1) == *calls[1].state<PShiftState>(1)) {
-        shift<SamplePair>({calls, 1});
-    } else {
-        run(calls[0]);
-        run(calls[1]);
+    const auto stateOf = [&](std::size_t lane) -> const PShiftState& {
+        return *calls[lane].state<PShiftState>(1);
+    };
+    bool isAlike = true;
+    for (std::size_t lane = 1; lane < kLanes<Sample>; ++lane) {
+        isAlike = isAlike && stateOf(lane) == stateOf(0);
+    }
+    if (isAlike) {
+        shift<Sample>({calls, 1});
+        return;
+    }
+    for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+        run(calls[lane]);
     }
 }
 
@@ -154,7 +164,7 @@ void clear(const CKernelCall& call)
 }
 
 constexpr CKernelDef kTable[] = {
-    {"pshift", run, 4, 7, runPair},
+    {"pshift", run, 4, 7, runLanes<SamplePair>, kWide<&runLanes<SampleQuad>>},
     {"pshifti", init, 2, 3},
     {"pshiftc", clear, 2, 3},
 };

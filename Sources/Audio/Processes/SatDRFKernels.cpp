@@ -2,8 +2,7 @@
 #include "SatDRFKernels.h"
 
 #include "OnePoleGain.h"
-#include "SamplePair.h"
-#include "Unrolled.h"
+#include "WideLanes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,7 +37,7 @@ constexpr double kReductionSec = 0.00083;
 constexpr double kUnshapedSum = 2.8284;
 constexpr double kTestHz[] = {500.0, 2000.0};
 
-// A saturator in registers, for one channel or two. A sample goes through it in steps that a loop can
+// A saturator in registers, for one channel, two or four. A sample goes through it in steps that a loop can
 // stagger.
 template <class Sample>
 struct Saturator
@@ -193,13 +192,20 @@ void run(const CKernelCall& call)
     saturateByMode<double>({&call, 1});
 }
 
-void runPair(const CKernelCall* calls)
+template <class Sample>
+void runLanes(const CKernelCall* calls)
 {
-    if (calls[0].state<SatDRFState>(1)->mode == calls[1].state<SatDRFState>(1)->mode) {
-        saturateByMode<SamplePair>({calls, 1});
-    } else {
-        run(calls[0]);
-        run(calls[1]);
+    const auto modeOf = [&](std::size_t lane) { return calls[lane].state<SatDRFState>(1)->mode; };
+    bool isAlike = true;
+    for (std::size_t lane = 1; lane < kLanes<Sample>; ++lane) {
+        isAlike = isAlike && modeOf(lane) == modeOf(0);
+    }
+    if (isAlike) {
+        saturateByMode<Sample>({calls, 1});
+        return;
+    }
+    for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+        run(calls[lane]);
     }
 }
 
@@ -287,7 +293,7 @@ void clear(const CKernelCall& call)
 }
 
 constexpr CKernelDef kTable[] = {
-    {"satdrf", run, 3, 3, runPair},
+    {"satdrf", run, 3, 3, runLanes<SamplePair>, kWide<&runLanes<SampleQuad>>},
     {"satdrfi", init, 1, 1},
     {"satdrfc", clear, 1, 1},
 };

@@ -3,6 +3,7 @@
 
 #include "OnePoleGain.h"
 #include "SamplePair.h"
+#include "WideLanes.h"
 
 #include <numbers>
 
@@ -22,7 +23,7 @@ constexpr double kFloor = 1e-15;
 
 struct VeryHigh
 {
-    static double measure(double r)
+    static auto measure(auto r)
     {
         r *= r;
         r *= r;
@@ -30,123 +31,178 @@ struct VeryHigh
         r *= r;
         return 1.0 - r;
     }
-    static double gain(const TransState& state) { return state.gainVeryHigh; }
+    static constexpr double TransState::*kGain = &TransState::gainVeryHigh;
 };
 
 struct High
 {
-    static double measure(double r)
+    static auto measure(auto r)
     {
         r *= r;
         r *= r;
         return 1.0 - r;
     }
-    static double gain(const TransState& state) { return state.gain; }
+    static constexpr double TransState::*kGain = &TransState::gain;
 };
 
 struct Medium
 {
-    static double measure(double r) { return 1.0 - r; }
-    static double gain(const TransState& state) { return state.gainMedium; }
+    static auto measure(auto r) { return 1.0 - r; }
+    static constexpr double TransState::*kGain = &TransState::gainMedium;
 };
 
 struct Low
 {
-    static double measure(double r) { return 1.0 - squareRoot(squareRoot(r)); }
-    static double gain(const TransState& state) { return state.gainLow; }
+    static auto measure(auto r) { return 1.0 - squareRoot(squareRoot(r)); }
+    static constexpr double TransState::*kGain = &TransState::gainLow;
 };
 
 struct VeryLow
 {
-    static double measure(double r) { return 1.0 - squareRoot(squareRoot(squareRoot(squareRoot(r)))); }
-    static double gain(const TransState& state) { return state.gainVeryLow; }
+    static auto measure(auto r) { return 1.0 - squareRoot(squareRoot(squareRoot(squareRoot(r)))); }
+    static constexpr double TransState::*kGain = &TransState::gainVeryLow;
+};
+
+enum : std::size_t
+{
+    kOutput,
+    kState,
+    kLevel
 };
 
 // A follower with a time constant of its own for each direction.
-struct Decay
+template <class Sample>
+class Decay
 {
-    explicit Decay(const TransState& state)
-        : attackGain(state.attack), decayGain(state.decay), decayed(state.decayed)
+public:
+    [[gnu::always_inline]] explicit Decay(const LaneCalls& calls)
+        : attack_(calls.load<Sample>(kState, &TransState::attack)),
+          decay_(calls.load<Sample>(kState, &TransState::decay)),
+          decayed_(calls.load<Sample>(kState, &TransState::decayed))
     {}
-    double next(double v) { return decayed += (v - decayed) * (decayed < v ? attackGain : decayGain); }
+    [[gnu::always_inline]] Sample next(Sample v)
+    {
+        return decayed_ += (v - decayed_) * chosen(decayed_ < v, attack_, decay_);
+    }
+    [[gnu::always_inline]] void store(const LaneCalls& calls) const
+    {
+        calls.store(kState, &TransState::decayed, decayed_);
+    }
 
-    const double attackGain;
-    const double decayGain;
-    double decayed;
+private:
+    const Sample attack_;
+    const Sample decay_;
+    Sample decayed_;
+};
+
+// The four followers in series that smooth the measure.
+template <class Sample>
+class Smoother
+{
+public:
+    [[gnu::always_inline]] explicit Smoother(const LaneCalls& calls)
+    {
+        unrolled<4>([&](auto i) {
+            gains_[i] = gatherLanes<Sample>([&](std::size_t lane) { return stateOf(calls[lane]).smooth[i]; });
+            levels_[i] =
+                gatherLanes<Sample>([&](std::size_t lane) { return stateOf(calls[lane]).smoothed[i]; });
+        });
+    }
+    [[gnu::always_inline]] Sample next(Sample v)
+    {
+        unrolled<4>([&](auto i) { v = levels_[i] += (v - levels_[i]) * gains_[i]; });
+        return v;
+    }
+    [[gnu::always_inline]] void store(const LaneCalls& calls) const
+    {
+        unrolled<4>([&](auto i) {
+            scatterLanes(levels_[i],
+                         [&](std::size_t lane, double part) { stateOf(calls[lane]).smoothed[i] = part; });
+        });
+    }
+
+private:
+    static TransState& stateOf(const CKernelCall& call) { return *call.state<TransState>(kState); }
+
+    Sample gains_[4];
+    Sample levels_[4];
 };
 
 // Two followers of the level; where the fast one has fallen below the slow one, the curve of their ratio is
-// the measure. It is smoothed by four followers in series.
-template <class Curve, bool kDecays>
-void detectTo(double* out, TransState& state, const double* in, std::size_t count)
+// the measure. It is smoothed, and follows the decay where that is joined.
+template <class Curve, class Sample, bool kDecays>
+[[gnu::always_inline]] inline void detectTo(const LaneOutput<Sample>& out, const LaneCalls& calls)
 {
-    const double gain = Curve::gain(state);
-    const double slow = state.slow;
-    const double rise = state.rise;
-    const double fall = state.fall;
-    const auto [k0, k1, k2, k3] = state.smooth;
-    auto [s0, s1, s2, s3] = state.smoothed;
-    double slowLevel = state.slowLevel;
-    double fastLevel = state.fastLevel;
-    Decay decay(state);
+    constexpr Sample kOne = Sample{} + 1.0;
+    constexpr Sample kRest = Sample{} + kFloor;
+    const LaneInput<Sample> in(calls, kLevel);
+    const auto gain = calls.load<Sample>(kState, Curve::kGain);
+    const auto slow = calls.load<Sample>(kState, &TransState::slow);
+    const auto rise = calls.load<Sample>(kState, &TransState::rise);
+    const auto fall = calls.load<Sample>(kState, &TransState::fall);
+    auto slowLevel = calls.load<Sample>(kState, &TransState::slowLevel);
+    auto fastLevel = calls.load<Sample>(kState, &TransState::fastLevel);
+    Smoother<Sample> smoother(calls);
+    Decay<Sample> decay(calls);
+    const std::size_t count = calls[0].count;
     for (std::size_t i = 0; i < count; ++i) {
-        const double x = in[i];
+        const Sample x = in[i];
         slowLevel += (x - slowLevel) * slow;
-        fastLevel += (x - fastLevel) * (x <= fastLevel ? fall : rise);
-        double v = kFloor;
-        if (fastLevel < slowLevel) {
-            v = Curve::measure(fastLevel / slowLevel) * gain + kFloor;
+        fastLevel += (x - fastLevel) * chosen(x <= fastLevel, fall, rise);
+        Sample v = kRest;
+        // Levels fall seldom and for long, so the processor bets well on whether there is anything to
+        // measure.
+        const auto isFalling = fastLevel < slowLevel;
+        if (isTrueAnywhere(isFalling)) {
+            const Sample measured = Curve::measure(fastLevel / slowLevel) * gain + kFloor;
             // In this form NaN becomes 1 too, and cannot settle in the followers behind.
-            v = v < 1.0 ? v : 1.0;
+            v = chosen(isFalling, chosen(measured < kOne, measured, kOne), kRest);
         }
-        s0 += (v - s0) * k0;
-        s1 += (s0 - s1) * k1;
-        s2 += (s1 - s2) * k2;
-        s3 += (s2 - s3) * k3;
-        out[i] = kDecays ? decay.next(s3) : s3;
+        const Sample smoothed = smoother.next(v);
+        out.set(i, kDecays ? decay.next(smoothed) : smoothed);
     }
-    state.slowLevel = slowLevel;
-    state.fastLevel = fastLevel;
-    state.smoothed[0] = s0;
-    state.smoothed[1] = s1;
-    state.smoothed[2] = s2;
-    state.smoothed[3] = s3;
-    state.decayed = decay.decayed;
+    calls.store(kState, &TransState::slowLevel, slowLevel);
+    calls.store(kState, &TransState::fastLevel, fastLevel);
+    smoother.store(calls);
+    if (kDecays) {
+        decay.store(calls);
+    }
 }
 
 template <class Curve>
 void detect(const CKernelCall& call)
 {
-    detectTo<Curve, false>(call.samples(0), *call.state<TransState>(1), call.samples(2), call.count);
+    const LaneCalls calls{&call, 1};
+    detectTo<Curve, double, false>({calls, kOutput}, calls);
 }
 
+// In place.
 void runDecay(const CKernelCall& call)
 {
-    double* signal = call.samples(0);
-    TransState& state = *call.state<TransState>(1);
-    Decay decay(state);
+    const LaneCalls calls{&call, 1};
+    double* const signal = call.samples(kOutput);
+    Decay<double> decay(calls);
     for (std::size_t i = 0; i < call.count; ++i) {
         signal[i] = decay.next(signal[i]);
     }
-    state.decayed = decay.decayed;
+    decay.store(calls);
 }
 
-// A detector and its decay, which works in place.
-template <class Curve, std::size_t kChannels>
+// A detector and its decay.
+template <class Curve, class Sample>
 void detectAndDecay(const CKernelCall* calls)
 {
-    for (std::size_t channel = 0; channel < kChannels; ++channel) {
-        const CKernelCall& detection = calls[2 * channel];
-        detectTo<Curve, true>(calls[2 * channel + 1].samples(0), *detection.state<TransState>(1),
-                              detection.samples(2), detection.count);
-    }
+    constexpr std::size_t kParts = 2;
+    detectTo<Curve, Sample, true>({{calls + 1, kParts}, kOutput}, {calls, kParts});
 }
 
 template <class Curve>
 struct Join
 {
     static constexpr CKernelPart kParts[] = {{detect<Curve>, CKernelPart::kInput}, {runDecay, 0}};
-    static constexpr CKernelJoin kJoins[] = {{kParts, detectAndDecay<Curve, 1>, detectAndDecay<Curve, 2>}};
+    static constexpr CKernelJoin kJoins[] = {{kParts, detectAndDecay<Curve, double>,
+                                              detectAndDecay<Curve, SamplePair>,
+                                              kWide<&detectAndDecay<Curve, SampleQuad>>}};
 };
 
 void clearSignal(TransState& state)
@@ -195,11 +251,11 @@ void init(const CKernelCall& call)
 }
 
 constexpr CKernelDef kTable[] = {
-    {"transvh", detect<VeryHigh>, 3, 3, nullptr, Join<VeryHigh>::kJoins},
-    {"transh", detect<High>, 3, 3, nullptr, Join<High>::kJoins},
-    {"transm", detect<Medium>, 3, 3, nullptr, Join<Medium>::kJoins},
-    {"transl", detect<Low>, 3, 3, nullptr, Join<Low>::kJoins},
-    {"transvl", detect<VeryLow>, 3, 3, nullptr, Join<VeryLow>::kJoins},
+    {"transvh", detect<VeryHigh>, 3, 3, nullptr, nullptr, Join<VeryHigh>::kJoins},
+    {"transh", detect<High>, 3, 3, nullptr, nullptr, Join<High>::kJoins},
+    {"transm", detect<Medium>, 3, 3, nullptr, nullptr, Join<Medium>::kJoins},
+    {"transl", detect<Low>, 3, 3, nullptr, nullptr, Join<Low>::kJoins},
+    {"transvl", detect<VeryLow>, 3, 3, nullptr, nullptr, Join<VeryLow>::kJoins},
     {"transdecay", runDecay, 2, 3},
     {"transi", init, 1, 1},
     {"transc", clear, 1, 1},

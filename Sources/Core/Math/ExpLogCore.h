@@ -64,18 +64,22 @@ inline CScaledPair expScaled(double x, double tail)
     return {{power.hi, power.lo + power.hi * p}, k >> kExpBits};
 }
 
+// log(1 + r) - r for |r| < 2^-7, of a double or of several: the Taylor series up to r^8 leaves 2^-59 of r.
+template <class Number>
+inline Number logTail(Number r)
+{
+    const Number r2 = r * r;
+    const Number r4 = r2 * r2;
+    const Number upper = (-1.0 / 6 + r * (1.0 / 7)) + r2 * (-1.0 / 8);
+    return r2 * ((-0.5 + r * (1.0 / 3)) + r2 * (-0.25 + r * 0.2) + r4 * upper);
+}
+
 // log(x * 2^exponent) for finite x > 0; error below 2^-57 of the result.
 inline CDoublePair logPair(double x, int exponent = 0)
 {
     const CLogReduction log = reduceLog(x, exponent);
-    const double r = log.r;
-    // |r| < 2^-7: the Taylor series up to r^8 leaves 2^-59 of r.
-    const double r2 = r * r;
-    const double r4 = r2 * r2;
-    const double upper = (-1.0 / 6 + r * (1.0 / 7)) + r2 * (-1.0 / 8);
-    const double tail = r2 * ((-0.5 + r * (1.0 / 3)) + r2 * (-0.25 + r * 0.2) + r4 * upper);
-    const CDoublePair sum = twoSum(log.hi, r);
-    return fastTwoSum(sum.hi, (sum.lo + log.lo) + tail);
+    const CDoublePair sum = twoSum(log.hi, log.r);
+    return fastTwoSum(sum.hi, (sum.lo + log.lo) + logTail(log.r));
 }
 
 // log(x) for finite x > 0 with a relative error below 2^-66, for pow.

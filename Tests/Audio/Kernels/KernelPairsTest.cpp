@@ -50,11 +50,17 @@ TEST_P(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
             const CKernelPart alone[] = {{function, CKernelPart::kInput}};
             compare(kernel.name, alone, 2, kernel.pair);
             ++compared;
+            if (kernel.quad && hasWideLanes()) {
+                compare(kernel.name, alone, 4, kernel.quad);
+            }
         }
         for (const CKernelJoin& join : kernel.joins) {
             compare(test::nameOf(join.parts), join.parts, 1, join.one);
             compare(test::nameOf(join.parts), join.parts, 2, join.pair);
             ++compared;
+            if (join.quad && hasWideLanes()) {
+                compare(test::nameOf(join.parts), join.parts, 4, join.quad);
+            }
         }
     }
     EXPECT_GT(compared, 40);
