@@ -1,5 +1,6 @@
 // Every kernel that does the work of several calls against those calls, down to the last bit.
 #include "KernelCalls.h"
+#include "PairLog.h"
 
 #include <gtest/gtest.h>
 
@@ -64,6 +65,21 @@ TEST_P(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
         }
     }
     EXPECT_GT(compared, 40);
+}
+
+TEST(PairLog, GivesTheBitsOfTheFunctionForOneNumber)
+{
+    std::vector<double> numbers = {1.0, std::nextafter(1.0, 2.0), DBL_MAX, INFINITY, NAN, 0x1p52};
+    const test::Signal mantissas = test::noiseSignal(20000, 1);
+    for (std::size_t i = 0; i < mantissas.size(); ++i) {
+        numbers.push_back(
+            std::ldexp(1.0 + std::fabs(mantissas[i]), static_cast<int>(i % 8 == 0 ? i % 1023 : i % 3)));
+    }
+    for (std::size_t i = 0; i < numbers.size(); i += 2) {
+        const SamplePair pair = logAboveOne(SamplePair{numbers[i], numbers[i + 1]});
+        const test::Signal expected = {math::log(numbers[i]), math::log(numbers[i + 1])};
+        ASSERT_TRUE(test::isSameBits({pair[0], pair[1]}, expected)) << numbers[i] << ", " << numbers[i + 1];
+    }
 }
 
 // Between the rates, half of a half-band filter rests: unless something is left in it.
