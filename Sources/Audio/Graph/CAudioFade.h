@@ -20,6 +20,8 @@ public:
     // Replaces the outputs of `from` by the fade to those of `to`, which are used up. The step may not be
     // longer than samplesLeft().
     void mix(CAudioModuleStep& from, CAudioModuleStep& to);
+    // So many samples, fewer than are left, have been mixed without this object.
+    void skip(int samples) { samplesLeft_ -= samples; }
     void stop();
     int samplesLeft() const { return samplesLeft_; }
 

@@ -32,6 +32,8 @@ struct CAudioGraph
     std::uint32_t settingsTaken = 0;
     // The same of those that the layout may depend on.
     std::uint32_t layoutsTaken = 0;
+    // Set where a change waits at a process that steps are not cut for.
+    bool changesWait = false;
     // While it is set, a step is being written down.
     CAudioPlanBuilder* planBuilder = nullptr;
     // Off, every step goes the ordinary way.

@@ -88,6 +88,9 @@ public:
 // operands and submits kernels; it never touches samples itself. Made and owned by its terminal process.
 // Audio thread.
 //
+// With kHasFixedCalls, settings change what stands in its state and neither which kernels a step runs nor
+// their operands and scalars.
+//
 // A concrete module has besides: a value type `Settings` with ==, all that its parameters mean; static
 // `Settings readSettings(const CAudioProcessSlots&, const CAudioModulePlace&)`; `void configure(const
 // Settings&, const CAudioModulePlace&)`, which changes a running instance at once; and `void
@@ -95,6 +98,8 @@ public:
 class CAudioModule : public CCheckedObject
 {
 public:
+    static constexpr bool kHasFixedCalls = false;
+
     virtual void resolveKernels(CKernelContext& kernels) = 0;
     // This instance replaces `running`: it has been configured and now takes over the running signal state.
     virtual void takeUp(CAudioModule& running) { (void)running; }

@@ -172,8 +172,7 @@ bool CAudioPlanBuilder::build(CAudioStepPlan& plan)
     plan.release();
     plan.isReady_ = isGood_ && (number(true) || number(false)) && lay(plan) && findTwins(plan);
     if (!plan.isReady_) {
-        plan.twins_.clear(); // states are as they were
-        plan.release();
+        plan.clear(); // states are as they were
     }
     return plan.isReady_;
 }

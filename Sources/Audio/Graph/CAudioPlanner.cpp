@@ -23,7 +23,7 @@ bool CAudioPlanner::runStep()
         return false;
     }
     const int count = offered();
-    if (count > 0 && isSameInput() && runFromPlan(count)) {
+    if (count > 0 && count <= steady_ && isSameInput() && takeUpChanges() && runFromPlan(count)) {
         return true;
     }
     leave();
@@ -54,7 +54,7 @@ int CAudioPlanner::offered() const
 
 bool CAudioPlanner::isSameInput() const
 {
-    if (graph_.params.arrivals() != arrivals_ || graph_.kernels.hasObserver() || !graph_.usesPlans) {
+    if (graph_.kernels.hasObserver() || !graph_.usesPlans) {
         return false;
     }
     std::size_t known = 0;
@@ -71,6 +71,22 @@ bool CAudioPlanner::isSameInput() const
         }
     }
     return known == inputs_.size();
+}
+
+// A module that changes in place has to find its state as it would be, and what it makes of it may no longer
+// be what its twin has.
+bool CAudioPlanner::takeUpChanges()
+{
+    if (std::exchange(arrivals_, graph_.params.arrivals()) == arrivals_) {
+        return true;
+    }
+    plan_.wakeTwins();
+    tellProcesses();
+    if (root_.takeUpSteadily() && plan_.twinsAgree()) {
+        return true;
+    }
+    plan_.clear();
+    return false;
 }
 
 bool CAudioPlanner::runFromPlan(int count)
@@ -91,7 +107,12 @@ bool CAudioPlanner::runFromPlan(int count)
         plan_.run(count, {signals.data(), signals.size()});
         handOn(count, {signals.data(), signals.size()});
         planned_ += count;
+        steady_ -= count;
+        ++stepsPlanned_;
         ++graph_.plannedSteps;
+        if (std::exchange(inner_->changesWait, false)) {
+            tellProcesses();
+        }
     }
     for (std::size_t i = inputs_.size(); i < signals.size(); ++i) {
         if (!signals[i].isNone()) {
@@ -117,10 +138,30 @@ void CAudioPlanner::leave()
 {
     isRipe_ = false;
     quietSamples_ = 0;
+    if (stepsPlanned_ > 0) {
+        const bool hasLasted = std::exchange(stepsPlanned_, 0) >= kStepsWanted / 2;
+        if (hasLasted) {
+            quietWanted_ = 0;
+        } else {
+            waitLonger();
+        }
+    }
     if (plan_.isReady()) {
         plan_.release();
+    }
+    tellProcesses();
+}
+
+void CAudioPlanner::tellProcesses()
+{
+    if (planned_ > 0) {
         root_.skip(std::exchange(planned_, 0), root_.sampleRateHz());
     }
+}
+
+void CAudioPlanner::waitLonger()
+{
+    quietWanted_ = std::clamp(2 * quietWanted_, kShortestQuiet, kLongestQuiet);
 }
 
 // --- writing down
@@ -128,14 +169,13 @@ void CAudioPlanner::leave()
 void CAudioPlanner::beginStep(CAudioGraph& inner)
 {
     count_ = offered();
-    if (graph_.params.arrivals() != arrivals_) {
-        arrivals_ = graph_.params.arrivals();
-        quietSamples_ = 0;
-        quietWanted_ = kQuietSamples;
+    if (std::exchange(arrivals_, graph_.params.arrivals()) != arrivals_ && isRipe_ &&
+        !root_.takeUpSteadily()) {
         isRipe_ = false;
+        quietSamples_ = 0;
     }
-    const bool isWanted =
-        isRipe_ && count_ >= kShortestStep && graph_.usesPlans && !graph_.kernels.hasObserver();
+    const bool isWanted = isRipe_ && count_ >= kShortestStep && count_ * kStepsWanted <= steady_ &&
+                          graph_.usesPlans && !graph_.kernels.hasObserver();
     builder_ = isWanted ? CAudioPlanBuilder::acquire() : nullptr;
     if (!builder_) {
         return;
@@ -189,7 +229,8 @@ void CAudioPlanner::endStep()
         return;
     }
     quietSamples_ = count_ > 0 ? std::min(quietSamples_ + count_, kLongestQuiet) : 0;
-    isRipe_ = quietSamples_ >= quietWanted_ && root_.isAtRest();
+    steady_ = quietSamples_ >= quietWanted_ ? root_.steadySamples(root_.sampleRateHz()) : 0;
+    isRipe_ = steady_ > 0;
 }
 
 void CAudioPlanner::makePlan()
@@ -197,9 +238,10 @@ void CAudioPlanner::makePlan()
     if (stepsWritten_ == 0) {
         builder_->end({});
     }
-    const bool isSound = stepsWritten_ == 1 && hasAllOutputs_ && root_.isAtRest();
+    steady_ = root_.steadySamples(root_.sampleRateHz());
+    const bool isSound = stepsWritten_ == 1 && hasAllOutputs_ && steady_ > 0;
     if (!isSound || !builder_->build(plan_)) {
-        quietWanted_ = std::min(2 * quietWanted_, kLongestQuiet);
+        waitLonger();
     }
     builder_->giveBack();
     builder_ = nullptr;

@@ -9,10 +9,11 @@ namespace qel {
 
 class CAudioPlanBuilder;
 
-// Works for the root of a graph, which asks it at every call of process(). When nothing has changed for a
-// while the next step is written down and a plan made of it. From then on steps are run from the plan until a
-// change comes in, the streams are others, or somebody needs the processes themselves; leave() then brings
-// them to where they would be. A step from the plan gives the same samples and states to the last bit.
+// Works for the root of a graph, which asks it at every call of process(). When the graph is steady for long
+// enough the next step is written down and a plan made of it. From then on steps are run from the plan until
+// a fade ends, a change comes that the processes cannot take up as they stand, the streams are others, or
+// somebody needs the processes themselves; leave() then brings them to where they would be. A step from the
+// plan gives the same samples and states to the last bit.
 //
 // Audio thread; owned by the root.
 class CAudioPlanner
@@ -35,13 +36,13 @@ public:
     void leave();
 
 private:
-    // So long nothing may have changed, in samples, before a step is written down: it takes a few times as
-    // long as others.
-    static constexpr int kQuietSamples = 512;
+    // Writing a step down takes a few times as long as others, so the plan has to be good for so many.
+    static constexpr int kStepsWanted = 4;
     // A shorter one does not show what grows with its length.
     static constexpr int kShortestStep = 4;
-    // Where no plan can be made, it is tried less and less often.
-    static constexpr int kLongestQuiet = 1 << 28;
+    // Where no plan can be made, or none lasts, it is tried less and less often, in samples.
+    static constexpr int kShortestQuiet = 512;
+    static constexpr int kLongestQuiet = 1 << 14;
 
     struct Channel
     {
@@ -54,6 +55,9 @@ private:
     // Length of the step that lies at the inputs as one piece; 0 if it does not.
     int offered() const;
     bool isSameInput() const;
+    bool takeUpChanges();
+    void tellProcesses();
+    void waitLonger();
     void readInputs();
     bool runFromPlan(int count);
     void handOn(int count, std::span<const CBufferRef> signals);
@@ -64,11 +68,13 @@ private:
     CAudioStepPlan plan_;
     Channels inputs_;
     Channels outputs_;
-    std::int64_t planned_ = 0; // samples that have been run from the plan
+    std::int64_t planned_ = 0; // samples that the processes do not know of yet
+    int stepsPlanned_ = 0;
+    std::int64_t steady_ = 0; // samples for which the graph will be so
 
     std::uint64_t arrivals_ = 0; // of changes, as they were at the last step
-    int quietSamples_ = 0;
-    int quietWanted_ = kQuietSamples;
+    int quietSamples_ = 0;       // since the last plan, or a change that ended its hopes
+    int quietWanted_ = 0;
     bool isRipe_ = false; // the next step may be written down
 
     // While a step is written down.

@@ -320,12 +320,29 @@ std::uint32_t CAudioProcess::layout() const
     return sum;
 }
 
-bool CAudioProcess::isAtRest() const
+std::int64_t CAudioProcess::steadySamples(double rateHz) const
 {
-    return !areLinksDirty_ && fadeSamplesLeft_ == 0 && CAudioProcessBase::isAtRest() &&
-           std::all_of(order_.begin(), order_.end(),
-                       [](const Child* child) { return child->process->isAtRest(); }) &&
-           std::all_of(ownSinks_.begin(), ownSinks_.end(), [](const auto& port) { return port->isAtRest(); });
+    const bool isAtRest =
+        !areLinksDirty_ && fadeSamplesLeft_ == 0 &&
+        std::all_of(ownSinks_.begin(), ownSinks_.end(), [](const auto& port) { return port->isAtRest(); });
+    std::int64_t samples = isAtRest ? CAudioProcessBase::steadySamples(rateHz) : 0;
+    for (auto child = order_.begin(); child != order_.end() && samples > 0; ++child) {
+        samples = std::min(samples, (*child)->process->steadySamples(rateHz));
+    }
+    return samples;
+}
+
+bool CAudioProcess::takeUpSteadily()
+{
+    bool isSteady = CAudioProcessBase::takeUpSteadily();
+    for (const auto& child : children_) {
+        if (!child->isPlaced) {
+            child->process->idle();
+        } else {
+            isSteady = isSteady && child->process->takeUpSteadily();
+        }
+    }
+    return isSteady;
 }
 
 void CAudioProcess::skip(std::int64_t samples, double rateHz)

@@ -96,16 +96,43 @@ void CAudioProcessBase::disconnectAll()
     }
 }
 
-bool CAudioProcessBase::isAtRest() const
+std::int64_t CAudioProcessBase::steadySamples(double) const
 {
-    return !isBeginning_ && !mustApplyEvents_ && !slots_.hasEvents() &&
+    return isSettled() && !hasChanges() ? kForever : 0;
+}
+
+bool CAudioProcessBase::isSettled() const
+{
+    return !isBeginning_ &&
            std::all_of(inputs_.begin(), inputs_.end(), [](const auto& port) { return port->isAtRest(); });
 }
 
+bool CAudioProcessBase::takeUpSteadily()
+{
+    return !hasChanges();
+}
+
 // Rates differ by powers of two, so the product is exact.
+std::int64_t CAudioProcessBase::samplesHere(std::int64_t samples, double rateHz) const
+{
+    return static_cast<std::int64_t>(static_cast<double>(samples) * (format_.sampleRateHz / rateHz));
+}
+
 void CAudioProcessBase::skip(std::int64_t samples, double rateHz)
 {
-    positionSamples_ += std::llround(static_cast<double>(samples) * (format_.sampleRateHz / rateHz));
+    positionSamples_ += samplesHere(samples, rateHz);
+    if (slots_.hasEvents() && isUnheard(0)) {
+        takePassedEvents();
+    }
+}
+
+// They may not wait for the next step, before which others could come to be held.
+void CAudioProcessBase::takePassedEvents()
+{
+    if (!graph_->holdsSettings) {
+        mustApplyEvents_ = takeChangesUntil(positionSec() - timeShiftSec()) || mustApplyEvents_;
+    }
+    graph_->changesWait |= slots_.hasEvents();
 }
 
 void CAudioProcessBase::visit(CGraphVisitor& visitor) const
@@ -138,10 +165,15 @@ bool CAudioProcessBase::process()
             mustApplyEvents_ = false;
             applyEvents();
         }
-        const int count = limitToNextEvent(limitStep(offered));
+        const int longest = limitStep(offered);
+        const bool isCut = slots_.hasEvents() && !isUnheard(longest);
+        const int count = isCut ? limitToNextEvent(longest) : longest;
         step(count);
         isBeginning_ = false;
         positionSamples_ += count;
+        if (!isCut && slots_.hasEvents()) {
+            takePassedEvents();
+        }
         bool isDry = false;
         for (const auto& port : inputs_) {
             isDry |= port->consume(count);
@@ -216,7 +248,7 @@ bool CAudioProcessBase::applyDueEvents()
 // Behind a latency a change falls due within a step, wherever the host's blocks end.
 int CAudioProcessBase::limitToNextEvent(int count) const
 {
-    if (!slots_.hasEvents() || graph_->holdsSettings) {
+    if (graph_->holdsSettings) {
         return count;
     }
     constexpr double kRounding = 1e-6; // of times, in samples

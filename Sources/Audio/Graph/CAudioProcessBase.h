@@ -116,22 +116,42 @@ public:
     // changed then has nothing to fade from.
     bool isBeginning() const { return isBeginning_; }
 
-    // True between steps if nothing is under way here and in what works inside: then another step of the same
-    // streams, as long as no change comes in, runs the same kernels as the step before.
-    virtual bool isAtRest() const;
+    // Between steps: for so many samples at this rate, steps of the same streams will run the same kernels as
+    // the step before, as long as no change comes in. 0 where something is under way here or in what works
+    // inside, kForever where nothing is; in between, instances are being faded that long.
+    virtual std::int64_t steadySamples(double rateHz) const;
+    static constexpr std::int64_t kForever = std::int64_t{1} << 62;
+    // Takes up the changes that are due now, for a graph that is steady and has to stay so. False where a
+    // change has come that steps would have to run other kernels for, or be cut: that one is left for the
+    // next step.
+    virtual bool takeUpSteadily();
     // The stream has gone on by so many samples at this rate without this process and what works inside.
+    // Changes that have fallen due on the way are taken up.
     virtual void skip(std::int64_t samples, double rateHz);
 
     // For printing a live graph.
     virtual void visit(CGraphVisitor& visitor) const;
 
 protected:
+    // True between steps if nothing but changes waits here.
+    bool isSettled() const;
+    // True if changes wait, to become due or to be applied.
+    bool hasChanges() const { return mustApplyEvents_ || slots_.hasEvents(); }
+    // So many samples at a rate are as many at the rate here.
+    std::int64_t samplesHere(std::int64_t samples, double rateHz) const;
     // How many parameter slots the process knows, numbered from 0.
     virtual int slotCount() const { return 0; }
     // A step of `count` samples; what it gathers is consumed by process() afterwards.
     virtual void step(int count) = 0;
     // The longest step from here on, at most `count`: modules cut where a fade ends.
     virtual int limitStep(int count) const { return count; }
+    // True if nothing will be heard of a change that comes before the end of a step of `count` samples: it
+    // needs not cut the step.
+    virtual bool isUnheard(int count) const
+    {
+        (void)count;
+        return false;
+    }
     // Called where there would be a step but no input has a stream: takes up parameters at once. Containers
     // tell those inside, and hand on what these leave.
     virtual void beSilent() { idle(); }
@@ -140,6 +160,19 @@ protected:
 
     // Takes up the changes dated before this time. True if there were any.
     bool takeChangesUntil(double limitSec);
+    // takeUpSteadily() where changed settings are no matter of kernels: `applies()` takes them up as
+    // applyEvents() does, or says that it cannot.
+    template <class Applies>
+    bool takeUpSteadily(Applies&& applies)
+    {
+        if (graph_->holdsSettings) {
+            return false;
+        }
+        mustApplyEvents_ = applyDueEvents() || mustApplyEvents_;
+        mustApplyEvents_ = mustApplyEvents_ && !applies();
+        graph_->changesWait |= slots_.hasEvents();
+        return !mustApplyEvents_ && (!slots_.hasEvents() || isUnheard(0));
+    }
 
     CAudioGraph& graph() const { return *graph_; }
     // For what comes into being while the graph runs.
@@ -155,6 +188,7 @@ private:
     bool takeUpFormats();
     bool applyDueEvents();
     int limitToNextEvent(int count) const;
+    void takePassedEvents();
     double timeShiftSec() const;
 
     const CAudioProcessDefBase& def_;

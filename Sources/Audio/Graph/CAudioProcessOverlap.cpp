@@ -126,10 +126,19 @@ void CAudioProcessOverlap::leavePlan()
     }
 }
 
-bool CAudioProcessOverlap::isAtRest() const
+std::int64_t CAudioProcessOverlap::steadySamples(double rateHz) const
 {
-    return phase_ == EPhase::kSingle && seenChanges_ == other().graph->layoutsTaken &&
-           CAudioProcessBase::isAtRest() && current().process->isAtRest() && drain_->isAtRest();
+    const bool isAtRest = phase_ == EPhase::kSingle && seenChanges_ == other().graph->layoutsTaken &&
+                          CAudioProcessBase::steadySamples(rateHz) > 0 && drain_->isAtRest();
+    return isAtRest ? current().process->steadySamples(rateHz) : 0;
+}
+
+bool CAudioProcessOverlap::takeUpSteadily()
+{
+    other().process->idle();
+    limitToRates();
+    return seenChanges_ == other().graph->layoutsTaken && CAudioProcessBase::takeUpSteadily() &&
+           current().process->takeUpSteadily();
 }
 
 void CAudioProcessOverlap::skip(std::int64_t samples, double rateHz)

@@ -39,7 +39,8 @@ public:
     void idle() override;
     std::uint32_t layout() const override { return copies_[current_].process->layout(); }
     int longestStep() const override { return longestStep_; }
-    bool isAtRest() const override;
+    std::int64_t steadySamples(double rateHz) const override;
+    bool takeUpSteadily() override;
     void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 

@@ -190,13 +190,29 @@ void CAudioProcessStack::idle()
     }
 }
 
-bool CAudioProcessStack::isAtRest() const
+std::int64_t CAudioProcessStack::steadySamples(double rateHz) const
 {
-    const auto rests = [](const std::unique_ptr<Element>& each) {
-        return !each || each->channels == 0 || each->process->isAtRest();
-    };
-    return !isWaiting_ && CAudioProcessBase::isAtRest() && drainPort_->isAtRest() &&
-           std::all_of(elements_.begin(), elements_.end(), rests);
+    const bool isAtRest = !isWaiting_ && drainPort_->isAtRest();
+    std::int64_t samples = isAtRest ? CAudioProcessBase::steadySamples(rateHz) : 0;
+    for (const auto& each : elements_) {
+        if (each && each->channels != 0 && samples > 0) {
+            samples = std::min(samples, each->process->steadySamples(rateHz));
+        }
+    }
+    return samples;
+}
+
+bool CAudioProcessStack::takeUpSteadily()
+{
+    bool isSteady = CAudioProcessBase::takeUpSteadily();
+    for (const auto& each : elements_) {
+        if (each && each->channels == 0) {
+            each->process->idle();
+        } else if (each) {
+            isSteady = isSteady && each->process->takeUpSteadily();
+        }
+    }
+    return isSteady;
 }
 
 void CAudioProcessStack::skip(std::int64_t samples, double rateHz)

@@ -32,7 +32,8 @@ public:
     void disconnectAll() override;
     void reset(double positionSec) override;
     void idle() override;
-    bool isAtRest() const override;
+    std::int64_t steadySamples(double rateHz) const override;
+    bool takeUpSteadily() override;
     void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 

@@ -77,10 +77,38 @@ public:
         }
     }
 
-    bool isAtRest() const override
+    // A fade has to have samples left behind a steady step.
+    std::int64_t steadySamples(double rateHz) const override
     {
-        const auto rests = [](const Unit& unit) { return unit.running && !unit.next && !unit.isStale; };
-        return CAudioProcessTerminalBase::isAtRest() && std::all_of(units_.begin(), units_.end(), rests);
+        if (!isSettled() || (hasChanges() && !isUnheard(0))) {
+            return 0;
+        }
+        std::int64_t samples = kForever;
+        for (const Unit& unit : units_) {
+            if (!unit.running) {
+                return 0;
+            }
+            if (unit.next) {
+                const double left = (unit.fade.samplesLeft() - 1) * (rateHz / sampleRateHz());
+                samples = std::min(samples, static_cast<std::int64_t>(left));
+            }
+        }
+        return samples;
+    }
+
+    void skip(std::int64_t samples, double rateHz) override
+    {
+        CAudioProcessTerminalBase::skip(samples, rateHz);
+        for (Unit& unit : units_) {
+            if (unit.next) {
+                unit.fade.skip(static_cast<int>(samplesHere(samples, rateHz)));
+            }
+        }
+    }
+
+    bool takeUpSteadily() override
+    {
+        return CAudioProcessTerminalBase::takeUpSteadily([&] { return applySteadily(); });
     }
 
 protected:
@@ -89,6 +117,13 @@ protected:
     virtual typename Module::Settings readSettings(const CAudioModulePlace& place) const
     {
         return Module::readSettings(slots(), place);
+    }
+    // While instances are faded only the last change counts, when that is over.
+    bool isUnheard(int count) const override
+    {
+        return std::all_of(units_.begin(), units_.end(), [count](const Unit& unit) {
+            return unit.next && unit.fade.samplesLeft() > count;
+        });
     }
     int limitStep(int count) const override
     {
@@ -144,6 +179,22 @@ private:
         unit.settings = settings;
         unit.running->configure(settings, unit.place);
         unit.running->reset();
+    }
+
+    bool applySteadily()
+    {
+        for (Unit& unit : units_) {
+            const auto settings = readSettings(unit.place);
+            const bool isSame = settings == unit.settings;
+            if (unit.next) {
+                unit.isStale = !isSame;
+            } else if (!isSame && (isSmooth() || !Module::kHasFixedCalls)) {
+                return false;
+            } else if (!isSame) {
+                change(unit, settings);
+            }
+        }
+        return true;
     }
 
     void change(Unit& unit, const typename Module::Settings& settings)

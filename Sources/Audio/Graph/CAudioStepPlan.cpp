@@ -31,11 +31,22 @@ CAudioStepPlan::CAudioStepPlan(CKernelContext& kernels)
     reserveTouched(outputs_, kMaxOutputs);
 }
 
-void CAudioStepPlan::release()
+void CAudioStepPlan::wakeTwins()
 {
     for (const Twin& twin : twins_) {
         std::memcpy(twin.resting, twin.running, twin.bytes);
     }
+}
+
+bool CAudioStepPlan::twinsAgree() const
+{
+    return std::all_of(twins_.begin(), twins_.end(), [](const Twin& twin) {
+        return std::memcmp(twin.resting, twin.running, twin.bytes) == 0;
+    });
+}
+
+void CAudioStepPlan::clear()
+{
     calls_.clear();
     ratios_.clear();
     entries_.clear();

@@ -37,8 +37,17 @@ public:
 
     // One step, with a buffer for each signal.
     void run(int count, std::span<const CBufferRef> signals);
-    // Brings the states that others have stood in for up to date, and forgets the plan.
-    void release();
+    // Brings the states that others have stood in for up to date. The plan holds on, unless they are changed
+    // and twinsAgree() says that they have become different.
+    void wakeTwins();
+    bool twinsAgree() const;
+    // Forgets the plan, with all states as they are.
+    void clear();
+    void release()
+    {
+        wakeTwins();
+        clear();
+    }
 
 private:
     friend class CAudioPlanBuilder;

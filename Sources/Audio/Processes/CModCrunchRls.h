@@ -15,6 +15,7 @@ class CModCrunchRlsModule : public CStateModule<CrunchRlsState>
 {
 public:
     static constexpr int kSlots = 3;
+    static constexpr bool kHasFixedCalls = true;
 
     struct Settings
     {

@@ -18,7 +18,10 @@ public:
     void resolveKernels() override;
     void syncLinks() override;
     void reset(double positionSec) override;
-    bool isAtRest() const override { return phase_ == 0 && CAudioProcessBase::isAtRest(); }
+    std::int64_t steadySamples(double rateHz) const override
+    {
+        return phase_ == 0 ? CAudioProcessBase::steadySamples(rateHz) : 0;
+    }
 
 protected:
     void step(int count) override;

@@ -282,6 +282,13 @@ void CModFilter::applyEvents()
     }
 }
 
+// Settings that move the latency are a change of format.
+bool CModFilter::takeUpSteadily()
+{
+    return definition_.hasLatency() ? CAudioProcessBase::takeUpSteadily()
+                                    : CAudioProcessTerminal::takeUpSteadily();
+}
+
 // --- definition
 
 void CModFilterDef::buildClassInfo(CClassInfo& info)

@@ -89,6 +89,7 @@ public:
 
     void syncLinks() override;
     void applyEvents() override;
+    bool takeUpSteadily() override;
 
     // Of the bands at work, at this process's rate.
     double latencySamples(int channelGroup) const;

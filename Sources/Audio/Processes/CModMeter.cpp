@@ -216,11 +216,11 @@ void CModMeter::reset(double positionSec)
     }
 }
 
-bool CModMeter::isAtRest() const
+std::int64_t CModMeter::steadySamples(double rateHz) const
 {
     const auto rests = [](const Unit& unit) { return unit.module && !unit.isNew; };
-    return !graph().holdsSettings && CAudioProcessTerminalBase::isAtRest() &&
-           std::all_of(units_.begin(), units_.end(), rests);
+    const bool isAtRest = !graph().holdsSettings && std::all_of(units_.begin(), units_.end(), rests);
+    return isAtRest ? CAudioProcessTerminalBase::steadySamples(rateHz) : 0;
 }
 
 int CModMeter::slotCount() const

@@ -108,7 +108,7 @@ public:
     void syncLinks() override;
     void applyEvents() override;
     void reset(double positionSec) override;
-    bool isAtRest() const override;
+    std::int64_t steadySamples(double rateHz) const override;
 
 protected:
     int slotCount() const override;

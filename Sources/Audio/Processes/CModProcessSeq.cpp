@@ -246,13 +246,27 @@ void CModProcessSeq::idle()
     }
 }
 
-bool CModProcessSeq::isAtRest() const
+std::int64_t CModProcessSeq::steadySamples(double rateHz) const
 {
-    const auto rests = [](const Member& member) { return member.process->isAtRest(); };
-    const auto first = members_.begin() + static_cast<std::ptrdiff_t>(run_.first);
-    const auto end = members_.begin() + static_cast<std::ptrdiff_t>(run_.end);
-    return isWired_ && fadeSamplesLeft_ == 0 && wanted_ == run_ && CAudioProcessBase::isAtRest() &&
-           drain_->isAtRest() && std::all_of(first, end, rests);
+    const bool isAtRest = isWired_ && fadeSamplesLeft_ == 0 && wanted_ == run_ && drain_->isAtRest();
+    std::int64_t samples = isAtRest ? CAudioProcessBase::steadySamples(rateHz) : 0;
+    for (std::size_t i = run_.first; i < run_.end && samples > 0; ++i) {
+        samples = std::min(samples, members_[i].process->steadySamples(rateHz));
+    }
+    return samples;
+}
+
+bool CModProcessSeq::takeUpSteadily()
+{
+    bool isSteady = CAudioProcessBase::takeUpSteadily();
+    for (std::size_t i = 0; i < members_.size(); ++i) {
+        if (!run_.has(i)) {
+            members_[i].process->idle();
+        } else {
+            isSteady = isSteady && members_[i].process->takeUpSteadily();
+        }
+    }
+    return isSteady;
 }
 
 void CModProcessSeq::skip(std::int64_t samples, double rateHz)

@@ -27,7 +27,10 @@ public:
 
     CError init() override;
     bool process() override;
-    bool isAtRest() const override { return stages_ == wantedStages() && CModProcessSeq::isAtRest(); }
+    std::int64_t steadySamples(double rateHz) const override
+    {
+        return stages_ == wantedStages() ? CModProcessSeq::steadySamples(rateHz) : 0;
+    }
     std::uint32_t layout() const override { return static_cast<std::uint32_t>(wantedStages()); }
     bool hasLayout() const override { return true; }
 
