@@ -129,7 +129,18 @@ public:
         const Sample position = CrunchTables::kSteps * smaller;
         return bothOf(position >= from_ * larger, position <= to_ * larger);
     }
-    // The coefficients of the entry that entryOf(lane) gives.
+    // Takes the coefficients for a position of `smaller / larger`, to be asked afterwards whether it holds.
+    [[gnu::always_inline]] void guess(Sample smaller, Sample larger)
+    {
+        constexpr double kEnd = static_cast<double>(CrunchTables::kEntries);
+        Sample position = CrunchTables::kSteps * smaller / larger + 0.5;
+        position = chosen(position >= 1.0, position, Sample{});
+        position = chosen(position < kEnd, position, Sample{} + CrunchTables::kSteps);
+        take([&](std::size_t lane) {
+            return static_cast<std::size_t>(static_cast<std::int64_t>(laneOf(position, lane)));
+        });
+    }
+    // Takes the coefficients of the entry that entryOf(lane) gives.
     [[gnu::always_inline]] void take(auto entryOf)
     {
         std::size_t entries[kLanes<Sample>];

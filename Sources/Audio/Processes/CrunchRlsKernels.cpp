@@ -70,50 +70,93 @@ template <class Sample, bool kIsInverse>
 class Release
 {
 public:
+    // The gain of some samples ago is there long before the last one, and moves little in so few samples:
+    // where the level is turbulent, the next sample need not wait for a quotient and a look-up. Several
+    // channels have no time to spare for that.
+    static constexpr bool kLooksBack = kLanes<Sample> == 1;
+
     [[gnu::always_inline]] explicit Release(auto stateOf) : follower_(stateOf, 0) {}
     [[gnu::always_inline]] void store(auto stateOf) const { follower_.store(stateOf); }
 
-    [[gnu::always_inline]] Sample next(Sample target)
+    Sample last() const { return follower_.last(); }
+    // `gainBefore` gives the gain of some samples ago.
+    [[gnu::always_inline]] Sample next(Sample target, auto gainBefore)
     {
-        const Sample gain = follower_.last();
+        const Sample gain = last();
         const Sample lower = kIsInverse ? target : gain;
         const Sample higher = kIsInverse ? gain : target;
         // Asked this way round, a NaN gain is replaced by the next target.
         const auto isSofter = lower < higher;
         if (isTrueEverywhere(bothOf(isSofter, follower_.holds(lower, higher)))) [[likely]] {
             follower_.follow(target);
-        } else {
+            return last();
+        }
+        bool isFound = false;
+        if constexpr (kLooksBack) {
+            const double before = gainBefore();
+            follower_.guess(kIsInverse ? target : before, kIsInverse ? before : target);
+            isFound = !isSofter || follower_.holds(lower, higher);
+        }
+        if (!isFound) {
             follower_.take([&](std::size_t lane) {
                 return CrunchTables::entry(CrunchTables::kSteps * laneOf(lower, lane) / laneOf(higher, lane) +
                                            0.5);
             });
-            follower_.follow(target);
-            follower_.setUnless(isSofter, target);
         }
-        return follower_.last();
+        follower_.follow(target);
+        follower_.setUnless(isSofter, target);
+        return last();
     }
 
 private:
     CrunchFollower<Sample> follower_;
 };
 
-template <bool kIsInverse>
-void release(const CKernelCall& call)
+// shape(gain) goes to the output.
+template <class Sample, bool kIsInverse>
+[[gnu::always_inline]] inline void releaseTo(const LaneOutput<Sample>& out, const LaneCalls& calls,
+                                             auto shape)
 {
-    double* out = call.samples(0);
-    CrunchRlsState& state = *call.state<CrunchRlsState>(1);
-    const double* in = call.samples(2);
-    const auto stateOf = [&](std::size_t) -> CrunchRlsState& { return state; };
-    Release<double, kIsInverse> stage(stateOf);
-    for (std::size_t begin = 0; begin < call.count; begin += kTile) {
-        const std::size_t count = std::min<std::size_t>(kTile, call.count - begin);
-        double targets[kTile];
-        findTargets<kIsInverse>(state, in + begin, count, targets);
+    constexpr std::size_t kPast = 4;
+    const auto stateOf = [&](std::size_t lane) -> CrunchRlsState& {
+        return *calls[lane].state<CrunchRlsState>(1);
+    };
+    const LaneInput<Sample> in(calls, 2);
+    Release<Sample, kIsInverse> stage(stateOf);
+    // Gains of the last samples, and targets, which become gains.
+    double tile[kLanes<Sample>][kPast + kTile];
+    for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+        std::fill_n(tile[lane], kPast, laneOf(stage.last(), lane));
+    }
+    const auto tileAt = [&](std::size_t i) __attribute__((always_inline))
+    {
+        return gatherLanes<Sample>([&](std::size_t lane) { return tile[lane][i]; });
+    };
+    const std::size_t length = calls[0].count;
+    for (std::size_t begin = 0; begin < length; begin += kTile) {
+        const std::size_t count = std::min(kTile, length - begin);
+        for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+            findTargets<kIsInverse>(stateOf(lane), in.samples[lane] + begin, count, tile[lane] + kPast);
+        }
         for (std::size_t i = 0; i < count; ++i) {
-            out[begin + i] = stage.next(targets[i]);
+            const Sample gain = stage.next(tileAt(kPast + i), [&] { return tileAt(i); });
+            if constexpr (stage.kLooksBack) {
+                tile[0][kPast + i] = gain;
+            }
+            out.set(begin + i, shape(gain));
+        }
+        for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
+            std::copy_n(tile[lane] + count, kPast, tile[lane]);
         }
     }
     stage.store(stateOf);
+}
+
+template <bool kIsInverse>
+void release(const CKernelCall& call)
+{
+    const LaneCalls calls{&call, 1};
+    releaseTo<double, kIsInverse>({calls, 0}, calls, [](double gain) { return gain; });
 }
 
 void run(const CKernelCall& call)
@@ -130,32 +173,15 @@ template <class Sample, bool kIsFixed>
 void releaseAndAttack(const CKernelCall* calls)
 {
     constexpr std::size_t kParts = 2;
-    const LaneCalls releases{calls, kParts};
     const LaneCalls attacks{calls + 1, kParts};
-    const auto releaseState = [&](std::size_t lane) -> CrunchRlsState& {
-        return *releases[lane].state<CrunchRlsState>(1);
-    };
-    const auto attackState = [&](std::size_t lane) -> CrunchAtkState& {
+    const auto stateOf = [&](std::size_t lane) -> CrunchAtkState& {
         return *attacks[lane].state<CrunchAtkState>(1);
     };
-    const LaneInput<Sample> in(releases, 2);
-    const LaneOutput<Sample> out(attacks, 0);
-    Release<Sample, false> stage(releaseState);
-    CrunchAttack<Sample, kIsFixed> attack(attackState);
-    const std::size_t length = calls->count;
-    for (std::size_t begin = 0; begin < length; begin += kTile) {
-        const std::size_t count = std::min(kTile, length - begin);
-        double targets[kLanes<Sample>][kTile];
-        for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
-            findTargets<false>(releaseState(lane), in.samples[lane] + begin, count, targets[lane]);
-        }
-        for (std::size_t i = 0; i < count; ++i) {
-            const auto target = gatherLanes<Sample>([&](std::size_t lane) { return targets[lane][i]; });
-            out.set(begin + i, attack.follow(stage.next(target)));
-        }
-    }
-    stage.store(releaseState);
-    attack.store(attackState);
+    CrunchAttack<Sample, kIsFixed> attack(stateOf);
+    releaseTo<Sample, false>(
+        {attacks, 0},
+        {calls, kParts}, [&](Sample gain) __attribute__((always_inline)) { return attack.follow(gain); });
+    attack.store(stateOf);
 }
 
 // The forms that no chain uses: what passes between them has no memory of its own.

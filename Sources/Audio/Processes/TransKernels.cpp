@@ -6,6 +6,7 @@
 #include "WideLanes.h"
 
 #include <numbers>
+#include <type_traits>
 
 namespace qel {
 
@@ -128,41 +129,103 @@ private:
     Sample levels_[4];
 };
 
-// Two followers of the level; where the fast one has fallen below the slow one, the curve of their ratio is
-// the measure. It is smoothed, and follows the decay where that is joined.
-template <class Curve, class Sample, bool kDecays>
-[[gnu::always_inline]] inline void detectTo(const LaneOutput<Sample>& out, const LaneCalls& calls)
+// A fast and a slow follower of the level.
+template <class Sample>
+class Levels
+{
+public:
+    [[gnu::always_inline]] explicit Levels(const LaneCalls& calls)
+        : slowGain_(calls.load<Sample>(kState, &TransState::slow)),
+          rise_(calls.load<Sample>(kState, &TransState::rise)),
+          fall_(calls.load<Sample>(kState, &TransState::fall)),
+          slow_(calls.load<Sample>(kState, &TransState::slowLevel)),
+          fast_(calls.load<Sample>(kState, &TransState::fastLevel))
+    {}
+    [[gnu::always_inline]] void next(Sample x)
+    {
+        slow_ += (x - slow_) * slowGain_;
+        fast_ += (x - fast_) * chosen(x <= fast_, fall_, rise_);
+    }
+    Sample slow() const { return slow_; }
+    Sample fast() const { return fast_; }
+    [[gnu::always_inline]] void store(const LaneCalls& calls) const
+    {
+        calls.store(kState, &TransState::slowLevel, slow_);
+        calls.store(kState, &TransState::fastLevel, fast_);
+    }
+
+private:
+    const Sample slowGain_, rise_, fall_;
+    Sample slow_, fast_;
+};
+
+// Where the fast follower has fallen below the slow one, the curve of their ratio is the measure.
+template <class Curve, class Sample>
+[[gnu::always_inline]] inline Sample measure(Sample fast, Sample slow, Sample gain)
 {
     constexpr Sample kOne = Sample{} + 1.0;
     constexpr Sample kRest = Sample{} + kFloor;
+    const auto isFalling = fast < slow;
+    // Levels fall seldom and for long, so the processor bets well on whether there is anything to measure.
+    if (!isTrueAnywhere(isFalling)) {
+        return kRest;
+    }
+    const Sample measured = Curve::measure(fast / slow) * gain + kFloor;
+    // In this form NaN becomes 1 too, and cannot settle in the followers behind.
+    return chosen(isFalling, chosen(measured < kOne, measured, kOne), kRest);
+}
+
+// The measure of the levels is smoothed, and follows the decay where that is joined.
+template <class Curve, class Sample, bool kDecays>
+[[gnu::always_inline]] inline void detectTo(const LaneOutput<Sample>& out, const LaneCalls& calls)
+{
+    // A single channel has the lanes for two samples, and so half the quotients and roots.
+    constexpr bool kIsSingle = kLanes<Sample> == 1;
+    using Measured = std::conditional_t<kIsSingle, SamplePair, Sample>;
+    constexpr std::size_t kAtOnce = kIsSingle ? 2 : 1;
+    // So many turns a measure takes, at most: what waits for it stands behind, where it blocks nothing.
+    constexpr std::size_t kDelay = kIsSingle ? 3 : 6;
+    constexpr std::size_t kRing = 8;
+
     const LaneInput<Sample> in(calls, kLevel);
     const auto gain = calls.load<Sample>(kState, Curve::kGain);
-    const auto slow = calls.load<Sample>(kState, &TransState::slow);
-    const auto rise = calls.load<Sample>(kState, &TransState::rise);
-    const auto fall = calls.load<Sample>(kState, &TransState::fall);
-    auto slowLevel = calls.load<Sample>(kState, &TransState::slowLevel);
-    auto fastLevel = calls.load<Sample>(kState, &TransState::fastLevel);
+    const Measured gains = Measured{} + gain;
+    Levels<Sample> levels(calls);
     Smoother<Sample> smoother(calls);
     Decay<Sample> decay(calls);
-    const std::size_t count = calls[0].count;
-    for (std::size_t i = 0; i < count; ++i) {
-        const Sample x = in[i];
-        slowLevel += (x - slowLevel) * slow;
-        fastLevel += (x - fastLevel) * chosen(x <= fastLevel, fall, rise);
-        Sample v = kRest;
-        // Levels fall seldom and for long, so the processor bets well on whether there is anything to
-        // measure.
-        const auto isFalling = fastLevel < slowLevel;
-        if (isTrueAnywhere(isFalling)) {
-            const Sample measured = Curve::measure(fastLevel / slowLevel) * gain + kFloor;
-            // In this form NaN becomes 1 too, and cannot settle in the followers behind.
-            v = chosen(isFalling, chosen(measured < kOne, measured, kOne), kRest);
-        }
-        const Sample smoothed = smoother.next(v);
+    const auto put = [&](std::size_t i, Sample measured) __attribute__((always_inline))
+    {
+        const Sample smoothed = smoother.next(measured);
         out.set(i, kDecays ? decay.next(smoothed) : smoothed);
+    };
+    Measured pending[kRing];
+    const std::size_t count = calls[0].count;
+    staggered<kDelay + 1>(
+        count / kAtOnce, [&](auto step, std::size_t turn) __attribute__((always_inline)) {
+            Measured& measured = pending[turn % kRing];
+            const std::size_t i = turn * kAtOnce;
+            if constexpr (step == 0 && kIsSingle) {
+                levels.next(in[i]);
+                const Sample fast = levels.fast();
+                const Sample slow = levels.slow();
+                levels.next(in[i + 1]);
+                measured =
+                    measure<Curve>(Measured{fast, levels.fast()}, Measured{slow, levels.slow()}, gains);
+            } else if constexpr (step == 0) {
+                levels.next(in[i]);
+                measured = measure<Curve>(levels.fast(), levels.slow(), gains);
+            } else if constexpr (step == kDelay && kIsSingle) {
+                put(i, laneOf(measured, 0));
+                put(i + 1, laneOf(measured, 1));
+            } else if constexpr (step == kDelay) {
+                put(i, measured);
+            }
+        });
+    if (count % kAtOnce != 0) {
+        levels.next(in[count - 1]);
+        put(count - 1, measure<Curve>(levels.fast(), levels.slow(), gain));
     }
-    calls.store(kState, &TransState::slowLevel, slowLevel);
-    calls.store(kState, &TransState::fastLevel, fastLevel);
+    levels.store(calls);
     smoother.store(calls);
     if (kDecays) {
         decay.store(calls);
