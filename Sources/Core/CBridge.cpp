@@ -1,6 +1,7 @@
 // The registry of links, and updates along them.
 #include "CBridge.h"
 
+#include "AtomicWait.h"
 #include "CInlineArray.h"
 
 #include <array>
@@ -144,7 +145,7 @@ void CBridgeBase::updateBridges(CBridge* sender)
             Stripe& waiters = stripeOf(bridge);
             --bridge->runningUpdates_;
             ++waiters.endedUpdates;
-            waiters.endedUpdates.notify_all();
+            platform::wakeAll(waiters.endedUpdates);
         }
     }
 }
@@ -189,7 +190,7 @@ void CBridge::waitForOtherThreads()
         if (runningUpdates_ == own) {
             return;
         }
-        ended.wait(before);
+        platform::waitWhile(ended, before);
     }
 }
 

@@ -16,6 +16,15 @@
 namespace qel {
 namespace {
 
+// The wait of an atomic number loses wake-ups on Windows.
+template <class Condition>
+void waitUntil(const Condition& condition)
+{
+    while (!condition()) {
+        std::this_thread::yield();
+    }
+}
+
 // Counts its updates and runs a function on each.
 class CProbe
 {
@@ -114,17 +123,13 @@ TEST(Bridge, DetachWaitsForAnUpdateInAnotherThread)
     std::atomic<bool> hasLeft{false};
     probe.onUpdate = [&] {
         isInside = true;
-        isInside.notify_all();
-        mayLeave.wait(false);
+        waitUntil([&] { return mayLeave.load(); });
         hasLeft = true;
     };
     probe.bridge.attach(&source);
     std::thread updater([&] { source.updateBridges(); });
-    isInside.wait(false);
-    std::thread releaser([&] {
-        mayLeave = true;
-        mayLeave.notify_all();
-    });
+    waitUntil([&] { return isInside.load(); });
+    std::thread releaser([&] { mayLeave = true; });
     probe.bridge.detach();
     EXPECT_TRUE(hasLeft);
     source.updateBridges();
@@ -140,8 +145,7 @@ TEST(Bridge, TwoThreadsMayDetachInsideTheSameBridgesUpdate)
     std::atomic<int> inside{0};
     probe.onUpdate = [&] {
         ++inside;
-        inside.notify_all();
-        inside.wait(1); // until the other thread is here too
+        waitUntil([&] { return inside == 2; });
         probe.bridge.detach();
     };
     probe.bridge.attach(&source);
@@ -163,20 +167,18 @@ TEST(Bridge, DestroyedInItsOwnUpdateItWaitsForOtherThreads)
     probe->onUpdate = [&] {
         if (std::this_thread::get_id() != destroyer) {
             isInside = true;
-            isInside.notify_all();
-            isEnding.wait(false);
+            waitUntil([&] { return isEnding.load(); });
             hasLeft = true;
             return;
         }
         isEnding = true;
-        isEnding.notify_all();
         probe->bridge.~COwnedBridge();
         hadLeftAtTheEnd = hasLeft.load();
         new (&probe->bridge) COwnedBridge<CProbe>(*probe, &CProbe::told);
     };
     probe->bridge.attach(&source);
     std::thread other([&] { source.updateBridges(); });
-    isInside.wait(false);
+    waitUntil([&] { return isInside.load(); });
     source.updateBridges();
     other.join();
     EXPECT_TRUE(hadLeftAtTheEnd);
