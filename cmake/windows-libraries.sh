@@ -66,7 +66,7 @@ export PKG_CONFIG_LIBDIR=$folder/lib/pkgconfig
 need_library libogg.a libogg
 need_library libvorbisenc.a libvorbis
 need_library libFLAC.a flac -DBUILD_CXXLIBS=OFF -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF -DBUILD_TESTING=OFF -DBUILD_DOCS=OFF \
-    -DINSTALL_MANPAGES=OFF -DWITH_STACK_PROTECTOR=OFF
+    -DINSTALL_MANPAGES=OFF -DWITH_STACK_PROTECTOR=OFF -DWITH_FORTIFY_SOURCE=OFF
 # libsndfile takes all coders or none. This one's files for CMake are not in its package.
 if [ ! -f "$folder/lib/libopus.a" ]; then
     fetch opus
