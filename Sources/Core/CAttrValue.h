@@ -30,7 +30,7 @@ public:
         kString = 3
     };
 
-    CAttrValue() : CAttrValue(CString()) {}
+    CAttrValue() = default; // the empty string
     explicit CAttrValue(bool value);
     explicit CAttrValue(double value);
     explicit CAttrValue(std::int32_t value);
@@ -66,7 +66,7 @@ private:
     std::optional<std::int32_t> convertToInteger() const;
 
     // Readers fill the caches, so these are atomic: two threads may convert the same value at once.
-    mutable std::atomic<std::uint32_t> cachedForms_{0};
+    mutable std::atomic<std::uint32_t> cachedForms_{kStringForm};
     Kind kind_ = Kind::kString;
     mutable std::atomic<bool> bool_{false};
     mutable std::atomic<std::int32_t> integer_{0};

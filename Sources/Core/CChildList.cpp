@@ -4,7 +4,6 @@
 #include "NumberSyntax.h"
 
 #include <algorithm>
-#include <iterator>
 
 namespace qel {
 
@@ -30,36 +29,32 @@ NumberedName splitName(const CString& name)
 
 CString CChildList::add(CObject& child, const CString& name)
 {
-    NumberedName wanted = splitName(name);
-    const std::int32_t index = takeIndex(wanted.base, wanted.index);
-    numbered_[wanted.base][index] = &child;
+    const NumberedName wanted = splitName(name);
+    Family& family = families_.try_emplace(wanted.base, Family{wanted.index}).first->second;
+    std::int32_t index = wanted.index;
+    while (family.find(index)) {
+        // Wraps around rather than overflow: the data may name any index.
+        family.counter = static_cast<std::int32_t>(static_cast<std::uint32_t>(family.counter) + 1u);
+        index = family.counter;
+    }
+    family.members.insert(family.placeOf(index), {index, &child});
     children_.push(&child);
     return index == 0 ? wanted.base : wanted.base + "#" + CString::number(index);
 }
 
-std::int32_t CChildList::takeIndex(const CString& baseName, std::int32_t wanted)
-{
-    const auto [counter, isNew] = counters_.try_emplace(baseName, wanted);
-    const auto& taken = numbered_[baseName];
-    while (taken.contains(wanted)) {
-        // Wraps around rather than overflow: the data may name any index.
-        counter->second = static_cast<std::int32_t>(static_cast<std::uint32_t>(counter->second) + 1u);
-        wanted = counter->second;
-    }
-    return wanted;
-}
-
 bool CChildList::remove(CObject& child, const CString& name)
 {
-    if (!children_.eraseFirst(&child)) {
+    if (!children_.eraseLast(&child)) {
         return false;
     }
     const NumberedName numbered = splitName(name);
-    if (const auto indices = numbered_.find(numbered.base); indices != numbered_.end()) {
-        indices->second.erase(numbered.index);
-        if (indices->second.empty()) {
-            numbered_.erase(indices);
-            counters_.erase(numbered.base);
+    if (const auto entry = families_.find(numbered.base); entry != families_.end()) {
+        Family& family = entry->second;
+        if (family.find(numbered.index)) {
+            family.members.erase(family.placeOf(numbered.index));
+        }
+        if (family.members.isEmpty()) {
+            families_.erase(entry);
         }
     }
     return true;
@@ -73,18 +68,29 @@ bool CChildList::contains(const CObject* child) const
 CObject* CChildList::find(const CString& segment) const
 {
     const std::size_t hash = segment.find(u'#');
-    const auto entry = numbered_.find(segment.substring(0, hash));
-    if (entry == numbered_.end() || entry->second.empty()) {
+    const bool isPlain = hash == CString::kNone;
+    const auto entry = families_.find(isPlain ? segment : segment.substring(0, hash));
+    if (entry == families_.end()) {
         return nullptr;
     }
-    if (hash == CString::kNone) {
-        return entry->second.begin()->second;
-    }
-    return childAt(entry->second, segment.substring(hash + 1));
+    return isPlain ? entry->second.members[0].child : entry->second.findAt(segment.substring(hash + 1));
+}
+
+// The first member that has this index or a higher one.
+std::size_t CChildList::Family::placeOf(std::int32_t index) const
+{
+    const auto place = std::ranges::lower_bound(members, index, {}, &Numbered::index);
+    return static_cast<std::size_t>(place - members.begin());
+}
+
+CObject* CChildList::Family::find(std::int32_t index) const
+{
+    const std::size_t place = placeOf(index);
+    return place < members.size() && members[place].index == index ? members[place].child : nullptr;
 }
 
 // "#+N" counts from the lowest index, "#-N" from the highest, "#N" is the index itself.
-CObject* CChildList::childAt(const Numbered& children, const CString& position)
+CObject* CChildList::Family::findAt(const CString& position) const
 {
     const bool isFromFirst = position.startsWith("+");
     const bool isFromLast = position.startsWith("-");
@@ -93,14 +99,13 @@ CObject* CChildList::childAt(const Numbered& children, const CString& position)
         return nullptr;
     }
     if (!isFromFirst && !isFromLast) {
-        const auto entry = children.find(*number);
-        return entry == children.end() ? nullptr : entry->second;
+        return find(*number);
     }
-    if (*number < 0 || static_cast<std::size_t>(*number) >= children.size()) {
+    const auto steps = static_cast<std::size_t>(*number);
+    if (*number < 0 || steps >= members.size()) {
         return nullptr;
     }
-    return isFromFirst ? std::next(children.begin(), *number)->second
-                       : std::next(children.rbegin(), *number)->second;
+    return members[isFromFirst ? steps : members.size() - 1 - steps].child;
 }
 
 CString CChildList::baseOf(const CString& name)

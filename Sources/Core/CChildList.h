@@ -4,8 +4,6 @@
 #include "CInlineArray.h"
 #include "CString.h"
 
-#include <map>
-
 namespace qel {
 
 class CObject;
@@ -35,14 +33,24 @@ public:
     static CString baseOf(const CString& name);
 
 private:
-    using Numbered = std::map<std::int32_t, CObject*>;
+    struct Numbered
+    {
+        std::int32_t index;
+        CObject* child;
+    };
+    // The children of one base name, nearly always one, by rising index.
+    struct Family
+    {
+        std::int32_t counter; // the index that was tried last
+        CInlineArray<Numbered, 1> members = {};
 
-    std::int32_t takeIndex(const CString& baseName, std::int32_t wanted);
-    static CObject* childAt(const Numbered& children, const CString& position);
+        std::size_t placeOf(std::int32_t index) const;
+        CObject* find(std::int32_t index) const;
+        CObject* findAt(const CString& position) const;
+    };
 
     CInlineArray<CObject*, 8> children_;
-    CStringMap<Numbered> numbered_;
-    CStringMap<std::int32_t> counters_;
+    CStringMap<Family> families_;
 };
 
 } // namespace qel

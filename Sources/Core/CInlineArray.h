@@ -1,6 +1,7 @@
 // A growing array whose first elements live inside the object.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <initializer_list>
 #include <memory>
@@ -79,6 +80,12 @@ public:
         ++size_;
         return *place;
     }
+    // Puts an item in front of the element at `index`, which may be the end.
+    void insert(std::size_t index, T item)
+    {
+        push(std::move(item));
+        std::rotate(data_ + index, data_ + size_ - 1, data_ + size_);
+    }
     // Removes one element; the rest move up.
     void erase(std::size_t index)
     {
@@ -90,6 +97,17 @@ public:
     bool eraseFirst(const T& item)
     {
         for (std::size_t i = 0; i < size_; ++i) {
+            if (data_[i] == item) {
+                erase(i);
+                return true;
+            }
+        }
+        return false;
+    }
+    // The same from the end.
+    bool eraseLast(const T& item)
+    {
+        for (std::size_t i = size_; i-- > 0;) {
             if (data_[i] == item) {
                 erase(i);
                 return true;

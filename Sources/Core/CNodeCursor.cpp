@@ -9,18 +9,6 @@ CError CNodeCursor::failTruncated() const
              position_, data_.size());
 }
 
-CError CNodeCursor::readU32(std::uint32_t& out)
-{
-    if (data_.size() - position_ < 4) {
-        return failTruncated();
-    }
-    out = 0;
-    for (unsigned shift = 0; shift < 32; shift += 8) {
-        out |= static_cast<std::uint32_t>(data_[position_++]) << shift;
-    }
-    return {};
-}
-
 CError CNodeCursor::readBytes(std::string_view& out)
 {
     std::uint32_t count = 0;

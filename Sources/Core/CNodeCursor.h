@@ -19,7 +19,16 @@ public:
 
     explicit CNodeCursor(std::span<const std::uint8_t> data) : data_(data) {}
 
-    CError readU32(std::uint32_t& out);
+    CError readU32(std::uint32_t& out)
+    {
+        if (data_.size() - position_ < 4) {
+            return failTruncated();
+        }
+        const std::uint8_t* const bytes = data_.data() + position_;
+        out = bytes[0] | bytes[1] << 8 | bytes[2] << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+        position_ += 4;
+        return {};
+    }
     // A u32 byte count and that many bytes, without a terminator.
     CError readBytes(std::string_view& out);
     CError skipString();

@@ -53,8 +53,8 @@ CError CNodeLoader::loadTemplateBody(CObject& holder)
     std::string_view body;
     QEL_TRY(cursor_.readBytes(contentTag), where);
     QEL_TRY(cursor_.readBytes(body), where);
-    holder.contentTag_ = contentTag;
-    holder.templateBody_.assign({reinterpret_cast<const std::uint8_t*>(body.data()), body.size()});
+    const std::span node(reinterpret_cast<const std::uint8_t*>(body.data()), body.size());
+    holder.templateBody_.reset(new CObject::CTemplateBody{contentTag, CByteBuffer(node)});
     QEL_TRY(holder.applyAttrs(), where);
     QEL_TRY(holder.initChilds(), where);
     holder.initState_ = CObject::InitState::kReady;
@@ -113,7 +113,7 @@ CError CNodeLoader::loadChild(CObject& parent)
 
 CError CNodeLoader::replayTemplate(CObject& object, bool attributes)
 {
-    CNodeCursor body(object.template_->templateBody_.bytes());
+    CNodeCursor body(object.template_->templateBody_->node.bytes());
     return CNodeLoader(body).load(object, false, true, !attributes, attributes);
 }
 

@@ -140,7 +140,7 @@ CError CObject::createChildRaw(CObject*& outChild, const CString& tag, const CSt
         QEL_FAIL(fullName_, "@qelstr_CObject_addChild_ReadOnly Error adding child to read-only object.");
     }
     const CObject* holder = useTemplates ? findTemplate(tag) : nullptr;
-    const CString& classTag = holder ? holder->contentTag_ : tag;
+    const CString& classTag = holder ? holder->templateBody_->contentTag : tag;
 
     CObject* child = createRegistered(classTag);
     if (!child) {
@@ -157,9 +157,13 @@ CError CObject::createChildRaw(CObject*& outChild, const CString& tag, const CSt
     child->numberObject();
 
     const CString childName = children_.add(*child, name);
-    child->fullName_ = fullName_.isEmpty() ? childName : fullName_ + "." + childName;
-    child->attributes_["name"] = CAttrValue(childName);
-    child->attributes_["full-name"] = CAttrValue(child->fullName_);
+    if (!fullName_.isEmpty()) {
+        child->fullName_ = fullName_;
+        child->fullName_ += u'.';
+    }
+    child->fullName_ += childName;
+    child->attributes_.emplace("name", childName);
+    child->attributes_.emplace("full-name", child->fullName_);
 
     outChild = child;
     QEL_TRY(onChildAdded(*child), fullName_);
@@ -350,6 +354,9 @@ CError CObject::setAttribute(const CString& key, const CString& value, bool imme
     if (isReadOnly_ || key.isEmpty()) {
         return {};
     }
+    if (value.find(u'{') == CString::kNone) {
+        return storeAttribute(key, CAttrValue(value), immediate);
+    }
     CString expanded = value;
     QEL_TRY(expandReferences(*this, key, expanded), fullName_);
     return storeAttribute(key, CAttrValue(std::move(expanded)), immediate);
@@ -382,7 +389,7 @@ CError CObject::storeAttribute(const CString& key, CAttrValue value, bool immedi
     if (divertAttribute(key, value, diverted)) {
         return diverted;
     }
-    attributes_[key] = value;
+    attributes_.insert_or_assign(key, value);
     const std::int32_t index = classInfo_->attrIndex(key);
     if (index != CClassInfo::kNoIndex && immediate) {
         QEL_TRY(classInfo_->runHandler(index, *this), fullName_);

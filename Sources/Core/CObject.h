@@ -12,6 +12,7 @@
 #include "CInlineArray.h"
 
 #include <atomic>
+#include <memory>
 
 namespace qel {
 
@@ -225,6 +226,13 @@ public:
 private:
     friend class CNodeLoader;
 
+    // What a template holder makes its instances from.
+    struct CTemplateBody
+    {
+        CString contentTag; // of the instances
+        CByteBuffer node;   // encoded
+    };
+
     const CObject* findTemplate(const CString& name) const;
     CError initNewChild(CObject& child, void* creationData, const CAttrMap* attributes);
     CError start(void* creationData, const CAttrMap* attributes);
@@ -255,9 +263,8 @@ private:
     CObject* root_;
     std::int32_t objectNumber_ = -1;
     CString tag_;
-    CByteBuffer templateBody_;              // on a template holder: the encoded node
-    CString contentTag_;                    // on a template holder: the tag of its instances
-    CStringMap<CObject*> runTimeTemplates_; // template children by name
+    std::unique_ptr<CTemplateBody> templateBody_; // null but on a template holder
+    CStringMap<CObject*> runTimeTemplates_;       // template children by name
     CAttrFollowers attrFollowers_{*this};
 };
 

@@ -53,7 +53,11 @@ CString& CString::operator=(const CString& other)
         length_ = 0;
         wide_ = false;
         reserve(other.length_, other.wide_);
-        std::memcpy(data_, other.data_, other.length_ * (other.wide_ ? 2u : 1u));
+        if (isInline() && other.isInline()) {
+            std::memcpy(inline_, other.inline_, kInlineBytes); // a length known here: no call
+        } else {
+            std::memcpy(data_, other.data_, other.length_ * other.width());
+        }
         length_ = other.length_;
     }
     return *this;
@@ -84,7 +88,7 @@ void CString::take(CString& other) noexcept
     capacityBytes_ = other.capacityBytes_;
     if (other.isInline()) {
         data_ = inline_;
-        std::memcpy(inline_, other.inline_, other.length_ * (other.wide_ ? 2u : 1u));
+        std::memcpy(inline_, other.inline_, kInlineBytes);
     } else {
         data_ = other.data_;
         other.data_ = other.inline_;
@@ -94,18 +98,17 @@ void CString::take(CString& other) noexcept
     other.wide_ = false;
 }
 
-void CString::reserve(std::size_t characters, bool wideWanted)
+void CString::regrow(std::size_t characters, bool wideWanted)
 {
     const bool mustWiden = wideWanted && !wide_;
-    const std::size_t width = (wide_ || wideWanted) ? 2 : 1;
-    const std::size_t bytes = characters * width;
+    const std::size_t bytes = characters * ((wide_ || wideWanted) ? 2 : 1);
     if (bytes > capacityBytes_) {
         const std::size_t grown = std::max(bytes, std::size_t{2} * capacityBytes_);
         void* memory = grown <= UINT32_MAX ? std::malloc(grown) : nullptr;
         if (!memory) {
             std::abort();
         }
-        std::memcpy(memory, data_, length_ * (wide_ ? 2u : 1u));
+        std::memcpy(memory, data_, length_ * width());
         if (!isInline()) {
             std::free(data_);
         }
@@ -124,9 +127,10 @@ void CString::reserve(std::size_t characters, bool wideWanted)
 
 CString CString::fromUtf8(std::string_view bytes)
 {
-    CString result;
-    result.reserve(bytes.size(), false);
-    std::size_t i = 0;
+    // Nearly all text is ASCII to its end.
+    const auto plain = std::find_if(bytes.begin(), bytes.end(), [](char c) { return c == 0 || (c & 0x80); });
+    auto i = static_cast<std::size_t>(plain - bytes.begin());
+    CString result(bytes.substr(0, i));
     while (i < bytes.size()) {
         const auto lead = static_cast<std::uint8_t>(bytes[i++]);
         std::uint32_t codePoint = lead;
@@ -166,11 +170,6 @@ CString CString::number(std::int64_t value)
     return CString(std::string_view(text, static_cast<std::size_t>(end - text)));
 }
 
-char16_t CString::operator[](std::size_t index) const
-{
-    return wide_ ? wide()[index] : narrow()[index];
-}
-
 void CString::clear()
 {
     length_ = 0;
@@ -196,8 +195,7 @@ void CString::append(const CString& text)
     }
     reserve(length_ + std::size_t{text.length_}, wide_ || text.wide_);
     if (wide_ == text.wide_) {
-        const std::size_t width = wide_ ? 2 : 1;
-        std::memcpy(static_cast<std::byte*>(data_) + length_ * width, text.data_, text.length_ * width);
+        std::memcpy(static_cast<std::byte*>(data_) + length_ * width(), text.data_, text.length_ * width());
     } else {
         for (std::size_t i = 0; i < text.length_; ++i) {
             wide()[length_ + i] = text[i];
@@ -227,11 +225,14 @@ CString CString::substring(std::size_t start, std::size_t count) const
     if (wide_) {
         return CString(std::u16string_view(wide() + start, count));
     }
-    return CString(std::string_view(reinterpret_cast<const char*>(data_) + start, count));
+    return CString(latin1().substr(start, count));
 }
 
 std::size_t CString::find(char16_t character, std::size_t from) const
 {
+    if (!wide_) {
+        return character < 256 ? latin1().find(static_cast<char>(character), from) : kNone;
+    }
     for (std::size_t i = from; i < length_; ++i) {
         if ((*this)[i] == character) {
             return i;
@@ -242,6 +243,9 @@ std::size_t CString::find(char16_t character, std::size_t from) const
 
 std::size_t CString::findLast(char16_t character) const
 {
+    if (!wide_) {
+        return character < 256 ? latin1().rfind(static_cast<char>(character)) : kNone;
+    }
     for (std::size_t i = length_; i-- > 0;) {
         if ((*this)[i] == character) {
             return i;
@@ -250,9 +254,9 @@ std::size_t CString::findLast(char16_t character) const
     return kNone;
 }
 
-bool CString::startsWith(std::string_view latin1) const
+bool CString::startsWith(std::string_view start) const
 {
-    return length_ >= latin1.size() && substring(0, latin1.size()).equals(latin1);
+    return wide_ ? substring(0, start.size()).equals(start) : latin1().starts_with(start);
 }
 
 std::vector<CString> CString::split(char16_t separator) const
@@ -297,13 +301,16 @@ std::string CString::toUtf8() const
     return bytes;
 }
 
-bool CString::equals(std::string_view latin1) const
+bool CString::equals(std::string_view text) const
 {
-    if (length_ != latin1.size()) {
+    if (!wide_) {
+        return latin1() == text;
+    }
+    if (length_ != text.size()) {
         return false;
     }
     for (std::size_t i = 0; i < length_; ++i) {
-        if ((*this)[i] != static_cast<std::uint8_t>(latin1[i])) {
+        if ((*this)[i] != static_cast<std::uint8_t>(text[i])) {
             return false;
         }
     }
@@ -316,7 +323,7 @@ bool operator==(const CString& a, const CString& b)
         return false;
     }
     if (a.wide_ == b.wide_) {
-        return std::memcmp(a.data_, b.data_, a.length_ * (a.wide_ ? 2u : 1u)) == 0;
+        return std::memcmp(a.data_, b.data_, a.length_ * a.width()) == 0;
     }
     return (a <=> b) == 0;
 }
@@ -325,6 +332,10 @@ std::strong_ordering operator<=>(const CString& a, const CString& b)
 {
     const std::size_t common = std::min(a.length_, b.length_);
     if (!a.wide_ && !b.wide_) {
+        // Most names differ here already.
+        if (common > 0 && a.narrow()[0] != b.narrow()[0]) {
+            return a.narrow()[0] <=> b.narrow()[0];
+        }
         if (const int order = std::memcmp(a.data_, b.data_, common); order != 0) {
             return order <=> 0;
         }

@@ -22,7 +22,7 @@ class CString
 {
 public:
     static constexpr std::size_t kInlineBytes = 48;
-    static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+    static constexpr std::size_t kNone = std::string_view::npos;
 
     CString() noexcept : data_(inline_) {}
     CString(const char* latin1) : CString(std::string_view(latin1)) {}
@@ -45,7 +45,7 @@ public:
     bool isEmpty() const { return length_ == 0; }
     bool isWide() const { return wide_; }
     // The character at `index`, which must be below length().
-    char16_t operator[](std::size_t index) const;
+    char16_t operator[](std::size_t index) const { return wide_ ? wide()[index] : narrow()[index]; }
 
     void clear();
     void append(char16_t character);
@@ -58,7 +58,7 @@ public:
     // First or last position of `character`, or kNone.
     std::size_t find(char16_t character, std::size_t from = 0) const;
     std::size_t findLast(char16_t character) const;
-    bool startsWith(std::string_view latin1) const;
+    bool startsWith(std::string_view start) const; // Latin-1
 
     // All parts between separators, empty ones included: n separators give n + 1 parts.
     std::vector<CString> split(char16_t separator) const;
@@ -74,11 +74,19 @@ public:
     friend std::strong_ordering operator<=>(const CString& a, const CString& b);
 
 private:
-    bool equals(std::string_view latin1) const;
+    bool equals(std::string_view text) const; // Latin-1
     bool isInline() const { return data_ == inline_; }
     // Makes room for `characters` of the given width, keeping the text; widens it when asked to.
-    void reserve(std::size_t characters, bool wide);
+    void reserve(std::size_t characters, bool wideWanted)
+    {
+        if ((wideWanted && !wide_) || characters * width() > capacityBytes_) {
+            regrow(characters, wideWanted);
+        }
+    }
+    void regrow(std::size_t characters, bool wideWanted);
     void take(CString& other) noexcept;
+    std::size_t width() const { return wide_ ? 2 : 1; }
+    std::string_view latin1() const { return {static_cast<const char*>(data_), length_}; } // if narrow
     std::uint8_t* narrow() const { return static_cast<std::uint8_t*>(data_); }
     char16_t* wide() const { return static_cast<char16_t*>(data_); }
 
