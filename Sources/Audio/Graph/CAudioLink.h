@@ -14,6 +14,9 @@ namespace qel {
 
 class CAudioLink;
 
+// Of one port.
+using CAudioLinks = CInlineArray<CAudioLink*, 1>;
+
 // Set of channel numbers, bit by bit.
 using CChannelMask = std::uint32_t;
 constexpr int kMaxChannels = 16;
@@ -53,7 +56,7 @@ private:
     void emitToAll(int channel, CBufferRef buffer, int count, const CAudioStreamFormat* format);
 
     CAudioGraph& graph_;
-    CInlineArray<CAudioLink*, 4> links_;
+    CAudioLinks links_;
     std::size_t linkCount_ = 0;
     CChannelMask channels_ = 0;
 };
@@ -86,7 +89,17 @@ public:
     // Channels that carry samples, or will.
     CChannelMask channels() const { return source_.channels() | queued_; }
     // The chunk whose samples come next, or null if the channel is dry.
-    const CAudioChunk* head(int channel) const { return queues_[static_cast<std::size_t>(channel)].head; }
+    const CAudioChunk* head(int channel) const
+    {
+        const CAudioChunk* const tail = tails_[static_cast<std::size_t>(channel)];
+        return tail ? tail->next : nullptr;
+    }
+    // The same if nothing is queued behind it.
+    const CAudioChunk* onlyChunk(int channel) const
+    {
+        const CAudioChunk* const tail = tails_[static_cast<std::size_t>(channel)];
+        return tail && tail->next == tail ? tail : nullptr;
+    }
     // Nothing is queued and no fade runs.
     bool isAtRest() const { return queued_ == 0 && !fade_.isRunning(); }
 
@@ -97,17 +110,19 @@ public:
             buffer = fade_.apply(channel, buffer, count, format->sampleRateHz);
         }
         CAudioChunk* chunk = graph_.chunks.take();
-        *chunk = {nullptr, format, buffer, count};
-        Queue& queue = queues_[static_cast<std::size_t>(channel)];
-        (queue.head ? queue.tail->next : queue.head) = chunk;
-        queue.tail = chunk;
+        CAudioChunk*& tail = tails_[static_cast<std::size_t>(channel)];
+        *chunk = {tail ? tail->next : chunk, format, buffer, count};
+        if (tail) {
+            tail->next = chunk;
+        }
+        tail = chunk;
         queued_ |= CChannelMask{1} << channel;
     }
     // Drops `count` samples, which the head chunk must hold.
     // True if nothing is left.
     bool consume(int channel, int count)
     {
-        CAudioChunk* chunk = queues_[static_cast<std::size_t>(channel)].head;
+        CAudioChunk* chunk = tails_[static_cast<std::size_t>(channel)]->next;
         if (chunk->count == count) {
             dropHead(channel);
             return (queued_ >> channel & 1) == 0;
@@ -119,17 +134,13 @@ public:
     void clear();
 
 private:
-    struct Queue
-    {
-        CAudioChunk* head = nullptr;
-        CAudioChunk* tail = nullptr;
-    };
     void dropHead(int channel)
     {
-        Queue& queue = queues_[static_cast<std::size_t>(channel)];
-        CAudioChunk* chunk = queue.head;
-        queue.head = chunk->next;
-        if (!queue.head) {
+        CAudioChunk*& tail = tails_[static_cast<std::size_t>(channel)];
+        CAudioChunk* chunk = tail->next;
+        tail->next = chunk->next;
+        if (chunk == tail) {
+            tail = nullptr;
             queued_ &= ~(CChannelMask{1} << channel);
         }
         graph_.kernels.release(chunk->buffer);
@@ -139,7 +150,8 @@ private:
     CAudioGraph& graph_;
     CAudioOutputPort& source_;
     CAudioLinkFade fade_;
-    std::array<Queue, kMaxChannels> queues_;
+    // The last chunk of each queue; the one behind it is the first.
+    std::array<CAudioChunk*, kMaxChannels> tails_{};
     CChannelMask queued_ = 0;
     bool isConnected_ = false;
 };
@@ -158,7 +170,7 @@ public:
     void makeRoom(std::size_t count) { links_.reserve(count); }
     void clearLinks() { links_.clear(); }
     void addLink(CAudioLink& link) { links_.push(&link); }
-    const CInlineArray<CAudioLink*, 4>& links() const { return links_; }
+    const CAudioLinks& links() const { return links_; }
 
     CChannelMask channels() const;
     bool isAtRest() const;
@@ -189,7 +201,7 @@ private:
     CBufferRef borrowSum(int channel, int count, bool isWeighted, CBufferRef& outSum) const;
 
     CAudioGraph& graph_;
-    CInlineArray<CAudioLink*, 4> links_;
+    CAudioLinks links_;
 };
 
 // Nearly every port has one link.

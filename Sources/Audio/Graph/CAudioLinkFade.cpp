@@ -23,24 +23,26 @@ int cutFadeSamples(double sampleRateHz)
 void CAudioLinkFade::start(bool isIn)
 {
     stop();
-    isRunning_ = true;
+    states_ = makeAudio<std::array<State, kChannels>>(kernels_.memory());
     isIn_ = isIn;
 }
 
 void CAudioLinkFade::stop()
 {
-    for (State& state : states_) {
+    if (!states_) {
+        return;
+    }
+    for (const State& state : *states_) {
         if (!state.oscillator.isNone()) {
             kernels_.release(state.oscillator);
-            state = {};
         }
     }
-    isRunning_ = false;
+    states_.reset();
 }
 
 CBufferRef CAudioLinkFade::apply(int channel, CBufferRef samples, int count, double sampleRateHz)
 {
-    State& state = states_[static_cast<std::size_t>(channel)];
+    State& state = (*states_)[static_cast<std::size_t>(channel)];
     if (state.oscillator.isNone()) {
         state = {kernels_.allocate(kLinkStateBytes), cutFadeSamples(sampleRateHz)};
         kernels_.submit(EKernel::kXfadeI, static_cast<std::uint32_t>(state.samplesLeft), 0.0,

@@ -1,6 +1,7 @@
 // The fade of a link that joins a sum or leaves it.
 #pragma once
 
+#include "CAudioMemory.h"
 #include "CBufferRef.h"
 
 #include <array>
@@ -15,7 +16,7 @@ int cutFadeSamples(double sampleRateHz);
 
 // A raised-cosine fade of each channel of a link, counted from the first sample that comes: in, from silence
 // to the signal, or out. Afterwards it passes the signal, or gives silence, until it is stopped. Audio
-// thread; holds one small buffer a channel while it runs.
+// thread; only while it runs it has states, and one small buffer a channel.
 class CAudioLinkFade
 {
 public:
@@ -26,7 +27,7 @@ public:
 
     void start(bool isIn);
     void stop();
-    bool isRunning() const { return isRunning_; }
+    bool isRunning() const { return states_ != nullptr; }
 
     // Takes over one reference on `samples` and gives one on what is to be heard in their place.
     CBufferRef apply(int channel, CBufferRef samples, int count, double sampleRateHz);
@@ -41,8 +42,7 @@ private:
     };
 
     CKernelContext& kernels_;
-    std::array<State, kChannels> states_;
-    bool isRunning_ = false;
+    CAudioPtr<std::array<State, kChannels>> states_; // null while it does not run, and without memory
     bool isIn_ = false;
 };
 

@@ -41,9 +41,9 @@ int CAudioPlanner::offered() const
         const CAudioLink& link = *from.links()[0];
         bool isWhole = true;
         forEachChannel(link.channels(), [&](int channel) {
-            const CAudioChunk* head = link.head(channel);
-            isWhole = isWhole && head && !head->next && (count == 0 || head->count == count);
-            count = isWhole ? head->count : 0;
+            const CAudioChunk* chunk = link.onlyChunk(channel);
+            isWhole = isWhole && chunk && (count == 0 || chunk->count == count);
+            count = isWhole ? chunk->count : 0;
         });
         if (!isWhole) {
             return 0;
@@ -212,11 +212,11 @@ void CAudioPlanner::takeOutputs(const CAudioLink& drain)
     outputs_.clear();
     outputBuffers_.clear();
     forEachChannel(drain.channels(), [&](int number) {
-        const CAudioChunk* head = drain.head(number);
-        hasAllOutputs_ = hasAllOutputs_ && head && !head->next && head->count == count_;
+        const CAudioChunk* chunk = drain.onlyChunk(number);
+        hasAllOutputs_ = hasAllOutputs_ && chunk && chunk->count == count_;
         if (hasAllOutputs_) {
-            outputs_.push({0, number, head->format});
-            outputBuffers_.push(head->buffer);
+            outputs_.push({0, number, chunk->format});
+            outputBuffers_.push(chunk->buffer);
         }
     });
     builder_->end({outputBuffers_.data(), outputBuffers_.size()});

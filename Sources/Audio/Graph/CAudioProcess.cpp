@@ -54,7 +54,7 @@ CError CAudioProcess::buildChildren()
 
 CError CAudioProcess::addProcess(const CString& name, std::unique_ptr<CAudioProcessBase> process)
 {
-    if (names_.contains(name)) {
+    if (findChild(name)) {
         QEL_FAIL(fullName(), "@qelstr_CAudioProcess_addProcess_DupeName Duplicate audio process name '%1'.",
                  name);
     }
@@ -62,16 +62,22 @@ CError CAudioProcess::addProcess(const CString& name, std::unique_ptr<CAudioProc
     child->name = name;
     child->isNode = process->def().getTag() == "audio:modNode";
     child->process = std::move(process);
-    names_[name] = child.get();
-    names_["." + name] = child.get();
     children_.push_back(std::move(child));
     return {};
 }
 
 CAudioProcessBase* CAudioProcess::findProcess(const CString& name) const
 {
-    const auto entry = names_.find(name);
-    return entry == names_.end() ? nullptr : entry->second->process.get();
+    const Child* const child = findChild(name);
+    return child ? child->process.get() : nullptr;
+}
+
+CAudioProcess::Child* CAudioProcess::findChild(const CString& name) const
+{
+    const CString plain = name.startsWith(".") ? name.substring(1) : name;
+    const auto entry = std::find_if(children_.begin(), children_.end(),
+                                    [&](const auto& child) { return child->name == plain; });
+    return entry == children_.end() ? nullptr : entry->get();
 }
 
 // The definition has checked the names against its children; a prototype is a child of the definition alone,
@@ -81,9 +87,9 @@ CError CAudioProcess::readLinks()
     for (const CAudioProcessLinkDef* link : compoundDef_.linkDefs()) {
         const CAudioPortRef& from = link->source();
         const CAudioPortRef& to = link->destination();
-        const auto source = names_.find(from.name);
-        const auto destination = names_.find(to.name);
-        if ((!from.isSelf && source == names_.end()) || (!to.isSelf && destination == names_.end())) {
+        Child* const source = from.isSelf ? nullptr : findChild(from.name);
+        Child* const destination = to.isSelf ? &sink_ : findChild(to.name);
+        if ((!from.isSelf && !source) || !destination) {
             continue;
         }
         if (from.port >= kMaxPorts || to.port >= kMaxPorts) {
@@ -91,8 +97,7 @@ CError CAudioProcess::readLinks()
                      "@qelstr_CAudioProcess_buildLinks_Port A process has ports 0 to %1 only.",
                      kMaxPorts - 1);
         }
-        explicitLinks_.push_back({from.isSelf ? nullptr : source->second, from.port,
-                                  to.isSelf ? &sink_ : destination->second, to.port, link->bypassStateId()});
+        explicitLinks_.push_back({source, from.port, destination, to.port, link->bypassStateId()});
         if (from.isSelf) {
             ownSource(from.port);
         }

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <functional>
-#include <map>
 
 namespace qel {
 
@@ -116,6 +115,8 @@ private:
     };
     static constexpr int kImplicit = -1;
 
+    // As findProcess().
+    Child* findChild(const CString& name) const;
     CError buildChildren();
     CError readLinks();
     void buildLinks();
@@ -161,7 +162,6 @@ private:
 
     const CAudioProcessDef& compoundDef_;
     std::vector<std::unique_ptr<Child>> children_; // in definition order
-    std::map<CString, Child*> names_;
     std::vector<ExplicitLink> explicitLinks_;
     std::vector<CAudioBypassState> states_;
     std::vector<Child*> order_;

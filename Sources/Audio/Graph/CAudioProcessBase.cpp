@@ -2,7 +2,6 @@
 #include "CAudioProcessBase.h"
 
 #include "CGraphVisitor.h"
-#include "Definitions/CAudioParamAllocDef.h"
 #include "Definitions/CAudioProcessDefBase.h"
 #include "Trace.h"
 
@@ -39,11 +38,9 @@ CError CAudioProcessBase::bindParams()
 // They bind to nothing that the process reads.
 void CAudioProcessBase::traceUnknownSlots() const
 {
-    for (std::size_t i = 0; i < def_.getChildCount(); ++i) {
-        const auto* alloc = dynamic_cast<const CAudioParamAllocDef*>(def_.getChild(i));
-        if (alloc && alloc->getIndex() >= slotCount()) {
-            trace("regModuleParam error " + CString::number(alloc->getIndex()) + " " + alloc->getParamName(),
-                  fullName_);
+    for (const CAudioProcessDefBase::Slot& slot : def_.slots()) {
+        if (slot.number >= slotCount()) {
+            trace("regModuleParam error " + CString::number(slot.number) + " " + slot.paramName, fullName_);
         }
     }
 }

@@ -12,11 +12,6 @@ namespace qel {
 
 namespace {
 
-CString childName(const CObject& child, const CString& parentName)
-{
-    return parentName + "." + child.getName();
-}
-
 // "^^name" climbs one level of `owner` for each "^"; "/name" starts at the root; any other name is below the
 // owner.
 CString remapTarget(const CString& owner, const CString& target)
@@ -46,53 +41,24 @@ CAudioProcessParams::~CAudioProcessParams()
 CError CAudioProcessParams::declare(const CAudioProcessDefBase& def, const CString& processName,
                                     CAudioParamCollector& params)
 {
+    const CAudioDeclarations& declarations = def.declarations();
     // A parent may remap what a child declares as global, so all remaps come first; filters need the
     // parameters.
-    enterRemaps(def, processName, params);
-    makeGlobals(def, processName, params);
-    QEL_TRY(startFilters(def, processName, params), processName);
-    return {};
-}
-
-void CAudioProcessParams::enterRemaps(const CObject& node, const CString& name, CAudioParamCollector& params)
-{
-    for (std::size_t i = 0; i < node.getChildCount(); ++i) {
-        const CObject& child = *node.getChild(i);
-        if (const auto* remap = dynamic_cast<const CAudioParamRemapDef*>(&child)) {
-            params.addRemap(name + "." + remap->getOrigName(), remapTarget(name, remap->getNewName()));
-        } else {
-            enterRemaps(child, childName(child, name), params);
-        }
+    for (const auto& [name, remap] : declarations.remaps) {
+        const CString owner = processName + name;
+        params.addRemap(owner + "." + remap->getOrigName(), remapTarget(owner, remap->getNewName()));
     }
-}
-
-void CAudioProcessParams::makeGlobals(const CObject& node, const CString& name, CAudioParamCollector& params)
-{
-    for (std::size_t i = 0; i < node.getChildCount(); ++i) {
-        const CObject& child = *node.getChild(i);
-        const CString fullName = childName(child, name);
-        const auto* param = dynamic_cast<const CAudioParamDef*>(&child);
-        if (!param) {
-            makeGlobals(child, fullName, params);
-        } else if (param->getInfo().isGlobal && !params.isRemapped(fullName)) {
+    for (const auto& [name, param] : declarations.globals) {
+        const CString fullName = processName + name;
+        if (!params.isRemapped(fullName)) {
             params.getParam(fullName).setInfo(param->shareInfo(), param->getFullName());
         }
     }
-}
-
-CError CAudioProcessParams::startFilters(const CObject& node, const CString& name,
-                                         CAudioParamCollector& params)
-{
-    for (std::size_t i = 0; i < node.getChildCount(); ++i) {
-        const CObject& child = *node.getChild(i);
-        if (const auto* filterDef = dynamic_cast<const CAudioParamFilterDef*>(&child)) {
-            filters_.emplace_back(filterDef->createFilter());
-            QEL_TRY(filters_.back()->init(params, name, filterDef->getSourceNames(),
-                                          filterDef->getDestinationNames()),
-                    child.getFullName());
-        } else {
-            QEL_TRY(startFilters(child, childName(child, name), params), child.getFullName());
-        }
+    for (const auto& [name, filterDef] : declarations.filters) {
+        filters_.emplace_back(filterDef->createFilter());
+        QEL_TRY(filters_.back()->init(params, processName + name, filterDef->getSourceNames(),
+                                      filterDef->getDestinationNames()),
+                filterDef->getFullName());
     }
     return {};
 }

@@ -11,11 +11,10 @@ namespace qel {
 
 class CAudioParamCollector;
 class CAudioProcessDefBase;
-class CObject;
 
-// Goes once over all definitions below a root definition, before its processes bind their slots: enters
-// remaps, makes the global parameters that no remap covers, and then starts the parameter filters, which it
-// owns. Must go before the collector. Building thread.
+// Goes once over the declarations of a root definition, before its processes bind their slots: enters remaps,
+// makes the global parameters that no remap covers, and then starts the parameter filters, which it owns.
+// Must go before the collector. Building thread.
 class CAudioProcessParams
 {
 public:
@@ -28,10 +27,6 @@ public:
     CError declare(const CAudioProcessDefBase& def, const CString& processName, CAudioParamCollector& params);
 
 private:
-    void enterRemaps(const CObject& node, const CString& name, CAudioParamCollector& params);
-    void makeGlobals(const CObject& node, const CString& name, CAudioParamCollector& params);
-    CError startFilters(const CObject& node, const CString& name, CAudioParamCollector& params);
-
     std::vector<std::unique_ptr<CAudioParamFilter>> filters_;
 };
 

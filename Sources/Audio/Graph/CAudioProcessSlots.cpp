@@ -4,7 +4,6 @@
 #include "CAudioParam.h"
 #include "CAudioParamCollector.h"
 #include "CAudioParamDef.h"
-#include "Definitions/CAudioParamAllocDef.h"
 #include "Definitions/CAudioProcessDefBase.h"
 
 #include <algorithm>
@@ -15,19 +14,16 @@ namespace qel {
 
 namespace {
 
-// The definition's own parameter of this name gives a slot its default shape.
-const CAudioParamDef* localParam(const CAudioProcessDefBase& def, const CString& name)
-{
-    return dynamic_cast<const CAudioParamDef*>(def.findChild(name));
-}
+// Of a slot without a parameter.
+const CAudioParamStorage kNoValues;
 
 } // namespace
 
 CAudioProcessSlots::~CAudioProcessSlots()
 {
-    for (const auto& slot : slots_) {
-        if (slot->param) {
-            slot->param->audioSide().unbind(slot->binding);
+    for (const auto& follower : followers_) {
+        if (CAudioParam* const param = follower->binding.param) {
+            param->audioSide().unbind(follower->binding);
         }
     }
 }
@@ -40,18 +36,13 @@ CError CAudioProcessSlots::bind(const CAudioProcessDefBase& def, const CString& 
     isGroup0_ = def.isGroup0();
     isElement0_ = def.isElement0();
     entryShift_ = def.stackIndexShift();
-    for (std::size_t i = 0; i < def.getChildCount(); ++i) {
-        const auto* alloc = dynamic_cast<const CAudioParamAllocDef*>(def.getChild(i));
-        if (!alloc) {
-            continue;
-        }
-        const CString name = processName + "." + alloc->getParamName();
-        const CAudioParamDef* local = localParam(def, alloc->getParamName());
-        Slot& slot = add(alloc->getIndex());
-        if (params.isRemapped(name) || (local && local->getInfo().isGlobal)) {
-            prepare(slot, params.resolveParam(name), group);
-        } else if (local) {
-            slot.values.fillWithDefaults(local->getInfo());
+    slots_.reserve(def.slots().size());
+    for (const CAudioProcessDefBase::Slot& slot : def.slots()) {
+        const CString name = processName + "." + slot.paramName;
+        if (params.isRemapped(name) || (slot.local && slot.local->getInfo().isGlobal)) {
+            addFollower(slot.number, params.resolveParam(name), group);
+        } else {
+            add(slot.number, slot.local ? slot.local->getDefaults() : kNoValues);
         }
     }
     return {};
@@ -63,40 +54,36 @@ int CAudioProcessSlots::addStateSlot(const CString& paramName, CAudioParamCollec
     if (!param.hasInfo()) {
         return -1;
     }
-    Slot& slot = add(nextStateSlot_++);
-    prepare(slot, param, -1);
-    return slot.number;
+    addFollower(nextStateSlot_, param, -1);
+    return nextStateSlot_++;
 }
 
-CAudioProcessSlots::Slot& CAudioProcessSlots::add(int number)
+void CAudioProcessSlots::add(int number, const CAudioParamStorage& values)
 {
-    slots_.push_back(std::make_unique<Slot>());
-    Slot& slot = *slots_.back();
-    slot.number = number;
-    const auto index = static_cast<std::size_t>(number);
-    if (index < quick_.size() && !quick_[index]) {
-        quick_[index] = &slot;
+    slots_.push_back({number, &values});
+}
+
+void CAudioProcessSlots::addFollower(int number, CAudioParam& param, int group)
+{
+    auto follower = std::make_unique<Follower>();
+    follower->binding.queue = &queue_;
+    follower->binding.storage = &follower->values;
+    follower->binding.isDirty = &isDirty_;
+    follower->binding.group = group;
+    if (!param.audioSide().prepare(follower->binding)) {
+        add(number, kNoValues);
+        return;
     }
-    return slot;
-}
-
-void CAudioProcessSlots::prepare(Slot& slot, CAudioParam& param, int group)
-{
-    slot.binding.queue = &queue_;
-    slot.binding.storage = &slot.values;
-    slot.binding.isDirty = &isDirty_;
-    slot.binding.group = group;
-    slot.param = param.audioSide().prepare(slot.binding) ? &param : nullptr;
+    add(number, follower->values);
+    followers_.push_back(std::move(follower));
 }
 
 // --- audio thread
 
 void CAudioProcessSlots::follow()
 {
-    for (const auto& slot : slots_) {
-        if (slot->param) {
-            slot->param->audioSide().bind(slot->binding);
-        }
+    for (const auto& follower : followers_) {
+        follower->binding.param->audioSide().bind(follower->binding);
     }
 }
 
@@ -113,57 +100,55 @@ double CAudioProcessSlots::nextEventSec() const
     return next ? next->event->getTime() : std::numeric_limits<double>::infinity();
 }
 
-const CAudioProcessSlots::Slot* CAudioProcessSlots::findAmongAll(int number) const
+const CAudioParamStorage* CAudioProcessSlots::findAmongAll(int number) const
 {
-    const auto entry = std::find_if(slots_.begin(), slots_.end(),
-                                    [number](const auto& slot) { return slot->number == number; });
-    return entry == slots_.end() ? nullptr : entry->get();
+    const auto entry = std::ranges::find(slots_, number, &Slot::number);
+    return entry == slots_.end() ? nullptr : entry->values;
 }
 
 double CAudioProcessSlots::value(int slotNumber, int group, int entry) const
 {
-    const Slot* slot = find(slotNumber);
-    if (!slot) {
+    const CAudioParamStorage* values = find(slotNumber);
+    if (!values) {
         return 0.0;
     }
     const int wanted = isElement0_ ? 0 : entry + entryShift_;
-    const double value = slot->values.get(isGroup0_ ? 0 : group, wanted);
+    const double value = values->get(isGroup0_ ? 0 : group, wanted);
     if (!std::isnan(value)) {
         return value;
     }
     // A damaged file can hold that, and a filter made from it would never sound again.
-    const std::span<const double> fill = slot->values.getFill();
+    const std::span<const double> fill = values->getFill();
     return fill.empty() ? 0.0 : fill[std::min(static_cast<std::size_t>(wanted), fill.size() - 1)];
 }
 
 double CAudioProcessSlots::valueOrLast(int slotNumber, int group, int entry) const
 {
-    const Slot* slot = find(slotNumber);
-    const bool isMissing =
-        slot && slot->values.getFillCount() > 0 && entry >= elementCount(slotNumber, group);
-    return isMissing ? slot->values.getFill().back() : value(slotNumber, group, entry);
+    const CAudioParamStorage* values = find(slotNumber);
+    const bool isMissing = values && values->getFillCount() > 0 && entry >= elementCount(slotNumber, group);
+    return isMissing ? values->getFill().back() : value(slotNumber, group, entry);
 }
 
 double CAudioProcessSlots::stateValue(int slotNumber, int group) const
 {
-    const Slot* slot = find(slotNumber);
-    return slot ? slot->values.getForState(group, isElement0_ ? 0 : entryShift_) : 0.0;
+    const CAudioParamStorage* values = find(slotNumber);
+    return values ? values->getForState(group, isElement0_ ? 0 : entryShift_) : 0.0;
 }
 
 int CAudioProcessSlots::entryCount(int slotNumber, int group) const
 {
-    const Slot* slot = find(slotNumber);
-    if (!slot) {
+    const CAudioParamStorage* values = find(slotNumber);
+    if (!values) {
         return 0;
     }
-    const int stored = slot->values.getCount(isGroup0_ ? 0 : group);
-    return stored > 0 ? stored : slot->values.getFillCount();
+    const int stored = values->getCount(isGroup0_ ? 0 : group);
+    return stored > 0 ? stored : values->getFillCount();
 }
 
 int CAudioProcessSlots::elementCount(int slotNumber, int group) const
 {
-    const Slot* slot = find(slotNumber);
-    return slot ? std::max(entryCount(slotNumber, group), slot->values.getFillCount()) : 0;
+    const CAudioParamStorage* values = find(slotNumber);
+    return values ? std::max(entryCount(slotNumber, group), values->getFillCount()) : 0;
 }
 
 } // namespace qel

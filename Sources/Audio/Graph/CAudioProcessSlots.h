@@ -6,7 +6,6 @@
 #include "CAudioParamStorage.h"
 #include "CError.h"
 
-#include <array>
 #include <memory>
 #include <vector>
 
@@ -14,13 +13,12 @@ namespace qel {
 
 class CAudioParam;
 class CAudioParamCollector;
-class CAudioParamDef;
 class CAudioProcessDefBase;
 
 // What a process sees of the parameters that its definition's `audio:param-alloc` children name. A slot whose
 // name is remapped, or whose local parameter is global, follows a parameter of the instance: changes arrive
-// in a queue and take effect when the stream reaches their time. Any other slot is private and keeps its
-// local default.
+// in a queue and take effect when the stream reaches their time. Any other slot is private and reads the
+// default of the definition.
 //
 // bind() and addStateSlot() on the thread that builds; from follow() on it is the audio thread's, without
 // locks and without allocation.
@@ -68,23 +66,30 @@ public:
 private:
     struct Slot
     {
-        int number = -1;
+        int number;
+        const CAudioParamStorage* values; // of a follower, or of the definition
+    };
+    // Of a slot that follows a parameter.
+    struct Follower
+    {
         CAudioParamStorage values;
         CAudioParamBinding binding;
-        CAudioParam* param = nullptr; // null: private
     };
 
-    const Slot* find(int number) const
+    // Null for a number that the process does not have.
+    const CAudioParamStorage* find(int number) const
     {
+        // Nearly all definitions count them as they stand.
         const auto index = static_cast<std::size_t>(number);
-        return index < quick_.size() ? quick_[index] : findAmongAll(number);
+        return index < slots_.size() && slots_[index].number == number ? slots_[index].values
+                                                                       : findAmongAll(number);
     }
-    const Slot* findAmongAll(int number) const;
-    Slot& add(int number);
-    void prepare(Slot& slot, CAudioParam& param, int group);
+    const CAudioParamStorage* findAmongAll(int number) const;
+    void add(int number, const CAudioParamStorage& values);
+    void addFollower(int number, CAudioParam& param, int group);
 
-    std::vector<std::unique_ptr<Slot>> slots_; // addresses are known to bindings
-    std::array<Slot*, 8> quick_{};             // those with the lowest numbers, which modules read
+    std::vector<Slot> slots_;
+    std::vector<std::unique_ptr<Follower>> followers_; // addresses are known to bindings
     CAudioParamEventQueue queue_;
     bool isDirty_ = false;
     int nextStateSlot_ = kFirstStateSlot;

@@ -32,6 +32,7 @@ CError CAudioParamDef::init()
     info_->paramRegistry = registry_;
     QEL_TRY(readValues(), getFullName());
     info_->valid = true;
+    defaults_.fillWithDefaults(*info_);
     return {};
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "CAudioParamInfo.h"
+#include "CAudioParamStorage.h"
 #include "CObject.h"
 
 #include <memory>
@@ -21,6 +22,8 @@ public:
     const CAudioParamInfo& getInfo() const { return *info_; }
     // For the parameters so declared, in all instances.
     std::shared_ptr<const CAudioParamInfo> shareInfo() const { return info_; }
+    // The default values, for whoever only reads them.
+    const CAudioParamStorage& getDefaults() const { return defaults_; }
 
 private:
     CError readFormat();
@@ -42,6 +45,7 @@ private:
     CString defValues_;
 
     std::shared_ptr<CAudioParamInfo> info_ = std::make_shared<CAudioParamInfo>();
+    CAudioParamStorage defaults_;
 };
 
 } // namespace qel

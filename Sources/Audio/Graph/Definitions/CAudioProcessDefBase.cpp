@@ -1,6 +1,9 @@
 // Root of all process definitions of the signal graph.
 #include "Definitions/CAudioProcessDefBase.h"
 
+#include "CAudioParamDef.h"
+#include "Definitions/CAudioParamAllocDef.h"
+
 namespace qel {
 
 void CAudioProcessDefBase::buildClassInfo(CClassInfo& info)
@@ -37,6 +40,24 @@ CError CAudioProcessDefBase::init()
                  stackIndexShift_);
     }
     return {};
+}
+
+CError CAudioProcessDefBase::initChilds()
+{
+    QEL_TRY(CObject::initChilds(), getFullName());
+    for (std::size_t i = 0; i < getChildCount(); ++i) {
+        if (const auto* alloc = dynamic_cast<const CAudioParamAllocDef*>(getChild(i))) {
+            const auto* local = dynamic_cast<const CAudioParamDef*>(findChild(alloc->getParamName()));
+            slots_.push_back({alloc->getIndex(), alloc->getParamName(), local});
+        }
+    }
+    return {};
+}
+
+const CAudioDeclarations& CAudioProcessDefBase::declarations() const
+{
+    std::call_once(declarationsFlag_, [this] { declarations_.collect(*this); });
+    return declarations_;
 }
 
 } // namespace qel

@@ -2,11 +2,15 @@
 #pragma once
 
 #include "CObject.h"
+#include "Definitions/CAudioDeclarations.h"
 
 #include <memory>
+#include <mutex>
+#include <vector>
 
 namespace qel {
 
+class CAudioParamDef;
 class CAudioProcessBase;
 
 // Describes one process of the graph and makes run-time processes of it, as many as instances and groups ask
@@ -27,6 +31,7 @@ public:
     static void buildClassInfo(CClassInfo& info);
 
     CError init() override;
+    CError initChilds() override;
 
     // A new process of the class that this definition stands for, not yet initialised.
     virtual std::unique_ptr<CAudioProcessBase> createProcess() const = 0;
@@ -75,6 +80,18 @@ public:
     // Read at element 0, whatever the channel.
     bool isElement0() const { return isElement0_; }
 
+    // A parameter that the process's code knows by a number.
+    struct Slot
+    {
+        std::int32_t number;
+        CString paramName;           // relative to the process
+        const CAudioParamDef* local; // what this definition declares under that name, or null
+    };
+    // In the order of the tree; none before initChilds.
+    const std::vector<Slot>& slots() const { return slots_; }
+    // Of this definition and all below it. Collected when the first instance asks.
+    const CAudioDeclarations& declarations() const;
+
 private:
     CString multibandFreqParam_;
     CString multibandCountParam_;
@@ -94,6 +111,10 @@ private:
     bool isElement0_ = false;
     bool usesTimeShift_ = true;
     bool isWeightedInput_ = false;
+
+    std::vector<Slot> slots_;
+    mutable std::once_flag declarationsFlag_;
+    mutable CAudioDeclarations declarations_;
 };
 
 } // namespace qel
