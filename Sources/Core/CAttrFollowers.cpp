@@ -5,46 +5,60 @@
 
 namespace qel {
 
+CAttrFollowers::Links& CAttrFollowers::links()
+{
+    if (!links_) {
+        links_ = std::make_unique<Links>();
+    }
+    return *links_;
+}
+
 CAttrFollowers::~CAttrFollowers()
 {
+    if (!links_) {
+        return;
+    }
     stopFollowing();
-    for (const auto& [follower, names] : followers_) {
-        follower->sources_.erase(this);
+    for (const auto& [follower, names] : links_->followers) {
+        follower->links_->sources.erase(this);
     }
 }
 
 void CAttrFollowers::follow(CAttrFollowers& source, const CString& sourceName, const CString& ownName)
 {
-    FollowedNames& names = source.followers_[this];
+    FollowedNames& names = source.links().followers[this];
     if (sourceName.isEmpty()) {
         names.clear();
     } else {
         names[sourceName] = ownName;
     }
-    sources_.insert(&source);
+    links().sources.insert(&source);
 }
 
 void CAttrFollowers::stopFollowing()
 {
-    for (CAttrFollowers* source : sources_) {
-        source->followers_.erase(this);
+    if (!links_) {
+        return;
     }
-    sources_.clear();
+    for (CAttrFollowers* source : links_->sources) {
+        source->links_->followers.erase(this);
+    }
+    links_->sources.clear();
 }
 
 CError CAttrFollowers::tell(const CString& key, const CAttrValue& value)
 {
-    if (followers_.empty()) {
+    if (!links_ || links_->followers.empty()) {
         return {};
     }
     const CObject::CHold ownerHold(owner_);
     std::vector<CAttrFollowers*> followers;
-    for (const auto& [follower, names] : followers_) {
+    for (const auto& [follower, names] : links_->followers) {
         followers.push_back(follower);
     }
     for (CAttrFollowers* follower : followers) {
-        const auto entry = followers_.find(follower);
-        if (owner_.isReleased() || entry == followers_.end()) {
+        const auto entry = links_->followers.find(follower);
+        if (owner_.isReleased() || entry == links_->followers.end()) {
             continue;
         }
         CString followerKey = key;

@@ -5,6 +5,7 @@
 #include "CError.h"
 
 #include <map>
+#include <memory>
 #include <set>
 
 namespace qel {
@@ -34,9 +35,16 @@ private:
     // Attribute name here -> name there; empty: everything.
     using FollowedNames = CStringMap<CString>;
 
+    struct Links
+    {
+        std::map<CAttrFollowers*, FollowedNames> followers;
+        std::set<CAttrFollowers*> sources;
+    };
+
+    Links& links();
+
     CObject& owner_;
-    std::map<CAttrFollowers*, FollowedNames> followers_;
-    std::set<CAttrFollowers*> sources_;
+    std::unique_ptr<Links> links_; // null until there is one: most objects have none
 };
 
 } // namespace qel

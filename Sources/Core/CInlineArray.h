@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
 #include <new>
@@ -12,8 +13,8 @@ namespace qel {
 
 // Array of T with room for N elements before it touches the heap; beyond that it grows by doubling plus one.
 // Elements are contiguous; growing or erasing moves them, so pointers into the array hold only until the next
-// change. Element order is kept by every operation. T must be nothrow movable. Not safe for concurrent
-// writers.
+// change. Element order is kept by every operation. T must be nothrow movable. At most 2^32 elements. Not
+// safe for concurrent writers.
 template <class T, std::size_t N>
 class CInlineArray
 {
@@ -74,7 +75,7 @@ public:
     T& push(T item)
     {
         if (size_ == capacity_) {
-            regrow(2 * capacity_ + 1);
+            regrow(2 * std::size_t{capacity_} + 1);
         }
         T* place = new (data_ + size_) T(std::move(item));
         ++size_;
@@ -148,11 +149,11 @@ private:
     {
         T* memory = std::allocator<T>().allocate(capacity);
         std::uninitialized_move(begin(), end(), memory);
-        const std::size_t size = size_;
+        const std::uint32_t size = size_;
         releaseMemory();
         data_ = memory;
         size_ = size;
-        capacity_ = capacity;
+        capacity_ = static_cast<std::uint32_t>(capacity);
     }
     void releaseMemory()
     {
@@ -179,8 +180,8 @@ private:
     }
 
     T* data_;
-    std::size_t size_ = 0;
-    std::size_t capacity_ = N;
+    std::uint32_t size_ = 0;
+    std::uint32_t capacity_ = N;
     alignas(T) std::byte inline_[N * sizeof(T)];
 };
 

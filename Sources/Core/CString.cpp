@@ -104,7 +104,7 @@ void CString::regrow(std::size_t characters, bool wideWanted)
     const std::size_t bytes = characters * ((wide_ || wideWanted) ? 2 : 1);
     if (bytes > capacityBytes_) {
         const std::size_t grown = std::max(bytes, std::size_t{2} * capacityBytes_);
-        void* memory = grown <= UINT32_MAX ? std::malloc(grown) : nullptr;
+        void* memory = grown <= INT32_MAX ? std::malloc(grown) : nullptr;
         if (!memory) {
             std::abort();
         }
@@ -113,7 +113,7 @@ void CString::regrow(std::size_t characters, bool wideWanted)
             std::free(data_);
         }
         data_ = memory;
-        capacityBytes_ = static_cast<std::uint32_t>(grown);
+        capacityBytes_ = static_cast<std::uint32_t>(grown) & INT32_MAX;
     }
     if (mustWiden) {
         // Last to first, since each character grows into the place of the next.

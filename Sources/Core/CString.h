@@ -92,8 +92,8 @@ private:
 
     void* data_;
     std::uint32_t length_ = 0;
-    std::uint32_t capacityBytes_ = kInlineBytes;
-    bool wide_ = false;
+    std::uint32_t capacityBytes_ : 31 = kInlineBytes;
+    std::uint32_t wide_ : 1 = 0;
     alignas(8) std::byte inline_[kInlineBytes];
 };
 
