@@ -46,10 +46,12 @@ void shift(const LaneCalls& calls)
     double previous = state.previous;
     const std::size_t count = calls[0].count;
     for (std::size_t i = 0; i < count; ++i) {
+        const bool hasCopy = writePosition < PShiftState::kCopies;
+        const std::int32_t copyPosition = hasCopy ? writePosition + grain : writePosition;
         for (std::size_t channel = 0; channel < kChannels; ++channel) {
             double* const ring = rings.samples[channel];
             ring[writePosition] = in.samples[channel][i];
-            ring[writePosition + grain] = in.samples[channel][i];
+            ring[copyPosition] = in.samples[channel][i];
         }
         writePosition = writePosition == lastWrite ? 0 : writePosition + 1;
 

@@ -33,10 +33,12 @@ struct PShiftState
 
     friend bool operator==(const PShiftState&, const PShiftState&) = default;
 
-    // Every sample is written twice, a grain apart, so that the four taps of a head never have to wrap.
+    // The first samples of a grain stand behind its last one too, so that the four taps of a head never have
+    // to wrap.
+    static constexpr std::int32_t kCopies = 3;
     static constexpr std::size_t ringSamples(std::int32_t grain)
     {
-        return 2 * static_cast<std::size_t>(grain);
+        return static_cast<std::size_t>(grain + kCopies);
     }
 };
 
