@@ -29,6 +29,7 @@ CError CAudioProcessOverlap::init()
 {
     QEL_TRY(CAudioProcessBase::init(), fullName());
     drain_ = std::make_unique<CAudioInputPort>(graph());
+    drain_->makeRoom(copies_.size());
     for (Copy& copy : copies_) {
         QEL_TRY(build(copy), fullName());
     }

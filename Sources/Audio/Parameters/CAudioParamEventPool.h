@@ -43,7 +43,7 @@ public:
 private:
     std::vector<std::unique_ptr<T[]>> blocks_;
     T* free_ = nullptr;
-    std::size_t nextSize_ = 16;
+    std::size_t nextSize_ = 4;
 };
 
 // Owned by the collector. Control threads take records under the lock of CAudioEnv; the audio thread only

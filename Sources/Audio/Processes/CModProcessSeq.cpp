@@ -14,6 +14,7 @@ CError CModProcessSeq::init()
 {
     QEL_TRY(CAudioProcessBase::init(), fullName());
     drain_ = std::make_unique<CAudioInputPort>(graph());
+    drain_->makeRoom(2); // two runs, while one fades to the other
     addPort();
     throughLink_ = std::make_unique<CAudioLink>(graph(), *feeds_[0]);
     return {};

@@ -67,7 +67,7 @@ private:
     void sort();
     std::uint32_t takeId();
 
-    CInlineArray<Entry, 8> entries_; // by rising identifier
+    CInlineArray<Entry, 1> entries_; // by rising identifier
     std::uint32_t lastId_ = 0;
     CAudioParamItemRetireList* retired_ = nullptr;
 };
