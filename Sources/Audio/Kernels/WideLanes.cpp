@@ -5,28 +5,22 @@ namespace qel {
 
 namespace {
 
-bool findWideLanes()
-{
-#if QEL_HAS_WIDE_LANES
-    __builtin_cpu_init();
-    return __builtin_cpu_supports("avx2");
-#else
-    return false;
-#endif
-}
-
-bool mayUseWideLanes = findWideLanes();
+constinit bool areAllowed = true;
 
 } // namespace
 
 bool hasWideLanes()
 {
-    return mayUseWideLanes;
+#if QEL_HAS_WIDE_LANES
+    return areAllowed && __builtin_cpu_supports("avx2"); // asked when the process started
+#else
+    return false;
+#endif
 }
 
 void allowWideLanes(bool isAllowed)
 {
-    mayUseWideLanes = isAllowed && findWideLanes();
+    areAllowed = isAllowed;
 }
 
 } // namespace qel

@@ -2,7 +2,7 @@
 #include "PShiftKernels.h"
 
 #include "Math/Elementary.h"
-#include "WideLanes.h"
+#include "SamplePair.h"
 
 #include <algorithm>
 #include <numbers>
@@ -118,22 +118,13 @@ void run(const CKernelCall& call)
     shift<double>({&call, 1});
 }
 
-template <class Sample>
-void runLanes(const CKernelCall* calls)
+void runPair(const CKernelCall* calls)
 {
-    const auto stateOf = [&](std::size_t lane) -> const PShiftState& {
-        return *calls[lane].state<PShiftState>(1);
-    };
-    bool isAlike = true;
-    for (std::size_t lane = 1; lane < kLanes<Sample>; ++lane) {
-        isAlike = isAlike && stateOf(lane) == stateOf(0);
-    }
-    if (isAlike) {
-        shift<Sample>({calls, 1});
-        return;
-    }
-    for (std::size_t lane = 0; lane < kLanes<Sample>; ++lane) {
-        run(calls[lane]);
+    if (*calls[0].state<PShiftState>(1) == *calls[1].state<PShiftState>(1)) {
+        shift<SamplePair>({calls, 1});
+    } else {
+        run(calls[0]);
+        run(calls[1]);
     }
 }
 
@@ -166,7 +157,7 @@ void clear(const CKernelCall& call)
 }
 
 constexpr CKernelDef kTable[] = {
-    {"pshift", run, 4, 7, runLanes<SamplePair>, kWide<&runLanes<SampleQuad>>},
+    {"pshift", run, 4, 7, runPair},
     {"pshifti", init, 2, 3},
     {"pshiftc", clear, 2, 3},
 };
