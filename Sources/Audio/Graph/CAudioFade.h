@@ -6,8 +6,7 @@
 namespace qel {
 
 // A raised-cosine fade on every channel of an instance, over a fixed number of samples. start(), mix() step
-// by step until samplesLeft() is 0, stop(). Holds one small state buffer a channel while it runs. Audio
-// thread.
+// by step until samplesLeft() is 0, stop(). Holds one small state buffer while it runs. Audio thread.
 class CAudioFade
 {
 public:
@@ -16,18 +15,26 @@ public:
     CAudioFade& operator=(CAudioFade&& other) noexcept;
     ~CAudioFade() { stop(); }
 
-    void start(CKernelContext& kernels, int samples, int channelCount);
+    struct Kernels
+    {
+        int places = -1;
+        int mix = -1;
+    };
+    static Kernels findKernels(const CKernelContext& kernels);
+
+    void start(CKernelContext& kernels, const Kernels& ids, int samples);
     // Replaces the outputs of `from` by the fade to those of `to`, which are used up. The step may not be
     // longer than samplesLeft().
     void mix(CAudioModuleStep& from, CAudioModuleStep& to);
-    // So many samples, fewer than are left, have been mixed without this object.
+    // So many samples, no more than are left, have been mixed without this object.
     void skip(int samples) { samplesLeft_ -= samples; }
     void stop();
     int samplesLeft() const { return samplesLeft_; }
 
 private:
     CKernelContext* kernels_ = nullptr;
-    CInlineArray<CBufferRef, 8> states_; // by channel
+    Kernels ids_;
+    CBufferRef oscillator_;
     int samplesLeft_ = 0;
 };
 

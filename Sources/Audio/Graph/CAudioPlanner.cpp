@@ -23,11 +23,21 @@ bool CAudioPlanner::runStep()
         return false;
     }
     const int count = offered();
-    if (count > 0 && count <= steady_ && isSameInput() && takeUpChanges() && runFromPlan(count)) {
+    const bool canRun = count > 0 && isSameInput() && takeUpChanges();
+    const int piece = canRun ? static_cast<int>(std::min<std::int64_t>(count, steadySamples())) : 0;
+    const bool hasRun = piece > 0 && runFromPlan(piece);
+    if (hasRun && piece == count && steady_ > 0) {
         return true;
     }
     leave();
-    return false;
+    lookAhead();
+    return hasRun && piece == count;
+}
+
+// A change that waits may fall due before a fade ends, and would cut the step in which it does.
+std::int64_t CAudioPlanner::steadySamples() const
+{
+    return inner_->changesWait ? steady_ - 1 : steady_;
 }
 
 int CAudioPlanner::offered() const
@@ -54,7 +64,7 @@ int CAudioPlanner::offered() const
 
 bool CAudioPlanner::isSameInput() const
 {
-    if (graph_.kernels.hasObserver() || !graph_.usesPlans) {
+    if (!mayPlan()) {
         return false;
     }
     std::size_t known = 0;
@@ -139,7 +149,7 @@ void CAudioPlanner::leave()
     isRipe_ = false;
     quietSamples_ = 0;
     if (stepsPlanned_ > 0) {
-        const bool hasLasted = std::exchange(stepsPlanned_, 0) >= kStepsWanted / 2;
+        const bool hasLasted = std::exchange(stepsPlanned_, 0) >= kStepsWanted;
         if (hasLasted) {
             quietWanted_ = 0;
         } else {
@@ -174,8 +184,9 @@ void CAudioPlanner::beginStep(CAudioGraph& inner)
         isRipe_ = false;
         quietSamples_ = 0;
     }
-    const bool isWanted = isRipe_ && count_ >= kShortestStep && count_ * kStepsWanted <= steady_ &&
-                          graph_.usesPlans && !graph_.kernels.hasObserver();
+    count_ = isRipe_ ? std::min(count_, kLongestStepWritten) : count_;
+    const bool isWanted =
+        isRipe_ && count_ >= kShortestStep && count_ + kSamplesWanted <= steady_ && mayPlan();
     builder_ = isWanted ? CAudioPlanBuilder::acquire() : nullptr;
     if (!builder_) {
         return;
@@ -201,6 +212,20 @@ void CAudioPlanner::readInputs()
             inputs_.push({port, number, link.head(number)->format});
         });
     }
+}
+
+// The sooner a step ends that begins or ends a fade, the sooner the rest can be run from a plan.
+int CAudioPlanner::longestStep() const
+{
+    if (builder_) {
+        return count_;
+    }
+    if (!mayPlan() || quietWanted_ > 0 || count_ == 0) {
+        return kLongestStep;
+    }
+    const int horizon =
+        isRipe_ ? static_cast<int>(std::min<std::int64_t>(steady_, kLongestStep)) : kLongestStep;
+    return quietSamples_ == 0 ? kLongestStepWritten : horizon;
 }
 
 void CAudioPlanner::takeOutputs(const CAudioLink& drain)
@@ -229,6 +254,11 @@ void CAudioPlanner::endStep()
         return;
     }
     quietSamples_ = count_ > 0 ? std::min(quietSamples_ + count_, kLongestQuiet) : 0;
+    lookAhead();
+}
+
+void CAudioPlanner::lookAhead()
+{
     steady_ = quietSamples_ >= quietWanted_ ? root_.steadySamples(root_.sampleRateHz()) : 0;
     isRipe_ = steady_ > 0;
 }

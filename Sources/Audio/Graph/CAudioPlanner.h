@@ -28,6 +28,8 @@ public:
     bool runStep();
     // `inner` is the graph of the processes that will work.
     void beginStep(CAudioGraph& inner);
+    // The next step may be no longer.
+    int longestStep() const;
     // What they put out lies in `drain`.
     void takeOutputs(const CAudioLink& drain);
     void endStep();
@@ -36,10 +38,12 @@ public:
     void leave();
 
 private:
-    // Writing a step down takes a few times as long as others, so the plan has to be good for so many.
-    static constexpr int kStepsWanted = 4;
-    // A shorter one does not show what grows with its length.
+    // Writing a step down takes a few times as long as others, so a plan has to be good for so much.
+    static constexpr int kSamplesWanted = 256;
+    static constexpr int kStepsWanted = 2;
+    // A shorter one does not show what grows with its length, and a longer one shows no more.
     static constexpr int kShortestStep = 4;
+    static constexpr int kLongestStepWritten = 16;
     // Where no plan can be made, or none lasts, it is tried less and less often, in samples.
     static constexpr int kShortestQuiet = 512;
     static constexpr int kLongestQuiet = 1 << 14;
@@ -52,11 +56,14 @@ private:
     };
     using Channels = CInlineArray<Channel, 16>;
 
+    bool mayPlan() const { return graph_.usesPlans && !graph_.kernels.hasObserver(); }
     // Length of the step that lies at the inputs as one piece; 0 if it does not.
     int offered() const;
     bool isSameInput() const;
     bool takeUpChanges();
     void tellProcesses();
+    std::int64_t steadySamples() const;
+    void lookAhead();
     void waitLonger();
     void readInputs();
     bool runFromPlan(int count);

@@ -139,46 +139,51 @@ void CAudioProcessBase::visit(CGraphVisitor& visitor) const
 
 bool CAudioProcessBase::process()
 {
-    for (;;) {
-        beginStep();
-        const int offered = available();
-        if (offered == 0) {
-            return false;
-        }
-        if (isBeginning_ && offered != CAudioInputPort::kNoStream) {
-            basePositionSec_ = graph_->positionSec;
-            positionSamples_ = 0;
-        }
-        if (takeUpFormats()) {
-            syncLinks();
-            mustApplyEvents_ = true;
-        }
-        if (offered == CAudioInputPort::kNoStream) {
-            isBeginning_ = true;
-            beSilent();
-            return true;
-        }
-        if (applyDueEvents() || mustApplyEvents_) {
-            mustApplyEvents_ = false;
-            applyEvents();
-        }
-        const int longest = limitStep(offered);
-        const bool isCut = slots_.hasEvents() && !isUnheard(longest);
-        const int count = isCut ? limitToNextEvent(longest) : longest;
-        step(count);
-        isBeginning_ = false;
-        positionSamples_ += count;
-        if (!isCut && slots_.hasEvents()) {
-            takePassedEvents();
-        }
-        bool isDry = false;
-        for (const auto& port : inputs_) {
-            isDry |= port->consume(count);
-        }
-        if (isDry) {
-            return false;
-        }
+    EStep done = EStep::kDone;
+    while (done == EStep::kDone) {
+        done = processStep();
     }
+    return done == EStep::kSilent;
+}
+
+CAudioProcessBase::EStep CAudioProcessBase::processStep()
+{
+    beginStep();
+    const int offered = available();
+    if (offered == 0) {
+        return EStep::kDry;
+    }
+    if (isBeginning_ && offered != CAudioInputPort::kNoStream) {
+        basePositionSec_ = graph_->positionSec;
+        positionSamples_ = 0;
+    }
+    if (takeUpFormats()) {
+        syncLinks();
+        mustApplyEvents_ = true;
+    }
+    if (offered == CAudioInputPort::kNoStream) {
+        isBeginning_ = true;
+        beSilent();
+        return EStep::kSilent;
+    }
+    if (applyDueEvents() || mustApplyEvents_) {
+        mustApplyEvents_ = false;
+        applyEvents();
+    }
+    const int longest = limitStep(offered);
+    const bool isCut = slots_.hasEvents() && !isUnheard(longest);
+    const int count = isCut ? limitToNextEvent(longest) : longest;
+    step(count);
+    isBeginning_ = false;
+    positionSamples_ += count;
+    if (!isCut && slots_.hasEvents()) {
+        takePassedEvents();
+    }
+    bool isDry = false;
+    for (const auto& port : inputs_) {
+        isDry |= port->consume(count);
+    }
+    return isDry ? EStep::kDry : EStep::kDone;
 }
 
 void CAudioProcessBase::idle()

@@ -7,6 +7,7 @@
 #include "CError.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace qel {
@@ -133,8 +134,24 @@ public:
     virtual void visit(CGraphVisitor& visitor) const;
 
 protected:
+    enum class EStep : std::uint8_t
+    {
+        kDone,   // there may be another
+        kDry,    // an input holds no more
+        kSilent, // there is no stream
+    };
+    // One turn of process().
+    EStep processStep();
+
     // True between steps if nothing but changes waits here.
     bool isSettled() const;
+    // Applies what takePassedEvents() has taken up.
+    void applyPassedEvents()
+    {
+        if (std::exchange(mustApplyEvents_, false)) {
+            applyEvents();
+        }
+    }
     // True if changes wait, to become due or to be applied.
     bool hasChanges() const { return mustApplyEvents_ || slots_.hasEvents(); }
     // So many samples at a rate are as many at the rate here.
@@ -169,9 +186,12 @@ protected:
             return false;
         }
         mustApplyEvents_ = applyDueEvents() || mustApplyEvents_;
-        mustApplyEvents_ = mustApplyEvents_ && !applies();
         graph_->changesWait |= slots_.hasEvents();
-        return !mustApplyEvents_ && (!slots_.hasEvents() || isUnheard(0));
+        if (isUnheard(0)) {
+            return true;
+        }
+        mustApplyEvents_ = mustApplyEvents_ && !applies();
+        return !hasChanges();
     }
 
     CAudioGraph& graph() const { return *graph_; }

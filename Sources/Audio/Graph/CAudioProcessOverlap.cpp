@@ -111,13 +111,16 @@ void CAudioProcessOverlap::disconnectAll()
 
 bool CAudioProcessOverlap::process()
 {
-    if (planner_->runStep()) {
-        return false;
+    EStep done = EStep::kDone;
+    while (done == EStep::kDone) {
+        if (planner_->runStep()) {
+            return false;
+        }
+        planner_->beginStep(*current().graph);
+        done = processStep();
+        planner_->endStep();
     }
-    planner_->beginStep(*current().graph);
-    const bool isDone = CAudioProcessBase::process();
-    planner_->endStep();
-    return isDone;
+    return done == EStep::kSilent;
 }
 
 void CAudioProcessOverlap::leavePlan()
@@ -127,10 +130,11 @@ void CAudioProcessOverlap::leavePlan()
     }
 }
 
+// What its inputs still hold is for the next steps.
 std::int64_t CAudioProcessOverlap::steadySamples(double rateHz) const
 {
     const bool isAtRest = phase_ == EPhase::kSingle && seenChanges_ == other().graph->layoutsTaken &&
-                          CAudioProcessBase::steadySamples(rateHz) > 0 && drain_->isAtRest();
+                          !isBeginning() && !hasChanges() && drain_->isAtRest();
     return isAtRest ? current().process->steadySamples(rateHz) : 0;
 }
 
@@ -175,7 +179,7 @@ void CAudioProcessOverlap::beSilent()
 
 int CAudioProcessOverlap::limitStep(int count) const
 {
-    const int longest = std::min(count, longestStep_);
+    const int longest = std::min({count, longestStep_, planner_->longestStep()});
     return phase_ == EPhase::kSingle ? longest : std::min(longest, samplesLeft_);
 }
 

@@ -77,7 +77,6 @@ public:
         }
     }
 
-    // A fade has to have samples left behind a steady step.
     std::int64_t steadySamples(double rateHz) const override
     {
         if (!isSettled() || (hasChanges() && !isUnheard(0))) {
@@ -89,7 +88,7 @@ public:
                 return 0;
             }
             if (unit.next) {
-                const double left = (unit.fade.samplesLeft() - 1) * (rateHz / sampleRateHz());
+                const double left = unit.fade.samplesLeft() * (rateHz / sampleRateHz());
                 samples = std::min(samples, static_cast<std::int64_t>(left));
             }
         }
@@ -102,6 +101,14 @@ public:
         for (Unit& unit : units_) {
             if (unit.next) {
                 unit.fade.skip(static_cast<int>(samplesHere(samples, rateHz)));
+            }
+        }
+        if (std::any_of(units_.begin(), units_.end(), isOver)) {
+            applyPassedEvents();
+            for (Unit& unit : units_) {
+                if (isOver(unit)) {
+                    goOn(unit);
+                }
             }
         }
     }
@@ -207,7 +214,7 @@ private:
         }
         unit.next = makeInstance(settings, unit.place);
         unit.next->takeUp(*unit.running);
-        unit.fade.start(graph().kernels, fadeSamples(), static_cast<int>(unit.place.channels.size()));
+        startFade(unit.fade);
     }
 
     // What costs time to work out from settings is worked out for one of the channels that have them alike.
@@ -229,12 +236,20 @@ private:
         CAudioModuleStep nextStep(moduleStep);
         unit.next->process(nextStep);
         unit.fade.mix(moduleStep, nextStep);
-        if (unit.fade.samplesLeft() == 0) {
-            finishFade(unit);
-            if (unit.isStale) {
-                unit.isStale = false;
-                change(unit, readSettings(unit.place));
-            }
+        if (isOver(unit)) {
+            goOn(unit);
+        }
+    }
+
+    static bool isOver(const Unit& unit) { return unit.next && unit.fade.samplesLeft() == 0; }
+
+    // Behind a fade: on to what has come during it.
+    void goOn(Unit& unit)
+    {
+        finishFade(unit);
+        if (unit.isStale) {
+            unit.isStale = false;
+            change(unit, readSettings(unit.place));
         }
     }
 

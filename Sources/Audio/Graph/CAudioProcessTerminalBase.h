@@ -1,6 +1,7 @@
 // What all processes with module instances have in common.
 #pragma once
 
+#include "CAudioFade.h"
 #include "CAudioModule.h"
 #include "CAudioProcessBase.h"
 
@@ -35,13 +36,14 @@ public:
     explicit CAudioProcessTerminalBase(const CAudioProcessDefBase& def);
 
     CError init() override;
+    void resolveKernels() override { fadeKernels_ = CAudioFade::findKernels(graph().kernels); }
     void syncLinks() override;
 
 protected:
     // Where the instances stand now.
     const CAudioVector<CAudioModulePlace>& places() const { return places_; }
     bool isSmooth() const { return isSmooth_; }
-    int fadeSamples() const;
+    void startFade(CAudioFade& fade) const { fade.start(graph().kernels, fadeKernels_, fadeSamples()); }
 
     // The format of what the module puts out, from that of what it takes.
     virtual CAudioStreamFormat outputFormat(const CAudioStreamFormat& input) const { return input; }
@@ -55,9 +57,11 @@ protected:
     void emitOutputs(CAudioModuleStep& step, const CAudioModulePlace& place);
 
 private:
+    int fadeSamples() const;
     CAudioModulePlace& placeFor(const Channel& channel, std::size_t& used);
 
     CAudioVector<CAudioModulePlace> places_;
+    CAudioFade::Kernels fadeKernels_;
     bool isSmooth_ = false;
     double fadeSec_ = 0.0;
 };

@@ -44,9 +44,42 @@ void xfade(const CKernelCall& call)
     state.previous = previous;
 }
 
+// The fade's place at each sample, for any number of signals that are faded alike.
+void fadePlaces(const CKernelCall& call)
+{
+    double* out = call.samples(0);
+    FadeState& state = *call.state<FadeState>(1);
+    auto [current, previous, twoCos] = state;
+    for (std::size_t i = 0; i < call.count; ++i) {
+        out[i] = current;
+        const double next = current * twoCos - previous;
+        previous = current;
+        current = next;
+    }
+    state.current = current;
+    state.previous = previous;
+}
+
+// The arithmetic of `xfade`, whose places are operand 1 here.
+void fadeBy(const CKernelCall& call)
+{
+    const auto loop = [n = std::size_t{call.count}](double* out, const double* places, const double* in2,
+                                                    const double* in3) {
+        for (std::size_t i = 0; i < n; ++i) {
+            out[i] = (0.5 - places[i]) * in2[i] + (0.5 + places[i]) * in3[i];
+        }
+    };
+    loop(call.samples(0), call.samples(1), call.samples(2), call.samples(3));
+}
+
 constexpr CKernelDef kTable[] = {
     {"xfadei", xfadeInit, 1, 1},
     {"xfade", xfade, 4, 3},
+};
+
+constexpr CKernelDef kSharedTable[] = {
+    {"xfadep", fadePlaces, 2, 3},
+    {"xfadeby", fadeBy, 4, 1},
 };
 
 } // namespace
@@ -54,6 +87,11 @@ constexpr CKernelDef kTable[] = {
 std::span<const CKernelDef> crossfadeKernels()
 {
     return kTable;
+}
+
+std::span<const CKernelDef> sharedFadeKernels()
+{
+    return kSharedTable;
 }
 
 } // namespace qel

@@ -11,6 +11,7 @@ namespace qel {
 // same way: a table of CKernelDef in the module's file, handed to CKernelContext::addKernels.
 std::span<const CKernelDef> vectorKernels();
 std::span<const CKernelDef> crossfadeKernels();
+std::span<const CKernelDef> sharedFadeKernels();
 std::span<const CKernelDef> biquadKernels();
 std::span<const CKernelDef> firstOrderKernels();
 std::span<const CKernelDef> halfBandKernels();

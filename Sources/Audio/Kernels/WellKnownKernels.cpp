@@ -58,8 +58,9 @@ CWellKnownKernels registerWellKnownKernels(CKernelContext& context)
             known.general.at(index++) = context.addKernel(kernel);
         }
     }
-    for (const auto table : {biquadKernels(), firstOrderKernels(), halfBandKernels(), allPassKernels(),
-                             equalizerKernels(), spectralKernels(), resamplingKernels(), noiseKernels()}) {
+    for (const auto table :
+         {sharedFadeKernels(), biquadKernels(), firstOrderKernels(), halfBandKernels(), allPassKernels(),
+          equalizerKernels(), spectralKernels(), resamplingKernels(), noiseKernels()}) {
         context.addKernels(table);
     }
     for (std::size_t i = 0; i < kFilterFamilies; ++i) {

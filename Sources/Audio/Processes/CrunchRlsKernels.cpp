@@ -39,10 +39,8 @@ constexpr std::size_t kTile = 64;
 
 // What one channel's levels ask for, as many at once as there are lanes.
 template <bool kIsInverse, class Sample>
-void findTargetsBy(const CrunchRlsState& state, const double* levels, std::size_t count, double* targets)
+void applyCurveBy(double drive, double norm, const double* levels, std::size_t count, double* targets)
 {
-    const double drive = state.drive;
-    const double norm = kIsInverse ? state.derived.inverseNorm : state.derived.norm;
     const auto target = [&](auto level) __attribute__((always_inline))
     {
         return targetGain<kIsInverse>(drivenLevel(level, drive), norm);
@@ -57,11 +55,18 @@ void findTargetsBy(const CrunchRlsState& state, const double* levels, std::size_
 }
 
 template <bool kIsInverse>
+void applyCurve(double drive, double norm, const double* levels, std::size_t count, double* targets)
+{
+    const auto function =
+        hasWideLanes() ? kWide<&applyCurveBy<kIsInverse, SampleQuad>> : &applyCurveBy<kIsInverse, SamplePair>;
+    function(drive, norm, levels, count, targets);
+}
+
+template <bool kIsInverse>
 void findTargets(const CrunchRlsState& state, const double* levels, std::size_t count, double* targets)
 {
-    const auto function = hasWideLanes() ? kWide<&findTargetsBy<kIsInverse, SampleQuad>>
-                                         : &findTargetsBy<kIsInverse, SamplePair>;
-    function(state, levels, count, targets);
+    const double norm = kIsInverse ? state.derived.inverseNorm : state.derived.norm;
+    applyCurve<kIsInverse>(state.drive, norm, levels, count, targets);
 }
 
 // A louder level is answered at once (the attack stage gives that its time); a softer one through the
@@ -237,22 +242,28 @@ void fillTables(CrunchRlsState& state, double sampleRateHz)
     tables.last[0] = tables.last[1];
 }
 
-// Mean square of the static gain over a sine of amplitude 1 and `w` radians a sample.
-double meanSquareGain(const CrunchRlsState& state, double w, int count)
+// Mean square of the static gain over `kCount` samples of a sine of amplitude 1 and `w` radians a sample.
+template <std::size_t kCount>
+double meanSquareGain(const CrunchRlsState& state, double w)
 {
     const double twoCos = 2.0 * math::cos(w);
     double sine = 0.0;
     double previous = math::sin(-w);
-    double sum = 0.0;
-    for (int i = 0; i < count; ++i) {
-        const double v = drivenLevel(std::fabs(sine), state.drive);
-        const double gain = state.isInverse ? targetGain<true>(v, 1.0) : targetGain<false>(v, 1.0);
-        sum += gain * gain;
+    double levels[kCount];
+    for (double& level : levels) {
+        level = std::fabs(sine);
         const double next = twoCos * sine - previous;
         previous = sine;
         sine = next;
     }
-    return sum / count;
+    double gains[kCount];
+    const auto find = state.isInverse ? &applyCurve<true> : &applyCurve<false>;
+    find(state.drive, 1.0, levels, kCount, gains);
+    double sum = 0.0;
+    for (const double gain : gains) {
+        sum += gain * gain;
+    }
+    return sum / static_cast<int>(kCount);
 }
 
 // Over a sine of full scale that is followed without delay, the gain has a mean square of 1 whatever the
@@ -268,9 +279,8 @@ void calibrate(CrunchRlsState& state)
     derived.isInverse = state.isInverse;
     // One period of 500 Hz and one of 2 kHz at 44.1 kHz; the gain has no memory here, so any rate will do.
     constexpr double kTestW[] = {0.07123792865282977, 0.2849517146113191};
-    constexpr int kTestCounts[] = {88, 22};
-    const double low = meanSquareGain(state, kTestW[0], kTestCounts[0]);
-    const double high = meanSquareGain(state, kTestW[1], kTestCounts[1]);
+    const double low = meanSquareGain<88>(state, kTestW[0]);
+    const double high = meanSquareGain<22>(state, kTestW[1]);
     derived.norm = 1.0 / std::sqrt((low + high) * 0.5);
     derived.inverseNorm = 1.0 / derived.norm;
 }

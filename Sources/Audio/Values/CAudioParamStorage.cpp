@@ -157,6 +157,12 @@ bool CAudioParamStorage::write(const CAudioParamChange& change)
     if (!accepts(change)) {
         return false;
     }
+    const bool isInPlace =
+        !strings_ && !change.resize && change.count > 0 && change.end() <= getCount(change.group);
+    if (isInPlace) {
+        std::copy_n(change.values, offset(change.count), room_.values(change.group) + offset(change.start));
+        return true;
+    }
     if (change.isWhole()) {
         clear();
         if (change.count == 0) {

@@ -1,4 +1,5 @@
 // Steps run from a plan, held against those that go the ordinary way.
+#include "CAudioExtParam.h"
 #include "CAudioVizCollector.h"
 #include "EffectFixture.h"
 
@@ -86,6 +87,7 @@ public:
     {
         for (int round = 0; round < rounds; ++round) {
             act();
+            sweep();
             for (int blocks = pick(12); blocks >= 0; --blocks) {
                 constexpr int kSizes[] = {1, 16, 64, 100, 511, 512, 513, 1024};
                 run(kSizes[pick(8)]);
@@ -101,6 +103,7 @@ public:
         }
     }
     std::uint64_t plannedSteps() { return host_.getGraph().plannedSteps; }
+    std::uint64_t sweptSteps = 0; // of these, with a change in front of each
 
     Signal output;                      // of all channels, block by block
     std::vector<std::size_t> roundEnds; // in `output`
@@ -147,6 +150,23 @@ private:
         default:
             return turn(anyControl());
         }
+    }
+    // As a host automates: new positions for some knobs in front of every block.
+    void sweep()
+    {
+        const std::uint64_t before = plannedSteps();
+        const int first = pick(host_.getExtParams().getCount());
+        const int length = pick(2) == 0 ? 16 : 64;
+        for (int blocks = pick(3) == 0 ? 40 : 0; blocks > 0; --blocks) {
+            for (int i = first; i < std::min(first + 4, host_.getExtParams().getCount()); ++i) {
+                CAudioExtParam& param = *host_.getExtParams().get(i);
+                if (param.getStepCount() == 0) {
+                    param.postNormalized(0.01 * pick(100));
+                }
+            }
+            run(length);
+        }
+        sweptSteps += plannedSteps() - before;
     }
     const char* anyControl()
     {
@@ -208,7 +228,8 @@ TEST_F(EffectPlan, GivesTheSamplesAndStatesOfOrdinarySteps)
         planned.play(kRounds);
 
         EXPECT_EQ(plain.plannedSteps(), 0u);
-        EXPECT_GT(planned.plannedSteps(), 100u);
+        EXPECT_GT(planned.sweptSteps, 100u);
+        EXPECT_GT(planned.plannedSteps(), planned.sweptSteps + 100u);
         ASSERT_EQ(plain.roundEnds, planned.roundEnds);
         for (std::size_t round = 0, i = 0; round < plain.roundEnds.size(); ++round) {
             for (; i < plain.roundEnds[round]; ++i) {

@@ -83,7 +83,7 @@ TEST(SmoothUpdate, RunsOnlyOneInstanceAtRest)
     graph.set("g.gain", 3.0);
     recording.clear();
     graph.run(input, {64});
-    EXPECT_EQ(recording.calls().size(), 4u); // the fade's start, both instances, the fade
+    EXPECT_EQ(recording.calls().size(), 5u); // the fade's start, both instances, the fade's places, the fade
     graph.kernels().setObserver(nullptr);
 }
 
