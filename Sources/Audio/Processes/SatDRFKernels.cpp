@@ -108,16 +108,19 @@ struct Saturator
         e2 += (e1 - e2) * smooth;
         return e2;
     }
-    // The smoothed gain rides further down the pumping chain, in two steps.
+    // The smoothed gain rides further down the pumping chain, in three steps.
     [[gnu::always_inline]] void startPump(Sample gain)
     {
         p[0] += (gain - p[0]) * pumpFirst;
         pump(0);
+    }
+    [[gnu::always_inline]] void goOnPumping()
+    {
         pump(1);
+        pump(2);
     }
     [[gnu::always_inline]] Sample endPump(Sample gain)
     {
-        pump(2);
         pump(3);
         return gain * p[4];
     }
@@ -130,21 +133,47 @@ private:
     }
 };
 
-// The gain for a turned sample. Positive half-waves go through the curve in a first stage, and what comes out
-// of it, a third as high and with the sign turned, in a second. The curve has a gain of 1 up to kArcStart, so
-// one stage at most does anything, and where it is the second, the first one has left u as it was: one curve
-// does for both.
+// The way to the gain for a turned sample. Positive half-waves go through the curve in a first stage, and
+// what comes out of it, a third as high and with the sign turned, in a second. The curve has a gain of 1 up
+// to kArcStart, so one stage at most does anything, and where it is the second, the first one has left u as
+// it was: one curve does for both.
 template <class Sample>
-[[gnu::always_inline]] inline Sample curveGain(Sample u)
+struct Curve
 {
-    constexpr Sample kOne = Sample{} + 1.0;
-    const auto isFirst = !(u - 1.0 <= kArcStart);
-    u = chosen(isFirst, u, u * (-1.0 / 3.0));
-    const Sample v = u - 1.0;
-    const Sample along = v - kArcStart;
-    const Sample arc = squareRoot(kArcRadiusSquared - along * along) + kArcCentre;
-    const Sample h = chosen(v < kArcEnd, arc, kLineSlope * v);
-    return chosen(v <= kArcStart, kOne, 1.0 + h / u);
+    Sample u;
+    Sample v;
+    Sample height; // of the arc over its centre; at first its square
+
+    [[gnu::always_inline]] void enter(Sample turned)
+    {
+        const auto isFirst = !(turned - 1.0 <= kArcStart);
+        u = chosen(isFirst, turned, turned * (-1.0 / 3.0));
+        v = u - 1.0;
+        const Sample along = v - kArcStart;
+        height = kArcRadiusSquared - along * along;
+    }
+    [[gnu::always_inline]] void climb(const Curve& entered)
+    {
+        u = entered.u;
+        v = entered.v;
+        height = squareRoot(entered.height);
+    }
+    [[gnu::always_inline]] Sample gain() const
+    {
+        constexpr Sample kOne = Sample{} + 1.0;
+        const Sample arc = height + kArcCentre;
+        const Sample h = chosen(v < kArcEnd, arc, kLineSlope * v);
+        return chosen(v <= kArcStart, kOne, 1.0 + h / u);
+    }
+};
+
+template <class Sample>
+[[gnu::always_inline]] inline Sample curveGain(Sample turned)
+{
+    Curve<Sample> curve;
+    curve.enter(turned);
+    curve.climb(curve);
+    return curve.gain();
 }
 
 template <class Sample, bool kPumps>
@@ -156,24 +185,40 @@ void saturate(const LaneCalls& calls)
     const auto norm = gatherLanes<Sample>([&](std::size_t lane) { return state(lane)->norm; });
     const LaneInput<Sample> in(calls, 2);
     const LaneOutput<Sample> out(calls, 0);
+    // What each step leaves for the next. There is one quotient or root to a step at most: what waits for
+    // long chains would fill the processor's queues, and keep it from the next sample.
+    Sample turned{};
+    Curve<Sample> entered{};
+    Curve<Sample> climbed{};
     Sample curved{};
     Sample smoothed{};
-    Sample smoothedBefore{};
-    constexpr std::size_t kSteps = kPumps ? 4 : 2;
-    staggered<kSteps>(calls[0].count, [&](auto step, std::size_t i) {
-        if constexpr (step == 0) {
-            curved = curveGain(saturator.turn(in[i]));
-        } else if constexpr (step == 1) {
-            smoothed = saturator.smoothed(curved);
-        } else if constexpr (step == 2) {
-            saturator.startPump(smoothed);
-            smoothedBefore = smoothed;
-        }
-        if constexpr (step == kSteps - 1) {
-            const Sample gain = kPumps ? saturator.endPump(smoothedBefore) : smoothed;
-            out.set(i, in[i] * gain * norm);
-        }
-    });
+    Sample pumping{};
+    Sample pumped{};
+    constexpr std::size_t kSteps = kPumps ? 8 : 5;
+    staggered<kSteps>(
+        calls[0].count, [&](auto step, std::size_t i) __attribute__((always_inline)) {
+            if constexpr (step == 0) {
+                turned = saturator.turn(in[i]);
+            } else if constexpr (step == 1) {
+                entered.enter(turned);
+            } else if constexpr (step == 2) {
+                climbed.climb(entered);
+            } else if constexpr (step == 3) {
+                curved = climbed.gain();
+            } else if constexpr (step == 4) {
+                smoothed = saturator.smoothed(curved);
+            } else if constexpr (step == 5) {
+                saturator.startPump(smoothed);
+                pumping = smoothed;
+            } else if constexpr (step == 6) {
+                saturator.goOnPumping();
+                pumped = pumping;
+            }
+            if constexpr (step == kSteps - 1) {
+                const Sample gain = kPumps ? saturator.endPump(pumped) : smoothed;
+                out.set(i, in[i] * gain * norm);
+            }
+        });
     saturator.store([&](std::size_t lane) -> SatDRFState::Signal& { return state(lane)->signal; });
 }
 
@@ -250,6 +295,7 @@ double halfWaveRms(const SatDRFState::Coefficients& coefficients, double frequen
         double out = sine * gain;
         if constexpr (kPumps) {
             saturator.startPump(gain);
+            saturator.goOnPumping();
             out = sine * saturator.endPump(gain);
         }
         const int half = out >= 0.0 ? 0 : 1;
