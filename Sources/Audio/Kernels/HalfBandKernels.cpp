@@ -1,7 +1,7 @@
 // Two-path polyphase all-pass half-band filters of order 2 to 16.
 #include "KernelFamilies.h"
 #include "RateChange.h"
-#include "SamplePair.h"
+#include "SampleLanes.h"
 #include "Unrolled.h"
 
 #include <array>

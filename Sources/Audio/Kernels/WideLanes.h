@@ -1,7 +1,7 @@
 // Kernels in registers of AVX2.
 #pragma once
 
-#include "SamplePair.h"
+#include "SampleLanes.h"
 
 namespace qel {
 

@@ -1,7 +1,7 @@
 // Kernels of the compressor's envelope: a release and an attack.
 #pragma once
 
-#include "SamplePair.h"
+#include "SampleLanes.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // Kernels of the compressor's release: a level becomes a gain.
 #include "CrunchKernels.h"
+#include "LaneLog.h"
 #include "OnePoleGain.h"
-#include "PairLog.h"
 #include "WideLanes.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 #include "PShiftKernels.h"
 
 #include "Math/Elementary.h"
-#include "SamplePair.h"
+#include "SampleLanes.h"
 
 #include <algorithm>
 #include <numbers>

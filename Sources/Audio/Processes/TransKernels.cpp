@@ -2,7 +2,7 @@
 #include "TransKernels.h"
 
 #include "OnePoleGain.h"
-#include "SamplePair.h"
+#include "SampleLanes.h"
 #include "WideLanes.h"
 
 #include <numbers>

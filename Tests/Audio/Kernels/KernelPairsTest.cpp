@@ -1,6 +1,6 @@
 // Every kernel that does the work of several calls against those calls, down to the last bit.
 #include "KernelCalls.h"
-#include "PairLog.h"
+#include "LaneLog.h"
 
 #include <gtest/gtest.h>
 
@@ -67,7 +67,7 @@ TEST_P(KernelPairs, GiveTheBitsOfTheCallsTheyStandFor)
     EXPECT_GT(compared, 40);
 }
 
-TEST(PairLog, GivesTheBitsOfTheFunctionForOneNumber)
+TEST(LaneLog, GivesTheBitsOfTheFunctionForOneNumber)
 {
     std::vector<double> numbers = {1.0, std::nextafter(1.0, 2.0), DBL_MAX, INFINITY, NAN, 0x1p52};
     const test::Signal mantissas = test::noiseSignal(20000, 1);

@@ -3,7 +3,7 @@
 
 #include "Math/Elementary.h"
 #include "Math/ExpLogCore.h"
-#include "SamplePair.h"
+#include "SampleLanes.h"
 
 #include <cfloat>
 
