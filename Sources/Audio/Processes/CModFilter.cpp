@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace qel {
 
@@ -90,20 +91,21 @@ void CModFilterModule::configure(const Settings& settings, const CAudioModulePla
 void CModFilterModule::rebuild(RunningBand& band)
 {
     const Band& settings = band.settings;
-    band.sections.clear();
+    CFilterSections sections;
     if (settings.generator) {
-        settings.generator->generate(band.sections, sampleRateHz_,
+        settings.generator->generate(sections, sampleRateHz_,
                                      {settings.values.data(), settings.values.size()});
     }
-    dropStages(band, band.sections.size());
-    for (std::size_t i = 0; i < band.sections.size(); ++i) {
-        const CFilterSection& section = band.sections[i];
+    dropStages(band, sections.size());
+    for (std::size_t i = 0; i < sections.size(); ++i) {
+        const CFilterSection& section = sections[i];
         Stage& stage = i < band.stages.size() ? band.stages[i] : band.stages.push({});
         const bool goesOn = stage.kind == section.kind && !stage.states.isEmpty();
         if (!goesOn) {
             openStage(stage, section.kind);
         }
-        load(section, stage, goesOn ? &stage : nullptr);
+        setCoefficients(stage, section);
+        load(stage, goesOn ? &stage : nullptr);
     }
 }
 
@@ -123,6 +125,21 @@ void CModFilterModule::closeStage(Stage& stage)
         kernels_.release(state);
     }
     stage.states.clear();
+    if (!stage.coefficients.isNone()) {
+        kernels_.release(std::exchange(stage.coefficients, {}));
+    }
+}
+
+void CModFilterModule::setCoefficients(Stage& stage, const CFilterSection& section)
+{
+    if (!stage.coefficients.isNone()) {
+        kernels_.release(stage.coefficients);
+    }
+    stage.coefficients = kernels_.allocate(section.coefficientCount() * sizeof(double));
+    stage.gain = section.gain;
+    if (!stage.coefficients.isNone()) {
+        section.writeCoefficients(kernels_.samples(stage.coefficients));
+    }
 }
 
 namespace {
@@ -134,27 +151,24 @@ bool isFirstOrder(EFilterFamily kind)
 
 } // namespace
 
-void CModFilterModule::load(const CFilterSection& section, Stage& stage, const Stage* running)
+void CModFilterModule::load(Stage& stage, const Stage* running)
 {
-    const CFilterKernels& family = kernels_.filterKernels(section.kind);
-    const CBufferRef coefficients = kernels_.allocate(CFilterSection::kMaxCoefficients * sizeof(double));
-    if (coefficients.isNone()) {
+    if (stage.coefficients.isNone()) {
         return;
     }
-    section.writeCoefficients(kernels_.samples(coefficients));
+    const CFilterKernels& family = kernels_.filterKernels(stage.kind);
     // The update kernel of a first-order chain clears its memory and takes the coefficient from its second
     // operand, where others have the running state: it would keep the old frequency. Its init kernel does
     // what is meant.
-    const bool takesState = running && !isFirstOrder(section.kind);
+    const bool takesState = running && !isFirstOrder(stage.kind);
     for (std::size_t channel = 0; channel < stage.states.size(); ++channel) {
         if (takesState) {
             kernels_.submit(family.update, 0, 0.0,
-                            {stage.states[channel], running->states[channel], coefficients});
+                            {stage.states[channel], running->states[channel], stage.coefficients});
         } else {
-            kernels_.submit(family.init, 0, 0.0, {stage.states[channel], coefficients});
+            kernels_.submit(family.init, 0, 0.0, {stage.states[channel], stage.coefficients});
         }
     }
-    kernels_.release(coefficients);
 }
 
 void CModFilterModule::takeUp(CAudioModule& running)
@@ -168,7 +182,7 @@ void CModFilterModule::takeUp(CAudioModule& running)
         const auto& from = other.bands_[i].stages;
         for (std::size_t j = 0; j < std::min(band.stages.size(), from.size()); ++j) {
             if (band.stages[j].kind == from[j].kind) {
-                load(band.sections[j], band.stages[j], &from[j]);
+                load(band.stages[j], &from[j]);
             }
         }
     }
@@ -177,8 +191,8 @@ void CModFilterModule::takeUp(CAudioModule& running)
 void CModFilterModule::reset()
 {
     for (RunningBand& band : bands_) {
-        for (std::size_t i = 0; i < band.stages.size(); ++i) {
-            load(band.sections[i], band.stages[i], nullptr);
+        for (Stage& stage : band.stages) {
+            load(stage, nullptr);
         }
     }
 }
@@ -188,20 +202,19 @@ void CModFilterModule::process(CAudioModuleStep& step)
     for (std::size_t channel = 0; channel < channelCount_; ++channel) {
         step.passThrough(static_cast<int>(channel));
         for (const RunningBand& band : bands_) {
-            for (std::size_t i = 0; i < band.stages.size(); ++i) {
-                runStage(step, band.sections[i], band.stages[i], channel);
+            for (const Stage& stage : band.stages) {
+                runStage(step, stage, channel);
             }
         }
     }
 }
 
-void CModFilterModule::runStage(CAudioModuleStep& step, const CFilterSection& section, const Stage& stage,
-                                std::size_t channel)
+void CModFilterModule::runStage(CAudioModuleStep& step, const Stage& stage, std::size_t channel)
 {
-    const CFilterKernels& family = kernels_.filterKernels(section.kind);
+    const CFilterKernels& family = kernels_.filterKernels(stage.kind);
     const CBufferRef input = step.outputs[channel];
     const CBufferRef output = step.allocate();
-    step.submit(section.gain == 1.0 ? family.run : family.gainRun, section.gain,
+    step.submit(stage.gain == 1.0 ? family.run : family.gainRun, stage.gain,
                 {output, stage.states[channel], input});
     kernels_.release(input);
     step.outputs[channel] = output;

@@ -53,23 +53,24 @@ private:
     struct Stage
     {
         EFilterFamily kind = EFilterFamily::kFree;
+        double gain = 1.0;
+        CBufferRef coefficients;
         CInlineArray<CBufferRef, 2> states; // by channel
     };
     struct RunningBand
     {
         Band settings;
-        CFilterSections sections;
-        CInlineArray<Stage, 4> stages; // one for each section
+        CInlineArray<Stage, 4> stages; // one for each section of the filter
     };
 
     void rebuild(RunningBand& band);
     void openStage(Stage& stage, EFilterFamily kind);
     void closeStage(Stage& stage);
-    // Gives the stage the section's coefficients, and the memory of `running`, which may be the stage itself;
+    void setCoefficients(Stage& stage, const CFilterSection& section);
+    // Gives the stage's states its coefficients, and the memory of `running`, which may be the stage itself;
     // null clears it.
-    void load(const CFilterSection& section, Stage& stage, const Stage* running);
-    void runStage(CAudioModuleStep& step, const CFilterSection& section, const Stage& stage,
-                  std::size_t channel);
+    void load(Stage& stage, const Stage* running);
+    void runStage(CAudioModuleStep& step, const Stage& stage, std::size_t channel);
     void dropStages(RunningBand& band, std::size_t count);
     void dropBands(std::size_t count);
 
