@@ -59,7 +59,6 @@ CError CAudioProcess::addProcess(const CString& name, std::unique_ptr<CAudioProc
                  name);
     }
     auto child = std::make_unique<Child>();
-    child->name = name;
     child->isNode = process->def().getTag() == "audio:modNode";
     child->process = std::move(process);
     children_.push_back(std::move(child));
@@ -74,9 +73,9 @@ CAudioProcessBase* CAudioProcess::findProcess(const CString& name) const
 
 CAudioProcess::Child* CAudioProcess::findChild(const CString& name) const
 {
-    const CString plain = name.startsWith(".") ? name.substring(1) : name;
+    const CString wanted = fullName() + (name.startsWith(".") ? name : "." + name);
     const auto entry = std::find_if(children_.begin(), children_.end(),
-                                    [&](const auto& child) { return child->name == plain; });
+                                    [&](const auto& child) { return child->process->fullName() == wanted; });
     return entry == children_.end() ? nullptr : entry->get();
 }
 
@@ -661,7 +660,9 @@ void CAudioProcess::dropUnplaced()
             if (record.isActive() && (leadsNowhere || (record.source && !record.source->isPlaced))) {
                 record.activeCount = 0;
                 if (isTracing()) {
-                    trace("link to '" + child.name + "' dropped", fullName());
+                    trace("link to '" + (child.process ? child.process->fullName() : CString("*")) +
+                              "' dropped",
+                          fullName());
                 }
             }
         }

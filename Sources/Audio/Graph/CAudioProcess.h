@@ -89,7 +89,6 @@ private:
     };
     struct Child
     {
-        CString name;
         std::unique_ptr<CAudioProcessBase> process; // null: the compound's own output
         bool isNode = false;
         bool isBypassed = false;

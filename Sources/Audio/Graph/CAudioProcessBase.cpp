@@ -48,7 +48,7 @@ void CAudioProcessBase::traceUnknownSlots() const
 CAudioInputPort& CAudioProcessBase::addInput(std::size_t port)
 {
     while (inputs_.size() <= port) {
-        inputs_.push_back(std::make_unique<CAudioInputPort>(*graph_));
+        inputs_.push(std::make_unique<CAudioInputPort>(*graph_));
     }
     return *inputs_[port];
 }
@@ -56,7 +56,7 @@ CAudioInputPort& CAudioProcessBase::addInput(std::size_t port)
 CAudioOutputPort& CAudioProcessBase::addOutput(std::size_t port)
 {
     while (outputs_.size() <= port) {
-        outputs_.push_back(std::make_unique<CAudioOutputPort>(*graph_));
+        outputs_.push(std::make_unique<CAudioOutputPort>(*graph_));
     }
     return *outputs_[port];
 }

@@ -216,8 +216,8 @@ private:
     CString fullName_;
     int group_ = kGroupOfChannel;
     CAudioProcessSlots slots_;
-    std::vector<std::unique_ptr<CAudioInputPort>> inputs_;
-    std::vector<std::unique_ptr<CAudioOutputPort>> outputs_;
+    CInlineArray<std::unique_ptr<CAudioInputPort>, 1> inputs_;
+    CInlineArray<std::unique_ptr<CAudioOutputPort>, 1> outputs_;
     CInlineArray<Channel, 8> channels_;
     CChannelMask channelMask_ = 0;
     CAudioStreamFormat format_;
