@@ -198,27 +198,35 @@ template <class Curve, class Sample, bool kDecays>
         const Sample smoothed = smoother.next(measured);
         out.set(i, kDecays ? decay.next(smoothed) : smoothed);
     };
+    const auto measureFrom = [&](std::size_t i) __attribute__((always_inline))
+    {
+        levels.next(in[i]);
+        if constexpr (kIsSingle) {
+            const Sample fast = levels.fast();
+            const Sample slow = levels.slow();
+            levels.next(in[i + 1]);
+            return measure<Curve>(Measured{fast, levels.fast()}, Measured{slow, levels.slow()}, gains);
+        } else {
+            return measure<Curve>(levels.fast(), levels.slow(), gains);
+        }
+    };
+    const auto putFrom = [&](std::size_t i, Measured measured) __attribute__((always_inline))
+    {
+        if constexpr (kIsSingle) {
+            put(i, laneOf(measured, 0));
+            put(i + 1, laneOf(measured, 1));
+        } else {
+            put(i, measured);
+        }
+    };
     Measured pending[kRing];
     const std::size_t count = calls[0].count;
     staggered<kDelay + 1>(
         count / kAtOnce, [&](auto step, std::size_t turn) __attribute__((always_inline)) {
-            Measured& measured = pending[turn % kRing];
-            const std::size_t i = turn * kAtOnce;
-            if constexpr (step == 0 && kIsSingle) {
-                levels.next(in[i]);
-                const Sample fast = levels.fast();
-                const Sample slow = levels.slow();
-                levels.next(in[i + 1]);
-                measured =
-                    measure<Curve>(Measured{fast, levels.fast()}, Measured{slow, levels.slow()}, gains);
-            } else if constexpr (step == 0) {
-                levels.next(in[i]);
-                measured = measure<Curve>(levels.fast(), levels.slow(), gains);
-            } else if constexpr (step == kDelay && kIsSingle) {
-                put(i, laneOf(measured, 0));
-                put(i + 1, laneOf(measured, 1));
+            if constexpr (step == 0) {
+                pending[turn % kRing] = measureFrom(turn * kAtOnce);
             } else if constexpr (step == kDelay) {
-                put(i, measured);
+                putFrom(turn * kAtOnce, pending[turn % kRing]);
             }
         });
     if (count % kAtOnce != 0) {
