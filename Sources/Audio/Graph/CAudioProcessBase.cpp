@@ -11,6 +11,13 @@
 
 namespace qel {
 
+namespace {
+
+// By so much may two times that mean the same moment differ.
+constexpr double kRoundingSamples = 1e-6;
+
+} // namespace
+
 void CAudioProcessBase::place(CAudioGraph& graph, const CString& fullName, int group)
 {
     graph_ = &graph;
@@ -127,7 +134,8 @@ void CAudioProcessBase::skip(std::int64_t samples, double rateHz)
 void CAudioProcessBase::takePassedEvents()
 {
     if (!graph_->holdsSettings) {
-        mustApplyEvents_ = takeChangesUntil(positionSec() - timeShiftSec()) || mustApplyEvents_;
+        const double limitSec = positionSec() - timeShiftSec() - kRoundingSamples / format_.sampleRateHz;
+        mustApplyEvents_ = takeChangesUntil(limitSec) || mustApplyEvents_;
     }
     graph_->changesWait |= slots_.hasEvents();
 }
@@ -253,9 +261,8 @@ int CAudioProcessBase::limitToNextEvent(int count) const
     if (graph_->holdsSettings) {
         return count;
     }
-    constexpr double kRounding = 1e-6; // of times, in samples
     const double samples = (slots_.nextEventSec() + timeShiftSec() - positionSec()) * format_.sampleRateHz;
-    const double whole = std::floor(samples + kRounding);
+    const double whole = std::floor(samples + kRoundingSamples);
     return whole >= 1.0 && whole < count ? static_cast<int>(whole) : count;
 }
 
