@@ -32,6 +32,9 @@ struct CAudioGraph
     std::uint32_t settingsTaken = 0;
     // The same of those that the layout may depend on.
     std::uint32_t layoutsTaken = 0;
+    // Samples, at this rate, that have been run from a plan and that the processes do not know of.
+    std::int64_t aheadSamples = 0;
+    double aheadRateHz = 1.0;
     // Set where a change waits at a process that steps are not cut for.
     bool changesWait = false;
     // While it is set, a step is being written down.

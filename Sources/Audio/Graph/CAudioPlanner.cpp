@@ -91,8 +91,11 @@ bool CAudioPlanner::takeUpChanges()
         return true;
     }
     plan_.wakeTwins();
-    tellProcesses();
-    if (root_.takeUpSteadily() && plan_.twinsAgree()) {
+    inner_->aheadSamples = planned_;
+    inner_->aheadRateHz = root_.sampleRateHz();
+    const bool isSteady = root_.takeUpSteadily();
+    inner_->aheadSamples = 0;
+    if (isSteady && plan_.twinsAgree()) {
         return true;
     }
     plan_.clear();

@@ -70,7 +70,9 @@ CAudioOutputPort& CAudioProcessBase::addOutput(std::size_t port)
 
 double CAudioProcessBase::positionSec() const
 {
-    return basePositionSec_ + static_cast<double>(positionSamples_) / format_.sampleRateHz;
+    const std::int64_t ahead =
+        graph_->aheadSamples != 0 ? samplesHere(graph_->aheadSamples, graph_->aheadRateHz) : 0;
+    return basePositionSec_ + static_cast<double>(positionSamples_ + ahead) / format_.sampleRateHz;
 }
 
 void CAudioProcessBase::reset(double positionSec)

@@ -1,6 +1,7 @@
 // Raised-cosine crossfade, driven by a two-multiply oscillator.
 #include "KernelFamilies.h"
 #include "KernelMath.h"
+#include "WideLanes.h"
 
 namespace qel {
 
@@ -61,7 +62,7 @@ void fadePlaces(const CKernelCall& call)
 }
 
 // The arithmetic of `xfade`, whose places are operand 1 here.
-void fadeBy(const CKernelCall& call)
+void fadeByPlaces(const CKernelCall& call)
 {
     const auto loop = [n = std::size_t{call.count}](double* out, const double* places, const double* in2,
                                                     const double* in3) {
@@ -70,6 +71,12 @@ void fadeBy(const CKernelCall& call)
         }
     };
     loop(call.samples(0), call.samples(1), call.samples(2), call.samples(3));
+}
+
+void fadeBy(const CKernelCall& call)
+{
+    const auto function = hasWideLanes() ? kWide<&fadeByPlaces> : &fadeByPlaces;
+    function(call);
 }
 
 constexpr CKernelDef kTable[] = {
