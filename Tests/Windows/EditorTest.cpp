@@ -128,6 +128,28 @@ TEST_F(WindowsEditor, HasTheKeyboardWhileATextIsEdited)
     EXPECT_EQ(GetFocus(), window_);
 }
 
+// The layout has dead keys. Windows itself puts the two together; wine leaves that to input methods, which
+// send the character.
+TEST_F(WindowsEditor, TakesNoCharacterFromADeadKeyItself)
+{
+    ASSERT_TRUE(open());
+    run(100);
+    click(window_, placeOf(kName));
+    click(window_, placeOf(kName));
+    ASSERT_TRUE(runUntil([&] { return GetFocus() != window_; }));
+    type('A', VK_CONTROL);
+    type(VK_OEM_7);
+    type('E');
+    PostMessageW(GetFocus(), WM_DEADCHAR, L'\u00B4', 0);
+    PostMessageW(GetFocus(), WM_CHAR, L'\u00E1', 0);
+    run(20);
+    type('A', VK_CONTROL);
+    type('C', VK_CONTROL);
+    const std::wstring text = clipboard();
+    EXPECT_TRUE(text == L"\u00E9\u00E1" || text == L"e\u00E1") << std::filesystem::path(text).string();
+    EXPECT_EQ(hostKeys_, 0);
+}
+
 TEST_F(WindowsEditor, FollowsItsSettings)
 {
     const auto dialog = [](const std::string& path) { return placeOf("win-settings." + path); };
@@ -184,6 +206,10 @@ TEST_F(WindowsEditor, SavesAndLoadsBanksByTheSystemsDialogs)
     // Written by the build's own system.
     const std::filesystem::path factory =
         EffectLibrary::path().parent_path() / "resources" / "FactoryROM.cbf";
+    // For that system to read.
+    const std::filesystem::path written = EffectLibrary::path().parent_path() / "written";
+    std::filesystem::remove_all(written);
+    std::filesystem::create_directory(written);
     std::filesystem::create_directory(folder);
     ASSERT_TRUE(open());
     run(100);
@@ -199,6 +225,7 @@ TEST_F(WindowsEditor, SavesAndLoadsBanksByTheSystemsDialogs)
     press("save", {DialogUser::press(IDCANCEL)});
     press("save", {DialogUser::enter(folder / "bank")});
     EXPECT_TRUE(contentOf(file).starts_with("abnk"));
+    std::filesystem::copy_file(file, written / "bank.cbf");
     std::ofstream(file) << "precious";
     press("save", {DialogUser::enter(file), DialogUser::press(IDNO), DialogUser::press(IDCANCEL)});
     EXPECT_EQ(contentOf(file), "precious");
@@ -206,6 +233,7 @@ TEST_F(WindowsEditor, SavesAndLoadsBanksByTheSystemsDialogs)
     EXPECT_FALSE(std::filesystem::exists(stored));
     press("load", {DialogUser::enter(factory)});
     EXPECT_GT(contentOf(stored).size(), 100U);
+    std::filesystem::copy_file(stored, written / "banks");
 }
 
 // The loop of a dialog serves the host, too.
