@@ -37,7 +37,7 @@ usage: drumfell.sh COMMAND
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
   windows    cross-build the library and the renderer for Windows with MinGW-w64; with --library the library alone; with
-             --test build tests too, run them under wine, and compare sounds and states with those of Linux
+             --test (last) build its tests too, run them under wine, and compare sounds and states with those of Linux
   package    build what users get, a Debian package and a zip for Windows, and try both: installed into empty folders, each
              has to render a loop
   install    put the library where hosts look, ~/.vst, and the tools into ~/.local/bin; with --prefix DIR into DIR/lib/vst
@@ -114,7 +114,8 @@ install_product() {
 # Users have the system's libraries, and none of the compiler's.
 need_system_alone() {
     local program
-    for program in "$@"; do
+    for program in build/"$1"/Drumfell.dll build/"$1"/bin/*.exe; do
+        [ -f "$program" ] || continue
         ! x86_64-w64-mingw32-objdump -p "$program" | grep -i 'DLL Name: lib' || {
             echo "$program needs it." >&2
             exit 1
@@ -122,22 +123,19 @@ need_system_alone() {
     done
 }
 
-build_windows_library() {
-    need "${build_packages[@]}" "${windows_packages[@]}"
-    build release drumfell-treec drumfell-presetc drumfell-gfxc
-    build windows-library Drumfell
-    need_system_alone build/windows-library/Drumfell.dll
-    ls -l build/windows-library/Drumfell.dll
-}
-
-# build_windows [TARGET...]; all without one
+# build_windows PRESET [TARGET...]; all without one
 build_windows() {
+    local preset=$1
+    shift
     need "${build_packages[@]}" "${windows_packages[@]}"
     build release drumfell-treec drumfell-presetc drumfell-gfxc
     [ $# -gt 0 ] || build release drumfell-inspect # tells tests where views lie
-    cmake/windows-libraries.sh build/windows-libraries
-    build windows "$@"
-    need_system_alone build/windows/Drumfell.dll build/windows/bin/*.exe
+    case $preset in
+    windows-library) cmake/windows-libraries.sh build/windows-libraries googletest ;;
+    *) cmake/windows-libraries.sh build/windows-libraries ;;
+    esac
+    build "$preset" "$@"
+    need_system_alone "$preset"
 }
 
 # Runs a program for Windows, with a Windows and a screen of the project's own, and keys of which some are dead. What
@@ -149,24 +147,24 @@ run_wine() {
         xvfb-run -a -s "-noreset -screen 0 1600x1200x24" sh -c 'setxkbmap us intl && exec timeout 600 wine "$@"' sh "$@"
 }
 
-# What was built for Windows, run under wine, and held against the same on Linux.
+# test_windows PRESET: what was built for Windows, run under wine, and held against the same on Linux.
 test_windows() {
-    local program failed=() bin=build/release/bin
+    local native=build/release/bin windows=build/$1 program failed=()
     need "${wine_packages[@]}"
     build release drumfell-compare
-    for program in build/windows/bin/drumfell-tests-*.exe; do
+    for program in "$windows"/bin/drumfell-tests-*.exe; do
         echo "== $(basename "$program")"
         run_wine "$program" --gtest_brief=1 || failed+=("$program")
     done
     echo "== sounds and states of Linux and Windows"
     rm -rf build/compare
-    $bin/drumfell-compare write build/compare/linux
-    run_wine build/windows/bin/drumfell-compare.exe check build/compare/linux || failed+=("Linux's on Windows")
-    run_wine build/windows/bin/drumfell-compare.exe write build/compare/windows
-    $bin/drumfell-compare check build/compare/windows || failed+=("Windows' on Linux")
+    $native/drumfell-compare write build/compare/linux
+    run_wine "$windows/bin/drumfell-compare.exe" check build/compare/linux || failed+=("Linux's on Windows")
+    run_wine "$windows/bin/drumfell-compare.exe" write build/compare/windows
+    $native/drumfell-compare check build/compare/windows || failed+=("Windows' on Linux")
     # The tests of the editor have saved a bank, and loaded the factory's, which Linux made, into the list of banks.
-    $bin/drumfell-inspect build/windows/written/bank.cbf >/dev/null || failed+=("a bank of Windows")
-    cmp <(presets_in build/windows/written/banks) <(presets_in build/windows/resources/FactoryROM.cbf) ||
+    $native/drumfell-inspect "$windows/written/bank.cbf" >/dev/null || failed+=("a bank of Windows")
+    cmp <(presets_in "$windows/written/banks") <(presets_in "$windows/resources/FactoryROM.cbf") ||
         failed+=("the list of banks")
     [ ${#failed[@]} -eq 0 ] || {
         printf 'failed: %s\n' "${failed[@]}" >&2
@@ -206,7 +204,7 @@ package() {
     local debian windows
     need "${build_packages[@]}" "${package_packages[@]}"
     build release Drumfell drumfell-render drumfell-inspect drumfell-drumloop
-    build_windows Drumfell drumfell-render
+    build_windows windows Drumfell drumfell-render
     debian=$(pack release "*.deb")
     windows=$(pack windows "*.zip")
 
@@ -355,17 +353,29 @@ sanitize)
     done
     ;;
 windows)
-    if [ "${2:-}" = --library ]; then
-        build_windows_library
-        exit
-    fi
-    if [ "${2:-}" = --test ]; then
-        build_windows
-        test_windows
-        exit
-    fi
-    build_windows Drumfell drumfell-render
-    ls -l build/windows/Drumfell.dll build/windows/bin/drumfell-render.exe
+    shift
+    case "$*" in
+    "")
+        build_windows windows Drumfell drumfell-render
+        ls -l build/windows/Drumfell.dll build/windows/bin/drumfell-render.exe
+        ;;
+    --library)
+        build_windows windows-library Drumfell
+        ls -l build/windows-library/Drumfell.dll
+        ;;
+    --test)
+        build_windows windows
+        test_windows windows
+        ;;
+    "--library --test")
+        build_windows windows-library
+        test_windows windows-library
+        ;;
+    *)
+        usage >&2
+        exit 2
+        ;;
+    esac
     ;;
 package)
     package

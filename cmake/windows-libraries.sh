@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# windows-libraries.sh FOLDER: what tools and tests for Windows link, built as static libraries from Debian's sources into
-# FOLDER, since Debian has no packages of them for MinGW. Does nothing for a library that is there.
+# windows-libraries.sh FOLDER [googletest]: what tools and tests for Windows link, built as static libraries from Debian's
+# sources into FOLDER, since Debian has no packages of them for MinGW; or GoogleTest alone, whose sources are an ordinary
+# package. Does nothing for a library that is there.
 set -euo pipefail
 folder=$(realpath -m "$1")
 toolchain=$(realpath "$(dirname "${BASH_SOURCE[0]}")/windows-toolchain.cmake")
@@ -60,6 +61,9 @@ need_library() {
     make_library "$package" "$(echo "$folder/src/$package"/*/)" "$@"
 }
 
+[ -f "$folder/lib/libgtest.a" ] || make_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
+[ "${2:-}" = googletest ] && exit
+
 # Of this folder, not of the system that builds.
 export PKG_CONFIG_LIBDIR=$folder/lib/pkgconfig
 
@@ -87,6 +91,5 @@ fi
 need_library libsndfile.a libsndfile -DENABLE_EXTERNAL_LIBS=ON -DENABLE_MPEG=OFF -DBUILD_PROGRAMS=OFF -DBUILD_EXAMPLES=OFF \
     -DBUILD_TESTING=OFF -DENABLE_CPACK=OFF -DCMAKE_C_FLAGS=-DFLAC__NO_DLL
 need_library libpugixml.a pugixml
-[ -f "$folder/lib/libgtest.a" ] || make_library googletest /usr/src/googletest -DBUILD_GMOCK=OFF
 # Headers without a library are the same for all systems.
 cp -rp -t "$folder/include" /usr/include/CLI /usr/include/nlohmann /usr/include/kissfft
