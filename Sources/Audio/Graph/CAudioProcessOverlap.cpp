@@ -281,10 +281,15 @@ void CAudioProcessOverlap::step(int count)
     }
     planner_->takeOutputs(*current().drainLink);
     drain_->forwardTo(output(0));
-    if (phase_ == EPhase::kSettles && other().graph->layoutsTaken != nextChanges &&
-        std::exchange(nextLayout_, other().process->layout()) != nextLayout_) {
-        enter(EPhase::kSettles);
-    } else if (phase_ != EPhase::kSingle && (samplesLeft_ -= count) == 0) {
+    if (phase_ == EPhase::kSettles && other().graph->layoutsTaken != nextChanges) {
+        const std::uint32_t layout = other().process->layout();
+        if (std::exchange(nextLayout_, layout) != layout) {
+            // Anew from the beginning of this step, or it would be heard where steps end.
+            enter(EPhase::kSettles);
+            samplesLeft_ = std::max(samplesLeft_, count + 1);
+        }
+    }
+    if (phase_ != EPhase::kSingle && (samplesLeft_ -= count) == 0) {
         phase_ == EPhase::kSettles ? enter(EPhase::kFades) : takeOver();
     }
 }

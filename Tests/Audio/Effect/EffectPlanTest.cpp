@@ -151,7 +151,7 @@ private:
             return turn(anyControl());
         }
     }
-    // As a host automates: new positions for some knobs in front of every block.
+    // As a host automates: new positions for some knobs in front of every block, at times for a switch too.
     void sweep()
     {
         const std::uint64_t before = plannedSteps();
@@ -160,7 +160,7 @@ private:
         for (int blocks = pick(3) == 0 ? 40 : 0; blocks > 0; --blocks) {
             for (int i = first; i < std::min(first + 4, host_.getExtParams().getCount()); ++i) {
                 CAudioExtParam& param = *host_.getExtParams().get(i);
-                if (param.getStepCount() == 0) {
+                if (param.getStepCount() == 0 || pick(20) == 0) {
                     param.postNormalized(0.01 * pick(100));
                 }
             }

@@ -11,12 +11,21 @@ namespace {
 using namespace test;
 
 class EffectStream : public EffectFixture
-{};
+{
+protected:
+    static void append(Signals& signals, const Signals& rest)
+    {
+        for (std::size_t channel = 0; channel < signals.size(); ++channel) {
+            signals[channel].insert(signals[channel].end(), rest[channel].begin(), rest[channel].end());
+        }
+    }
+};
 
 TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
 {
     const Signal before = music(48000.0, 10000, 1);
     const Signal after = music(48000.0, 10000, 2);
+    const Signal between = music(48000.0, 1500, 2);
     for (const int oversampling : {1, 3}) {
         Signals reference;
         std::minstd_rand random(7);
@@ -40,10 +49,13 @@ TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
             if (oversampling == 3) {
                 host.set("oversampling", 2.0); // two streams that overlap
             }
-            const Signals rest = host.run<double>({after, after}, sizes);
-            for (std::size_t channel = 0; channel < 2; ++channel) {
-                output[channel].insert(output[channel].end(), rest[channel].begin(), rest[channel].end());
+            append(output, host.run<double>({after, after}, sizes));
+            if (oversampling == 3) {
+                host.set("oversampling", 4.0);
+                append(output, host.run<double>({between, between}, sizes));
+                host.set("oversampling", 1.0); // while the second stream is not heard yet
             }
+            append(output, host.run<double>({after, after}, sizes));
             if (reference.empty()) {
                 reference = output;
             }
