@@ -36,8 +36,8 @@ usage: drumfell.sh COMMAND
   bench      build and run the benchmarks (arguments go to Google Benchmark)
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
-  windows    cross-build the library and the renderer for Windows with MinGW-w64; with --library the library alone; with
-             --test (last) build its tests too, run them under wine, and compare sounds and states with those of Linux
+  windows    cross-build library, renderer and tests for Windows with MinGW-w64; with --library only what needs no other
+             libraries; with --test (last) run the tests under wine, and compare sounds and states with those of Linux
   package    build what users get, a Debian package and a zip for Windows, and try both: installed into empty folders, each
              has to render a loop
   install    put the library where hosts look, ~/.vst, and the tools into ~/.local/bin; with --prefix DIR into DIR/lib/vst
@@ -356,11 +356,11 @@ windows)
     shift
     case "$*" in
     "")
-        build_windows windows Drumfell drumfell-render
+        build_windows windows
         ls -l build/windows/Drumfell.dll build/windows/bin/drumfell-render.exe
         ;;
     --library)
-        build_windows windows-library Drumfell
+        build_windows windows-library
         ls -l build/windows-library/Drumfell.dll
         ;;
     --test)
