@@ -83,11 +83,17 @@ bool CAudioPlanner::isSameInput() const
     return known == inputs_.size();
 }
 
+bool CAudioPlanner::haveChangesCome()
+{
+    const std::uint64_t arrivals = graph_.params.arrivals();
+    return std::exchange(arrivals_, arrivals) != arrivals;
+}
+
 // A module that changes in place has to find its state as it would be, and what it makes of it may no longer
 // be what its twin has.
 bool CAudioPlanner::takeUpChanges()
 {
-    if (std::exchange(arrivals_, graph_.params.arrivals()) == arrivals_) {
+    if (!haveChangesCome()) {
         return true;
     }
     plan_.wakeTwins();
@@ -182,8 +188,7 @@ void CAudioPlanner::waitLonger()
 void CAudioPlanner::beginStep(CAudioGraph& inner)
 {
     count_ = offered();
-    if (std::exchange(arrivals_, graph_.params.arrivals()) != arrivals_ && isRipe_ &&
-        !root_.takeUpSteadily()) {
+    if (haveChangesCome() && isRipe_ && !root_.takeUpSteadily()) {
         isRipe_ = false;
         quietSamples_ = 0;
     }

@@ -60,6 +60,8 @@ private:
     // Length of the step that lies at the inputs as one piece; 0 if it does not.
     int offered() const;
     bool isSameInput() const;
+    // Since it was asked last.
+    bool haveChangesCome();
     bool takeUpChanges();
     void tellProcesses();
     std::int64_t steadySamples() const;
@@ -73,6 +75,7 @@ private:
     CAudioProcessBase& root_;
     CAudioGraph& graph_;
     CAudioStepPlan plan_;
+    CAudioGraph* inner_ = nullptr; // that the plan is of
     Channels inputs_;
     Channels outputs_;
     std::int64_t planned_ = 0; // samples that the processes do not know of yet
@@ -86,7 +89,6 @@ private:
 
     // While a step is written down.
     CAudioPlanBuilder* builder_ = nullptr;
-    CAudioGraph* inner_ = nullptr;
     int count_ = 0; // of the step at hand
     int stepsWritten_ = 0;
     bool hasAllOutputs_ = false;

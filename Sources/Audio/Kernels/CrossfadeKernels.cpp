@@ -28,46 +28,49 @@ void xfadeInit(const CKernelCall& call)
                                  2 * kernelmath::cos(step)};
 }
 
-void xfade(const CKernelCall& call)
+// put(i, place) for each sample of the call.
+template <class Put>
+[[gnu::always_inline]] inline void forPlaces(const CKernelCall& call, Put&& put)
 {
-    double* out = call.samples(0);
     FadeState& state = *call.state<FadeState>(1);
-    const double* in2 = call.samples(2);
-    const double* in3 = call.samples(3);
     auto [current, previous, twoCos] = state;
     for (std::size_t i = 0; i < call.count; ++i) {
-        out[i] = (0.5 - current) * in2[i] + (0.5 + current) * in3[i];
+        put(i, current);
         const double next = current * twoCos - previous;
         previous = current;
         current = next;
     }
     state.current = current;
     state.previous = previous;
+}
+
+[[gnu::always_inline]] inline double mixAt(double place, double in2, double in3)
+{
+    return (0.5 - place) * in2 + (0.5 + place) * in3;
+}
+
+void xfade(const CKernelCall& call)
+{
+    double* out = call.samples(0);
+    const double* in2 = call.samples(2);
+    const double* in3 = call.samples(3);
+    forPlaces(call, [&](std::size_t i, double place) { out[i] = mixAt(place, in2[i], in3[i]); });
 }
 
 // The fade's place at each sample, for any number of signals that are faded alike.
 void fadePlaces(const CKernelCall& call)
 {
     double* out = call.samples(0);
-    FadeState& state = *call.state<FadeState>(1);
-    auto [current, previous, twoCos] = state;
-    for (std::size_t i = 0; i < call.count; ++i) {
-        out[i] = current;
-        const double next = current * twoCos - previous;
-        previous = current;
-        current = next;
-    }
-    state.current = current;
-    state.previous = previous;
+    forPlaces(call, [out](std::size_t i, double place) { out[i] = place; });
 }
 
-// The arithmetic of `xfade`, whose places are operand 1 here.
+// What `xfade` puts out, with the places at operand 1.
 void fadeByPlaces(const CKernelCall& call)
 {
     const auto loop = [n = std::size_t{call.count}](double* out, const double* places, const double* in2,
                                                     const double* in3) {
         for (std::size_t i = 0; i < n; ++i) {
-            out[i] = (0.5 - places[i]) * in2[i] + (0.5 + places[i]) * in3[i];
+            out[i] = mixAt(places[i], in2[i], in3[i]);
         }
     };
     loop(call.samples(0), call.samples(1), call.samples(2), call.samples(3));

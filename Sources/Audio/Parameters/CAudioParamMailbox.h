@@ -50,13 +50,10 @@ public:
         while (!word_.compare_exchange_weak(word, (word | kWaiting | kUnsettled) + kSequenceStep)) {
         }
     }
-    // None if nothing waits, which is quick to see: whoever asks in every block finds that nearly always.
+    // None if nothing waits.
     std::optional<double> take()
     {
-        if (!getState().isWaiting() || !State(word_.fetch_and(~kWaiting)).isWaiting()) {
-            return std::nullopt;
-        }
-        return value_.load();
+        return State(word_.fetch_and(~kWaiting)).isWaiting() ? std::optional(value_.load()) : std::nullopt;
     }
     // What was taken cannot go on yet.
     void putBack() { word_.fetch_or(kWaiting); }
