@@ -25,16 +25,4 @@ CString CAudioParamConverterBW::valueToText(const CAudioParamInfo&, std::int32_t
     return formatDisplayNumber(value, 2);
 }
 
-double CAudioParamConverterBW::normToValue(const CAudioParamInfo& info, std::int32_t element,
-                                           double norm) const
-{
-    return squaredNormToValue(info, element, norm);
-}
-
-double CAudioParamConverterBW::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
-                                           double value) const
-{
-    return squaredValueToNorm(info, element, value);
-}
-
 } // namespace qel

@@ -15,8 +15,9 @@ public:
                        bool* ok) const override;
     CString valueToText(const CAudioParamInfo& info, std::int32_t element, double value,
                         const CAudioParamData* pool, TextMode mode) const override;
-    double normToValue(const CAudioParamInfo& info, std::int32_t element, double norm) const override;
-    double valueToNorm(const CAudioParamInfo& info, std::int32_t element, double value) const override;
+
+protected:
+    ELaw law() const override { return ELaw::kSquared; }
 };
 
 } // namespace qel

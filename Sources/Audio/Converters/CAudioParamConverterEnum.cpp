@@ -32,12 +32,6 @@ CString CAudioParamConverterEnum::valueToText(const CAudioParamInfo& info, std::
     return mode == TextMode::kShort ? state.shortName : state.name;
 }
 
-double CAudioParamConverterEnum::normToValue(const CAudioParamInfo& info, std::int32_t element,
-                                             double norm) const
-{
-    return roundHalfAway(CAudioParamConverter::normToValue(info, element, norm));
-}
-
 CError CAudioParamConverterEnum::attrStateNames()
 {
     states_.clear();

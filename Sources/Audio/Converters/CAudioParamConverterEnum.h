@@ -20,11 +20,13 @@ public:
                        bool* ok) const override;
     CString valueToText(const CAudioParamInfo& info, std::int32_t element, double value,
                         const CAudioParamData* pool, TextMode mode) const override;
-    double normToValue(const CAudioParamInfo& info, std::int32_t element, double norm) const override;
 
     std::size_t stateCount() const { return states_.size(); }
     // `index` must be below stateCount().
     const CString& stateName(std::size_t index) const { return states_[index].name; }
+
+protected:
+    ELaw law() const override { return ELaw::kWhole; }
 
 private:
     struct State

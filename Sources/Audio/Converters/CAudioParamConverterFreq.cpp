@@ -54,16 +54,4 @@ CString CAudioParamConverterFreq::valueToText(const CAudioParamInfo&, std::int32
     return mode == TextMode::kCompact ? compactText(value) : normalText(value);
 }
 
-double CAudioParamConverterFreq::normToValue(const CAudioParamInfo& info, std::int32_t element,
-                                             double norm) const
-{
-    return logNormToValue(info, element, norm);
-}
-
-double CAudioParamConverterFreq::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
-                                             double value) const
-{
-    return logValueToNorm(info, element, value);
-}
-
 } // namespace qel

@@ -37,18 +37,6 @@ CString CAudioParamConverterGain::valueToText(const CAudioParamInfo& info, std::
     return formatDisplayNumber(math::log(gain) * kDbPerNeper, mode == TextMode::kCompact ? 0 : decimals_);
 }
 
-double CAudioParamConverterGain::normToValue(const CAudioParamInfo& info, std::int32_t element,
-                                             double norm) const
-{
-    return logNormToValue(info, element, norm);
-}
-
-double CAudioParamConverterGain::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
-                                             double value) const
-{
-    return logValueToNorm(info, element, value);
-}
-
 CError CAudioParamConverterGain::attrDecimals()
 {
     if (decimals_ < 0 || decimals_ > kMaxDecimals) {

@@ -17,13 +17,14 @@ public:
                        bool* ok) const override;
     CString valueToText(const CAudioParamInfo& info, std::int32_t element, double value,
                         const CAudioParamData* pool, TextMode mode) const override;
-    double normToValue(const CAudioParamInfo& info, std::int32_t element, double norm) const override;
-    double valueToNorm(const CAudioParamInfo& info, std::int32_t element, double value) const override;
 
     // Position of the zero mark, 0 to 1.
     double getZeroPoint() const { return zeroPoint_; }
     // Position of "off" in whole per cent; -100 means there is none.
     std::int32_t getOffPointPercent() const { return offPointPercent_; }
+
+protected:
+    ELaw law() const override { return ELaw::kLog; }
 
 private:
     CError attrDecimals();

@@ -52,16 +52,4 @@ CString CAudioParamConverterRatio::valueToText(const CAudioParamInfo&, std::int3
     return formatDisplayNumber(ratio, roundHalfAway(10.0 * ratio) < decimalLimit ? 1 : 0) + ":1";
 }
 
-double CAudioParamConverterRatio::normToValue(const CAudioParamInfo& info, std::int32_t element,
-                                              double norm) const
-{
-    return logNormToValue(info, element, norm);
-}
-
-double CAudioParamConverterRatio::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
-                                              double value) const
-{
-    return logValueToNorm(info, element, value);
-}
-
 } // namespace qel

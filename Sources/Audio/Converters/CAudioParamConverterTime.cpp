@@ -40,24 +40,4 @@ CString CAudioParamConverterTime::valueToText(const CAudioParamInfo&, std::int32
     return formatDisplayNumber(shown, rounded < 100.0 ? base + 1 : base);
 }
 
-double CAudioParamConverterTime::normToValue(const CAudioParamInfo& info, std::int32_t element,
-                                             double norm) const
-{
-    if (isLog_) {
-        return logNormToValue(info, element, norm);
-    }
-    return isExact_ ? CAudioParamConverter::normToValue(info, element, norm)
-                    : squaredNormToValue(info, element, norm);
-}
-
-double CAudioParamConverterTime::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
-                                             double value) const
-{
-    if (isLog_) {
-        return logValueToNorm(info, element, value);
-    }
-    return isExact_ ? CAudioParamConverter::valueToNorm(info, element, value)
-                    : squaredValueToNorm(info, element, value);
-}
-
 } // namespace qel

@@ -14,9 +14,6 @@ namespace {
 
 constexpr double kPowersOfTen[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
 
-// From here on a double has no halves left, and adding one would round.
-constexpr double kNoHalves = 4503599627370496.0; // 2^52
-
 // Collects the digits of a number; `divisor` is the power of ten that belongs to those behind the point.
 struct DigitCollector
 {
@@ -46,16 +43,6 @@ struct DigitCollector
 };
 
 } // namespace
-
-double roundHalfAway(double value)
-{
-    const double magnitude = std::abs(value);
-    if (!(magnitude < kNoHalves)) {
-        return value;
-    }
-    const double rounded = std::floor(magnitude + 0.5);
-    return rounded == 0.0 ? 0.0 : std::copysign(rounded, value);
-}
 
 std::optional<double> parseDisplayNumber(const CString& text)
 {

@@ -2,13 +2,11 @@
 #pragma once
 
 #include "CString.h"
+#include "Math/Rounding.h"
 
 #include <optional>
 
 namespace qel {
-
-// Halves go away from zero, as people round; never a negative zero.
-double roundHalfAway(double value);
 
 // Optional "-", digits, optional "." or "," and digits; at least one digit and nothing else. Independent of
 // the locale. The number is put together in 64-bit integers and divided once, so every text of up to 15

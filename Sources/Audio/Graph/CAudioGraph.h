@@ -9,6 +9,7 @@ namespace qel {
 
 class CAudioParamCollector;
 class CAudioPlanBuilder;
+class CAudioStepPlan;
 class CAudioVizCollector;
 
 // The longest span of samples that goes through a graph at once, at whatever rate: it bounds all buffers.
@@ -28,9 +29,7 @@ struct CAudioGraph
     double positionSec = 0.0;
     // While it is set, streams take up no changes; they wait in the queues.
     bool holdsSettings = false;
-    // Goes up whenever a process has taken up changes.
-    std::uint32_t settingsTaken = 0;
-    // The same of those that the layout may depend on.
+    // Goes up whenever a process has taken up changes that the layout may depend on.
     std::uint32_t layoutsTaken = 0;
     // Samples, at this rate, that have been run from a plan and that the processes do not know of.
     std::int64_t aheadSamples = 0;
@@ -39,6 +38,8 @@ struct CAudioGraph
     bool changesWait = false;
     // While it is set, a step is being written down.
     CAudioPlanBuilder* planBuilder = nullptr;
+    // Set while changes are taken up under a plan that runs on: of a state that is changed it has to know.
+    CAudioStepPlan* plan = nullptr;
     // Off, every step goes the ordinary way.
     bool usesPlans = true;
     // Steps that were run from plans.

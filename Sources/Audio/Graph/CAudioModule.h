@@ -88,8 +88,8 @@ public:
 // operands and submits kernels; it never touches samples itself. Made and owned by its terminal process.
 // Audio thread.
 //
-// With kHasFixedCalls, settings change what stands in its state and neither which kernels a step runs nor
-// their operands and scalars.
+// With kHasFixedCalls, settings change what stands in its one state, stateRef(), and neither which kernels a
+// step runs nor their operands and scalars.
 //
 // A concrete module has besides: a value type `Settings` with ==, all that its parameters mean; static
 // `Settings readSettings(const CAudioProcessSlots&, const CAudioModulePlace&)`; `void configure(const

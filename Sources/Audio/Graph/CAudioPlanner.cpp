@@ -96,16 +96,13 @@ bool CAudioPlanner::takeUpChanges()
     if (!haveChangesCome()) {
         return true;
     }
-    plan_.wakeTwins();
+    inner_->plan = &plan_;
     inner_->aheadSamples = planned_;
     inner_->aheadRateHz = root_.sampleRateHz();
     const bool isSteady = root_.takeUpSteadily();
     inner_->aheadSamples = 0;
-    if (isSteady && plan_.twinsAgree()) {
-        return true;
-    }
-    plan_.clear();
-    return false;
+    inner_->plan = nullptr;
+    return isSteady && plan_.reuniteTwins();
 }
 
 bool CAudioPlanner::runFromPlan(int count)

@@ -205,7 +205,6 @@ void CAudioProcessBase::idle()
 
 bool CAudioProcessBase::takeChangesUntil(double limitSec)
 {
-    ++graph_->settingsTaken;
     if (hasLayout()) {
         ++graph_->layoutsTaken;
     }

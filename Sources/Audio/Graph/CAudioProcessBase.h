@@ -102,7 +102,7 @@ public:
     // channels or groups, which no fade inside the graph could lead over.
     virtual std::uint32_t layout() const { return 0; }
 
-    // True if layout() or groupsWanted() depend on the settings of this very process.
+    // True if layout(), groupsWanted() or rateFactor() depend on the settings of this very process.
     virtual bool hasLayout() const { return false; }
 
     // The channel groups that the settings taken up so far call for.

@@ -248,7 +248,7 @@ void CAudioProcessOverlap::beginStep()
 
 void CAudioProcessOverlap::limitToRates()
 {
-    const std::uint32_t changes = copies_[0].graph->settingsTaken + copies_[1].graph->settingsTaken;
+    const std::uint32_t changes = copies_[0].graph->layoutsTaken + copies_[1].graph->layoutsTaken;
     if (std::exchange(ratedChanges_, changes) != changes) {
         longestStep_ =
             kLongestStep / std::max(copies_[0].process->rateFactor(), copies_[1].process->rateFactor());

@@ -3,6 +3,7 @@
 
 #include "CAudioFade.h"
 #include "CAudioProcessTerminalBase.h"
+#include "CAudioStepPlan.h"
 
 #include <utility>
 
@@ -195,13 +196,26 @@ private:
             const bool isSame = settings == unit.settings;
             if (unit.next) {
                 unit.isStale = !isSame;
-            } else if (!isSame && (isSmooth() || !Module::kHasFixedCalls)) {
+            } else if (!isSame && !changeSteadily(unit, settings)) {
                 return false;
-            } else if (!isSame) {
-                change(unit, settings);
             }
         }
         return true;
+    }
+
+    // In place, and under a plan if one runs.
+    bool changeSteadily(Unit& unit, const typename Module::Settings& settings)
+    {
+        if constexpr (Module::kHasFixedCalls) {
+            if (!isSmooth()) {
+                if (graph().plan) {
+                    graph().plan->wakeTwinsOf(graph().kernels.address(unit.running->stateRef()));
+                }
+                change(unit, settings);
+                return true;
+            }
+        }
+        return false;
     }
 
     void change(Unit& unit, const typename Module::Settings& settings)

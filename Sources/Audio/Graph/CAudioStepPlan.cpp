@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace qel {
 
@@ -31,18 +32,39 @@ CAudioStepPlan::CAudioStepPlan(CKernelContext& kernels)
     reserveTouched(outputs_, kMaxOutputs);
 }
 
-void CAudioStepPlan::wakeTwins()
+void CAudioStepPlan::Twin::wake()
 {
-    for (const Twin& twin : twins_) {
-        std::memcpy(twin.resting, twin.running, twin.bytes);
+    if (!std::exchange(isAwake, true)) {
+        std::memcpy(resting, running, bytes);
     }
 }
 
-bool CAudioStepPlan::twinsAgree() const
+void CAudioStepPlan::wakeTwinsOf(const void* state)
 {
-    return std::all_of(twins_.begin(), twins_.end(), [](const Twin& twin) {
-        return std::memcmp(twin.resting, twin.running, twin.bytes) == 0;
+    for (Twin& twin : twins_) {
+        if (twin.running == state || twin.resting == state) {
+            twin.wake();
+        }
+    }
+}
+
+bool CAudioStepPlan::reuniteTwins()
+{
+    const bool haveParted = std::any_of(twins_.begin(), twins_.end(), [](const Twin& twin) {
+        return twin.isAwake && std::memcmp(twin.resting, twin.running, twin.bytes) != 0;
     });
+    for (Twin& twin : twins_) {
+        twin.isAwake = twin.isAwake && haveParted;
+    }
+    return !haveParted;
+}
+
+void CAudioStepPlan::release()
+{
+    for (Twin& twin : twins_) {
+        twin.wake();
+    }
+    clear();
 }
 
 void CAudioStepPlan::clear()

@@ -37,17 +37,15 @@ public:
 
     // One step, with a buffer for each signal.
     void run(int count, std::span<const CBufferRef> signals);
-    // Brings the states that others have stood in for up to date. The plan holds on, unless they are changed
-    // and twinsAgree() says that they have become different.
-    void wakeTwins();
-    bool twinsAgree() const;
+    // A module is about to change its state while the plan runs on: where another one stands in for it, or it
+    // for others, that comes to an end.
+    void wakeTwinsOf(const void* state);
+    // True if they are alike again, so that the plan can go on.
+    bool reuniteTwins();
     // Forgets the plan, with all states as they are.
     void clear();
-    void release()
-    {
-        wakeTwins();
-        clear();
-    }
+    // Brings the states that others have stood in for up to date, and forgets the plan.
+    void release();
 
 private:
     friend class CAudioPlanBuilder;
@@ -91,6 +89,9 @@ private:
         const std::byte* running;
         std::byte* resting;
         std::size_t bytes;
+        bool isAwake = false;
+
+        void wake();
     };
 
     void setPiece(int count);

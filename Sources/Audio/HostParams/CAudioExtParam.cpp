@@ -64,17 +64,24 @@ void CAudioExtParam::setHostBridge(CAudioExtParamHostBridge* bridge, std::int32_
     bridge_.store(bridge, std::memory_order_release);
 }
 
+CAudioExtParam::Projection::Projection(std::shared_ptr<const CAudioParamInfo> declaration,
+                                       std::int32_t ofElement)
+    : info(std::move(declaration)), converter(info->converters[static_cast<std::size_t>(ofElement)]),
+      element(ofElement), curve(converter->curve(*info, element))
+{
+    const auto at = static_cast<std::size_t>(element);
+    if (isEnumeration()) {
+        stepCount =
+            static_cast<std::int32_t>(std::lround(std::fabs(info->maxValues[at] - info->minValues[at])));
+    }
+}
+
 double CAudioExtParam::Projection::valueOf(double norm) const
 {
     const auto at = static_cast<std::size_t>(element);
-    const double value = converter->normToValue(*info, element, std::clamp(norm, 0.0, 1.0));
+    const double value = curve.valueAt(std::clamp(norm, 0.0, 1.0));
     const auto [low, high] = std::minmax(info->minValues[at], info->maxValues[at]);
     return std::clamp(value, low, high);
-}
-
-double CAudioExtParam::Projection::normOf(double value) const
-{
-    return converter->valueToNorm(*info, element, value);
 }
 
 double CAudioExtParam::getNormalized() const
@@ -239,10 +246,7 @@ void CAudioExtParam::refreshProjection()
         projection_.store(nullptr, std::memory_order_release);
         return;
     }
-    auto next = std::make_unique<Projection>();
-    next->info = param_->shareInfo();
-    next->converter = info.converters[at];
-    next->element = elementIndex_;
+    auto next = std::make_unique<Projection>(param_->shareInfo(), elementIndex_);
     projection_.store(next.get(), std::memory_order_release);
     projections_.push_back(std::move(next)); // other threads may still use the one before
 }
@@ -295,12 +299,7 @@ bool CAudioExtParam::Projection::isEnumeration() const
 std::int32_t CAudioExtParam::getStepCount() const
 {
     const Projection* now = projection();
-    if (!now || !now->isEnumeration()) {
-        return 0;
-    }
-    const auto at = static_cast<std::size_t>(now->element);
-    return static_cast<std::int32_t>(
-        std::lround(std::fabs(now->info->maxValues[at] - now->info->minValues[at])));
+    return now ? now->stepCount : 0;
 }
 
 std::optional<double> CAudioExtParam::Projection::normOfState(const CString& text) const

@@ -82,9 +82,12 @@ private:
         std::shared_ptr<const CAudioParamInfo> info;
         const CAudioParamConverter* converter = nullptr;
         std::int32_t element = 0;
+        CAudioParamCurve curve;
+        std::int32_t stepCount = 0;
 
+        Projection(std::shared_ptr<const CAudioParamInfo> declaration, std::int32_t ofElement);
         double valueOf(double norm) const;
-        double normOf(double value) const;
+        double normOf(double value) const { return curve.normOf(value); }
         bool isEnumeration() const;
         // Of an enumeration's state by its name; a converter takes states by number only.
         std::optional<double> normOfState(const CString& text) const;

@@ -31,6 +31,7 @@ public:
         updateKernel_ = kernels.findShortName(name + "u");
         clearKernel_ = kernels.findShortName(name + "c");
     }
+    CBufferRef stateRef() const { return state_.ref(); }
     void reset() override { kernels_.submit(clearKernel_, 0, 0.0, {state_.ref()}); }
     void process(CAudioModuleStep& step)
     {

@@ -242,23 +242,37 @@ void fillTables(CrunchRlsState& state, double sampleRateHz)
     tables.last[0] = tables.last[1];
 }
 
-// Mean square of the static gain over `kCount` samples of a sine of amplitude 1 and `w` radians a sample.
+// Levels of a sine of amplitude 1 and `w` radians a sample.
 template <std::size_t kCount>
-double meanSquareGain(const CrunchRlsState& state, double w)
+struct SineLevels
 {
-    const double twoCos = 2.0 * math::cos(w);
-    double sine = 0.0;
-    double previous = math::sin(-w);
-    double levels[kCount];
-    for (double& level : levels) {
-        level = std::fabs(sine);
-        const double next = twoCos * sine - previous;
-        previous = sine;
-        sine = next;
+    explicit SineLevels(double w)
+    {
+        const double twoCos = 2.0 * math::cos(w);
+        double sine = 0.0;
+        double previous = math::sin(-w);
+        for (double& level : levels) {
+            level = std::fabs(sine);
+            const double next = twoCos * sine - previous;
+            previous = sine;
+            sine = next;
+        }
     }
+
+    double levels[kCount];
+};
+
+// One period of 500 Hz and one of 2 kHz at 44.1 kHz; the static gain has no memory, so any rate will do.
+const SineLevels<88> kLowSine(0.07123792865282977);
+const SineLevels<22> kHighSine(0.2849517146113191);
+
+// Mean square of the static gain.
+template <std::size_t kCount>
+double meanSquareGain(const CrunchRlsState& state, const SineLevels<kCount>& sine)
+{
     double gains[kCount];
     const auto find = state.isInverse ? &applyCurve<true> : &applyCurve<false>;
-    find(state.drive, 1.0, levels, kCount, gains);
+    find(state.drive, 1.0, sine.levels, kCount, gains);
     double sum = 0.0;
     for (const double gain : gains) {
         sum += gain * gain;
@@ -277,10 +291,8 @@ void calibrate(CrunchRlsState& state)
     }
     derived.drive = state.drive;
     derived.isInverse = state.isInverse;
-    // One period of 500 Hz and one of 2 kHz at 44.1 kHz; the gain has no memory here, so any rate will do.
-    constexpr double kTestW[] = {0.07123792865282977, 0.2849517146113191};
-    const double low = meanSquareGain<88>(state, kTestW[0]);
-    const double high = meanSquareGain<22>(state, kTestW[1]);
+    const double low = meanSquareGain(state, kLowSine);
+    const double high = meanSquareGain(state, kHighSine);
     derived.norm = 1.0 / std::sqrt((low + high) * 0.5);
     derived.inverseNorm = 1.0 / derived.norm;
 }

@@ -3,11 +3,47 @@
 
 #include "CAudioParamInfo.h"
 #include "Math/Elementary.h"
+#include "Math/Rounding.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace qel {
+
+// --- curve
+
+CAudioParamCurve::CAudioParamCurve(ELaw law, double min, double max)
+    : law_(law), min_(min), span_(law == ELaw::kLog ? math::log(max / min) : max - min),
+      logMin_(law == ELaw::kLog ? math::log(min) : 0.0)
+{}
+
+double CAudioParamCurve::valueAt(double norm) const
+{
+    switch (law_) {
+    case ELaw::kWhole:
+        return roundHalfAway(min_ + norm * span_);
+    case ELaw::kSquared:
+        return min_ + norm * norm * span_;
+    case ELaw::kLog:
+        return math::exp(logMin_ + norm * span_);
+    default:
+        return min_ + norm * span_;
+    }
+}
+
+double CAudioParamCurve::normOf(double value) const
+{
+    switch (law_) {
+    case ELaw::kSquared:
+        return std::sqrt(std::abs((value - min_) / span_));
+    case ELaw::kLog:
+        return math::log(value / min_) / span_;
+    default:
+        return (value - min_) / span_;
+    }
+}
+
+// --- converter
 
 void CAudioParamConverter::buildClassInfo(CClassInfo& info)
 {
@@ -26,19 +62,6 @@ double CAudioParamConverter::textToValueClamped(const CAudioParamInfo& info, std
     return isUsable ? std::clamp(value, std::min(min, max), std::max(min, max)) : min;
 }
 
-double CAudioParamConverter::normToValue(const CAudioParamInfo& info, std::int32_t element, double norm) const
-{
-    const double min = minOf(info, element);
-    return min + norm * (maxOf(info, element) - min);
-}
-
-double CAudioParamConverter::valueToNorm(const CAudioParamInfo& info, std::int32_t element,
-                                         double value) const
-{
-    const double min = minOf(info, element);
-    return (value - min) / (maxOf(info, element) - min);
-}
-
 double CAudioParamConverter::minOf(const CAudioParamInfo& info, std::int32_t element)
 {
     return info.minValues[static_cast<std::size_t>(element)];
@@ -47,32 +70,6 @@ double CAudioParamConverter::minOf(const CAudioParamInfo& info, std::int32_t ele
 double CAudioParamConverter::maxOf(const CAudioParamInfo& info, std::int32_t element)
 {
     return info.maxValues[static_cast<std::size_t>(element)];
-}
-
-double CAudioParamConverter::logNormToValue(const CAudioParamInfo& info, std::int32_t element, double norm)
-{
-    const double min = minOf(info, element);
-    return math::exp(math::log(min) + norm * math::log(maxOf(info, element) / min));
-}
-
-double CAudioParamConverter::logValueToNorm(const CAudioParamInfo& info, std::int32_t element, double value)
-{
-    const double min = minOf(info, element);
-    return math::log(value / min) / math::log(maxOf(info, element) / min);
-}
-
-double CAudioParamConverter::squaredNormToValue(const CAudioParamInfo& info, std::int32_t element,
-                                                double norm)
-{
-    const double min = minOf(info, element);
-    return min + norm * norm * (maxOf(info, element) - min);
-}
-
-double CAudioParamConverter::squaredValueToNorm(const CAudioParamInfo& info, std::int32_t element,
-                                                double value)
-{
-    const double min = minOf(info, element);
-    return std::sqrt(std::abs((value - min) / (maxOf(info, element) - min)));
 }
 
 } // namespace qel

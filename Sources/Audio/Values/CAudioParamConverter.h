@@ -10,6 +10,32 @@ namespace qel {
 class CAudioParamData;
 class CAudioParamInfo;
 
+// How positions from 0 to 1 and the values of one range go together, with all that can be worked out of the
+// range beforehand. A plain value.
+class CAudioParamCurve
+{
+public:
+    enum class ELaw : std::uint8_t
+    {
+        kLinear,
+        kWhole,   // linear, and positions snap to whole numbers
+        kSquared, // more room for the lower part of the range
+        kLog      // equal steps of position are equal factors of value; for ranges that do not touch zero
+    };
+
+    CAudioParamCurve() = default;
+    CAudioParamCurve(ELaw law, double min, double max);
+
+    double valueAt(double norm) const;
+    double normOf(double value) const;
+
+private:
+    ELaw law_ = ELaw::kLinear;
+    double min_ = 0.0;
+    double span_ = 1.0; // of the values, or of their logarithms
+    double logMin_ = 0.0;
+};
+
 // Stands between the real value that modules receive (a linear factor, Hz, seconds, a fraction), the
 // normalised position 0 to 1 of knobs and hosts, and the text that users read and type. Ranges belong to the
 // parameter: every call names its declaration and the element, which must be below its `esize`.
@@ -39,23 +65,31 @@ public:
     // The text without unit. `pool`, which may be null, holds the strings of a string parameter.
     virtual CString valueToText(const CAudioParamInfo& info, std::int32_t element, double value,
                                 const CAudioParamData* pool, TextMode mode) const = 0;
-    // Linear unless a class says otherwise, between the element's minimum and maximum in this order.
-    virtual double normToValue(const CAudioParamInfo& info, std::int32_t element, double norm) const;
-    virtual double valueToNorm(const CAudioParamInfo& info, std::int32_t element, double value) const;
+    // Between the element's minimum and maximum in this order.
+    double normToValue(const CAudioParamInfo& info, std::int32_t element, double norm) const
+    {
+        return curve(info, element).valueAt(norm);
+    }
+    double valueToNorm(const CAudioParamInfo& info, std::int32_t element, double value) const
+    {
+        return curve(info, element).normOf(value);
+    }
+    // Both, for whoever converts often.
+    CAudioParamCurve curve(const CAudioParamInfo& info, std::int32_t element) const
+    {
+        return {law(), minOf(info, element), maxOf(info, element)};
+    }
 
     // The unit, which the display adds behind the text; may be empty.
     const CString& getLabel() const { return label_; }
 
 protected:
+    using ELaw = CAudioParamCurve::ELaw;
+
+    virtual ELaw law() const { return ELaw::kLinear; }
+
     static double minOf(const CAudioParamInfo& info, std::int32_t element);
     static double maxOf(const CAudioParamInfo& info, std::int32_t element);
-
-    // Equal steps of position are equal factors of value. For ranges that do not touch zero.
-    static double logNormToValue(const CAudioParamInfo& info, std::int32_t element, double norm);
-    static double logValueToNorm(const CAudioParamInfo& info, std::int32_t element, double value);
-    // More room for the lower part of the range.
-    static double squaredNormToValue(const CAudioParamInfo& info, std::int32_t element, double norm);
-    static double squaredValueToNorm(const CAudioParamInfo& info, std::int32_t element, double value);
 
     static void setFlag(bool* ok, bool state)
     {

@@ -152,16 +152,22 @@ bool CAudioParamStorage::accepts(const CAudioParamChange& change) const
            (change.count == 0 || change.values);
 }
 
+// Nearly always one number takes the place of another.
 bool CAudioParamStorage::write(const CAudioParamChange& change)
+{
+    const bool isOneNumber = change.count == 1 && change.esize == 1 && change.dtype == kFloat &&
+                             !change.resize && isStored(change.group, change.start);
+    if (!isOneNumber || !hasFormat(1, kFloat, change.reserved) || !change.values) {
+        return writeAny(change);
+    }
+    room_.values(change.group)[change.start] = *change.values;
+    return true;
+}
+
+bool CAudioParamStorage::writeAny(const CAudioParamChange& change)
 {
     if (!accepts(change)) {
         return false;
-    }
-    const bool isInPlace =
-        !strings_ && !change.resize && change.count > 0 && change.end() <= getCount(change.group);
-    if (isInPlace) {
-        std::copy_n(change.values, offset(change.count), room_.values(change.group) + offset(change.start));
-        return true;
     }
     if (change.isWhole()) {
         clear();

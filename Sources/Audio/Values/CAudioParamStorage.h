@@ -146,6 +146,7 @@ private:
         CAudioParamData fill;
     };
 
+    bool writeAny(const CAudioParamChange& change);
     double fallback(std::int32_t fillEntry, std::int32_t element) const;
     bool isStored(std::int32_t group, std::int32_t entry) const
     {
