@@ -140,6 +140,9 @@ std::intptr_t Host::callback(AEffect* effect, std::int32_t opcode, std::int32_t,
         return 1;
     case vst24::kMasterUpdateDisplay:
         ++host->displayUpdates;
+        if (host->whenUpdated) {
+            host->whenUpdated();
+        }
         return 1;
     case vst24::kMasterIOChanged:
         ++host->ioChanges;

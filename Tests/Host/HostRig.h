@@ -89,6 +89,7 @@ public:
     std::atomic<int> ioChanges{0};
     // Called in between, as hosts do that run their own loop there.
     std::function<void()> whenAutomated;
+    std::function<void()> whenUpdated;
 
 private:
     static std::intptr_t callback(AEffect* effect, std::int32_t opcode, std::int32_t index,

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdlib>
+#include <future>
 #include <limits>
 #include <thread>
 #include <unistd.h>
@@ -363,43 +364,72 @@ TEST(RudeHost, IsTurnedOffAndOnAndRearrangedWhileProcessing)
             ASSERT_TRUE(std::isfinite(outputs[0][0]));
         }
     });
-    std::mt19937 random(1);
     const Bytes preset = host.chunk(true);
     const Bytes bank = host.chunk(false);
-    for (const auto end = Clock::now() + kLength; Clock::now() < end;) {
-        VstSpeakerArrangement arrangement{};
-        arrangement.numChannels = 1 + static_cast<std::int32_t>(random() % 8);
-        switch (random() % 8) {
-        case 0:
-            host.stop();
-            break;
-        case 1:
-            host.call(kMainsChanged, 0, 1);
-            break;
-        case 2:
-            host.call(kSetSampleRate, 0, 0, nullptr, random() % 2 ? 44100.0f : 96000.0f);
-            break;
-        case 3:
-            host.call(kSetBlockSize, 0, 64 << random() % 5);
-            break;
-        case 4:
-            host.call(kSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&arrangement), &arrangement);
-            break;
-        case 5:
-            host.load(random() % 2 ? preset : host.chunk(true), true);
-            break;
-        case 6:
-            host.load(bank, false);
-            break;
-        default:
-            host.call(kSetProgram, 0, static_cast<std::intptr_t>(random() % 3));
-            host.set(static_cast<std::int32_t>(random() % 24), static_cast<float>(random() % 100) / 99.0f);
+    const auto rearrange = [&](unsigned seed) {
+        std::mt19937 random(seed);
+        for (const auto end = Clock::now() + kLength; Clock::now() < end;) {
+            void* record = nullptr;
+            VstSpeakerArrangement arrangement{};
+            arrangement.numChannels = 1 + static_cast<std::int32_t>(random() % 8);
+            switch (random() % 9) {
+            case 0:
+                host.stop();
+                break;
+            case 1:
+                host.call(kMainsChanged, 0, 1);
+                break;
+            case 2:
+                host.call(kSetSampleRate, 0, 0, nullptr, random() % 2 ? 44100.0f : 96000.0f);
+                break;
+            case 3:
+                host.call(kSetBlockSize, 0, 64 << random() % 5);
+                break;
+            case 4:
+                host.call(kSetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&arrangement),
+                          &arrangement);
+                host.call(kGetSpeakerArrangement, 0, reinterpret_cast<std::intptr_t>(&record), &record);
+                break;
+            case 5:
+                host.load(preset, true);
+                break;
+            case 6:
+                host.load(bank, false);
+                break;
+            case 7:
+                host.call(kGetChunk, static_cast<std::int32_t>(random() % 2), 0, &record);
+                break;
+            default:
+                host.call(kSetProgram, 0, static_cast<std::intptr_t>(random() % 3));
+                host.set(static_cast<std::int32_t>(random() % 24),
+                         static_cast<float>(random() % 100) / 99.0f);
+            }
         }
-    }
+    };
+    std::thread other(rearrange, 2);
+    rearrange(1);
+    other.join();
     isOver = true;
     audio.join();
     host.start();
     EXPECT_TRUE(std::isfinite(host.run(drums<float>(2000), {512})[0][1999]));
+}
+
+// Such a host shows the names, asks for them elsewhere, and waits for that.
+TEST(RudeHost, MayWaitForAnotherThreadWhenToldOfOtherPrograms)
+{
+    Host host;
+    const Bytes bank = host.chunk(false);
+    std::future<void> elsewhere;
+    host.whenUpdated = [&] {
+        if (!elsewhere.valid()) {
+            elsewhere = std::async(std::launch::async, [&] { host.call(kSetProgram, 0, 2); });
+            EXPECT_EQ(elsewhere.wait_for(std::chrono::seconds(20)), std::future_status::ready);
+        }
+    };
+    EXPECT_EQ(host.load(bank, false), 1);
+    EXPECT_GT(host.displayUpdates, 0);
+    EXPECT_EQ(host.call(kGetProgram), 2);
 }
 
 } // namespace

@@ -101,7 +101,6 @@ TEST_P(State, IsLeftAloneByWhatIsNoState)
     EXPECT_EQ(host.chunk(isPreset), other);
 }
 
-// Set while nothing runs, and still waiting when a state arrives: the state is the newer one.
 // Some hosts do when they open a window. The names of presets are part of it.
 TEST_P(State, IsAsItWasWhenTheHostSendsAllValuesBack)
 {
@@ -115,6 +114,7 @@ TEST_P(State, IsAsItWasWhenTheHostSendsAllValuesBack)
     EXPECT_EQ(host.chunk(GetParam()), before);
 }
 
+// Set while nothing runs, and still waiting when a state arrives: the state is the newer one.
 TEST_P(State, OverridesWhatWasSetBefore)
 {
     Host host;

@@ -85,7 +85,7 @@ protected:
     // A number of the host as an index; -1 if it cannot be one.
     static std::int32_t toIndex(std::intptr_t value);
 
-    std::int32_t curProgram_ = 0;
+    std::atomic<std::int32_t> curProgram_{0};
 
 private:
     std::intptr_t dispatchEdit(std::int32_t opcode, void* ptr);

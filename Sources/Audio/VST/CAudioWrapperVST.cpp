@@ -258,25 +258,23 @@ void CAudioWrapperVST::ioChanged()
 
 // --- channels and samples
 
-CAudioWrapperVST::ArrangementPtr CAudioWrapperVST::copyOf(const VstSpeakerArrangement& arrangement,
-                                                          std::int32_t maxChannels)
+VstSpeakerArrangement CAudioWrapperVST::copyOf(const VstSpeakerArrangement& arrangement,
+                                               std::int32_t maxChannels)
 {
-    auto copy = std::make_unique<VstSpeakerArrangement>();
-    copy->type = arrangement.type;
-    copy->numChannels = std::clamp(arrangement.numChannels, 0, std::min(maxChannels, kDeclaredSpeakers));
-    std::copy_n(arrangement.speakers, copy->numChannels, copy->speakers);
+    VstSpeakerArrangement copy{};
+    copy.type = arrangement.type;
+    copy.numChannels = std::clamp(arrangement.numChannels, 0, std::min(maxChannels, kDeclaredSpeakers));
+    std::copy_n(arrangement.speakers, copy.numChannels, copy.speakers);
     return copy;
 }
 
 bool CAudioWrapperVST::setSpeakerArrangement(const VstSpeakerArrangement* input,
                                              const VstSpeakerArrangement* output)
 {
-    ArrangementPtr newInput = copyOf(*input, getAeffect()->numInputs);
-    ArrangementPtr newOutput = copyOf(*output, getAeffect()->numOutputs);
-    announceLayout(newInput->numChannels, newOutput->numChannels);
     const CLock lock(getEnv().getLock());
-    inputArrangement_ = std::move(newInput);
-    outputArrangement_ = std::move(newOutput);
+    inputArrangement_ = copyOf(*input, getAeffect()->numInputs);
+    outputArrangement_ = copyOf(*output, getAeffect()->numOutputs);
+    announceLayout(inputArrangement_->numChannels, outputArrangement_->numChannels);
     nameInputs(*inputArrangement_);
     return true;
 }
@@ -298,9 +296,10 @@ std::vector<CString> CAudioWrapperVST::hostChannelLabels()
 
 bool CAudioWrapperVST::getSpeakerArrangement(VstSpeakerArrangement** input, VstSpeakerArrangement** output)
 {
+    const CLock lock(getEnv().getLock());
     const bool hasBoth = inputArrangement_ && outputArrangement_;
-    *input = hasBoth ? inputArrangement_.get() : nullptr;
-    *output = hasBoth ? outputArrangement_.get() : nullptr;
+    *input = hasBoth ? &*inputArrangement_ : nullptr;
+    *output = hasBoth ? &*outputArrangement_ : nullptr;
     return hasBoth;
 }
 
@@ -409,7 +408,9 @@ bool CAudioWrapperVST::getProgramNameIndexed(std::int32_t, std::int32_t index, c
 std::intptr_t CAudioWrapperVST::getChunk(void** data, bool isPreset)
 {
     CByteBuffer chunk;
-    if (const CError error = saveChunk(chunk, isPreset, true)) {
+    const CError error = saveChunk(chunk, isPreset, true);
+    const CLock lock(chunkLock_);
+    if (error) {
         chunkBuffer_.release();
         *data = nullptr;
         return 0;

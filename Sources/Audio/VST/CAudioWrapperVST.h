@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 namespace qel {
@@ -87,10 +88,6 @@ protected:
     std::vector<CString> hostChannelLabels() override;
 
 private:
-    // A copy of what the host requested: no more speakers than there are channels, and room for as many as
-    // the record declares.
-    using ArrangementPtr = std::unique_ptr<VstSpeakerArrangement>;
-
     void readHost();
     void describeEffect();
     void processHostBlock(const void* const* inputs, void* const* outputs, std::int32_t frames,
@@ -100,15 +97,17 @@ private:
     std::unique_lock<CCriticalSection> enterHostSection();
     CObject* project() const;
     void nameInputs(const VstSpeakerArrangement& arrangement);
-    static ArrangementPtr copyOf(const VstSpeakerArrangement& arrangement, std::int32_t maxChannels);
+    static VstSpeakerArrangement copyOf(const VstSpeakerArrangement& arrangement, std::int32_t maxChannels);
     static void fillPin(VstPinProperties& pin, std::int32_t index, std::int32_t count, const CString& label);
 
     // Only for a host that suspends and resumes in overlap with processing; null in all others.
     std::unique_ptr<CCriticalSection> hostSection_;
-    CByteBuffer chunkBuffer_; // the host's until its next getChunk()
-    // The next three with CAudioEnv's lock.
-    ArrangementPtr inputArrangement_;
-    ArrangementPtr outputArrangement_;
+    CCriticalSection chunkLock_; // guards the next
+    CByteBuffer chunkBuffer_;    // the host's until its next getChunk()
+    // The next three with CAudioEnv's lock. What the host requested, with no more speakers than there are
+    // channels; hosts are given their addresses, which stay.
+    std::optional<VstSpeakerArrangement> inputArrangement_;
+    std::optional<VstSpeakerArrangement> outputArrangement_;
     std::vector<CString> inputLabels_;
     std::int32_t hostVersion_ = 0;
     CString hostVendor_;

@@ -7,6 +7,8 @@
 #include "Streams/CMemoryReader.h"
 #include "Streams/CMemoryWriteBuffer.h"
 
+#include <utility>
+
 namespace qel {
 
 namespace {
@@ -44,11 +46,33 @@ void CAudioHostState::attach()
     bridge_.attach(&registry_);
 }
 
+// Told of new programs, hosts ask for them, in other threads as well, and some wait for the answer.
 void CAudioHostState::onProgramChange(CBridge* sender, std::uintptr_t)
 {
-    if (sender != &bridge_) {
+    if (sender == &bridge_) {
+        return;
+    }
+    if (isActivating()) {
+        haveProgramsChanged_ = true; // told when the lock is left
+    } else {
         handler_();
     }
+}
+
+template <class Action>
+CError CAudioHostState::change(Action&& action)
+{
+    CError error;
+    bool haveProgramsChanged = false;
+    {
+        const CActivation activation(*this);
+        error = action();
+        haveProgramsChanged = std::exchange(haveProgramsChanged_, false);
+    }
+    if (haveProgramsChanged) {
+        handler_();
+    }
+    return error;
 }
 
 CError CAudioHostState::save(CByteBuffer& outBuffer, bool isPreset, bool withHeader)
@@ -81,6 +105,13 @@ CError CAudioHostState::acquire(CByteBuffer& outBody, bool isPreset)
     return {};
 }
 
+// What was set before counts before what comes now.
+void CAudioHostState::takeHostValues()
+{
+    params_.takeChangesFromAudio();
+    extParams_.takePosted();
+}
+
 CError CAudioHostState::activate(const CByteBuffer& body, bool isPreset)
 {
     CMemoryReader reader(body.bytes());
@@ -90,17 +121,18 @@ CError CAudioHostState::activate(const CByteBuffer& body, bool isPreset)
 
 CError CAudioHostState::activateProgram(std::int32_t index)
 {
-    const CActivation activation(*this);
-    params_.takeChangesFromAudio();
-    extParams_.takePosted();
-    QEL_TRY(registry_.setProgram(index, &bridge_), {});
-    return {};
+    return change([&] {
+        takeHostValues();
+        return registry_.setProgram(index, &bridge_);
+    });
 }
 
 void CAudioHostState::renameProgram(const CString& name)
 {
-    const CActivation activation(*this);
-    registry_.setProgramName(registry_.getProgram(), name, false, &bridge_);
+    releaseError(change([&] {
+        registry_.setProgramName(registry_.getProgram(), name, false, &bridge_);
+        return CError();
+    }));
 }
 
 CError CAudioHostState::load(std::span<const std::uint8_t> data, bool isPreset, bool hasHeader)
@@ -116,11 +148,14 @@ CError CAudioHostState::load(std::span<const std::uint8_t> data, bool isPreset, 
         CMemoryReader chunk(data);
         QEL_TRY(chunk.readCompressedData(body, isPreset ? kPresetId : kBankId), {});
     }
-    // A chunk can be whole and hold an entry that does not fit, which shows when others are in place already.
-    // Programs and their histories the registry keeps itself.
-    const CActivation activation(*this);
-    params_.takeChangesFromAudio();
-    extParams_.takePosted();
+    return change([&] { return activateOrRestore(body, isPreset); });
+}
+
+// A chunk can be whole and hold an entry that does not fit, which shows when others are in place already.
+// Programs and their histories the registry keeps itself.
+CError CAudioHostState::activateOrRestore(const CByteBuffer& body, bool isPreset)
+{
+    takeHostValues();
     CByteBuffer before;
     QEL_TRY(acquire(before, true), {});
     if (CError error = activate(body, isPreset)) {

@@ -25,7 +25,7 @@ class CAudioHostState
 public:
     using ProgramHandler = std::function<void()>;
 
-    // `onProgramChange` is called for programs that change without the host's doing.
+    // `onProgramChange` is called for programs that change without the host's doing, with no lock held.
     CAudioHostState(CAudioParamRegistry& registry, CAudioParamCollector& params,
                     CAudioExtParamList& extParams, ProgramHandler onProgramChange);
     CAudioHostState(const CAudioHostState&) = delete;
@@ -47,8 +47,13 @@ public:
 private:
     class CActivation;
 
+    // Runs `action()` as a change of the state as a whole, which the host itself has asked for.
+    template <class Action>
+    CError change(Action&& action);
     CError acquire(CByteBuffer& outBody, bool isPreset);
+    void takeHostValues();
     CError activate(const CByteBuffer& body, bool isPreset);
+    CError activateOrRestore(const CByteBuffer& body, bool isPreset);
     void onProgramChange(CBridge* sender, std::uintptr_t userWord);
 
     CAudioParamRegistry& registry_;
@@ -57,6 +62,7 @@ private:
     const ProgramHandler handler_;
     CCriticalSection lock_; // taken before all locks of the tree
     std::atomic<std::thread::id> activator_{};
+    bool haveProgramsChanged_ = false; // while a state is activated; under the lock
     COwnedBridge<CAudioHostState> bridge_{*this, &CAudioHostState::onProgramChange};
 };
 

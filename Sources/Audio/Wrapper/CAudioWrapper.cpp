@@ -247,8 +247,8 @@ void CAudioWrapper::order(Change&& change)
 CAudioHostSetup CAudioWrapper::clamped(const CAudioHostSetup& setup) const
 {
     CAudioHostSetup result = setup;
-    result.inputCount = std::clamp(setup.inputCount, 0, kMaxChannels);
-    result.outputCount = std::clamp(setup.outputCount, 0, kMaxChannels);
+    result.inputCount = std::clamp(setup.inputCount, 0, mostInputs_);
+    result.outputCount = std::clamp(setup.outputCount, 0, mostOutputs_);
     result.sidechainCount = hasSidechain_ ? std::clamp(setup.sidechainCount, 0, result.inputCount) : 0;
     return result;
 }
@@ -299,8 +299,8 @@ void CAudioWrapper::announceLayout(int inputCount, int outputCount)
 {
     env_->requestRestart();
     order([&](CAudioHostMailbox::Order& order) {
-        order.setup.inputCount = std::min(inputCount, order.setup.inputCount);
-        order.setup.outputCount = std::min(outputCount, order.setup.outputCount);
+        mostInputs_ = std::clamp(inputCount, 0, kMaxChannels);
+        mostOutputs_ = std::clamp(outputCount, 0, kMaxChannels);
         order.setup = clamped(order.setup);
     });
 }

@@ -114,6 +114,7 @@ protected:
     void setDefaultLayout(int inputCount, int outputCount);
     // The host has announced these counts: where they are lower than those in use they count at once, since
     // it may hand over no more pointers than that; the rest, and a fresh start, comes with the next resume().
+    // From here on no more are in use, whatever resume() was told before.
     void announceLayout(int inputCount, int outputCount);
     bool isHostActivating() const { return state_->isActivating(); }
     // Audio thread: takes up what control threads have ordered, and gives what holds for this block.
@@ -191,7 +192,10 @@ private:
     std::atomic<bool> hasMemory_{false};
 
     CAudioHostMailbox mailbox_;
-    CAudioHostMailbox::Order ordered_; // under the environment's lock
+    // The next three under the environment's lock.
+    CAudioHostMailbox::Order ordered_;
+    int mostInputs_ = kMaxChannels; // as announced
+    int mostOutputs_ = kMaxChannels;
     // In samples of the host, by the number of times that the rate is doubled.
     double latencies_[kMaxOversamplingLevel + 1] = {};
 
