@@ -5,8 +5,6 @@
 
 namespace qel {
 
-namespace {} // namespace
-
 void CAudioParamConverterReal::buildClassInfo(CClassInfo& info)
 {
     using Self = CAudioParamConverterReal;

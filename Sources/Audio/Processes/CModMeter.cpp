@@ -19,7 +19,7 @@ enum : int
     kRmsTimeSlot,
     kGainSlot,
     kBiasTimeSlot,
-    kUseBiasSlot, // no read-out depends on it,
+    kUseBiasSlot, // no read-out depends on it
     kReleaseSlot,
     kPeakGainSlot, // nor on this
     kSlotCount
@@ -49,7 +49,8 @@ CModMeterModule::Settings CModMeterModule::readSettings(const CAudioProcessSlots
 {
     Settings settings;
     settings.peakSec = slots.value(kPeakTimeSlot, place.group);
-    settings.rmsSec = slots.has(kRmsTimeSlot) ? slots.value(kRmsTimeSlot, place.group) : kDefaultRmsSec;
+    const bool hasRmsTime = slots.entryCount(kRmsTimeSlot, place.group) > 0;
+    settings.rmsSec = hasRmsTime ? slots.value(kRmsTimeSlot, place.group) : kDefaultRmsSec;
     settings.biasSec = slots.value(kBiasTimeSlot, place.group);
     settings.releaseSec = slots.value(kReleaseSlot, place.group);
     settings.gain = slots.has(kGainSlot) ? slots.value(kGainSlot, place.group) : 1.0;

@@ -127,8 +127,8 @@ public:
     // Takes over groups and strings of `source`, which has the same format. Format and fill stay.
     void copyValues(const CAudioParamStorage& source);
     // Limits each number to the range of its element, given by esize minima and maxima, of which the
-    // smaller is the lower limit. NaN stays, identifiers stay.
-    // What is not a number becomes the default that the fill gives.
+    // smaller is the lower limit. What is not a number becomes the default that the fill gives; identifiers
+    // stay.
     void clamp(std::span<const double> minimum, std::span<const double> maximum);
 
     // --- wire form
