@@ -68,6 +68,25 @@ TEST_F(DeliveredControls, InTabletModeControlsTakeWhatIsBesideThem)
     EXPECT_FALSE(tapBelow(10.0)) << "nearer to the knob";
 }
 
+// A list of what can be done has nothing selected, whose click would only close it.
+TEST_F(DeliveredControls, AGroupIsCopiedToTheSameOneAgain)
+{
+    constexpr double kGroups = 8.0;
+    for (const char* const gain : {"6.0", "3.0"}) {
+        host_.set("ui.group-selector:group-index", "0");
+        host_.set("lf-gain", gain);
+        host_.click("ui.main-window.c.bottom-frame.copy");
+        const CView& list = *dynamic_cast<CView*>(host_.topWindow().getRootView()->findObject(".c.list"));
+        const CRect area = list.getArea();
+        host_.user().moveTo(host_.topWindow(), area.x + 8.0, area.y + area.height * 1.5 / kGroups);
+        host_.user().press();
+        host_.user().release();
+        host_.settle();
+        host_.set("ui.group-selector:group-index", "1");
+        EXPECT_EQ(shown("c.mix.lfgain"), gain + std::string(" dB"));
+    }
+}
+
 TEST_F(DeliveredControls, NamesAreShownAsTheyAreTyped)
 {
     const std::string name = "[B]{Kick}[/B] [IMG=is.button#Arrow]";
