@@ -145,11 +145,10 @@ CError CWindow::findParts()
         QEL_FAIL(getFullName(), "@qelstr_CWindow_init_NoRootView Unable to find root view.");
     }
     context_ = rootView_->getViewContext().shared_from_this();
-    CGlobalSettings* settings = nullptr;
-    QEL_TRY(require(settings, kGlobalSettingsPath,
+    QEL_TRY(require(settings_, kGlobalSettingsPath,
                     "@qelstr_CWindow_init_NoGlobalSettings Unable to locate global settings object."),
             getFullName());
-    pointer_.setSettings(*settings);
+    pointer_.setSettings(*settings_);
     return {};
 }
 
@@ -344,6 +343,9 @@ void CWindow::renderFrame()
     }
     if (isOpen_) {
         map.present();
+    }
+    if (isOpen_ && settings_->isBuiltinRefresh()) {
+        shell_.getSurface().invalidate({0, 0, size_.width, size_.height});
     }
 }
 

@@ -183,6 +183,7 @@ private:
 
     CView* rootView_ = nullptr;
     CWindowSharedData* sharedData_ = nullptr;
+    const CGlobalSettings* settings_ = nullptr;
     std::shared_ptr<CViewContext> context_;
     std::shared_ptr<CWindowSystem> system_;
     CWindowShell shell_;

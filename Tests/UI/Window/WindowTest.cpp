@@ -99,6 +99,10 @@ TEST_F(Window, DrawWhatMovesAndNothingElse)
     takeFrames();
     user().advance(1.0);
     EXPECT_EQ(takeFrames(), 0);
+    ASSERT_OK(
+        root_->findObject("ui.global-settings")->setAttribute("builtin-refresh", CAttrValue(true), true));
+    user().advance(1.0);
+    EXPECT_NEAR(takeFrames(), 40, 1) << "the user wants the picture on the screen all the time";
 }
 
 TEST_F(Window, TickWhatSubscribes)
