@@ -169,7 +169,7 @@ CError CFileDialog::onSystemResult(const FileDialogResult& result)
     request_.reset();
     switch (result.outcome) {
     case FileDialogResult::Outcome::kAccepted:
-        return finish(openMode_ == FileDialogMode::kSave ? withExtension(result.path) : result.path);
+        return takeSystemPath(result.path);
     case FileDialogResult::Outcome::kCancelled:
         return {};
     case FileDialogResult::Outcome::kUnavailable:
@@ -189,6 +189,18 @@ CError CFileDialog::onSystemResult(const FileDialogResult& result)
              result.error);
 }
 
+// The system has asked about replacing the file of the name that was typed, and not of the one that this
+// becomes.
+CError CFileDialog::takeSystemPath(const std::string& path)
+{
+    const std::string file = openMode_ == FileDialogMode::kSave ? withExtension(path) : path;
+    if (file == path || !platform::fileExists(file)) {
+        return finish(file);
+    }
+    confirmed_ = CString::fromUtf8(file);
+    return showPathWindow(file, replacingQuestion());
+}
+
 // --- our own window
 
 CView* CFileDialog::findPathWindow() const
@@ -205,8 +217,13 @@ CError CFileDialog::openPathWindow()
         QEL_TRY(setAttribute("path", CString::fromUtf8(home), true), getFullName());
     }
     const std::string name = openMode_ == FileDialogMode::kFolder ? "" : plainText(fileName_).toUtf8();
-    typed_ = CString::fromUtf8(join(folder_.toUtf8(), name));
     confirmed_ = {};
+    return showPathWindow(join(folder_.toUtf8(), name), {});
+}
+
+CError CFileDialog::showPathWindow(const std::string& path, const CString& message)
+{
+    typed_ = CString::fromUtf8(path);
     CAttrMap parameters;
     parameters["tag"] = CAttrValue(kPathWindowTag);
     parameters["window-alignment"] = CAttrValue("center");
@@ -214,7 +231,7 @@ CError CFileDialog::openPathWindow()
     parameters["popup-is-drop-down-behavior-disabled"] = CAttrValue(true);
     parameters["popup-title"] = CAttrValue(title_);
     parameters["popup-path-text"] = CAttrValue(literalText(typed_));
-    parameters["popup-path-message"] = CAttrValue(CString());
+    parameters["popup-path-message"] = CAttrValue(literalText(message));
     parameters["popup-file-dialog"] = CAttrValue(getFullName());
     return sendEvent(*view_, "popup-toggle", parameters);
 }
@@ -247,7 +264,7 @@ CError CFileDialog::eventPathEntered(const CAttrMap&)
         const CString file = CString::fromUtf8(path);
         if (platform::fileExists(path) && file != confirmed_) {
             confirmed_ = file;
-            return showMessage(formatMessage("The file '%1' exists. Once more to replace it.", {file}));
+            return showMessage(replacingQuestion());
         }
     }
     const CHold hold(*this);
@@ -255,6 +272,11 @@ CError CFileDialog::eventPathEntered(const CAttrMap&)
         QEL_TRY(sendEvent(*window, "close-window", {}), getFullName());
     }
     return isReleased() ? CError() : finish(path);
+}
+
+CString CFileDialog::replacingQuestion() const
+{
+    return formatMessage("The file '%1' exists. Once more to replace it.", {confirmed_});
 }
 
 CError CFileDialog::showMessage(const CString& message)

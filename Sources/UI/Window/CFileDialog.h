@@ -55,8 +55,12 @@ private:
     CError readMode(platform::FileDialogMode& out) const;
     platform::FileDialogRequest makeRequest(const CWindow& window) const;
     CError onSystemResult(const platform::FileDialogResult& result);
+    CError takeSystemPath(const std::string& path);
     CError openPathWindow();
+    CError showPathWindow(const std::string& path, const CString& message);
     CView* findPathWindow() const;
+    // About the file that is to be replaced.
+    CString replacingQuestion() const;
     CError showMessage(const CString& message);
     // What is wrong with a path that was typed; empty if nothing is.
     CString checkPath(const std::string& path) const;
