@@ -104,7 +104,6 @@ void CLevelMeter::layOut()
     const double scale = getInterfaceScale();
     gapPx_ = 1;
     lampPx_ = std::max(2, roundToPixel(lampSize_ * scale));
-    peakPx_ = std::max(1, lampPx_ / 2);
     zoneEnds_[0] = toPixel(zoneYellow_);
     zoneEnds_[1] = std::max(zoneEnds_[0], toPixel(zoneRed_));
     zoneEnds_[2] = length_;
@@ -135,7 +134,7 @@ void CLevelMeter::measure(Bar& bar, const Channel& channel) const
     bar.level = channel.isActive && !channel.isSilent ? toPixel(channel.value) : 0;
     const bool hasPeak = isPeakShown_ && channel.isActive && !channel.isPeakSilent;
     const std::int32_t peak = hasPeak ? toPixel(channel.peak) : 0;
-    bar.peak = peak > 0 ? std::max(peak, peakPx_) : 0;
+    bar.peak = peak > 0 ? std::max(peak, lampPx_) : 0;
 }
 
 // --- changes
@@ -164,8 +163,8 @@ void CLevelMeter::markChange(const Bar& before, const Bar& after)
     }
     markStrip(after, std::min(before.level, after.level), std::max(before.level, after.level));
     if (before.peak != after.peak) {
-        markStrip(after, before.peak - peakPx_, before.peak);
-        markStrip(after, after.peak - peakPx_, after.peak);
+        markStrip(after, before.peak - lampPx_, before.peak);
+        markStrip(after, after.peak - lampPx_, after.peak);
     }
 }
 
@@ -207,7 +206,7 @@ void CLevelMeter::drawBar(CDrawContext& context, const Bar& bar) const
         }
     }
     if (bar.peak > 0) {
-        drawFilledRect(context, kPeakSlot, rectOf(bar, bar.peak - peakPx_, bar.peak), 1, 1.0);
+        drawFilledRect(context, kPeakSlot, rectOf(bar, bar.peak - lampPx_, bar.peak), 1, 1.0);
     }
 }
 

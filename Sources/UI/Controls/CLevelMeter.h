@@ -12,8 +12,8 @@ namespace qel {
 //     is-vertical      bars stand; otherwise they lie, and grow to the right
 //     is-peak-shown    true by default
 //     is-minimal       the lamps that are off are not drawn
-//     lamp-size        from one lamp to the next, the gap of a pixel included; 4 by default. The peak is half
-//                      as thick
+//     lamp-size        from one lamp to the next, the gap of a pixel included; 4 by default. The line of the
+//                      peak is as thick
 //     zone-yellow      where the second zone begins, -12 by default
 //     zone-red         the last value of the second zone, 0 by default
 //
@@ -64,7 +64,6 @@ private:
     std::int32_t length_ = 0;
     std::int32_t lampPx_ = 4;
     std::int32_t gapPx_ = 1;
-    std::int32_t peakPx_ = 2;
     std::int32_t zoneEnds_[kZones] = {}; // along the bar
 
     // Bound attributes.
