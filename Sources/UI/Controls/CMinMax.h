@@ -9,10 +9,9 @@ namespace qel {
 // Tag `ui:min-max`.
 //
 //     min, max          the ends; -60 and 0 by default
-//     is-log            equal ratios are equally far apart; both ends must be above 0, otherwise it is
-//     ignored scale-power       the place between the ends, 0 to 1, is raised to this power: above 1 the
-//     upper end gets
-//                       more room
+//     is-log            equal ratios are equally far apart; ignored unless both ends are above 0
+//     scale-power       the place between the ends, 0 to 1, is raised to this power: above 1 the upper end
+//                       gets more room
 //
 // A child ui-param named "ui-param-min" or "ui-param-max" takes the place of an end. Raises "min-max-update"
 // when one of these changes.

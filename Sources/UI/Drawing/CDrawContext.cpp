@@ -65,7 +65,6 @@ void traceClipZero(const char* caller)
 // Stamps a quarter of a pixel apart: between them the edge of the thinnest brush falls short by less than a
 // hundredth of a pixel.
 constexpr double kStampsPerPixel = 4.0;
-// What an arc's chords may fall short of the circle, in pixels.
 
 // The coverage of one stroke in the part of a sector that shows.
 class StrokeMask
