@@ -43,7 +43,7 @@ struct Slot
     {
         binding.queue = &queue;
         binding.storage = &storage;
-        binding.isDirty = &isDirty;
+        binding.mark = &mark;
         binding.group = group;
         binding.entry = entry;
         isBound = param.audioSide().prepare(binding);
@@ -65,13 +65,15 @@ struct Slot
     {
         int events = 0;
         queue.applyUntil(limitSec, [&events](CAudioParamBinding&, const CAudioParamEvent&) { ++events; });
-        isDirty = !queue.isEmpty();
+        if (queue.isEmpty()) {
+            mark.lower();
+        }
         return events;
     }
 
     CAudioParamEventQueue queue;
     CAudioParamStorage storage;
-    bool isDirty = false;
+    CAudioParamMark mark;
     CAudioParamBinding binding;
     bool isBound = false;
 };

@@ -30,12 +30,12 @@ TEST_F(ParamTransportTest, DatesEventsOnTheClockAndKeepsThemUntilTheirTime)
     ASSERT_NE(slot.queue.peek(), nullptr);
     EXPECT_EQ(slot.queue.peek()->event->getTime(), 2.25);
     EXPECT_EQ(slot.drain(2.25), 0); // strictly below
-    EXPECT_TRUE(slot.isDirty);
+    EXPECT_TRUE(slot.mark.isRaised());
     EXPECT_EQ(slot.drain(2.5), 1);
     EXPECT_EQ(slot.storage.get(0, 0), 1.0);
     EXPECT_EQ(slot.drain(2.6), 1);
     EXPECT_EQ(slot.storage.get(0, 0), 2.0);
-    EXPECT_FALSE(slot.isDirty);
+    EXPECT_FALSE(slot.mark.isRaised());
     // A time that never comes must not hold up what follows.
     set(param, 3.0, std::nan(""));
     callAudio();

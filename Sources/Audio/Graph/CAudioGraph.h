@@ -8,6 +8,7 @@
 namespace qel {
 
 class CAudioParamCollector;
+class CAudioParamMark;
 class CAudioPlanBuilder;
 class CAudioStepPlan;
 class CAudioVizCollector;
@@ -31,9 +32,10 @@ struct CAudioGraph
     bool holdsSettings = false;
     // Goes up whenever a process has taken up changes that the layout may depend on.
     std::uint32_t layoutsTaken = 0;
-    // Samples, at this rate, that have been run from a plan and that the processes do not know of.
-    std::int64_t aheadSamples = 0;
-    double aheadRateHz = 1.0;
+    // The processes for which changes have come.
+    CAudioParamMark* changed = nullptr;
+    // Goes up with every step of the whole.
+    std::uint32_t steps = 0;
     // Set where a change waits at a process that steps are not cut for.
     bool changesWait = false;
     // While it is set, a step is being written down.

@@ -97,10 +97,7 @@ bool CAudioPlanner::takeUpChanges()
         return true;
     }
     inner_->plan = &plan_;
-    inner_->aheadSamples = planned_;
-    inner_->aheadRateHz = root_.sampleRateHz();
-    const bool isSteady = root_.takeUpSteadily();
-    inner_->aheadSamples = 0;
+    const bool isSteady = root_.takeUpSteadily(planned_, root_.sampleRateHz());
     inner_->plan = nullptr;
     return isSteady && plan_.reuniteTwins();
 }
@@ -185,7 +182,7 @@ void CAudioPlanner::waitLonger()
 void CAudioPlanner::beginStep(CAudioGraph& inner)
 {
     count_ = offered();
-    if (haveChangesCome() && isRipe_ && !root_.takeUpSteadily()) {
+    if (haveChangesCome() && isRipe_ && !root_.takeUpSteadily(0, root_.sampleRateHz())) {
         isRipe_ = false;
         quietSamples_ = 0;
     }

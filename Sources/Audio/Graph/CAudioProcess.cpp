@@ -336,19 +336,6 @@ std::int64_t CAudioProcess::steadySamples(double rateHz) const
     return samples;
 }
 
-bool CAudioProcess::takeUpSteadily()
-{
-    bool isSteady = CAudioProcessBase::takeUpSteadily();
-    for (const auto& child : children_) {
-        if (!child->isPlaced) {
-            child->process->idle();
-        } else {
-            isSteady = isSteady && child->process->takeUpSteadily();
-        }
-    }
-    return isSteady;
-}
-
 void CAudioProcess::skip(std::int64_t samples, double rateHz)
 {
     CAudioProcessBase::skip(samples, rateHz);

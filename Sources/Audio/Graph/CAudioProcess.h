@@ -41,7 +41,6 @@ public:
     void prepareGroups(std::uint32_t groups) override;
     std::uint32_t layout() const override;
     std::int64_t steadySamples(double rateHz) const override;
-    bool takeUpSteadily() override;
     void skip(std::int64_t samples, double rateHz) override;
     std::uint32_t groupsWanted() const override;
     int rateFactor() const override;

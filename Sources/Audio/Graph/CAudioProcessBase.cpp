@@ -35,7 +35,7 @@ CError CAudioProcessBase::init()
 CError CAudioProcessBase::bindParams()
 {
     const int boundGroup = def_.isGroup0() ? 0 : group_;
-    QEL_TRY(slots_.bind(def_, fullName_, graph_->params, boundGroup), fullName_);
+    QEL_TRY(slots_.bind(def_, fullName_, graph_->params, boundGroup, *this), fullName_);
     if (isTracing()) {
         traceUnknownSlots();
     }
@@ -50,6 +50,12 @@ void CAudioProcessBase::traceUnknownSlots() const
             trace("regModuleParam error " + CString::number(slot.number) + " " + slot.paramName, fullName_);
         }
     }
+}
+
+void CAudioProcessBase::followParams()
+{
+    hangOn(graph_->changed);
+    slots_.follow();
 }
 
 CAudioInputPort& CAudioProcessBase::addInput(std::size_t port)
@@ -68,10 +74,9 @@ CAudioOutputPort& CAudioProcessBase::addOutput(std::size_t port)
     return *outputs_[port];
 }
 
-double CAudioProcessBase::positionSec() const
+double CAudioProcessBase::positionBehind(std::int64_t samples, double rateHz) const
 {
-    const std::int64_t ahead =
-        graph_->aheadSamples != 0 ? samplesHere(graph_->aheadSamples, graph_->aheadRateHz) : 0;
+    const std::int64_t ahead = samples != 0 ? samplesHere(samples, rateHz) : 0;
     return basePositionSec_ + static_cast<double>(positionSamples_ + ahead) / format_.sampleRateHz;
 }
 
@@ -113,9 +118,29 @@ bool CAudioProcessBase::isSettled() const
            std::all_of(inputs_.begin(), inputs_.end(), [](const auto& port) { return port->isAtRest(); });
 }
 
-bool CAudioProcessBase::takeUpSteadily()
+bool CAudioProcessBase::takeUpSteadily(std::int64_t, double)
 {
     return !hasChanges();
+}
+
+// While a graph is steady, all that works has taken part in its last step.
+bool CAudioProcessBase::takeUpAllSteadily(CAudioGraph& graph, std::int64_t aheadSamples, double rateHz)
+{
+    bool isSteady = true;
+    forEachRaised(graph.changed, [&](CAudioParamMark& mark) {
+        auto& process = static_cast<CAudioProcessBase&>(mark);
+        if (process.lastStep_ != graph.steps) {
+            process.idle();
+        } else {
+            isSteady = isSteady && process.takeUpSteadily(aheadSamples, rateHz);
+        }
+    });
+    return isSteady;
+}
+
+void CAudioProcessBase::idleAll(CAudioGraph& graph)
+{
+    forEachRaised(graph.changed, [](CAudioParamMark& mark) { static_cast<CAudioProcessBase&>(mark).idle(); });
 }
 
 // Rates differ by powers of two, so the product is exact.
@@ -127,7 +152,7 @@ std::int64_t CAudioProcessBase::samplesHere(std::int64_t samples, double rateHz)
 void CAudioProcessBase::skip(std::int64_t samples, double rateHz)
 {
     positionSamples_ += samplesHere(samples, rateHz);
-    if (slots_.hasEvents() && isUnheard(0)) {
+    if (hasEvents() && isUnheard(0)) {
         takePassedEvents();
     }
 }
@@ -139,7 +164,7 @@ void CAudioProcessBase::takePassedEvents()
         const double limitSec = positionSec() - timeShiftSec() - kRoundingSamples / format_.sampleRateHz;
         mustApplyEvents_ = takeChangesUntil(limitSec) || mustApplyEvents_;
     }
-    graph_->changesWait |= slots_.hasEvents();
+    graph_->changesWait |= hasEvents();
 }
 
 void CAudioProcessBase::visit(CGraphVisitor& visitor) const
@@ -176,17 +201,18 @@ CAudioProcessBase::EStep CAudioProcessBase::processStep()
         beSilent();
         return EStep::kSilent;
     }
-    if (applyDueEvents() || mustApplyEvents_) {
+    if (applyDueEvents(positionSec()) || mustApplyEvents_) {
         mustApplyEvents_ = false;
         applyEvents();
     }
     const int longest = limitStep(offered);
-    const bool isCut = slots_.hasEvents() && !isUnheard(longest);
+    const bool isCut = hasEvents() && !isUnheard(longest);
     const int count = isCut ? limitToNextEvent(longest) : longest;
     step(count);
     isBeginning_ = false;
+    lastStep_ = graph_->steps;
     positionSamples_ += count;
-    if (!isCut && slots_.hasEvents()) {
+    if (!isCut && hasEvents()) {
         takePassedEvents();
     }
     bool isDry = false;
@@ -198,7 +224,7 @@ CAudioProcessBase::EStep CAudioProcessBase::processStep()
 
 void CAudioProcessBase::idle()
 {
-    if (slots_.hasEvents() && takeChangesUntil(std::numeric_limits<double>::infinity())) {
+    if (hasEvents() && takeChangesUntil(std::numeric_limits<double>::infinity())) {
         mustApplyEvents_ = true;
     }
 }
@@ -247,13 +273,13 @@ bool CAudioProcessBase::takeUpFormats()
 // of it. One sample of tolerance covers the rounding of times, and the comparison is strict. Where a stream
 // begins there is no older signal that a change could come too early for: all that is due at its position
 // holds from its first sample.
-bool CAudioProcessBase::applyDueEvents()
+bool CAudioProcessBase::applyDueEvents(double atSec)
 {
-    if (!slots_.hasEvents() || graph_->holdsSettings) {
+    if (!hasEvents() || graph_->holdsSettings) {
         return false;
     }
     const double shiftSec = isBeginning_ ? 0.0 : timeShiftSec();
-    return takeChangesUntil(positionSec() + 1.0 / format_.sampleRateHz - shiftSec);
+    return takeChangesUntil(atSec + 1.0 / format_.sampleRateHz - shiftSec);
 }
 
 // Behind a latency a change falls due within a step, wherever the host's blocks end.

@@ -23,7 +23,7 @@ class CGraphVisitor;
 // registerKernels(), resolveKernels(), and steps. Owned by the compound that runs it. Everything from the
 // first step on happens on the audio thread, without locks; it allocates only where the topology, the rate or
 // a step length is new.
-class CAudioProcessBase : public CCheckedObject
+class CAudioProcessBase : public CCheckedObject, private CAudioParamMark
 {
 public:
     // The group of a process that takes each channel's group from its stream.
@@ -52,7 +52,7 @@ public:
     // --- audio thread: no locks, no allocation but from memory()
 
     // From here on the slots follow their parameters.
-    virtual void followParams() { slots_.follow(); }
+    virtual void followParams();
     // Takes up the channels and formats of the inputs after they have changed.
     virtual void syncLinks() {}
     // Takes up parameter values after some have changed, or after the format has.
@@ -88,7 +88,7 @@ public:
     // Rate of the stream here; time shift and latency are those of port 0.
     double sampleRateHz() const { return format_.sampleRateHz; }
     const CAudioStreamFormat& format() const { return format_; }
-    double positionSec() const;
+    double positionSec() const { return positionBehind(0, format_.sampleRateHz); }
 
     // One channel of port 0 as this process sees it now.
     struct Channel
@@ -122,10 +122,10 @@ public:
     // inside, kForever where nothing is; in between, instances are being faded that long.
     virtual std::int64_t steadySamples(double rateHz) const;
     static constexpr std::int64_t kForever = std::int64_t{1} << 62;
-    // Takes up the changes that are due now, for a graph that is steady and has to stay so. False where a
-    // change has come that steps would have to run other kernels for, or be cut: that one is left for the
-    // next step.
-    virtual bool takeUpSteadily();
+    // Takes up the changes that are due behind so many samples at this rate, which the process does not know
+    // of yet, for a graph that is steady and has to stay so. False where a change has come that steps would
+    // have to run other kernels for, or be cut: that one is left for the next step. Nothing inside is asked.
+    virtual bool takeUpSteadily(std::int64_t aheadSamples, double rateHz);
     // The stream has gone on by so many samples at this rate without this process and what works inside.
     // Changes that have fallen due on the way are taken up.
     virtual void skip(std::int64_t samples, double rateHz);
@@ -134,6 +134,11 @@ public:
     virtual void visit(CGraphVisitor& visitor) const;
 
 protected:
+    // The same for all processes of a graph that work; those that rest take up all that has come.
+    static bool takeUpAllSteadily(CAudioGraph& graph, std::int64_t aheadSamples, double rateHz);
+    // idle() for all processes of a graph of which none works.
+    static void idleAll(CAudioGraph& graph);
+
     enum class EStep : std::uint8_t
     {
         kDone,   // there may be another
@@ -152,8 +157,10 @@ protected:
             applyEvents();
         }
     }
-    // True if changes wait, to become due or to be applied.
-    bool hasChanges() const { return mustApplyEvents_ || slots_.hasEvents(); }
+    // True if changes wait to become due.
+    bool hasEvents() const { return isRaised(); }
+    // The same, or to be applied.
+    bool hasChanges() const { return mustApplyEvents_ || hasEvents(); }
     // So many samples at a rate are as many at the rate here.
     std::int64_t samplesHere(std::int64_t samples, double rateHz) const;
     // How many parameter slots the process knows, numbered from 0.
@@ -180,13 +187,13 @@ protected:
     // takeUpSteadily() where changed settings are no matter of kernels: `applies()` takes them up as
     // applyEvents() does, or says that it cannot.
     template <class Applies>
-    bool takeUpSteadily(Applies&& applies)
+    bool takeUpSteadily(std::int64_t aheadSamples, double rateHz, Applies&& applies)
     {
         if (graph_->holdsSettings) {
             return false;
         }
-        mustApplyEvents_ = applyDueEvents() || mustApplyEvents_;
-        graph_->changesWait |= slots_.hasEvents();
+        mustApplyEvents_ = applyDueEvents(positionBehind(aheadSamples, rateHz)) || mustApplyEvents_;
+        graph_->changesWait |= hasEvents();
         if (isUnheard(0)) {
             return true;
         }
@@ -206,7 +213,8 @@ private:
     CAudioOutputPort& addOutput(std::size_t port);
     int available() const;
     bool takeUpFormats();
-    bool applyDueEvents();
+    double positionBehind(std::int64_t samples, double rateHz) const;
+    bool applyDueEvents(double atSec);
     int limitToNextEvent(int count) const;
     void takePassedEvents();
     double timeShiftSec() const;
@@ -225,6 +233,7 @@ private:
     std::int64_t positionSamples_ = 0; // since then
     bool mustApplyEvents_ = true;
     bool isBeginning_ = true;
+    std::uint32_t lastStep_ = 0; // of the whole, that this one took part in
 };
 
 } // namespace qel

@@ -138,12 +138,13 @@ std::int64_t CAudioProcessOverlap::steadySamples(double rateHz) const
     return isAtRest ? current().process->steadySamples(rateHz) : 0;
 }
 
-bool CAudioProcessOverlap::takeUpSteadily()
+// The whole is asked, with what is inside.
+bool CAudioProcessOverlap::takeUpSteadily(std::int64_t aheadSamples, double rateHz)
 {
-    other().process->idle();
+    idleAll(*other().graph);
     limitToRates();
-    return seenChanges_ == other().graph->layoutsTaken && CAudioProcessBase::takeUpSteadily() &&
-           current().process->takeUpSteadily();
+    return seenChanges_ == other().graph->layoutsTaken && !hasChanges() &&
+           takeUpAllSteadily(*current().graph, aheadSamples, rateHz);
 }
 
 void CAudioProcessOverlap::skip(std::int64_t samples, double rateHz)
@@ -258,7 +259,7 @@ void CAudioProcessOverlap::limitToRates()
 // Whether another layout is wanted shows in the copy at rest, which takes up all changes at once.
 void CAudioProcessOverlap::lookForLayout()
 {
-    other().process->idle();
+    idleAll(*other().graph);
     if (std::exchange(seenChanges_, other().graph->layoutsTaken) == other().graph->layoutsTaken) {
         return;
     }
@@ -308,6 +309,7 @@ void CAudioProcessOverlap::run(Copy& copy, int count)
         });
     }
     copy.graph->positionSec = positionSec();
+    ++copy.graph->steps;
     copy.process->process();
 }
 

@@ -40,7 +40,7 @@ public:
     std::uint32_t layout() const override { return copies_[current_].process->layout(); }
     int longestStep() const override { return longestStep_; }
     std::int64_t steadySamples(double rateHz) const override;
-    bool takeUpSteadily() override;
+    bool takeUpSteadily(std::int64_t aheadSamples, double rateHz) override;
     void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 

@@ -31,8 +31,9 @@ CAudioProcessSlots::~CAudioProcessSlots()
 // --- building
 
 CError CAudioProcessSlots::bind(const CAudioProcessDefBase& def, const CString& processName,
-                                CAudioParamCollector& params, int group)
+                                CAudioParamCollector& params, int group, CAudioParamMark& mark)
 {
+    mark_ = &mark;
     isGroup0_ = def.isGroup0();
     isElement0_ = def.isElement0();
     entryShift_ = def.stackIndexShift();
@@ -68,7 +69,7 @@ void CAudioProcessSlots::addFollower(int number, CAudioParam& param, int group)
     auto follower = std::make_unique<Follower>();
     follower->binding.queue = &queue_;
     follower->binding.storage = &follower->values;
-    follower->binding.isDirty = &isDirty_;
+    follower->binding.mark = mark_;
     follower->binding.group = group;
     if (!param.audioSide().prepare(follower->binding)) {
         add(number, kNoValues);
@@ -90,7 +91,9 @@ void CAudioProcessSlots::follow()
 bool CAudioProcessSlots::applyUntil(double limitSec)
 {
     const bool hasChanged = queue_.applyUntil(limitSec, [](const auto&, const auto&) {});
-    isDirty_ = !queue_.isEmpty();
+    if (queue_.isEmpty()) {
+        mark_->lower();
+    }
     return hasChanged;
 }
 

@@ -33,8 +33,9 @@ public:
     // --- building
 
     // `group` restricts the parameter changes received to one group; -1 for all.
+    // `mark` is raised while changes wait; it outlives the slots.
     CError bind(const CAudioProcessDefBase& def, const CString& processName, CAudioParamCollector& params,
-                int group);
+                int group, CAudioParamMark& mark);
     // A slot behind the definition's own, tied to the parameter of this full name: its number, or -1 if the
     // instance has no such parameter.
     int addStateSlot(const CString& paramName, CAudioParamCollector& params);
@@ -44,7 +45,6 @@ public:
     // From here on the slots follow their parameters.
     void follow();
 
-    bool hasEvents() const { return isDirty_; }
     // The date of the change whose turn it is; infinite without one.
     double nextEventSec() const;
     // Takes up all changes dated before `limitSec`. True if there were any.
@@ -91,7 +91,7 @@ private:
     std::vector<Slot> slots_;
     std::vector<std::unique_ptr<Follower>> followers_; // addresses are known to bindings
     CAudioParamEventQueue queue_;
-    bool isDirty_ = false;
+    CAudioParamMark* mark_ = nullptr;
     int nextStateSlot_ = kFirstStateSlot;
     int entryShift_ = 0;
     bool isGroup0_ = false;

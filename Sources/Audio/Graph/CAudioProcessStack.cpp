@@ -202,19 +202,6 @@ std::int64_t CAudioProcessStack::steadySamples(double rateHz) const
     return samples;
 }
 
-bool CAudioProcessStack::takeUpSteadily()
-{
-    bool isSteady = CAudioProcessBase::takeUpSteadily();
-    for (const auto& each : elements_) {
-        if (each && each->channels == 0) {
-            each->process->idle();
-        } else if (each) {
-            isSteady = isSteady && each->process->takeUpSteadily();
-        }
-    }
-    return isSteady;
-}
-
 void CAudioProcessStack::skip(std::int64_t samples, double rateHz)
 {
     CAudioProcessBase::skip(samples, rateHz);

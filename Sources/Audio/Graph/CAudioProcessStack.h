@@ -33,7 +33,6 @@ public:
     void reset(double positionSec) override;
     void idle() override;
     std::int64_t steadySamples(double rateHz) const override;
-    bool takeUpSteadily() override;
     void skip(std::int64_t samples, double rateHz) override;
     void visit(CGraphVisitor& visitor) const override;
 

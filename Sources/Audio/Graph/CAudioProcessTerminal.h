@@ -114,9 +114,10 @@ public:
         }
     }
 
-    bool takeUpSteadily() override
+    bool takeUpSteadily(std::int64_t aheadSamples, double rateHz) override
     {
-        return CAudioProcessTerminalBase::takeUpSteadily([&] { return applySteadily(); });
+        return CAudioProcessTerminalBase::takeUpSteadily(aheadSamples, rateHz,
+                                                         [&] { return applySteadily(); });
     }
 
 protected:

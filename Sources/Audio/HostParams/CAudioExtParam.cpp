@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 namespace qel {
@@ -67,21 +68,16 @@ void CAudioExtParam::setHostBridge(CAudioExtParamHostBridge* bridge, std::int32_
 CAudioExtParam::Projection::Projection(std::shared_ptr<const CAudioParamInfo> declaration,
                                        std::int32_t ofElement)
     : info(std::move(declaration)), converter(info->converters[static_cast<std::size_t>(ofElement)]),
-      element(ofElement), curve(converter->curve(*info, element))
+      element(ofElement), curve(converter->curve(*info, element)), isSingleNumber(info->esize == 1)
 {
     const auto at = static_cast<std::size_t>(element);
-    if (isEnumeration()) {
-        stepCount =
-            static_cast<std::int32_t>(std::lround(std::fabs(info->maxValues[at] - info->minValues[at])));
-    }
+    std::tie(low, high) = std::minmax(info->minValues[at], info->maxValues[at]);
+    stepCount = isEnumeration() ? static_cast<std::int32_t>(std::lround(high - low)) : 0;
 }
 
 double CAudioExtParam::Projection::valueOf(double norm) const
 {
-    const auto at = static_cast<std::size_t>(element);
-    const double value = curve.valueAt(std::clamp(norm, 0.0, 1.0));
-    const auto [low, high] = std::minmax(info->minValues[at], info->maxValues[at]);
-    return std::clamp(value, low, high);
+    return std::clamp(curve.valueAt(std::clamp(norm, 0.0, 1.0)), low, high);
 }
 
 double CAudioExtParam::getNormalized() const

@@ -83,7 +83,10 @@ private:
         const CAudioParamConverter* converter = nullptr;
         std::int32_t element = 0;
         CAudioParamCurve curve;
+        double low = 0.0;
+        double high = 0.0;
         std::int32_t stepCount = 0;
+        bool isSingleNumber = false;
 
         Projection(std::shared_ptr<const CAudioParamInfo> declaration, std::int32_t ofElement);
         double valueOf(double norm) const;
@@ -115,10 +118,7 @@ private:
     };
     void write(EWrite way, double norm, double timeSec);
     // Single numbers of group 0 have a short way to the slots, through the audio thread.
-    bool goesByAudio(const Projection& projection) const
-    {
-        return group_ == 0 && projection.info->esize == 1;
-    }
+    bool goesByAudio(const Projection& projection) const { return group_ == 0 && projection.isSingleNumber; }
     // True if the host does not know the number.
     bool settleIfOvertaken();
     void refreshProjection();

@@ -57,7 +57,7 @@ void CAudioParamAudioSide::bind(CAudioParamBinding& binding)
     for (CAudioParamEvent* event = firstPending_; event; event = event->next) {
         deliverTo(binding, *event);
     }
-    *binding.isDirty = true;
+    binding.mark->raise();
 }
 
 void CAudioParamAudioSide::unbind(CAudioParamBinding& binding)
@@ -79,7 +79,7 @@ void CAudioParamAudioSide::deliverTo(CAudioParamBinding& binding, CAudioParamEve
 {
     if (!event.isReplacement() && event.getChange().touches(binding.group, binding.entry)) {
         binding.queue->push(event, binding, pool_);
-        *binding.isDirty = true;
+        binding.mark->raise();
     }
 }
 

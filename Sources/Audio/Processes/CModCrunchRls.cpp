@@ -42,7 +42,12 @@ void CModCrunchRlsModule::takeDerived(const CModCrunchRlsModule& other)
 {
     CrunchRlsState* const own = state();
     const CrunchRlsState* const from = other.state();
-    if (own && from) {
+    if (!own || !from) {
+        return;
+    }
+    if (own->derived.isFor(from->derived.sampleRateHz, from->derived.releaseSec)) {
+        own->derived.curve = from->derived.curve;
+    } else {
         own->derived = from->derived;
     }
 }

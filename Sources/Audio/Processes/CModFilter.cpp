@@ -296,10 +296,10 @@ void CModFilter::applyEvents()
 }
 
 // Settings that move the latency are a change of format.
-bool CModFilter::takeUpSteadily()
+bool CModFilter::takeUpSteadily(std::int64_t aheadSamples, double rateHz)
 {
-    return definition_.hasLatency() ? CAudioProcessBase::takeUpSteadily()
-                                    : CAudioProcessTerminal::takeUpSteadily();
+    return definition_.hasLatency() ? CAudioProcessBase::takeUpSteadily(aheadSamples, rateHz)
+                                    : CAudioProcessTerminal::takeUpSteadily(aheadSamples, rateHz);
 }
 
 // --- definition

@@ -90,7 +90,7 @@ public:
 
     void syncLinks() override;
     void applyEvents() override;
-    bool takeUpSteadily() override;
+    bool takeUpSteadily(std::int64_t aheadSamples, double rateHz) override;
 
     // Of the bands at work, at this process's rate.
     double latencySamples(int channelGroup) const;

@@ -257,19 +257,6 @@ std::int64_t CModProcessSeq::steadySamples(double rateHz) const
     return samples;
 }
 
-bool CModProcessSeq::takeUpSteadily()
-{
-    bool isSteady = CAudioProcessBase::takeUpSteadily();
-    for (std::size_t i = 0; i < members_.size(); ++i) {
-        if (!run_.has(i)) {
-            members_[i].process->idle();
-        } else {
-            isSteady = isSteady && members_[i].process->takeUpSteadily();
-        }
-    }
-    return isSteady;
-}
-
 void CModProcessSeq::skip(std::int64_t samples, double rateHz)
 {
     CAudioProcessBase::skip(samples, rateHz);

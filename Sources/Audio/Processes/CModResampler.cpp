@@ -102,7 +102,7 @@ int CModResampler::limitStep(int count) const
 
 void CModResampler::takeDueChanges()
 {
-    if (slots().hasEvents() && !graph().holdsSettings) {
+    if (hasEvents() && !graph().holdsSettings) {
         const double outerRateHz = isUpsampler_ ? sampleRateHz() : sampleRateHz() / (1 << stages_);
         takeChangesUntil(positionSec() + 1.0 / outerRateHz);
     }

@@ -48,14 +48,24 @@ struct CrunchRlsState
     // with every block, and leaves the tables as they are.
     struct Derived
     {
+        // Of the static curve, moved by the drive.
+        struct Curve
+        {
+            double drive; // 0: nothing yet
+            bool isInverse;
+            double norm;
+            double inverseNorm;
+        };
+
         double sampleRateHz; // 0: nothing yet
         double releaseSec;
         CrunchTables tables;
+        Curve curve;
 
-        double drive; // 0: nothing yet
-        bool isInverse;
-        double norm;
-        double inverseNorm;
+        bool isFor(double rateHz, double seconds) const
+        {
+            return sampleRateHz == rateHz && releaseSec == seconds;
+        }
     };
 
     double releaseSec;
@@ -65,7 +75,7 @@ struct CrunchRlsState
     Derived derived;
     CrunchStages stages;
 
-    double restValue() const { return isInverse ? derived.inverseNorm : derived.norm; }
+    double restValue() const { return isInverse ? derived.curve.inverseNorm : derived.curve.norm; }
 };
 
 // State of one attack stage, in a pool buffer; set up as the release stage is.

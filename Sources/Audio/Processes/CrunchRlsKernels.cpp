@@ -65,7 +65,7 @@ void applyCurve(double drive, double norm, const double* levels, std::size_t cou
 template <bool kIsInverse>
 void findTargets(const CrunchRlsState& state, const double* levels, std::size_t count, double* targets)
 {
-    const double norm = kIsInverse ? state.derived.inverseNorm : state.derived.norm;
+    const double norm = kIsInverse ? state.derived.curve.inverseNorm : state.derived.curve.norm;
     applyCurve<kIsInverse>(state.drive, norm, levels, count, targets);
 }
 
@@ -223,7 +223,7 @@ void runWithAttack(const CKernelCall* calls)
 void fillTables(CrunchRlsState& state, double sampleRateHz)
 {
     CrunchRlsState::Derived& derived = state.derived;
-    if (derived.sampleRateHz == sampleRateHz && derived.releaseSec == state.releaseSec) {
+    if (derived.isFor(sampleRateHz, state.releaseSec)) {
         return;
     }
     derived.sampleRateHz = sampleRateHz;
@@ -285,16 +285,16 @@ double meanSquareGain(const CrunchRlsState& state, const SineLevels<kCount>& sin
 // scaled by the same mean once more and not back to 1.
 void calibrate(CrunchRlsState& state)
 {
-    CrunchRlsState::Derived& derived = state.derived;
-    if (derived.drive == state.drive && derived.isInverse == state.isInverse) {
+    CrunchRlsState::Derived::Curve& curve = state.derived.curve;
+    if (curve.drive == state.drive && curve.isInverse == state.isInverse) {
         return;
     }
-    derived.drive = state.drive;
-    derived.isInverse = state.isInverse;
+    curve.drive = state.drive;
+    curve.isInverse = state.isInverse;
     const double low = meanSquareGain(state, kLowSine);
     const double high = meanSquareGain(state, kHighSine);
-    derived.norm = 1.0 / std::sqrt((low + high) * 0.5);
-    derived.inverseNorm = 1.0 / derived.norm;
+    curve.norm = 1.0 / std::sqrt((low + high) * 0.5);
+    curve.inverseNorm = 1.0 / curve.norm;
 }
 
 void prepare(CrunchRlsState& state, double sampleRateHz)
