@@ -15,72 +15,11 @@ namespace {
 
 using platform::PixelRect;
 
-constexpr const char* kPrefix = "popup-";
 constexpr const char* kPopupState = "popup";
 constexpr const char* kSource = "source";
 constexpr const char* kResult = "popup-result";
 constexpr const char* kResultTarget = "popup-result-target";
-constexpr const char* kParametersName = "run-event-params";
-constexpr const char* kAlignment = "window-alignment";
 constexpr const char* kBlocker = ".window-blocker";
-
-// A setting by its own name or, as openers have it among their attributes, with the prefix.
-const CAttrValue* findSetting(const CAttrMap& settings, const char* name)
-{
-    auto found = settings.find(name);
-    if (found == settings.end()) {
-        found = settings.find(CString(kPrefix) + name);
-    }
-    return found == settings.end() ? nullptr : &found->second;
-}
-
-bool flagOf(const CAttrMap& settings, const char* name)
-{
-    const CAttrValue* const value = findSetting(settings, name);
-    return value && value->toBool().value_or(false);
-}
-
-double numberOf(const CAttrMap& settings, const char* name, double fallback)
-{
-    const CAttrValue* const value = findSetting(settings, name);
-    return value ? value->toReal().value_or(fallback) : fallback;
-}
-
-CString textOf(const CAttrMap& settings, const char* name)
-{
-    const CAttrValue* const value = findSetting(settings, name);
-    return value ? value->toString() : CString();
-}
-
-// The later ones win: attributes of the opener, those of an object that it names, the event's own.
-CError gatherSettings(CView& opener, const CAttrMap& parameters, CAttrMap& out)
-{
-    for (const auto& [key, value] : opener.getAttributes()) {
-        if (key.startsWith(kPrefix)) {
-            out[key] = value;
-        }
-    }
-    const auto named = parameters.find(kParametersName);
-    const CString path =
-        named == parameters.end() ? opener.getAttrString(kParametersName) : named->second.toString();
-    if (!path.isEmpty()) {
-        const CObject* object = opener.findChild(path);
-        object = object ? object : opener.findObject(path);
-        if (!object) {
-            QEL_FAIL(opener.getFullName(),
-                     "@qelstr_CPopups_toggle_NoParams Unable to locate event parameters '%1'.", path);
-        }
-        for (const auto& [key, value] : object->getAttributes()) {
-            if (!(key == "name") && !(key == "full-name")) {
-                out[key] = value;
-            }
-        }
-    }
-    for (const auto& [key, value] : parameters) {
-        out[key] = value;
-    }
-    return {};
-}
 
 // "ui:win-settings" makes "win-settings".
 CString nameOf(const CString& tag)
@@ -97,9 +36,9 @@ CError CPopups::toggle(CView& opener, const CAttrMap& parameters)
 {
     const CObject::CHold hold(opener);
     const CObject::CHold windowHold(window_);
-    CAttrMap settings;
-    QEL_TRY(gatherSettings(opener, parameters, settings), opener.getFullName());
-    const bool isAlwaysOpened = flagOf(settings, "is-popup-toggle-always-create");
+    CPopupSettings settings;
+    QEL_TRY(settings.gather(opener, parameters), opener.getFullName());
+    const bool isAlwaysOpened = settings.getFlag("is-popup-toggle-always-create");
     const bool isClosedByPress = std::erase(closedByPress_, &opener) > 0;
     const Child* const open = childOf(opener);
     if (open) {
@@ -111,13 +50,13 @@ CError CPopups::toggle(CView& opener, const CAttrMap& parameters)
     return opener.isReleased() ? CError() : openChild(opener, settings);
 }
 
-CError CPopups::openChild(CView& opener, const CAttrMap& settings)
+CError CPopups::openChild(CView& opener, const CPopupSettings& settings)
 {
     CWindow* window = nullptr;
     QEL_TRY(createTree(opener, settings, window), opener.getFullName());
     const CObject::CHold hold(*window);
     window->getPopups().parent_ = &window_;
-    window->getPopups().placement_ = placeAt(opener, settings);
+    window->getPopups().placement_ = makePlacement(opener, settings);
     children_.push_back({&opener, window});
     CError error = window->open();
     if (!window->isOpen()) {
@@ -128,39 +67,19 @@ CError CPopups::openChild(CView& opener, const CAttrMap& settings)
         }
         return error;
     }
-    wasButtonDown_ = window_.getPointer().isButtonHeld();
-    wasActive_ = false;
+    userWatch_.start(window_.getPointer().isButtonHeld());
     watch();
     collectError(error, opener.isReleased() ? CError() : opener.setState(kPopupState));
     collectError(error, opener.isReleased() ? CError() : sendEvent(opener, "popup-changed", {}));
     return error;
 }
 
-CError CPopups::createTree(CView& opener, const CAttrMap& settings, CWindow*& out)
+CError CPopups::createTree(CView& opener, const CPopupSettings& settings, CWindow*& out)
 {
-    CAttrMap attributes;
-    for (const auto& [key, value] : settings) {
-        if (key.startsWith(kPrefix)) {
-            attributes[key.substring(std::char_traits<char>::length(kPrefix))] = value;
-        }
-    }
-    for (const char* const name : {kAlignment, "constrain-y"}) {
-        if (const CAttrValue* const value = findSetting(settings, name)) {
-            attributes[name] = *value;
-        }
-    }
-    if (flagOf(settings, "is-same-width")) {
-        const double width = opener.getArea().width / opener.getInterfaceScale();
-        attributes["width"] = CAttrValue(width + numberOf(settings, "width-modif", 0.0));
-        // What would be cut off is worse than a list that is wider than its button.
-        attributes.try_emplace("min-width", "compact");
-    }
-    attributes["is-popup-window"] = CAttrValue(true);
-    attributes["opener"] = CAttrValue(opener.getFullName());
-
+    const CAttrMap attributes = settings.makeRootAttributes(opener);
     // The user may have chosen another one since, for windows to come.
     const CInterfaceScale::CScope scale(opener.getInterfaceScale());
-    const CString tag = textOf(settings, "tag");
+    const CString tag = settings.getText("tag");
     CView* root = nullptr;
     QEL_TRY(window_.getRoot()->createChild(root, tag, nameOf(tag), true, nullptr, &attributes),
             opener.getFullName());
@@ -174,30 +93,9 @@ CError CPopups::createTree(CView& opener, const CAttrMap& settings, CWindow*& ou
 
 // --- where
 
-CWindowPlacement CPopups::placeAt(const CView& opener, const CAttrMap& settings) const
+CWindowPlacement CPopups::makePlacement(const CView& opener, const CPopupSettings& settings) const
 {
-    CWindowPlacement placement;
-    placement.openerWindow = window_.getScreenPlace();
-    const CPixelRect view = roundToPixels(opener.getArea());
-    const int originX = placement.openerWindow.x;
-    const int originY = placement.openerWindow.y;
-    placement.opener = {originX + view.x, originY + view.y, view.width, view.height};
-
-    const CPoint& pointer = window_.getPointer().getPoint();
-    placement.pointerX = roundToPixel(numberOf(settings, "actual-x", originX + pointer.x));
-    placement.pointerY = roundToPixel(numberOf(settings, "actual-y", originY + pointer.y));
-
-    placement.windowX = placement.opener.x;
-    placement.windowY = placement.opener.y;
-    if (flagOf(settings, "is-manual-coords")) {
-        placement.windowX = roundToPixel(numberOf(settings, "window-x", placement.windowX));
-        placement.windowY = roundToPixel(numberOf(settings, "window-y", placement.windowY));
-    }
-    const double scale = opener.getInterfaceScale();
-    placement.shiftX = roundToPixel(numberOf(settings, "shift-x", 0.0) * scale);
-    placement.shiftY = roundToPixel(numberOf(settings, "shift-y", 0.0) * scale);
-    placement.lowestY = roundToPixel(numberOf(settings, "constrain-y", -1.0));
-    return placement;
+    return settings.makePlacement(opener, window_.getScreenPlace(), window_.getPointer().getPoint());
 }
 
 CError CPopups::findPlace(int width, int height, PixelRect& out) const
@@ -209,13 +107,15 @@ CError CPopups::findPlace(int width, int height, PixelRect& out) const
         placement.lowestY = window_.getAttrInt("constrain-y", -1);
         if (const auto* opener = dynamic_cast<CView*>(window_.findObject(window_.getAttrString("opener")))) {
             if (auto* other = dynamic_cast<CWindow*>(opener->getWindow())) {
-                placement = other->getPopups().placeAt(*opener, window_.getAttributes());
+                const CPopupSettings settings(window_.getAttributes());
+                placement = other->getPopups().makePlacement(*opener, settings);
             }
         }
     }
     CWindowPlacement::Alignment alignment;
-    QEL_TRY(CWindowPlacement::parse(window_.getFullName(), window_.getAttrString(kAlignment), alignment),
-            window_.getFullName());
+    QEL_TRY(
+        CWindowPlacement::parse(window_.getFullName(), window_.getAttrString("window-alignment"), alignment),
+        window_.getFullName());
     const bool isAtPointer = alignment == CWindowPlacement::Alignment::kCursor;
     const PixelRect pointer{placement.pointerX, placement.pointerY, 1, 1};
     const PixelRect given{placement.windowX, placement.windowY, width, height};
@@ -479,29 +379,7 @@ void CPopups::raiseDialogs()
 
 CError CPopups::onDeactivateTick()
 {
-    return isUserElsewhere() ? top().closeDropDowns({}) : CError();
-}
-
-bool CPopups::isUserElsewhere()
-{
-    CWindowSystem& system = window_.getSystem();
-    const platform::CSystemDisplay* const display = system.getDisplay();
-    const bool isActive = !display || display->isActive();
-    const bool hasLeft = wasActive_ && !isActive;
-    wasActive_ = isActive;
-
-    platform::PointerState pointer;
-    if (!system.queryPointer(pointer)) {
-        return hasLeft;
-    }
-    const bool isDown = pointer.isLeftDown || pointer.isRightDown || pointer.isMiddleDown;
-    const bool isPressed = isDown && !wasButtonDown_;
-    wasButtonDown_ = isDown;
-    // Presses in windows of ours come by themselves, and what is dragged out of one may go anywhere.
-    const bool isOurs = system.findWindowAt(pointer.screenX, pointer.screenY) ||
-                        std::ranges::any_of(system.getWindows(),
-                                            [](CWindow* each) { return each->getPointer().isButtonHeld(); });
-    return hasLeft || (isPressed && !isOurs);
+    return userWatch_.hasLeft(window_.getSystem()) ? top().closeDropDowns({}) : CError();
 }
 
 // Nobody is asked for the pointer while there is nothing to close.

@@ -1,9 +1,8 @@
 // The pop-ups of a window.
 #pragma once
 
-#include "CAttrValue.h"
-#include "CError.h"
-#include "CWindowPlacement.h"
+#include "CPopupSettings.h"
+#include "CUserWatch.h"
 
 #include <vector>
 
@@ -81,9 +80,9 @@ private:
     };
     using Windows = std::vector<CWindow*>;
 
-    CError createTree(CView& opener, const CAttrMap& settings, CWindow*& out);
-    CError openChild(CView& opener, const CAttrMap& settings);
-    CWindowPlacement placeAt(const CView& opener, const CAttrMap& settings) const;
+    CError createTree(CView& opener, const CPopupSettings& settings, CWindow*& out);
+    CError openChild(CView& opener, const CPopupSettings& settings);
+    CWindowPlacement makePlacement(const CView& opener, const CPopupSettings& settings) const;
     Child* childOf(const CView& opener);
     Child* childOf(const CWindow& window);
     // Takes the record of a pop-up out; null if there is none.
@@ -98,7 +97,6 @@ private:
     CError closeDropDowns(const Windows& kept);
     void raiseDialogs();
     bool isDropDown() const;
-    bool isUserElsewhere();
     void watch();
     CPopups& top();
 
@@ -109,9 +107,7 @@ private:
     // Openers whose pop-up the last press in this window closed.
     std::vector<const CView*> closedByPress_;
     std::vector<const CView*> passing_; // views whose result is under way
-    // What the last tick saw.
-    bool wasButtonDown_ = false;
-    bool wasActive_ = false;
+    CUserWatch userWatch_;              // while a drop-down is open
 };
 
 } // namespace qel
