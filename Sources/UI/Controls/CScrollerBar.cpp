@@ -8,14 +8,9 @@ namespace qel {
 
 namespace {
 
-constexpr const char* kOffset[] = {"offset-x", "offset-y"};
-constexpr const char* kRatio[] = {"ratio-x", "ratio-y"};
-constexpr const char* kMinRatio[] = {"min-ratio-x", "min-ratio-y"};
-
 // A ratio or offset of the view, under the name it is followed by here; no name a tree would use.
 constexpr const char* kRange = "*range";
 
-constexpr double kAllSeen = 1.0 - 1e-6;
 // A held button waits a moment, so that a click is one step.
 constexpr double kRepeatDelaySec = 0.3;
 // Parts of what is shown.
@@ -60,7 +55,7 @@ CScrollerBar::CScrollerBar() : scrollTick_(*this, [this] { onScrollTick(); })
 CError CScrollerBar::init()
 {
     QEL_TRY(CView::init(), getFullName());
-    if (!findScrolled()) {
+    if (!scrolled_.find()) {
         QEL_FAIL(getFullName(), "@qelstr_CScrollerBar_init_NoView Unable to locate scrolled view '%1'.",
                  scrolledPath_);
     }
@@ -69,12 +64,7 @@ CError CScrollerBar::init()
 
 CError CScrollerBar::onContentReady(const CAttrMap&)
 {
-    if (CView* const scrolled = findScrolled()) {
-        for (const CAxis each : kAxes) {
-            listenAttribute(*scrolled, kRatio[indexOf(each)], kRange);
-            listenAttribute(*scrolled, kOffset[indexOf(each)], kRange);
-        }
-    }
+    scrolled_.listen(kRange);
     QEL_TRY(listenWheel(), getFullName());
     return eventUpdateScroller({});
 }
@@ -87,7 +77,7 @@ CError CScrollerBar::onAttrChanged(CObject& sender, const CString& key, const CA
 // A view that knows the wheel by itself is left alone.
 CError CScrollerBar::listenWheel()
 {
-    CView* const scrolled = findScrolled();
+    CView* const scrolled = scrolled_.find();
     if (!scrolled || isPan_ || scrolled->getClassInfo().eventHandler("mouse-wheel")) {
         return {};
     }
@@ -102,20 +92,6 @@ CError CScrollerBar::listenWheel()
     return {};
 }
 
-// Looked up each time, since the bar need not lie in the view.
-CView* CScrollerBar::findScrolled()
-{
-    if (!scrolledPath_.isEmpty()) {
-        return dynamic_cast<CView*>(findObject(scrolledPath_));
-    }
-    for (CObject* above = getParent(); above; above = above->getParent()) {
-        if (auto* const view = dynamic_cast<CView*>(above); view && view->isScrollable()) {
-            return view;
-        }
-    }
-    return nullptr;
-}
-
 // --- what it shows
 
 CError CScrollerBar::eventUpdateScroller(const CAttrMap&)
@@ -126,19 +102,15 @@ CError CScrollerBar::eventUpdateScroller(const CAttrMap&)
         return {};
     }
     // A bar that resizes is needed where all is seen, too.
-    const bool isAllSeen = ratio_ >= kAllSeen;
-    return isAllSeen ? unsetState("shown") : setState("shown");
+    return scrolled_.isAllSeen(axis()) ? unsetState("shown") : setState("shown");
 }
 
 void CScrollerBar::update()
 {
-    CView* const scrolled = findScrolled();
-    const std::size_t along = indexOf(axis());
-    const double ratio = scrolled ? scrolled->getAttrReal(kRatio[along], 1.0) : 1.0;
-    const double offset = scrolled ? scrolled->getAttrReal(kOffset[along]) : 0.0;
-    const bool isBothSeen = !scrolled || (scrolled->getAttrReal(kRatio[0], 1.0) >= kAllSeen &&
-                                          scrolled->getAttrReal(kRatio[1], 1.0) >= kAllSeen);
-    const bool isShown = isPan_ ? !isBothSeen : isResizeable_ || ratio < kAllSeen;
+    const double ratio = scrolled_.getRatio(axis());
+    const double offset = scrolled_.getOffset(axis());
+    const bool isBothSeen = scrolled_.isAllSeen(CAxis::kX) && scrolled_.isAllSeen(CAxis::kY);
+    const bool isShown = isPan_ ? !isBothSeen : isResizeable_ || !scrolled_.isAllSeen(axis());
     if (ratio != ratio_ || offset != offset_ || isShown != isShown_) {
         ratio_ = ratio;
         offset_ = offset;
@@ -265,8 +237,7 @@ CError CScrollerBar::onMousePressR(const CAttrMap& parameters)
 
 CError CScrollerBar::hold(Part part, const CPoint& point)
 {
-    CView* const scrolled = findScrolled();
-    if (!scrolled || part == Part::kNone) {
+    if (part == Part::kNone || !scrolled_.find()) {
         return {};
     }
     held_ = part;
@@ -275,7 +246,7 @@ CError CScrollerBar::hold(Part part, const CPoint& point)
     pressRatio_ = ratio_;
     pressParts_ = parts_;
     for (const CAxis each : kAxes) {
-        pressOffset_[indexOf(each)] = scrolled->getAttrReal(kOffset[indexOf(each)]);
+        pressOffset_[indexOf(each)] = scrolled_.getOffset(each);
     }
     markLook();
     QEL_TRY(markParts(part), getFullName());
@@ -381,7 +352,8 @@ CError CScrollerBar::drag(const CPoint& point)
     const double distancePx = placeOf(point) - placeOf(pressPoint_);
     switch (held_) {
     case Part::kBar:
-        return setOffset(axis(), scrollerOffsetAt(pressParts_, pressParts_.barStart + distancePx, ratio_));
+        return scrolled_.setOffset(axis(),
+                                   scrollerOffsetAt(pressParts_, pressParts_.barStart + distancePx, ratio_));
     case Part::kStartEdge:
     case Part::kEndEdge:
         return dragEdge(distancePx);
@@ -395,78 +367,53 @@ CError CScrollerBar::drag(const CPoint& point)
 // The other end stays.
 CError CScrollerBar::dragEdge(double distancePx)
 {
-    CView* const scrolled = findScrolled();
-    if (!scrolled || pressParts_.trackLength() <= 0.0) {
+    if (pressParts_.trackLength() <= 0.0) {
         return {};
     }
     const double change = distancePx / pressParts_.trackLength();
-    const double least = std::clamp(scrolled->getAttrReal(kMinRatio[indexOf(axis())]), 0.001, 1.0);
+    const double least = scrolled_.getMinRatio(axis());
     const double start = pressOffset_[indexOf(axis())];
     const double end = start + pressRatio_;
     if (held_ == Part::kStartEdge) {
         const double offset = std::clamp(start + change, 0.0, std::max(0.0, end - least));
-        return setRange(end - offset, offset);
+        return scrolled_.setRange(axis(), end - offset, offset);
     }
-    return setRange(std::clamp(end + change, std::min(1.0, start + least), 1.0) - start, start);
+    return scrolled_.setRange(axis(), std::clamp(end + change, std::min(1.0, start + least), 1.0) - start,
+                              start);
 }
 
 // The content follows the bars' direction, each axis as far as its own bar would take it.
 CError CScrollerBar::dragBoth(const CPoint& point)
 {
-    CView* const scrolled = findScrolled();
+    const CView* const scrolled = scrolled_.find();
     if (!scrolled) {
         return {};
     }
-    const CHold keep(*scrolled);
     const CRect& view = scrolled->getArea();
     const double changes[] = {(point.x - pressPoint_.x) / std::max(view.width, 1.0),
                               (point.y - pressPoint_.y) / std::max(view.height, 1.0)};
     for (const CAxis each : kAxes) {
-        QEL_TRY(setOffset(each, pressOffset_[indexOf(each)] + changes[indexOf(each)]), getFullName());
+        QEL_TRY(scrolled_.setOffset(each, pressOffset_[indexOf(each)] + changes[indexOf(each)]),
+                getFullName());
     }
     return {};
 }
 
 CError CScrollerBar::toggleSnapshot()
 {
-    if (ratio_ < kAllSeen) {
-        snapshotRatio_ = ratio_;
-        snapshotOffset_ = offset_;
-        return setRange(1.0, 0.0);
+    if (scrolled_.isAllSeen(axis())) {
+        return scrolled_.setRange(axis(), snapshotRatio_, snapshotOffset_);
     }
-    return setRange(snapshotRatio_, snapshotOffset_);
+    snapshotRatio_ = ratio_;
+    snapshotOffset_ = offset_;
+    return scrolled_.setRange(axis(), 1.0, 0.0);
 }
 
 // --- scrolling
 
-CError CScrollerBar::setOffset(CAxis along, double offset)
-{
-    CView* const scrolled = isReleased() ? nullptr : findScrolled();
-    if (!scrolled) {
-        return {};
-    }
-    const double most = std::max(0.0, 1.0 - scrolled->getAttrReal(kRatio[indexOf(along)], 1.0));
-    const double wanted = std::clamp(offset, 0.0, most);
-    if (wanted != scrolled->getAttrReal(kOffset[indexOf(along)])) {
-        QEL_TRY(scrolled->setAttribute(kOffset[indexOf(along)], CAttrValue(wanted), true), getFullName());
-    }
-    return {};
-}
-
-CError CScrollerBar::setRange(double ratio, double offset)
-{
-    CView* const scrolled = findScrolled();
-    if (!scrolled) {
-        return {};
-    }
-    const CHold keep(*scrolled);
-    QEL_TRY(scrolled->setAttribute(kRatio[indexOf(axis())], CAttrValue(ratio), true), getFullName());
-    return setOffset(axis(), offset);
-}
-
 CError CScrollerBar::scrollBy(double delta)
 {
-    return setOffset(axis(), offset_ + delta);
+    return scrolled_.setOffset(axis(), offset_ + delta);
 }
 
 CError CScrollerBar::eventScrollStart(const CAttrMap& parameters)
@@ -501,14 +448,10 @@ void CScrollerBar::onScrollTick()
 // The wheel goes down a page; with Shift, or where there is no way down, along it.
 CError CScrollerBar::eventScrollWheel(const CAttrMap& parameters)
 {
-    CView* const scrolled = findScrolled();
-    if (!scrolled || !isShown_) {
-        return {};
-    }
-    const bool isAlongX = eventFlag(parameters, "is-shift") ||
-                          scrolled->getAttrReal(kRatio[indexOf(CAxis::kY)], 1.0) >= kAllSeen;
-    return isAlongX == isVertical_ ? CError()
-                                   : scrollBy(-eventNumber(parameters, "delta") * kWheelStep * ratio_);
+    const bool isAlongX = eventFlag(parameters, "is-shift") || scrolled_.isAllSeen(CAxis::kY);
+    return isAlongX == isVertical_ || !isShown_
+               ? CError()
+               : scrollBy(-eventNumber(parameters, "delta") * kWheelStep * ratio_);
 }
 
 // --- drawing

@@ -1,7 +1,7 @@
 // A scroll bar.
 #pragma once
 
-#include "CView.h"
+#include "CScrolledView.h"
 #include "ScrollerParts.h"
 
 namespace qel {
@@ -80,7 +80,6 @@ private:
 
     CError onContentReady(const CAttrMap& parameters);
     CError listenWheel();
-    CView* findScrolled();
     CAxis axis() const { return isVertical_ ? CAxis::kY : CAxis::kX; }
     double lengthOf(const CRect& rect) const { return isVertical_ ? rect.height : rect.width; }
     // Along the axis, from the view's corner.
@@ -96,8 +95,6 @@ private:
     CError toggleSnapshot();
     CError markParts(Part under);
     CError scrollBy(double delta);
-    CError setOffset(CAxis axis, double offset);
-    CError setRange(double ratio, double offset);
     void onScrollTick();
     // Reads ratio and offset anew.
     void update();
@@ -109,6 +106,7 @@ private:
     void drawBar(CDrawContext& context);
     const CPaletteColor* plainColor(const CString& name);
 
+    CScrolledView scrolled_{*this, scrolledPath_};
     Images images_;
     double ratio_ = 1.0;
     double offset_ = 0.0;
