@@ -1,8 +1,6 @@
 // The window in which the user arranges banks and presets.
 #include "CPresetManager.h"
 
-#include "CTextViewList.h"
-#include "CValueList.h"
 #include "EventParameters.h"
 #include "PresetStores.h"
 #include "PresetTitles.h"
@@ -11,35 +9,6 @@
 #include <algorithm>
 
 namespace qel {
-
-namespace {
-
-using Kind = CPresetLibrary::Kind;
-
-constexpr const char* kBank = "bank";
-constexpr const char* kPreset = "preset";
-
-struct ButtonLink
-{
-    const char* path;
-    const char* event;
-};
-
-constexpr ButtonLink kButtons[] = {
-    {"$bank-buttons-path.add", "bank-add"},
-    {"$bank-buttons-path.delete", "bank-delete"},
-    {"$bank-buttons-path.load", "bank-load"},
-    {"$bank-buttons-path.save", "bank-save"},
-    {"$preset-buttons-path.add", "preset-add"},
-    {"$preset-buttons-path.delete", "preset-delete"},
-    {"$preset-buttons-path.replace", "preset-replace"},
-    {"$preset-buttons-path.load", "preset-load"},
-    {"$preset-buttons-path.save", "preset-save"},
-    {"$preset-buttons-path.activate", "preset-activate"},
-    {"$preset-buttons-path.set-default", "preset-set-default"},
-};
-
-} // namespace
 
 void CPresetManager::buildClassInfo(CClassInfo& info)
 {
@@ -53,10 +22,6 @@ void CPresetManager::buildClassInfo(CClassInfo& info)
     info.bind<&Self::fileNamePrefix_>("filename-prefix", "");
     info.bind<&Self::newBankName_>("defbankname", "Bank");
     info.bind<&Self::newPresetName_>("defpresetname", "Preset");
-    info.bind<&Self::bankListPath_>("bank-list-path", "");
-    info.bind<&Self::presetListPath_>("preset-list-path", "");
-    info.bind<&Self::bankButtonsPath_>("bank-buttons-path", "");
-    info.bind<&Self::presetButtonsPath_>("preset-buttons-path", "");
     info.handleEvent<&Self::onBankAdd>("bank-add");
     info.handleEvent<&Self::onBankDelete>("bank-delete");
     info.handleEvent<&Self::onBankRename>("bank-rename");
@@ -109,51 +74,16 @@ CError CPresetManager::init()
 CError CPresetManager::initChilds()
 {
     QEL_TRY(CWinDrag::initChilds(), getFullName());
-    presetList_ = dynamic_cast<CTextViewList*>(findObject(presetListPath_));
-    if (!presetList_) {
-        QEL_FAIL(getFullName(), "@qelstr_CPresetManager_initChilds_NoPresetList No preset list view found.");
-    }
-    QEL_TRY(linkList(*presetList_, kPreset, presetItems_), getFullName());
-    bankList_ = dynamic_cast<CTextViewList*>(findObject(bankListPath_));
-    if (bankList_) {
-        QEL_TRY(linkList(*bankList_, kBank, bankItems_), getFullName());
-    }
-    QEL_TRY(linkButtons(), getFullName());
+    QEL_TRY(lists_.link(), getFullName());
     // An instance's own programs are what a user looks for first.
     const record::CRegistryState& state = library_.getState();
     return state.isMaster ? select(1, state.program) : select(0, -1);
 }
 
-CError CPresetManager::linkList(CTextViewList& list, const char* kind, CValueList*& outItems)
-{
-    const CString name = CString(kind) + CString("-items");
-    QEL_TRY(createChild(outItems, "ui:value-list-manual", name), getFullName());
-    QEL_TRY(list.setAttribute("text-source", outItems->getFullName(), true), getFullName());
-    QEL_TRY(list.setAttribute("editbox-can-rename-event", CString(kind) + CString("-can-rename"), true),
-            getFullName());
-    QEL_TRY(list.setAttribute("editbox-can-rename-target", getFullName(), true), getFullName());
-    const CAttrMap which{{"list", CAttrValue(kind)}};
-    for (const char* event :
-         {"selected-paragraph-changed", "paragraph-text-changed", "paragraph-dbl-clicked"}) {
-        QEL_TRY(linkEvent(list, event, *this, event, which), getFullName());
-    }
-    return {};
-}
-
-CError CPresetManager::linkButtons()
-{
-    for (const ButtonLink& link : kButtons) {
-        if (auto* button = dynamic_cast<CView*>(findObject(link.path))) {
-            QEL_TRY(linkEvent(*button, "mouse-release", *this, link.event), getFullName());
-        }
-    }
-    return {};
-}
-
 void CPresetManager::release()
 {
     library_.close();
-    presetList_ = bankList_ = nullptr;
+    lists_.release();
     CWinDrag::release();
 }
 
@@ -167,7 +97,7 @@ CError CPresetManager::onUpdate(const CAttrMap&)
 
 CError CPresetManager::showLists()
 {
-    if (!presetList_) {
+    if (!lists_.isLinked()) {
         return {};
     }
     selected_.locateIn(library_);
@@ -188,79 +118,37 @@ CError CPresetManager::select(std::int32_t bank, std::int32_t preset)
     selected_ = {bank, preset, shown.name,
                  preset < 0 ? CString() : shown.presets[static_cast<std::size_t>(preset)]};
     const CHold hold(*this);
-    const bool wasSelecting = std::exchange(isSelecting_, true);
-    CError first;
-    if (bankItems_) {
-        collectError(first, bankItems_->setValues(library_.listNames()));
-        collectError(first, bankList_->selectParagraph(selected_.bank));
-        collectError(first, bankList_->setAttribute(
-                                "is-read-only", CAttrValue(!library_.canChangeBank(selected_.bank)), true));
-    }
-    collectError(first, presetItems_->setValues(shown.presets, library_.findCurrent(selected_.bank)));
-    collectError(first, presetList_->selectParagraph(selected_.preset));
-    collectError(first, presetList_->setAttribute("is-read-only",
-                                                  CAttrValue(!library_.canChange(selected_.bank)), true));
-    isSelecting_ = wasSelecting;
-    collectError(first, updateButtons());
-    return first;
-}
-
-CError CPresetManager::setButton(const char* path, bool isEnabled)
-{
-    CObject* const button = findObject(path);
-    return button ? setEnabled(*button, isEnabled) : CError();
-}
-
-CError CPresetManager::updateButtons()
-{
-    const bool hasPreset = library_.hasPreset(selected_.bank, selected_.preset);
-    const bool canChange = library_.canChange(selected_.bank);
-    // An instance has at least one program.
-    const CPresetLibrary::Bank& bank = *library_.findBank(selected_.bank);
-    const bool isLast = bank.kind == Kind::kSession && bank.presets.size() == 1;
-    CError first = setButton("$bank-buttons-path.add", !storeName_.isEmpty());
-    collectError(first, setButton("$bank-buttons-path.load", !storeName_.isEmpty()));
-    collectError(first, setButton("$bank-buttons-path.delete", library_.canChangeBank(selected_.bank)));
-    collectError(first, setButton("$preset-buttons-path.add", canChange));
-    collectError(first, setButton("$preset-buttons-path.load", canChange));
-    collectError(first, setButton("$preset-buttons-path.delete", canChange && hasPreset && !isLast));
-    collectError(first, setButton("$preset-buttons-path.replace", canChange && hasPreset));
-    collectError(first, setButton("$preset-buttons-path.save", hasPreset));
-    collectError(first, setButton("$preset-buttons-path.activate", hasPreset));
-    collectError(first,
-                 setButton("$preset-buttons-path.set-default", hasPreset && library_.getState().isMaster));
-    return first;
+    return lists_.show(library_, selected_, !storeName_.isEmpty());
 }
 
 // --- the lists
 
 CError CPresetManager::onSelection(const CAttrMap& parameters)
 {
-    if (isSelecting_) {
+    if (lists_.isShowing()) {
         return {}; // from here
     }
     added_.reset();
-    const bool isBank = eventText(parameters, "list") == kBank;
-    const CTextViewList* const list = isBank ? bankList_ : presetList_;
-    const std::int32_t index = list ? list->getSelectedParagraph() : -1;
-    if (!isBank) {
+    const std::int32_t index = lists_.getSelected(parameters);
+    if (!CPresetLists::isOfBanks(parameters)) {
         return select(selected_.bank, index);
     }
     if (index == selected_.bank) {
         return {};
     }
     const CPresetLibrary::Bank* const bank = library_.findBank(index);
-    return select(index, bank && bank->kind == Kind::kSession ? library_.getState().program : -1);
+    return select(index,
+                  bank && bank->kind == CPresetLibrary::Kind::kSession ? library_.getState().program : -1);
 }
 
 CError CPresetManager::onTextChanged(const CAttrMap& parameters)
 {
-    return eventText(parameters, "list") == kBank ? onBankRename(parameters) : onPresetRename(parameters);
+    return CPresetLists::isOfBanks(parameters) ? onBankRename(parameters) : onPresetRename(parameters);
 }
 
 CError CPresetManager::onDoubleClick(const CAttrMap& parameters)
 {
-    return eventText(parameters, "list") == kBank ? CError() : onPresetActivate(parameters);
+    return CPresetLists::isOfBanks(parameters) ? CError() : onPresetActivate(parameters);
 }
 
 // --- names

@@ -3,14 +3,12 @@
 
 #include "CPresetDialogs.h"
 #include "CPresetLibrary.h"
+#include "CPresetLists.h"
 #include "CWinDrag.h"
 
 #include <optional>
 
 namespace qel {
-
-class CTextViewList;
-class CValueList;
 
 // Tag `ui:preset-manager`.
 //
@@ -96,13 +94,9 @@ private:
     CError onTextChanged(const CAttrMap& parameters);
     CError onDoubleClick(const CAttrMap& parameters);
 
-    CError linkButtons();
-    CError linkList(CTextViewList& list, const char* kind, CValueList*& outItems);
     CError select(std::int32_t bank, std::int32_t preset);
     // What the library has now, with the selection where it was as far as that is there.
     CError showLists();
-    CError updateButtons();
-    CError setButton(const char* path, bool isEnabled);
     // False if something else is selected than what the user was asked about.
     bool isAsked() const { return asked_.hasSameNames(selected_); }
 
@@ -124,14 +118,10 @@ private:
 
     CPresetLibrary library_;
     CPresetDialogs dialogs_{*this};
-    CTextViewList* bankList_ = nullptr; // may be missing
-    CTextViewList* presetList_ = nullptr;
-    CValueList* bankItems_ = nullptr;
-    CValueList* presetItems_ = nullptr;
+    CPresetLists lists_{*this};
     CPresetPlace selected_{.bank = 0, .preset = -1, .bankName = {}, .presetName = {}};
     CPresetPlace asked_;                // what the user is asked about
     std::optional<CPresetPlace> added_; // is selected once the audio side has it
-    bool isSelecting_ = false;
 
     // Bound attributes.
     CString clientPath_;
@@ -142,10 +132,6 @@ private:
     CString fileNamePrefix_;
     CString newBankName_;
     CString newPresetName_;
-    CString bankListPath_;
-    CString presetListPath_;
-    CString bankButtonsPath_;
-    CString presetButtonsPath_;
 };
 
 } // namespace qel
