@@ -11,9 +11,9 @@ namespace qel {
 //     values            the texts, with separator-char in between
 //     separator-char    ";" by default
 //     max-capacity      how many items there are at most; 0 (default) for no limit
-//     add-empty-value   text of an item in front of the others, which stands for none of them; its value is
-//     -1 is-paragraph      getText() puts each item on a line of its own is-line-break     the same by
-//     markup, within one paragraph
+//     add-empty-value   text of an item in front of the others that stands for none of them; its value is -1
+//     is-paragraph      getText() puts each item on a line of its own
+//     is-line-break     the same by markup, within one paragraph
 //
 // Raises "values-changed" when an item is another one. Takes "update-values", which reads them anew.
 class CValueList : public CObject, public CDynamicList
