@@ -37,7 +37,8 @@ usage: drumfell.sh COMMAND
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
              (DRUMFELL_FUZZ_SECONDS each, default 60)
   windows    cross-build library, renderer and tests for Windows with MinGW-w64; with --library only what needs no other
-             libraries; with --test (last) run the tests under wine, and compare sounds and states with those of Linux
+             libraries; with --libraries only those others, from Debian's source packages; with --test (last) run the
+             tests under wine, and compare sounds and states with those of Linux
   package    build what users get, a Debian package and a zip for Windows, and try both: installed into empty folders, each
              has to render a loop
   install    put the library where hosts look, ~/.vst, and the tools into ~/.local/bin; with --prefix DIR into DIR/lib/vst
@@ -123,17 +124,22 @@ need_system_alone() {
     done
 }
 
+# make_windows_libraries [googletest]: what tools and tests for Windows link, or GoogleTest alone.
+make_windows_libraries() {
+    need "${build_packages[@]}" "${windows_packages[@]}"
+    cmake/windows-libraries.sh build/windows-libraries "$@"
+}
+
 # build_windows PRESET [TARGET...]; all without one
 build_windows() {
     local preset=$1
     shift
-    need "${build_packages[@]}" "${windows_packages[@]}"
+    case $preset in
+    windows-library) make_windows_libraries googletest ;;
+    *) make_windows_libraries ;;
+    esac
     build release drumfell-treec drumfell-presetc drumfell-gfxc
     [ $# -gt 0 ] || build release drumfell-inspect # tells tests where views lie
-    case $preset in
-    windows-library) cmake/windows-libraries.sh build/windows-libraries googletest ;;
-    *) cmake/windows-libraries.sh build/windows-libraries ;;
-    esac
     build "$preset" "$@"
     need_system_alone "$preset"
 }
@@ -362,6 +368,9 @@ windows)
     --library)
         build_windows windows-library
         ls -l build/windows-library/Drumfell.dll
+        ;;
+    --libraries)
+        make_windows_libraries
         ;;
     --test)
         build_windows windows

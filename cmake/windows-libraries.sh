@@ -27,12 +27,16 @@ update_sources() {
     if [ -f "$apt_sources/sources.list.d/sources.list" ]; then
         mv "$apt_sources/sources.list.d/sources.list" "$apt_sources/sources.list.d/main.list"
     fi
-    as_source update -qq
+    as_source update -qq || {
+        rm -rf "$apt_sources"
+        return 1
+    }
 }
 
 fetch() {
     [ -d "$folder/src/$1" ] && return
     [ -d "$apt_sources" ] || update_sources
+    rm -rf "$folder/src/$1.new" # of an attempt that failed
     mkdir "$folder/src/$1.new"
     (cd "$folder/src/$1.new" && as_source source -qq "$1" >/dev/null)
     mv "$folder/src/$1.new" "$folder/src/$1"
