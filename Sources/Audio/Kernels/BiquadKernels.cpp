@@ -123,14 +123,7 @@ constexpr CKernelJoin kHighPassJoins[] = {
 template <class Numerator, bool kHasGain>
 constexpr CKernelDef row(const char* name, std::span<const CKernelJoin> joins = {})
 {
-    using Section = BiquadSection<Numerator, kHasGain>;
-    return {name,
-            runSection<Section>,
-            3,
-            3,
-            runSections<SamplePair, Section>,
-            kWide<&runSections<SampleQuad, Section>>,
-            joins};
+    return sectionKernel<BiquadSection<Numerator, kHasGain>>(name, joins);
 }
 
 constexpr CKernelDef kTable[] = {

@@ -204,6 +204,19 @@ void runSection(const CKernelCall& call)
     runSections<double, Section>(&call);
 }
 
+// The row of one section in its table.
+template <class Section>
+constexpr CKernelDef sectionKernel(const char* name, std::span<const CKernelJoin> joins = {})
+{
+    return {name,
+            runSection<Section>,
+            3,
+            3,
+            runSections<SamplePair, Section>,
+            kWide<&runSections<SampleQuad, Section>>,
+            joins};
+}
+
 // The parts of a chain, and the chain.
 template <class... Sections>
 struct ChainOf

@@ -25,14 +25,7 @@ constexpr CKernelJoin kHighPassJoins[] = {
 template <std::size_t kStages, bool kIsHighPass, bool kHasGain>
 constexpr CKernelDef row(const char* name, std::span<const CKernelJoin> joins = {})
 {
-    using Section = FirstOrderSection<kStages, kIsHighPass, kHasGain>;
-    return {name,
-            runSection<Section>,
-            3,
-            3,
-            runSections<SamplePair, Section>,
-            kWide<&runSections<SampleQuad, Section>>,
-            joins};
+    return sectionKernel<FirstOrderSection<kStages, kIsHighPass, kHasGain>>(name, joins);
 }
 
 constexpr CKernelDef kTable[] = {
