@@ -2,48 +2,12 @@
 #include "CAudioParamRegistry.h"
 
 #include "CAudioParamRegistryBatch.h"
+#include "FactoryBanks.h"
 #include "PresetStores.h"
-#include "Streams/ResourceMap.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace qel {
-
-namespace {
-
-// A factory bank and the bytes it was read from.
-struct ReadBank
-{
-    CByteBuffer bytes;
-    std::shared_ptr<const CAudioPresetBank> bank;
-};
-
-// All instances share what was read first.
-std::shared_ptr<const CAudioPresetBank> factoryBank(const CString& file)
-{
-    static CCriticalSection section;
-    static std::vector<ReadBank> banks;
-    const CLock lock(section);
-    const auto resource = findResource(file);
-    const CByteBuffer bytes = resource ? CByteBuffer(*resource) : CByteBuffer();
-    const auto known = std::find_if(banks.begin(), banks.end(),
-                                    [&](const ReadBank& each) { return resource && each.bytes == bytes; });
-    if (known != banks.end()) {
-        return known->bank;
-    }
-    auto bank = std::make_shared<CAudioPresetBank>();
-    if (!file.isEmpty()) {
-        traceError(bank->loadFile(file));
-    }
-    bank->setName("Factory ROM");
-    if (resource) {
-        banks.push_back({bytes, bank});
-    }
-    return bank;
-}
-
-} // namespace
 
 void CAudioParamRegistry::buildClassInfo(CClassInfo& info)
 {
@@ -93,8 +57,8 @@ CError CAudioParamRegistry::init()
             params_.setInitialValues(std::move(storedDefault));
         }
     } else if (isEnumerated_) {
-        loadStoredList(storeName_, storedList_);
-        selectorListener_.attach(collector_);
+        picker_.setUp(*collector_, *this, storeName_,
+                      [this](const CAudioPreset& preset, std::int32_t group) { onPicked(preset, group); });
     }
     collector_->addRegistry(*this);
     return {};
@@ -114,14 +78,14 @@ CError CAudioParamRegistry::findObjects()
 
 void CAudioParamRegistry::initBanks()
 {
-    romBank_ = factoryBank(file_);
+    romBank_ = loadFactoryBank(file_);
     programs_.setUp(id_, undo_);
     programs_.replaceAll(*romBank_);
 }
 
 void CAudioParamRegistry::release()
 {
-    selectorListener_.attach(nullptr);
+    picker_.release();
     if (collector_) {
         collector_->removeRegistry(*this);
     }
@@ -167,33 +131,12 @@ void CAudioParamRegistry::onNameParamChange(const CAudioParam& param)
     updateBridges();
 }
 
-void CAudioParamRegistry::onSelectorChange(const CAudioParamNotice& notice)
+void CAudioParamRegistry::onPicked(const CAudioPreset& preset, std::int32_t group)
 {
-    const CAudioParam& param = *notice.param;
-    std::int32_t group = notice.change.group;
-    CString registry;
-    {
-        const CLock lock(param.getLock());
-        if (!param.hasInfo() || param.getInfo().isString()) {
-            return;
-        }
-        registry = param.getInfo().paramRegistry;
-        if (notice.change.isWhole() || param.getInfo().isSingleGroup) {
-            group = kAllGroups;
-        }
-    }
-    if (registry.isEmpty() || collector_->getRegistry(registry) != this) {
-        return;
-    }
-    const double value = param.getValue(std::max(group, 0), 0);
-    const double index = std::floor(value + 0.5);
     CAudioParamContext context(CAudioParamOrigin::kActivation);
     const CAudioParamContext::Scope scope(context);
     const CLock lock(bankLock_);
-    if (index >= 0.0 && index < storedList_.getCount()) {
-        const CAudioPreset& preset = storedList_.get(static_cast<std::int32_t>(index));
-        traceError(applyWithName(preset, context, false, group));
-    }
+    traceError(applyWithName(preset, context, false, group));
 }
 
 // --- snapshots, and presets and banks as streams
@@ -432,7 +375,7 @@ CString CAudioParamRegistry::getCurrentProgramName()
 std::vector<CString> CAudioParamRegistry::listPresets(bool fromROM)
 {
     const CLock lock(bankLock_);
-    const CAudioPresetBank& bank = fromROM ? *romBank_ : isMaster_ ? programs_.getBank() : storedList_;
+    const CAudioPresetBank& bank = fromROM ? *romBank_ : isMaster_ ? programs_.getBank() : picker_.getList();
     std::vector<CString> names;
     for (std::int32_t i = 0; i < bank.getCount(); ++i) {
         names.push_back(bank.get(i).getTitle());

@@ -2,11 +2,11 @@
 #pragma once
 
 #include "CAudioParamCollector.h"
-#include "CAudioParamListener.h"
 #include "CAudioParamPrograms.h"
 #include "CAudioParamRegistryBase.h"
 #include "CAudioParamSubtree.h"
 #include "CAudioPresetNameParam.h"
+#include "CAudioPresetPicker.h"
 #include "CBridge.h"
 
 #include <memory>
@@ -160,7 +160,7 @@ private:
     void addStep(CAudioParamUndoStep& step);
 
     void onNameParamChange(const CAudioParam& param);
-    void onSelectorChange(const CAudioParamNotice& notice);
+    void onPicked(const CAudioPreset& preset, std::int32_t group);
 
     CString hierarchy_;
     CString id_;
@@ -175,14 +175,12 @@ private:
     bool isEnumerated_ = false;
     CAudioParamCollector* collector_ = nullptr;
     CAudioParamUndo* undo_ = nullptr;
-    // Hears of the parameters that select a preset of an enumerated registry.
-    COwnedParamListener<CAudioParamRegistry> selectorListener_{*this, &CAudioParamRegistry::onSelectorChange};
+    CAudioPresetPicker picker_; // of an enumerated registry
     CAudioPresetNameParam nameParam_;
     CAudioParamSubtree params_;
 
     CCriticalSection bankLock_; // guards what follows
     std::shared_ptr<const CAudioPresetBank> romBank_ = std::make_shared<CAudioPresetBank>();
-    CAudioPresetBank storedList_;
     CAudioParamPrograms programs_;
 };
 

@@ -386,10 +386,12 @@ protected:
         ASSERT_OK(activateBank(*master_, bankOf(contents)));
         takePrograms(contents);
         alternate_.reset();
+        isB_ = false;
     }
     void swapAB()
     {
         ASSERT_OK(master_->abSwap());
+        isB_ = !isB_;
         if (!alternate_) {
             alternate_ = Place{state(), History(state()), {}};
         }
@@ -445,6 +447,7 @@ protected:
     std::size_t program_ = 0;
     std::vector<Place> places_;
     std::optional<Place> alternate_;
+    bool isB_ = false;
     State last_; // of the program that was left
 };
 
@@ -460,6 +463,7 @@ TEST_P(RegistryModel, RandomWalksEndWhereTheModelSays)
         ASSERT_TRUE(seen() == state());
         ASSERT_EQ(master_->getProgram(), static_cast<std::int32_t>(program_));
         ASSERT_EQ(master_->getCurrentProgramName(), state().title);
+        ASSERT_EQ(master_->isB(), isB_);
         if (i % 7 == 0) {
             callAudio();
             gain1.drain();

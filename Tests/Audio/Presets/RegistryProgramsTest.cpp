@@ -1,10 +1,8 @@
-// The host's programs, A/B and master reset.
+// Programs that are added, deleted, replaced and moved.
 #include "PresetFixture.h"
 
 namespace qel::test {
 namespace {
-
-using Texts = std::vector<std::string>;
 
 class RegistryPrograms : public PresetFixture
 {
@@ -19,30 +17,6 @@ protected:
         EXPECT_OK(activateBank(*master_, bank));
     }
 };
-
-TEST_F(RegistryPrograms, AAndBCompareSoundsAndLeaveNamesAlone)
-{
-    edit(*gain_, 20.0);
-    ASSERT_OK(master_->abStore());
-    EXPECT_FALSE(master_->isB());
-    ASSERT_OK(master_->setProgram(1));
-    BridgeCounter listener(*master_);
-    ASSERT_OK(master_->abSwap());
-    EXPECT_TRUE(master_->isB());
-    EXPECT_EQ(listener.count, 1);
-    EXPECT_EQ(gain_->getValue(0, 0), 20.0);
-    EXPECT_EQ(master_->listPresets(false), (std::vector<CString>{"One", "Two", "Three"}));
-    EXPECT_EQ(presetName_->getString(0, 0), "Two");
-
-    // A project that is loaded now has nothing to do with the one before.
-    CAudioPresetBank bank;
-    bank.add(presetOf("7qtz:New", {{"gain", 30.0}}));
-    ASSERT_OK(activateBank(*master_, bank));
-    EXPECT_FALSE(master_->isB());
-    ASSERT_OK(master_->abSwap());
-    EXPECT_EQ(gain_->getValue(0, 0), 30.0);
-    EXPECT_EQ(steps(), Texts{"Undo history start"});
-}
 
 TEST_F(RegistryPrograms, OneIsAddedDeletedReplacedAndMovedWithoutTouchingTheOthers)
 {

@@ -1,4 +1,4 @@
-// What a registry begins with: the factory bank, the user's default preset, stored lists.
+// What a registry begins with: the user's default preset, stored lists.
 #include "CApplication.h"
 #include "PresetFixture.h"
 #include "TemporaryHome.h"
@@ -48,14 +48,13 @@ protected:
         EXPECT_OK(root_->createChild(object, tag, name, false, nullptr, &map));
         return object;
     }
-    CAudioParamRegistry* makeMaster(const char* file = "")
+    CAudioParamRegistry* makeMaster()
     {
         auto* master = make<CAudioParamRegistry>("audio:param-registry", "param-registry",
                                                  {{"hierarchy", "plugin.modMain"},
                                                   {"is-master", "true"},
                                                   {"id", "7qtz"},
-                                                  {"param-collector", "^param-collector"},
-                                                  {"file", file}});
+                                                  {"param-collector", "^param-collector"}});
         collector_->finalize();
         return master;
     }
@@ -71,38 +70,6 @@ protected:
     CAudioParam* gain_ = nullptr;
     CAudioParamContext context_;
 };
-
-TEST_F(RegistryStart, TheProgramsBeginAsTheFactoryBank)
-{
-    CAudioPresetBank factory;
-    factory.setName("any");
-    factory.add(presetOf("7qtz:Default", {}));
-    factory.add(presetOf("7qtz:Punch", {{"gain", 4.0}}));
-    CMemoryWriteBuffer chunk;
-    const Bytes body = bodyOf(factory);
-    ASSERT_OK(chunk.writeCompressedData(CByteBuffer(body), CAudioPresetBank::kChunkId));
-    CByteBuffer file;
-    chunk.copyTo(file);
-    registerResource("TestROM.cbf", file.bytes());
-    CAudioParamRegistry* master = makeMaster("TestROM.cbf");
-    registerResource("TestROM.cbf", {});
-
-    EXPECT_EQ(master->listPresets(true), (std::vector<CString>{"Default", "Punch"}));
-    EXPECT_EQ(master->listPresets(false), (std::vector<CString>{"Default", "Punch"}));
-    const Bytes rom =
-        bytesOf([&](COutputStream& stream) { return master->acquireBank(true, stream, false); });
-    factory.setName("Factory ROM");
-    EXPECT_EQ(rom, bodyOf(factory));
-
-    ASSERT_OK(master->activateROMPreset(1));
-    EXPECT_EQ(gain_->getValue(0, 0), 4.0);
-    EXPECT_EQ(master->getCurrentProgramName(), "Punch");
-    EXPECT_EQ(master->getProgram(), 0);
-    EXPECT_EQ(rom, bytesOf([&](COutputStream& stream) { return master->acquireBank(true, stream, false); }));
-    EXPECT_EQ(
-        bytesOf([&](COutputStream& stream) { return master->acquirePreset(true, 1, -1, stream, false); }),
-        bodyOf(factory.get(1)));
-}
 
 TEST_F(RegistryStart, TheUsersDefaultIsTheFirstProgramAndWhatResetReturnsTo)
 {
