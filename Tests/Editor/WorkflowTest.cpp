@@ -14,7 +14,6 @@ const std::string kManager = "--window ui:win-preset-manager";
 const std::string kManagerPath = "win-preset-manager.c.";
 const std::string kPresetLines = kManagerPath + "presets.lists.list";
 const std::string kSaveBank = kManager + " --click " + kManagerPath + "banks.buttons.save";
-const std::string kSetDefault = kManager + " --click " + kManagerPath + "presets.buttons.set-default";
 const std::string kRouting = "--window ui:win-channel-routing";
 const std::string kRoutingPath = "win-channel-routing.c.";
 const std::string kNames = "--window ui:win-group-name-setup";
@@ -335,21 +334,6 @@ TEST_F(Workflow, ABankGoesThroughAFileToAnotherInstance)
     EXPECT_EQ(display(kFreq), kPresetFreq);
     workIn(0);
     EXPECT_EQ(display(kFreq), "100");
-}
-
-TEST_F(Workflow, NewInstancesStartWithTheDefaultPreset)
-{
-    open("buttons.preset-manager");
-    clickBank(kFactoryBank);
-    clickLine(kManager, kPresetLines, kPreset);
-    click(kManager, kManagerPath + "presets.buttons.set-default");
-    click(kSetDefault, "win-confirmation.c.buttons.confirm");
-    EXPECT_EQ(popups().size(), 1U);
-    EXPECT_EQ(display(kFreq), "100") << "what there is stays";
-    end();
-    start();
-    EXPECT_EQ(display(kFreq), kPresetFreq);
-    EXPECT_EQ(programs()[0], "Acoustic Drums Punch");
 }
 
 TEST_F(Workflow, ColoursFollowAtOnceAndTheSizeWithTheNextWindow)

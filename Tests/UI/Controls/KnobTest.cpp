@@ -101,26 +101,6 @@ TEST_F(Knob, NotchesOfTheWheelAreOneGestureUntilAPause)
     EXPECT_EQ(std::fabs(param("type").getValue(0) - value), 1.0) << "a notch is at least one unit";
 }
 
-TEST_F(Knob, AutomationNeitherDragsAlongNorFights)
-{
-    point("gain");
-    user_->press();
-    user_->moveBy(0.0, -10.0);
-    wait();
-    host_->set("modDrumfell.lf-gain", 0.1);
-    wait();
-    EXPECT_NEAR(norm("gain"), 0.5 + 10.0 * dragStepOf(0.7), 1e-6) << "the hand holds it";
-    user_->moveBy(0.0, -10.0);
-    wait();
-    EXPECT_NEAR(norm("gain"), 0.5 + 20.0 * dragStepOf(0.7), 1e-6);
-    user_->release();
-    wait();
-    host_->set("modDrumfell.lf-gain", 0.25);
-    wait();
-    EXPECT_LT(norm("gain"), 0.4);
-    EXPECT_LT(knob("gain").getPictureIndex(), 34);
-}
-
 TEST_F(Knob, LinkedKnobsMoveTogetherInOneStep)
 {
     const std::size_t before = steps();

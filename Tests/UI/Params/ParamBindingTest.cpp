@@ -314,15 +314,6 @@ TEST_F(ParamBinding, ASettingTakesThePlaceOfAParameter)
     EXPECT_EQ(param("level").getNorm(0), 1.0);
 }
 
-TEST_F(ParamBinding, AControlThatEndsInAGestureLeavesNothingOpen)
-{
-    EXPECT_OK(param("knob").beginEdit());
-    CObject::releaseObject(&tree_.at<CObject>("knob"));
-    EXPECT_EQ(host_->calls, (Lines{"begin 5", "end 5"}));
-    EXPECT_OK(param("readout").setNorm(0, 0.75));
-    EXPECT_EQ(shown("readout").size(), 1U);
-}
-
 TEST_F(ParamBinding, StateSwitchesWatchAParameterOfTheirGroupAndWhatAControlIsBoundTo)
 {
     host_->set("io-params.in-routing", 6.0, 0, 3);

@@ -4,7 +4,6 @@
 #include "CDrawLoad.h"
 #include "CPaletteObject.h"
 #include "CSharedAttribute.h"
-#include "CStateSwitchSource.h"
 #include "CView.h"
 #include "CViewColorSlot.h"
 #include "CViewCommand.h"
@@ -43,20 +42,6 @@ public:
         return {};
     }
     std::vector<std::string> lines;
-};
-
-// A parameter: tells the switches that watch it what its value is.
-class TestSource : public CObject, public CStateSwitchSource
-{
-public:
-    CError addSwitch(CViewStateSwitch& stateSwitch) override
-    {
-        switches.push_back(&stateSwitch);
-        return stateSwitch.setWatchedValue(CAttrValue(1));
-    }
-    void removeSwitch(CViewStateSwitch& stateSwitch) override { std::erase(switches, &stateSwitch); }
-
-    std::vector<CViewStateSwitch*> switches;
 };
 
 // Writes down what views ask of their window; to close it ends its views at once.
@@ -208,7 +193,6 @@ private:
         creatorRow<CSharedAttribute>("core:shared-attribute"),
         creatorRow<CPaletteObject>("palette"),
         creatorRow<EventLog>("test:log"),
-        creatorRow<TestSource>("test:source"),
         creatorRow<FilledView>("ui:view"),
         creatorRow<CViewColorSlot>("ui:view-color-slot"),
         creatorRow<CViewCommand>("ui:view-command"),

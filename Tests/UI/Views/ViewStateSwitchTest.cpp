@@ -38,20 +38,6 @@ TEST_F(ViewStateSwitch, SetsOneOfTwoListsOnAllTargets)
     EXPECT_FALSE(isDisabled("w.a"));
 }
 
-TEST_F(ViewStateSwitch, WatchesAParameter)
-{
-    load({disabler("", "0", {{"bridge", "source"}, {"element", "3"}}), view("a"), view("b")}, {},
-         {node("test:source", "source")});
-    const auto& switches = dynamic_cast<test::TestSource&>(*root_->findObject("source")).switches;
-    ASSERT_EQ(switches.size(), 1U);
-    EXPECT_EQ(switches[0]->getElement(), "3");
-    EXPECT_FALSE(isDisabled("w.a"));
-    EXPECT_OK(switches[0]->setWatchedValue(CAttrValue(0.0)));
-    EXPECT_TRUE(isDisabled("w.a"));
-    CObject::releaseObject(root_->findObject("w.switch"));
-    EXPECT_TRUE(switches.empty());
-}
-
 TEST_F(ViewStateSwitch, JoinsOthersInAUnion)
 {
     const Attrs together{{"union", "w"}, {"union-id", "panel"}};

@@ -132,21 +132,5 @@ TEST_F(Window, PublishWhatDrawingCosts)
     EXPECT_GT(std::stod(attr("ui.main-window.window-renderer", "draw-load")), 0.1);
 }
 
-TEST_F(Window, OpenOnceUnderAUniqueName)
-{
-    open({}, {}, {{"unique-name", "settings"}});
-    const CWindow& first = window();
-    CObject* second = nullptr;
-    CAttrMap attrs;
-    attrs["palette"] = CAttrValue("Test");
-    ASSERT_OK(root_->createChild(second, "ui:window-drag", "second", false, nullptr, &attrs));
-    CWindow* renderer = nullptr;
-    attrs["unique-name"] = CAttrValue("settings");
-    ASSERT_OK(second->createChild(renderer, "ui:window-renderer", "window-renderer", false, nullptr, &attrs));
-    EXPECT_OK(renderer->open());
-    EXPECT_FALSE(renderer->isOpen());
-    EXPECT_EQ(renderer->getSystem().getWindows(), (std::vector<CWindow*>{const_cast<CWindow*>(&first)}));
-}
-
 } // namespace
 } // namespace qel
