@@ -109,6 +109,7 @@ Call* CAudioPlanBuilder::addCall(std::uint32_t count, std::size_t operandCount)
     Call& call = calls_[callCount_++];
     call = {};
     call.count = count;
+    call.ratio = count / count_;
     return &call;
 }
 
@@ -167,15 +168,122 @@ void CAudioPlanBuilder::classify(std::span<const CBufferRef> outputs)
 
 // --- building
 
-bool CAudioPlanBuilder::build(CAudioStepPlan& plan)
+bool CAudioPlanBuilder::build(CAudioStepPlan& plan, bool isForFade)
 {
     plan.release();
-    plan.isReady_ = isGood_ && (number(true) || number(false)) && lay(plan) && findTwins(plan);
+    if (!isGood_) {
+        return false;
+    }
+    const std::uint64_t form = this->form();
+    if (isForFade && plan.form_ == form && plan.refits_ < kMostRefits && refit(plan)) {
+        ++plan.refits_;
+        plan.isReady_ = true;
+        return true;
+    }
+    plan.clear();
+    plan.form_ = form;
+    plan.isReady_ = (number(true) || number(false)) && lay(plan) && findTwins(plan);
     if (!plan.isReady_) {
-        plan.clear(); // states are as they were
+        plan.clear();
     }
     return plan.isReady_;
 }
+
+// --- the same form again
+
+namespace {
+
+// One after the other, and as good as never alike by chance.
+class FormSum
+{
+public:
+    void add(std::uint64_t word)
+    {
+        sum_ = (sum_ ^ word) * 0x9E3779B97F4A7C15U;
+        sum_ ^= sum_ >> 32;
+    }
+    // Never 0.
+    std::uint64_t sum() const { return sum_ | 1; }
+
+private:
+    std::uint64_t sum_ = 0;
+};
+
+} // namespace
+
+// All that a plan depends on but scalars and what stands in states. Buffers are counted as they first appear,
+// so their numbers say how the calls hang together.
+std::uint64_t CAudioPlanBuilder::form() const
+{
+    FormSum sum;
+    sum.add(inputCount_ << 32 | longestBuffer_ / count_);
+    for (std::size_t i = 0; i < callCount_; ++i) {
+        const Call& call = calls_[i];
+        const auto buffers = std::bit_cast<std::array<std::uint64_t, 2>>(call.buffers);
+        sum.add(call.entry ? reinterpret_cast<std::uintptr_t>(call.entry)
+                           : reinterpret_cast<std::uintptr_t>(call.module));
+        sum.add(call.channelCount << 40 | std::uint64_t{call.operandCount} << 32 | call.ratio);
+        sum.add(buffers[0]);
+        sum.add(buffers[1]);
+    }
+    const CBufferPool& pool = kernels_->pool();
+    for (std::size_t i = 0; i < bufferCount_; ++i) {
+        const Buffer& buffer = buffers_[i];
+        sum.add(buffer.kind == EKind::kState ? pool.bytes(buffer.ref) + 2
+                                             : static_cast<std::size_t>(buffer.kind));
+    }
+    for (std::size_t i = 0; i < outputCount_; ++i) {
+        sum.add(outputs_[i]);
+    }
+    return sum.sum();
+}
+
+// False if a call has to run again that the plan has left out.
+bool CAudioPlanBuilder::refit(CAudioStepPlan& plan) const
+{
+    for (const CAudioStepPlan::StandIn& pair : plan.standIns_) {
+        if (!standsIn(calls_[pair.leftOut], calls_[pair.running])) {
+            return false;
+        }
+    }
+    for (std::size_t i = 0; i < plan.calls_.size(); ++i) {
+        const Call& call = calls_[plan.origins_[i]];
+        plan.calls_[i].scalar = call.scalar;
+        for (std::size_t j = 0; j < call.operandCount; ++j) {
+            const Buffer& buffer = buffers_[call.buffers[j]];
+            if (buffer.kind == EKind::kState) {
+                plan.calls_[i].data[j] = kernels_->address(buffer.ref);
+            }
+        }
+    }
+    const CBufferPool& pool = kernels_->pool();
+    for (CAudioStepPlan::Twin& twin : plan.twins_) {
+        twin.running = pool.address(buffers_[twin.runningBuffer].ref);
+        twin.resting = pool.address(buffers_[twin.restingBuffer].ref);
+        twin.isAwake = false;
+    }
+    return true;
+}
+
+bool CAudioPlanBuilder::standsIn(const Call& call, const Call& other) const
+{
+    bool isSame = std::bit_cast<std::uint64_t>(call.scalar) == std::bit_cast<std::uint64_t>(other.scalar);
+    for (std::size_t i = 0; i < call.operandCount && isSame; ++i) {
+        const Buffer& a = buffers_[call.buffers[i]];
+        const Buffer& b = buffers_[other.buffers[i]];
+        isSame = a.kind != EKind::kState || b.kind != EKind::kState || haveSameBits(a, b);
+    }
+    return isSame;
+}
+
+bool CAudioPlanBuilder::haveSameBits(const Buffer& a, const Buffer& b) const
+{
+    const CBufferPool& pool = kernels_->pool();
+    const std::size_t bytes = pool.bytes(a.ref);
+    return pool.bytes(b.ref) == bytes && std::memcmp(pool.address(a.ref), pool.address(b.ref), bytes) == 0;
+}
+
+// --- values
 
 // Goes through the calls in their order. False if a value is wanted that is nowhere any more.
 bool CAudioPlanBuilder::number(bool joinsTwins)
@@ -249,9 +357,7 @@ bool CAudioPlanBuilder::isSameState(const Call& call, const Call& other, std::si
         other.before[operand] != b.first) {
         return false;
     }
-    const CBufferPool& pool = kernels_->pool();
-    const std::size_t bytes = pool.bytes(a.ref);
-    return pool.bytes(b.ref) == bytes && std::memcmp(pool.address(a.ref), pool.address(b.ref), bytes) == 0;
+    return haveSameBits(a, b);
 }
 
 bool CAudioPlanBuilder::adoptTwin(Call& call)
@@ -260,6 +366,7 @@ bool CAudioPlanBuilder::adoptTwin(Call& call)
     for (Index index = buckets_[bucket]; index != kNone; index = calls_[index].nextInBucket) {
         const Call& other = calls_[index];
         if (isTwin(call, other)) {
+            call.standIn = index;
             for (std::size_t i = 0; i < call.operandCount; ++i) {
                 if (call.writes(i)) {
                     buffers_[call.buffers[i]].value = other.after[i];
@@ -360,7 +467,18 @@ bool CAudioPlanBuilder::findTwins(CAudioStepPlan& plan)
             pool.bytes(running.ref) != bytes || plan.twins_.size() == CAudioStepPlan::kMaxTwins) {
             return false;
         }
-        plan.twins_.push_back({pool.address(running.ref), pool.address(buffer.ref), bytes});
+        plan.twins_.push_back({pool.address(running.ref), pool.address(buffer.ref),
+                               static_cast<std::uint32_t>(bytes), holders_[buffer.value],
+                               static_cast<Index>(i)});
+    }
+    for (std::size_t i = 0; i < callCount_; ++i) {
+        const Call& call = calls_[i];
+        if (call.entry && call.isLeftOut && plan.standIns_.size() == CAudioStepPlan::kMaxStandIns) {
+            return false;
+        }
+        if (call.entry && call.isLeftOut) {
+            plan.standIns_.push_back({static_cast<Index>(i), call.standIn});
+        }
     }
     return true;
 }
@@ -432,13 +550,12 @@ bool CAudioPlanBuilder::layWhole(CAudioStepPlan& plan, const Call& call)
         return false;
     }
     CAudioStepPlan::Whole& whole = plan.wholes_.emplace_back();
-    const std::uint32_t ratio = call.count / count_;
     whole.module = call.module;
-    whole.ratio = static_cast<int>(ratio);
+    whole.ratio = static_cast<int>(call.ratio);
     whole.channelCount = call.channelCount;
     for (std::size_t i = 0; i < call.operandCount; ++i) {
         std::uint8_t signal = 0;
-        if (!nameSignal(plan, call.sources[i], ratio, signal)) {
+        if (!nameSignal(plan, call.sources[i], call.ratio, signal)) {
             return false;
         }
         whole.signals.push(signal);
@@ -552,6 +669,10 @@ bool CAudioPlanBuilder::layKernel(CAudioStepPlan& plan, const Call& call)
     laid.scalar = call.scalar;
     for (std::size_t i = 0; i < call.operandCount; ++i) {
         const Buffer& buffer = buffers_[call.sources[i]];
+        const bool isOwn = call.sources[i] == call.buffers[i];
+        if (!isOwn && (buffer.kind == EKind::kState || buffers_[call.buffers[i]].kind == EKind::kState)) {
+            plan.form_ = 0;
+        }
         laid.operandBits[i] = buffer.memory;
         if (buffer.kind == EKind::kState) {
             laid.data[i] = kernels_->address(buffer.ref);
@@ -562,7 +683,8 @@ bool CAudioPlanBuilder::layKernel(CAudioStepPlan& plan, const Call& call)
             plan.patches_.push_back({static_cast<Index>(index), static_cast<std::uint8_t>(i), buffer.signal});
         }
     }
-    plan.ratios_.push_back(static_cast<std::uint16_t>(call.count / count_));
+    plan.ratios_.push_back(static_cast<std::uint16_t>(call.ratio));
+    plan.origins_.push_back(static_cast<Index>(&call - calls_.data()));
     return true;
 }
 

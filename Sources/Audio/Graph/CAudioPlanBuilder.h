@@ -17,6 +17,9 @@ namespace qel {
 //   - calls that a kernel can do at once are brought together (CAudioPlanOrder);
 //   - a buffer between calls has memory from its first use to its last.
 //
+// From fade to fade of the same modules, steps have the same form: then the plan before is taken, with other
+// states and scalars, and nothing of this has to be found again.
+//
 // What it does not understand makes no plan: counts that are no multiple of the step's, buffers read in part
 // or filled by hand, too many of anything.
 //
@@ -34,8 +37,9 @@ public:
     // Around the step: what goes in, one buffer a signal, and what has come out.
     void begin(CKernelContext& kernels, int count, std::span<const CBufferRef> inputs);
     void end(std::span<const CBufferRef> outputs);
-    // False if there can be none of what was written down; the plan is empty then.
-    bool build(CAudioStepPlan& plan);
+    // False if there can be none of what was written down. A plan that will not last may go on from the one
+    // before it.
+    bool build(CAudioStepPlan& plan, bool isForFade);
 
     // Runs a whole module, as one entry of what is being written down, if something is.
     static void runWhole(CAudioGraph& graph, CAudioWholeModule& module, CAudioModuleStep& step);
@@ -51,6 +55,8 @@ private:
     static constexpr std::size_t kMinMemories = 8;
     static constexpr int kShortestPiece = 8;
     static constexpr std::size_t kBuckets = 512;
+    // Then states that have become alike meanwhile are to be found.
+    static constexpr int kMostRefits = 16;
 
     using Index = plan::Index;
     using Buffer = plan::Buffer;
@@ -60,6 +66,11 @@ private:
     void addOperand(Call& call, CBufferRef ref);
     Index bufferOf(CBufferRef ref);
     void classify(std::span<const CBufferRef> outputs);
+
+    std::uint64_t form() const;
+    bool refit(CAudioStepPlan& plan) const;
+    bool standsIn(const Call& call, const Call& other) const;
+    bool haveSameBits(const Buffer& a, const Buffer& b) const;
 
     bool number(bool joinsTwins);
     bool readOperands(Call& call);

@@ -272,7 +272,7 @@ void CAudioPlanner::makePlan()
     }
     steady_ = root_.steadySamples(root_.sampleRateHz());
     const bool isSound = stepsWritten_ == 1 && hasAllOutputs_ && steady_ > 0;
-    if (!isSound || !builder_->build(plan_)) {
+    if (!isSound || !builder_->build(plan_, steady_ != CAudioProcessBase::kForever)) {
         waitLonger();
     }
     builder_->giveBack();

@@ -24,10 +24,12 @@ CAudioStepPlan::CAudioStepPlan(CKernelContext& kernels)
 {
     reserveTouched(calls_, kMaxCalls);
     reserveTouched(ratios_, kMaxCalls);
+    reserveTouched(origins_, kMaxCalls);
     reserveTouched(entries_, kMaxCalls);
     reserveTouched(patches_, kMaxPatches);
     reserveTouched(wholes_, kMaxWholes);
     reserveTouched(twins_, kMaxTwins);
+    reserveTouched(standIns_, kMaxStandIns);
     reserveTouched(signalRatios_, kMaxSignals);
     reserveTouched(outputs_, kMaxOutputs);
 }
@@ -61,23 +63,29 @@ bool CAudioStepPlan::reuniteTwins()
 
 void CAudioStepPlan::release()
 {
+    if (!std::exchange(isReady_, false)) {
+        return;
+    }
     for (Twin& twin : twins_) {
         twin.wake();
     }
-    clear();
 }
 
 void CAudioStepPlan::clear()
 {
     calls_.clear();
     ratios_.clear();
+    origins_.clear();
     entries_.clear();
     patches_.clear();
     wholes_.clear();
     twins_.clear();
+    standIns_.clear();
     signalRatios_.clear();
     outputs_.clear();
     piece_ = 0;
+    form_ = 0;
+    refits_ = 0;
     isReady_ = false;
 }
 

@@ -17,6 +17,9 @@ namespace qel {
 // are run in pieces, short enough for all buffers between calls to stay in the processor's cache. The states
 // are those of the modules, so that the graph can go on behind any step.
 //
+// A released plan keeps what it was made of: a step of the same form, as the next fade of the same modules
+// has, needs other addresses and scalars alone.
+//
 // All memory is taken when the plan is constructed. Audio thread, but for the constructor and the destructor.
 class CAudioStepPlan
 {
@@ -42,9 +45,7 @@ public:
     void wakeTwinsOf(const void* state);
     // True if they are alike again, so that the plan can go on.
     bool reuniteTwins();
-    // Forgets the plan, with all states as they are.
-    void clear();
-    // Brings the states that others have stood in for up to date, and forgets the plan.
+    // Brings the states that others have stood in for up to date, and ends the plan.
     void release();
 
 private:
@@ -54,6 +55,7 @@ private:
     static constexpr std::size_t kMaxPatches = 128;
     static constexpr std::size_t kMaxWholes = 32;
     static constexpr std::size_t kMaxTwins = 128;
+    static constexpr std::size_t kMaxStandIns = 192;
     static constexpr std::size_t kMaxSignals = 64;
     static constexpr std::size_t kMaxOutputs = 16;
     static constexpr std::uint8_t kNoSignal = 0xFF;
@@ -88,12 +90,21 @@ private:
     {
         const std::byte* running;
         std::byte* resting;
-        std::size_t bytes;
+        std::uint32_t bytes;
+        std::uint16_t runningBuffer; // as the builder counts them
+        std::uint16_t restingBuffer;
         bool isAwake = false;
 
         void wake();
     };
+    // A call that is left out, and the one that runs in its place, as the builder counts them.
+    struct StandIn
+    {
+        std::uint16_t leftOut;
+        std::uint16_t running;
+    };
 
+    void clear();
     void setPiece(int count);
     void runPiece(int done, int count, std::span<const CBufferRef> signals);
     void runWhole(const Whole& whole, int count, std::span<const CBufferRef> signals);
@@ -102,16 +113,20 @@ private:
     CKernelContext& kernels_;
     std::vector<double> memory_;
     std::vector<CKernelCall> calls_;
-    std::vector<std::uint16_t> ratios_; // of a call's count to the step's
+    std::vector<std::uint16_t> ratios_;  // of a call's count to the step's
+    std::vector<std::uint16_t> origins_; // of a call, among those written down
     std::vector<Entry> entries_;
     std::vector<Patch> patches_;
     std::vector<Whole> wholes_;
     std::vector<Twin> twins_;
+    std::vector<StandIn> standIns_;
     std::vector<std::uint16_t> signalRatios_;
     std::vector<std::uint8_t> outputs_;
     int longestPiece_ = 0;
     int piece_ = 0; // that the counts are set to
     bool isReady_ = false;
+    std::uint64_t form_ = 0; // of the step that it was made of; 0: nothing that could come again
+    int refits_ = 0;
 };
 
 } // namespace qel

@@ -48,8 +48,10 @@ struct Call
     std::size_t channelCount; // of the module
     double scalar;
     std::uint32_t count;
+    std::uint32_t ratio; // of the count to the step's
     std::uint8_t operandCount;
     bool isLeftOut; // another one stands in for it
+    Index standIn;  // if it is left out
     Index nextInBucket;
     std::array<Index, kMaxKernelOperands> buffers;
     std::array<Index, kMaxKernelOperands> sources; // buffers that hold the same in the plan

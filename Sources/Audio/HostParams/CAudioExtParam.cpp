@@ -94,12 +94,20 @@ double CAudioExtParam::getNormalized() const
 
 void CAudioExtParam::postNormalized(double norm)
 {
-    // Hosts send back what they were told, some of them all values whenever a window opens. As what it
-    // was told is a float, the value would move a little, and no longer be that of its preset.
-    const bool isKnown = static_cast<float>(norm) == static_cast<float>(getNormalized());
-    if (projection() && !std::isnan(norm) && !isKnown) {
+    const Projection* now = projection();
+    if (now && !std::isnan(norm) && !isKnownToHost(*now, norm)) {
         posted_.put(norm);
     }
+}
+
+// Hosts send back what they were told, some of them all values whenever a window opens. As what it was told
+// is a float, the value would move a little, and no longer be that of its preset.
+bool CAudioExtParam::isKnownToHost(const Projection& now, double norm) const
+{
+    // A sweep, whose last number was told as it had come: a smooth curve leads there and back.
+    const bool hasMoved = !now.curve.snaps() && posted_.getState().isUnsettled() &&
+                          std::fabs(norm - std::clamp(posted_.getLatest(), 0.0, 1.0)) > kHostPrecision;
+    return !hasMoved && static_cast<float>(norm) == static_cast<float>(getNormalized());
 }
 
 void CAudioExtParam::applyPosted(double timeSec)

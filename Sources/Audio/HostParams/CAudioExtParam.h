@@ -108,6 +108,7 @@ private:
 
     CError attrExtName();
     void onParamChange(const CAudioParamNotice& notice);
+    bool isKnownToHost(const Projection& now, double norm) const;
     // Takes the parameter's value over; true if the number changed and the host does not know it. What the
     // audio side sends while a value of the host is under way is older, unless it is that value.
     bool refresh(bool isFromAudio);

@@ -76,12 +76,6 @@ void fadeByPlaces(const CKernelCall& call)
     loop(call.samples(0), call.samples(1), call.samples(2), call.samples(3));
 }
 
-void fadeBy(const CKernelCall& call)
-{
-    const auto function = hasWideLanes() ? kWide<&fadeByPlaces> : &fadeByPlaces;
-    function(call);
-}
-
 constexpr CKernelDef kTable[] = {
     {"xfadei", xfadeInit, 1, 1},
     {"xfade", xfade, 4, 3},
@@ -89,7 +83,7 @@ constexpr CKernelDef kTable[] = {
 
 constexpr CKernelDef kSharedTable[] = {
     {"xfadep", fadePlaces, 2, 3},
-    {"xfadeby", fadeBy, 4, 1},
+    {"xfadeby", runWidest<&fadeByPlaces, const CKernelCall&>, 4, 1},
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 //
 // The output may be any of the input signals; spans that overlap in part are defined for `copy` only.
 #include "KernelFamilies.h"
+#include "WideLanes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,9 +16,8 @@ namespace {
 // From here on a block move beats the loop.
 constexpr std::size_t kBlockMoveAbove = 400;
 
-// out[i] = operation(x[i]...), the x being the operands listed. Operand 0 among them means in place.
 template <auto kOperation, std::size_t... kInputs>
-void map(const CKernelCall& call)
+void mapLanes(const CKernelCall& call)
 {
     const auto loop = [n = std::size_t{call.count}](double* out, const auto*... in) {
         for (std::size_t i = 0; i < n; ++i) {
@@ -27,9 +27,15 @@ void map(const CKernelCall& call)
     loop(call.samples(0), static_cast<const double*>(call.samples(kInputs))...);
 }
 
-// The same with the call's scalar as the operation's first argument.
+// out[i] = operation(x[i]...), the x being the operands listed. Operand 0 among them means in place.
 template <auto kOperation, std::size_t... kInputs>
-void mapWithScalar(const CKernelCall& call)
+void map(const CKernelCall& call)
+{
+    runWidest<&mapLanes<kOperation, kInputs...>, const CKernelCall&>(call);
+}
+
+template <auto kOperation, std::size_t... kInputs>
+void mapLanesWithScalar(const CKernelCall& call)
 {
     const auto loop = [n = std::size_t{call.count}, c = call.scalar](double* out, const auto*... in) {
         for (std::size_t i = 0; i < n; ++i) {
@@ -37,6 +43,13 @@ void mapWithScalar(const CKernelCall& call)
         }
     };
     loop(call.samples(0), static_cast<const double*>(call.samples(kInputs))...);
+}
+
+// The same with the call's scalar as the operation's first argument.
+template <auto kOperation, std::size_t... kInputs>
+void mapWithScalar(const CKernelCall& call)
+{
+    runWidest<&mapLanesWithScalar<kOperation, kInputs...>, const CKernelCall&>(call);
 }
 
 constexpr auto kAdd2 = [](double b, double d) { return b + d; };

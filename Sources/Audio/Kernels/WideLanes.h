@@ -26,4 +26,12 @@ inline constexpr decltype(kBody) kWide = nullptr;
 
 #endif
 
+// Runs the widest form of a function that the processor has.
+template <auto kBody, class... Args>
+void runWidest(Args... args)
+{
+    const auto function = hasWideLanes() ? kWide<kBody> : kBody;
+    function(args...);
+}
+
 } // namespace qel

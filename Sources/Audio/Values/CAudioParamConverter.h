@@ -26,6 +26,8 @@ public:
     CAudioParamCurve() = default;
     CAudioParamCurve(ELaw law, double min, double max);
 
+    // Whether positions move to the nearest of a few.
+    bool snaps() const { return law_ == ELaw::kWhole; }
     double valueAt(double norm) const;
     double normOf(double value) const;
 
