@@ -16,6 +16,7 @@ namespace {
 
 // Hosts carry their numbers in single precision. What comes back from one within this is what went there.
 constexpr double kHostPrecision = 1e-6;
+constexpr int kMaxTellings = 4;
 
 } // namespace
 
@@ -261,12 +262,14 @@ void CAudioExtParam::tellHost()
     if (!bridge) {
         return;
     }
-    // Two threads may tell at once, and the slower of them must not have the last word with an older value.
-    double told = 0.0;
-    do {
-        told = getNormalized();
+    // Two threads may tell at once, and the slower of them must not have the last word with an older value. A
+    // host that answers each time with the next value of a ramp has the last word itself.
+    bool isOutdated = true;
+    for (int times = 0; isOutdated && times < kMaxTellings; ++times) {
+        const double told = getNormalized();
         bridge->setParameterAutomated(index_, told);
-    } while (std::fabs(getNormalized() - told) > kHostPrecision);
+        isOutdated = std::fabs(getNormalized() - told) > kHostPrecision;
+    }
 }
 
 CString CAudioExtParam::textOf(const Projection& projection, double value,

@@ -125,7 +125,7 @@ private:
     NameMap<CString> remaps_;
     std::vector<CAudioParamRegistryBase*> registries_; // longest hierarchy first
     bool isFinalized_ = false;
-    bool isBuilding_ = false; // set while the audio side stands still
+    std::atomic<bool> isBuilding_{false}; // set while the audio side stands still
     std::atomic<bool> isReleased_{false};
     // Of its own and taken last, since a writer may hold a parameter when a notice goes out: guards which
     // registries have which parameter.

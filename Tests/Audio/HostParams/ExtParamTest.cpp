@@ -137,6 +137,30 @@ TEST_F(ExtParamTest, AgreesWithItsParameterAfterWritesFromManyThreads)
     EXPECT_EQ(ext.getDisplay(), ext.getDisplayOf(ext.getNormalized()));
 }
 
+// As one that plays a ramp while the user turns the knob.
+TEST_F(ExtParamTest, StopsTellingAHostThatAnswersWithAnotherValueEachTime)
+{
+    struct AnsweringHost : CAudioExtParamHostBridge
+    {
+        void setParameterAutomated(std::int32_t, double norm) override
+        {
+            ASSERT_LT(++count, 100);
+            param->postNormalized(norm / 2 + 0.2);
+        }
+        CAudioExtParam* param = nullptr;
+        int count = 0;
+    };
+    CAudioParam& param = declare("p.a", "real", "0", "1", "0.5");
+    CAudioExtParam& ext = add("A", "p.a");
+    AnsweringHost host;
+    host.param = &ext;
+    list_->setHostBridge(&host);
+    CAudioParamContext context;
+    param.setValue(0, 0, 0, 1.0, context);
+    EXPECT_EQ(host.count, 4);
+    list_->setHostBridge(&host_);
+}
+
 std::vector<std::uint8_t> ccTable(const std::vector<std::pair<std::uint8_t, std::string>>& entries)
 {
     std::vector<std::uint8_t> bytes{static_cast<std::uint8_t>(entries.size()), 0, 0, 0};
