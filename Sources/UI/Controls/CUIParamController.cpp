@@ -49,6 +49,14 @@ double unitOf(const CUIParam& param, std::int32_t element)
     return range > 0.0 ? 1.0 / range : 0.0;
 }
 
+// The bridge of a parameter whose values are numbers, or null: texts and settings take no part in an edit of
+// several.
+const CParamBridge* numberBridgeOf(const CUIParam& param)
+{
+    const CAudioParamInfo* const info = param.getInfo();
+    return info && !info->isString() ? param.getBridge() : nullptr;
+}
+
 double axisOf(const CAttrMap& parameters, bool isHorizontal)
 {
     return isHorizontal ? eventNumber(parameters, "actual-x") : -eventNumber(parameters, "actual-y");
@@ -301,7 +309,7 @@ CError CUIParamController::change(Change&& make)
 CError CUIParamController::resetToDefault()
 {
     return change([](CUIParam& param, std::int32_t element, CParamEdit& edit) {
-        const CParamBridge* const bridge = param.getBridge();
+        const CParamBridge* const bridge = numberBridgeOf(param);
         return bridge
                    ? param.setValue(element,
                                     bridge->getDefault(param.getGroup(), param.getFirstElement() + element),
@@ -313,10 +321,9 @@ CError CUIParamController::resetToDefault()
 CError CUIParamController::setText(const CString& text)
 {
     return change([&](CUIParam& param, std::int32_t element, CParamEdit& edit) {
-        const CParamBridge* const bridge = param.getBridge();
-        const bool isNumber = bridge && !(param.getInfo() && param.getInfo()->isString());
+        const CParamBridge* const bridge = numberBridgeOf(param);
         double value = 0.0;
-        return isNumber && bridge->parseText(param.getFirstElement() + element, text, value)
+        return bridge && bridge->parseText(param.getFirstElement() + element, text, value)
                    ? param.setValue(element, value, &edit)
                    : param.setText(element, text);
     });

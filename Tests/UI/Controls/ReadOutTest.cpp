@@ -19,7 +19,7 @@ constexpr const char* kReadOuts = R"(
     <value name="gain" bridge="ui.gain"/>
     <value name="freq" bridge="ui.freq" default-value="90 Hz"/>
     <value name="dry" bridge="ui.dry"/>
-    <value name="name" bridge="ui.name" needs-ui-param-controller="false"/>
+    <value name="name" bridge="ui.name"/>
   </ui:window-drag>
 )";
 
@@ -55,10 +55,10 @@ TEST_F(ReadOut, TakesWhatAProducerTypes)
         const char* shown;
     };
     const Case cases[] = {
-        {"freq", U"1.2k", "1.20 kHz"},     {"freq", U"150 Hz", "150 Hz"}, {"gain", U"+3 dB", "3.0 dB"},
-        {"gain", U"-4.5", "-4.5 dB"},      {"dry", U"50 %", "50.0 %"},    {"gain", U"999", "24.0 dB"},
-        {"gain", U"loud", "24.0 dB"},      {"freq", U"", "90.0 Hz"},      {"gain", U"", "0.0 dB"},
-        {"name", U"Kick [x]", "Kick [x]"},
+        {"freq", U"1.2k", "1.20 kHz"},     {"freq", U"150 Hz", "150 Hz"},     {"gain", U"+3 dB", "3.0 dB"},
+        {"gain", U"-4.5", "-4.5 dB"},      {"dry", U"50 %", "50.0 %"},        {"gain", U"999", "24.0 dB"},
+        {"gain", U"loud", "24.0 dB"},      {"freq", U"", "90.0 Hz"},          {"gain", U"", "0.0 dB"},
+        {"name", U"Kick [x]", "Kick [x]"}, {"name", U"", "Unnamed instance"},
     };
     for (const Case& one : cases) {
         open(one.name);
