@@ -38,6 +38,7 @@ void CUIParam::buildClassInfo(CClassInfo& info)
     info.bind<&Self::sharedPath_>("shared-attribute", "");
     info.bind<&Self::sharedValue_, &Self::attrSharedAttributeValue>("shared-attribute-value", std::nullopt);
     info.handleEvent<&Self::onGroupChange>(CParamGroupSelector::kGroupChange);
+    info.handleEvent<&Self::onReset>("reset");
 }
 
 // --- life
@@ -119,6 +120,11 @@ CError CUIParam::onWindowChanged()
 CError CUIParam::onGroupChange(const CAttrMap&)
 {
     return update(true);
+}
+
+CError CUIParam::onReset(const CAttrMap&)
+{
+    return resetToDefault(0);
 }
 
 CError CUIParam::onAttrChanged(CObject& sender, const CString& key, const CAttrValue& value)

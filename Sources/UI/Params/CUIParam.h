@@ -36,6 +36,8 @@ class CUIParamUpdateHandler;
 // A shared attribute is one element: a number, and in the text of it. Where "shared-attribute-value" is given
 // it is 1 if the setting has that text, and 0 if not; writing 1 (0.5 and up) sets the text; writing 0 does
 // nothing but for "true", which gives "false", and the other way round.
+//
+// The event "reset" returns the first element to its default.
 class CUIParam : public CObject, public CParamBridgeListener, public CStateSwitchSource
 {
 public:
@@ -108,6 +110,7 @@ public:
 
 private:
     CError onGroupChange(const CAttrMap& parameters);
+    CError onReset(const CAttrMap& parameters);
 
     CError bindShared();
     CError bindBridge();
