@@ -120,6 +120,10 @@ CError CViewCommand::run(const CAttrMap& parameters)
 
 CError CViewCommand::runEvent(CObject* target, const CAttrMap& parameters)
 {
+    // A window may go with its opener, whom it tells of that.
+    if (!target && view_->isReleased()) {
+        return {};
+    }
     if (!target) {
         QEL_FAIL(getFullName(), "@qelstr_CViewCommand_run_NoEventTarget Unable to locate event target '%1'.",
                  runEventTarget_);
