@@ -35,7 +35,7 @@ usage: drumfell.sh COMMAND
   check      tell which sources are not laid out as .clang-format says
   bench      build and run the benchmarks (arguments go to Google Benchmark)
   sanitize   run the tests under AddressSanitizer with UBSan and under ThreadSanitizer, then the long fuzz runs
-             (DRUMFELL_FUZZ_SECONDS each, default 60)
+             (DRUMFELL_FUZZ_SECONDS each, default 60); with --address, --thread or --fuzz only that part
   windows    cross-build library, renderer and tests for Windows with MinGW-w64; with --library only what needs no other
              libraries; with --libraries only those others, from Debian's source packages; with --test (last) run the
              tests under wine, and compare sounds and states with those of Linux
@@ -237,6 +237,25 @@ run_tests() {
     ctest --preset "$1" -j "$(nproc)"
 }
 
+# sanitize PRESET: all tests under the sanitizers of that build.
+sanitize() {
+    need "${build_packages[@]}" "${test_packages[@]}"
+    build "$1"
+    run_tests "$1"
+}
+
+# Longer than the ordinary tests do, and guided by what the inputs reach.
+fuzz() {
+    local fuzzer seconds=${DRUMFELL_FUZZ_SECONDS:-60}
+    need "${build_packages[@]}" "${fuzz_packages[@]}"
+    build fuzz drumfell-fuzzers
+    for fuzzer in build/fuzz/bin/drumfell-fuzz-*; do
+        echo "== $(basename "$fuzzer"), $seconds s"
+        "$fuzzer" -max_total_time="$seconds" -rss_limit_mb=1024 -timeout=10 -print_final_stats=1 \
+            -artifact_prefix=build/fuzz/ 2>&1 | grep -vE '^#|^INFO|NEW|REDUCE|pulse' || exit 1
+    done
+}
+
 # The files of the demo, one a line: a recorded break and a bass drum, or a generated loop where they are not to be had.
 demo_loops() {
     local folder=/usr/share/sonic-pi/samples
@@ -346,17 +365,21 @@ bench)
     build/release/bin/drumfell-bench "$@"
     ;;
 sanitize)
-    need "${build_packages[@]}" "${test_packages[@]}" "${fuzz_packages[@]}"
-    build asan-ubsan
-    run_tests asan-ubsan
-    build tsan
-    run_tests tsan
-    build fuzz drumfell-fuzzers
-    for fuzzer in build/fuzz/bin/drumfell-fuzz-*; do
-        echo "== $(basename "$fuzzer"), ${DRUMFELL_FUZZ_SECONDS:-60} s"
-        "$fuzzer" -max_total_time="${DRUMFELL_FUZZ_SECONDS:-60}" -rss_limit_mb=1024 -timeout=10 -print_final_stats=1 \
-            -artifact_prefix=build/fuzz/ 2>&1 | grep -vE '^#|^INFO|NEW|REDUCE|pulse' || exit 1
-    done
+    shift
+    case "$*" in
+    "")
+        sanitize asan-ubsan
+        sanitize tsan
+        fuzz
+        ;;
+    --address) sanitize asan-ubsan ;;
+    --thread) sanitize tsan ;;
+    --fuzz) fuzz ;;
+    *)
+        usage >&2
+        exit 2
+        ;;
+    esac
     ;;
 windows)
     shift
