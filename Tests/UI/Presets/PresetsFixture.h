@@ -39,6 +39,8 @@ public:
         EXPECT_OK(at<CView>("w").announceContentReady());
         settle();
     }
+    // Views tell their window when they go.
+    ~PresetTree() { CObject::releaseObject(&at<CObject>("w")); }
 
     void click(const char* path)
     {
