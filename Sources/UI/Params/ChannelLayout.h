@@ -14,7 +14,6 @@ constexpr const char* kGroupNames = "plugin.modMain.io-params.group-names";
 constexpr const char* kInRouting = "plugin.modMain.io-params.in-routing";
 constexpr const char* kOutRouting = "plugin.modMain.io-params.out-routing";
 constexpr const char* kGrouping = "plugin.modMain.io-params.grouping";
-constexpr const char* kGroupSolo = "plugin.modMain.io-params.channel-group-solo";
 
 // The name that the user gave, or else the number, counted from 1.
 CString groupName(CAudioInterfaceClient& client, std::int32_t group);

@@ -347,11 +347,6 @@ CError CTextView::openKeyboard(CEditBox& box)
 
 // --- the edit's end
 
-CError CTextView::closeEditBox(bool isCancelled)
-{
-    return editBox_ ? editBox_->end(isCancelled ? CEditEnd::kCancel : CEditEnd::kCommit) : CError();
-}
-
 CError CTextView::onEditEnded(const CString& text, CEditEnd end)
 {
     const CHold hold(*this);

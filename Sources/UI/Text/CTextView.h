@@ -63,8 +63,6 @@ public:
     bool isEditing() const { return editFrame_ != nullptr; }
     // For a paragraph of a list, or the title. Does nothing where it may not or is open already.
     CError openEditBox(std::int32_t paragraph = kNone);
-    // Ends the edit if there is one.
-    CError closeEditBox(bool isCancelled);
 
 protected:
     // --- for subclasses

@@ -163,28 +163,6 @@ TEST(GraphStream, GivesTheSameSamplesAtEveryBlockSize)
     }
 }
 
-TEST(GraphStream, GivesTheSameSamplesWithSimultaneousChangesAtTheSameTimes)
-{
-    // Changes fall on multiples of 1000 samples, which every tested size divides into whole blocks.
-    const Channels input = noise(2, 20000, 6);
-    Channels reference;
-    for (const int size : {1, 8, 125, 250, 1000}) {
-        GraphRig graph(kMixedGraph);
-        const Channels output = graph.run(input, {size}, [&](std::size_t position) {
-            if (position % 1000 == 0) {
-                const auto step = static_cast<double>(position / 1000);
-                graph.set("in.gain", 0.1 * step);
-                graph.set("mix.mix", position % 3000 == 0 ? 0.75 : 0.25);
-                graph.set("wet", position % 2000 == 0 ? 1.0 : 0.0);
-            }
-        });
-        if (reference.empty()) {
-            reference = output;
-        }
-        EXPECT_EQ(output, reference) << "blocks of " << size;
-    }
-}
-
 TEST(GraphStream, SwitchesLinksWithoutLosingQueuedSamples)
 {
     // Of an odd block the decimator takes the larger half, so that the links into the mix hold unequal
