@@ -1,6 +1,8 @@
 // Writes down what one step of a graph runs, and makes a plan of it.
 #include "CAudioPlanBuilder.h"
 
+#include "CAudioPlanForm.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstring>
@@ -174,113 +176,18 @@ bool CAudioPlanBuilder::build(CAudioStepPlan& plan, bool isForFade)
     if (!isGood_) {
         return false;
     }
-    const std::uint64_t form = this->form();
-    if (isForFade && plan.form_ == form && plan.refits_ < kMostRefits && refit(plan)) {
-        ++plan.refits_;
-        plan.isReady_ = true;
+    const CAudioPlanForm form({calls_.data(), callCount_}, {buffers_.data(), bufferCount_}, kernels_->pool());
+    const std::uint64_t sum = form.sum(inputCount_, {outputs_.data(), outputCount_}, longestBuffer_ / count_);
+    if (isForFade && form.takeOver(plan, sum)) {
         return true;
     }
     plan.clear();
-    plan.form_ = form;
+    plan.form_ = sum;
     plan.isReady_ = (number(true) || number(false)) && lay(plan) && findTwins(plan);
     if (!plan.isReady_) {
         plan.clear();
     }
     return plan.isReady_;
-}
-
-// --- the same form again
-
-namespace {
-
-// One after the other, and as good as never alike by chance.
-class FormSum
-{
-public:
-    void add(std::uint64_t word)
-    {
-        sum_ = (sum_ ^ word) * 0x9E3779B97F4A7C15U;
-        sum_ ^= sum_ >> 32;
-    }
-    // Never 0.
-    std::uint64_t sum() const { return sum_ | 1; }
-
-private:
-    std::uint64_t sum_ = 0;
-};
-
-} // namespace
-
-// All that a plan depends on but scalars and what stands in states. Buffers are counted as they first appear,
-// so their numbers say how the calls hang together.
-std::uint64_t CAudioPlanBuilder::form() const
-{
-    FormSum sum;
-    sum.add(inputCount_ << 32 | longestBuffer_ / count_);
-    for (std::size_t i = 0; i < callCount_; ++i) {
-        const Call& call = calls_[i];
-        const auto buffers = std::bit_cast<std::array<std::uint64_t, 2>>(call.buffers);
-        sum.add(call.entry ? reinterpret_cast<std::uintptr_t>(call.entry)
-                           : reinterpret_cast<std::uintptr_t>(call.module));
-        sum.add(call.channelCount << 40 | std::uint64_t{call.operandCount} << 32 | call.ratio);
-        sum.add(buffers[0]);
-        sum.add(buffers[1]);
-    }
-    const CBufferPool& pool = kernels_->pool();
-    for (std::size_t i = 0; i < bufferCount_; ++i) {
-        const Buffer& buffer = buffers_[i];
-        sum.add(buffer.kind == EKind::kState ? pool.bytes(buffer.ref) + 2
-                                             : static_cast<std::size_t>(buffer.kind));
-    }
-    for (std::size_t i = 0; i < outputCount_; ++i) {
-        sum.add(outputs_[i]);
-    }
-    return sum.sum();
-}
-
-// False if a call has to run again that the plan has left out.
-bool CAudioPlanBuilder::refit(CAudioStepPlan& plan) const
-{
-    for (const CAudioStepPlan::StandIn& pair : plan.standIns_) {
-        if (!standsIn(calls_[pair.leftOut], calls_[pair.running])) {
-            return false;
-        }
-    }
-    for (std::size_t i = 0; i < plan.calls_.size(); ++i) {
-        const Call& call = calls_[plan.origins_[i]];
-        plan.calls_[i].scalar = call.scalar;
-        for (std::size_t j = 0; j < call.operandCount; ++j) {
-            const Buffer& buffer = buffers_[call.buffers[j]];
-            if (buffer.kind == EKind::kState) {
-                plan.calls_[i].data[j] = kernels_->address(buffer.ref);
-            }
-        }
-    }
-    const CBufferPool& pool = kernels_->pool();
-    for (CAudioStepPlan::Twin& twin : plan.twins_) {
-        twin.running = pool.address(buffers_[twin.runningBuffer].ref);
-        twin.resting = pool.address(buffers_[twin.restingBuffer].ref);
-        twin.isAwake = false;
-    }
-    return true;
-}
-
-bool CAudioPlanBuilder::standsIn(const Call& call, const Call& other) const
-{
-    bool isSame = std::bit_cast<std::uint64_t>(call.scalar) == std::bit_cast<std::uint64_t>(other.scalar);
-    for (std::size_t i = 0; i < call.operandCount && isSame; ++i) {
-        const Buffer& a = buffers_[call.buffers[i]];
-        const Buffer& b = buffers_[other.buffers[i]];
-        isSame = a.kind != EKind::kState || b.kind != EKind::kState || haveSameBits(a, b);
-    }
-    return isSame;
-}
-
-bool CAudioPlanBuilder::haveSameBits(const Buffer& a, const Buffer& b) const
-{
-    const CBufferPool& pool = kernels_->pool();
-    const std::size_t bytes = pool.bytes(a.ref);
-    return pool.bytes(b.ref) == bytes && std::memcmp(pool.address(a.ref), pool.address(b.ref), bytes) == 0;
 }
 
 // --- values
@@ -357,7 +264,7 @@ bool CAudioPlanBuilder::isSameState(const Call& call, const Call& other, std::si
         other.before[operand] != b.first) {
         return false;
     }
-    return haveSameBits(a, b);
+    return haveSameBits(kernels_->pool(), a.ref, b.ref);
 }
 
 bool CAudioPlanBuilder::adoptTwin(Call& call)

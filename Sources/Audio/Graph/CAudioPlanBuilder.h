@@ -17,8 +17,8 @@ namespace qel {
 //   - calls that a kernel can do at once are brought together (CAudioPlanOrder);
 //   - a buffer between calls has memory from its first use to its last.
 //
-// From fade to fade of the same modules, steps have the same form: then the plan before is taken, with other
-// states and scalars, and nothing of this has to be found again.
+// From fade to fade of the same modules, steps have the same form: then the plan before is taken over
+// (CAudioPlanForm), and nothing of this has to be found again.
 //
 // What it does not understand makes no plan: counts that are no multiple of the step's, buffers read in part
 // or filled by hand, too many of anything.
@@ -55,8 +55,6 @@ private:
     static constexpr std::size_t kMinMemories = 8;
     static constexpr int kShortestPiece = 8;
     static constexpr std::size_t kBuckets = 512;
-    // Then states that have become alike meanwhile are to be found.
-    static constexpr int kMostRefits = 16;
 
     using Index = plan::Index;
     using Buffer = plan::Buffer;
@@ -66,11 +64,6 @@ private:
     void addOperand(Call& call, CBufferRef ref);
     Index bufferOf(CBufferRef ref);
     void classify(std::span<const CBufferRef> outputs);
-
-    std::uint64_t form() const;
-    bool refit(CAudioStepPlan& plan) const;
-    bool standsIn(const Call& call, const Call& other) const;
-    bool haveSameBits(const Buffer& a, const Buffer& b) const;
 
     bool number(bool joinsTwins);
     bool readOperands(Call& call);

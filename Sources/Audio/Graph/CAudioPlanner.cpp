@@ -186,9 +186,9 @@ void CAudioPlanner::beginStep(CAudioGraph& inner)
         isRipe_ = false;
         quietSamples_ = 0;
     }
-    count_ = isRipe_ ? std::min(count_, kLongestStepWritten) : count_;
+    count_ = isRipe_ ? std::min(count_, kStepWritten) : count_;
     const bool isWanted =
-        isRipe_ && count_ >= kShortestStep && count_ + kSamplesWanted <= steady_ && mayPlan();
+        isRipe_ && count_ == kStepWritten && count_ + kSamplesWanted <= steady_ && mayPlan();
     builder_ = isWanted ? CAudioPlanBuilder::acquire() : nullptr;
     if (!builder_) {
         return;
@@ -227,7 +227,7 @@ int CAudioPlanner::longestStep() const
     }
     const int horizon =
         isRipe_ ? static_cast<int>(std::min<std::int64_t>(steady_, kLongestStep)) : kLongestStep;
-    return quietSamples_ == 0 ? kLongestStepWritten : horizon;
+    return quietSamples_ == 0 ? kStepWritten : horizon;
 }
 
 void CAudioPlanner::takeOutputs(const CAudioLink& drain)

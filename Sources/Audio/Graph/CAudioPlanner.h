@@ -42,8 +42,7 @@ private:
     static constexpr int kSamplesWanted = 256;
     static constexpr int kStepsWanted = 2;
     // A shorter one does not show what grows with its length, and a longer one shows no more.
-    static constexpr int kShortestStep = 4;
-    static constexpr int kLongestStepWritten = 8;
+    static constexpr int kStepWritten = 4;
     // Where no plan can be made, or none lasts, it is tried less and less often, in samples.
     static constexpr int kShortestQuiet = 512;
     static constexpr int kLongestQuiet = 1 << 14;

@@ -51,8 +51,8 @@ public:
         for (Unit& unit : units_) {
             const auto settings = readSettings(unit.place);
             if (!unit.running) {
-                unit.running = makeInstance(settings, unit.place);
                 unit.settings = settings;
+                unit.running = makeInstance(unit);
             } else if (unit.next) {
                 unit.isStale = !(settings == unit.settings);
             } else if (!(settings == unit.settings)) {
@@ -167,7 +167,8 @@ private:
         bool isStale = false; // settings changed during the fade
     };
 
-    CAudioPtr<Module> makeInstance(const typename Module::Settings& settings, const CAudioModulePlace& place)
+    // For what the unit is set to.
+    CAudioPtr<Module> makeInstance(const Unit& unit)
     {
         CAudioPtr<Module> instance;
         if (spares_.empty()) {
@@ -177,7 +178,8 @@ private:
             instance = std::move(spares_.back());
             spares_.pop_back();
         }
-        instance->configure(settings, place);
+        shareDerived(unit, *instance);
+        instance->configure(unit.settings, unit.place);
         instance->reset();
         return instance;
     }
@@ -223,23 +225,23 @@ private:
     {
         unit.settings = settings;
         if (!isSmooth()) {
-            shareDerived(unit);
+            shareDerived(unit, *unit.running);
             unit.running->configure(settings, unit.place);
             return;
         }
-        unit.next = makeInstance(settings, unit.place);
+        unit.next = makeInstance(unit);
         unit.next->takeUp(*unit.running);
         startFade(unit.fade);
     }
 
     // What costs time to work out from settings is worked out for one of the channels that have them alike.
-    void shareDerived(Unit& unit)
+    void shareDerived(const Unit& unit, Module& instance)
     {
-        if constexpr (requires { unit.running->takeDerived(*unit.running); }) {
+        if constexpr (requires { instance.takeDerived(instance); }) {
             for (const Unit* other = units_.data(); other != &unit; ++other) {
                 if (other->settings == unit.settings &&
                     other->place.sampleRateHz == unit.place.sampleRateHz) {
-                    unit.running->takeDerived(*other->running);
+                    instance.takeDerived(other->next ? *other->next : *other->running);
                     return;
                 }
             }

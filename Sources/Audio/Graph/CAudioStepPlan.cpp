@@ -85,7 +85,7 @@ void CAudioStepPlan::clear()
     outputs_.clear();
     piece_ = 0;
     form_ = 0;
-    refits_ = 0;
+    takeOvers_ = 0;
     isReady_ = false;
 }
 

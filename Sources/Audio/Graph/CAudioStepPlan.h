@@ -50,6 +50,7 @@ public:
 
 private:
     friend class CAudioPlanBuilder;
+    friend class CAudioPlanForm;
 
     static constexpr std::size_t kMaxCalls = 320;
     static constexpr std::size_t kMaxPatches = 128;
@@ -126,7 +127,7 @@ private:
     int piece_ = 0; // that the counts are set to
     bool isReady_ = false;
     std::uint64_t form_ = 0; // of the step that it was made of; 0: nothing that could come again
-    int refits_ = 0;
+    int takeOvers_ = 0;      // by other steps of that form
 };
 
 } // namespace qel

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 
 namespace qel {
 
@@ -60,6 +61,13 @@ struct Call
 
     bool writes(std::size_t operand) const { return entry && (entry->writeMask >> operand & 1) != 0; }
 };
+
+// Whether two states hold the same.
+inline bool haveSameBits(const CBufferPool& pool, CBufferRef a, CBufferRef b)
+{
+    const std::size_t bytes = pool.bytes(a);
+    return pool.bytes(b) == bytes && std::memcmp(pool.address(a), pool.address(b), bytes) == 0;
+}
 
 } // namespace plan
 

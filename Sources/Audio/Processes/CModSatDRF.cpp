@@ -25,11 +25,21 @@ CModSatDRFModule::Settings CModSatDRFModule::readSettings(const CAudioProcessSlo
 void CModSatDRFModule::configure(const Settings& settings, const CAudioModulePlace& place)
 {
     if (SatDRFState* record = state()) {
-        record->mode = settings.mode;
-        record->drive = settings.drive;
-        record->phaseFreqHz = settings.phaseFreqHz;
+        // One by one, for what lies between them: twins are compared byte by byte.
+        record->parameters.mode = settings.mode;
+        record->parameters.drive = settings.drive;
+        record->parameters.phaseFreqHz = settings.phaseFreqHz;
     }
     begin(place.sampleRateHz);
+}
+
+void CModSatDRFModule::takeDerived(const CModSatDRFModule& other)
+{
+    SatDRFState* const own = state();
+    const SatDRFState* const from = other.state();
+    if (own && from) {
+        own->derived = from->derived;
+    }
 }
 
 template class CAudioModuleDef<CModSatDRF>;

@@ -15,17 +15,13 @@ class CModSatDRFModule : public CStateModule<SatDRFState>
 public:
     static constexpr int kSlots = 3;
 
-    struct Settings
-    {
-        SatDRFState::EMode mode = SatDRFState::EMode::kPrecise;
-        double drive = 1.0;
-        double phaseFreqHz = 50.0;
-        bool operator==(const Settings&) const = default;
-    };
+    using Settings = SatDRFState::Parameters;
     static Settings readSettings(const CAudioProcessSlots& slots, const CAudioModulePlace& place);
 
     explicit CModSatDRFModule(CKernelContext& kernels) : CStateModule(kernels, "satdrf") {}
     void configure(const Settings& settings, const CAudioModulePlace& place);
+    // Called before configure() with the same settings as `other` has at the same rate.
+    void takeDerived(const CModSatDRFModule& other);
 };
 
 class CModSatDRF : public CAudioProcessTerminal<CModSatDRFModule>

@@ -180,9 +180,9 @@ template <class Sample, bool kPumps>
 void saturate(const LaneCalls& calls)
 {
     const auto state = [&](std::size_t lane) { return calls[lane].state<SatDRFState>(1); };
-    Saturator<Sample> saturator([&](std::size_t lane) { return state(lane)->coefficients; },
+    Saturator<Sample> saturator([&](std::size_t lane) { return state(lane)->derived.coefficients; },
                                 [&](std::size_t lane) { return state(lane)->signal; });
-    const auto norm = gatherLanes<Sample>([&](std::size_t lane) { return state(lane)->norm; });
+    const auto norm = gatherLanes<Sample>([&](std::size_t lane) { return state(lane)->derived.norm; });
     const LaneInput<Sample> in(calls, 2);
     const LaneOutput<Sample> out(calls, 0);
     // What each step leaves for the next. There is one quotient or root to a step at most: what waits for
@@ -225,7 +225,7 @@ void saturate(const LaneCalls& calls)
 template <class Sample>
 void saturateByMode(const LaneCalls& calls)
 {
-    if (calls[0].state<SatDRFState>(1)->mode == SatDRFState::EMode::kPumping) {
+    if (calls[0].state<SatDRFState>(1)->parameters.mode == SatDRFState::EMode::kPumping) {
         saturate<Sample, true>(calls);
     } else {
         saturate<Sample, false>(calls);
@@ -240,7 +240,7 @@ void run(const CKernelCall& call)
 template <class Sample>
 void runLanes(const CKernelCall* calls)
 {
-    const auto modeOf = [&](std::size_t lane) { return calls[lane].state<SatDRFState>(1)->mode; };
+    const auto modeOf = [&](std::size_t lane) { return calls[lane].state<SatDRFState>(1)->parameters.mode; };
     bool isAlike = true;
     for (std::size_t lane = 1; lane < kLanes<Sample>; ++lane) {
         isAlike = isAlike && modeOf(lane) == modeOf(0);
@@ -254,15 +254,15 @@ void runLanes(const CKernelCall* calls)
     }
 }
 
-SatDRFState::Coefficients coefficientsOf(const SatDRFState& state, double sampleRateHz)
+SatDRFState::Coefficients coefficientsOf(const SatDRFState::Parameters& parameters, double sampleRateHz)
 {
     const double q = kTwoPi / sampleRateHz;
     const double up = q / kRecoverySec;
     const double down = q / kReductionSec;
-    const double cosine = math::cos(kTwoPi * state.phaseFreqHz / sampleRateHz);
+    const double cosine = math::cos(kTwoPi * parameters.phaseFreqHz / sampleRateHz);
 
     SatDRFState::Coefficients k;
-    k.drive = state.drive;
+    k.drive = parameters.drive;
     k.b1 = -2.0 * cosine / kPoleRadius;
     k.b2 = 1.0 / kPoleRadiusSquared;
     k.c1 = 2.0 * kPoleRadius * cosine;
@@ -323,13 +323,24 @@ double calibrate(const SatDRFState::Coefficients& coefficients, double sampleRat
     return total > 0.0 ? kUnshapedSum / total : 1.0;
 }
 
+void derive(SatDRFState& state, double sampleRateHz)
+{
+    SatDRFState::Derived& derived = state.derived;
+    if (derived.sampleRateHz == sampleRateHz && derived.from == state.parameters) {
+        return;
+    }
+    derived.sampleRateHz = sampleRateHz;
+    derived.from = state.parameters;
+    derived.coefficients = coefficientsOf(state.parameters, sampleRateHz);
+    derived.norm = state.parameters.mode == SatDRFState::EMode::kPumping
+                       ? calibrate<true>(derived.coefficients, sampleRateHz)
+                       : calibrate<false>(derived.coefficients, sampleRateHz);
+}
+
 void init(const CKernelCall& call)
 {
     SatDRFState& state = *call.state<SatDRFState>(0);
-    state.coefficients = coefficientsOf(state, call.scalar);
-    state.norm = state.mode == SatDRFState::EMode::kPumping
-                     ? calibrate<true>(state.coefficients, call.scalar)
-                     : calibrate<false>(state.coefficients, call.scalar);
+    derive(state, call.scalar);
     state.signal = {};
 }
 

@@ -9,7 +9,8 @@
 namespace qel {
 
 // State of one saturator, in a pool buffer. The module writes the parameters and runs `satdrfi`, which
-// calculates and calibrates the rest and clears the signal; `satdrfc` only clears the signal.
+// calculates and calibrates the rest, unless it is there, and clears the signal; `satdrfc` only clears the
+// signal.
 struct SatDRFState
 {
     enum class EMode : std::int32_t
@@ -35,11 +36,24 @@ struct SatDRFState
         double p[5] = {1.0, 1.0, 1.0, 1.0, 1.0}; // pumping chain
     };
 
-    EMode mode;
-    double drive; // linear
-    double phaseFreqHz;
-    Coefficients coefficients;
-    double norm; // keeps the level of a sine of full scale
+    struct Parameters
+    {
+        EMode mode;
+        double drive; // linear
+        double phaseFreqHz;
+        bool operator==(const Parameters&) const = default;
+    };
+    // What follows from the parameters, and those that it was worked out from.
+    struct Derived
+    {
+        double sampleRateHz; // 0: nothing yet
+        Parameters from;
+        Coefficients coefficients;
+        double norm; // keeps the level of a sine of full scale
+    };
+
+    Parameters parameters;
+    Derived derived;
     Signal signal;
 };
 

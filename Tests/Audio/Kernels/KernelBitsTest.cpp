@@ -184,9 +184,7 @@ TEST_F(KernelBits, OfModules)
     };
     for (const auto mode : {SatDRFState::EMode::kPrecise, SatDRFState::EMode::kPumping}) {
         SatDRFState saturator{};
-        saturator.mode = mode;
-        saturator.drive = 4.0;
-        saturator.phaseFreqHz = 100.0;
+        saturator.parameters = {mode, 4.0, 100.0};
         checkState("satdrf", "satdrf", saturator, in_[0]);
     }
     for (const bool isInverse : {false, true}) {

@@ -179,10 +179,11 @@ private:
             *record<std::uint32_t>(call) = seed;
         } else if (name == "satdrf") {
             auto* state = record<SatDRFState>(call);
-            state->mode = kind_ == EChannels::kDifferentValues || isOther ? SatDRFState::EMode::kPrecise
-                                                                          : SatDRFState::EMode::kPumping;
-            state->drive = isOther ? 2.0 : 6.0;
-            state->phaseFreqHz = 100.0;
+            state->parameters.mode = kind_ == EChannels::kDifferentValues || isOther
+                                         ? SatDRFState::EMode::kPrecise
+                                         : SatDRFState::EMode::kPumping;
+            state->parameters.drive = isOther ? 2.0 : 6.0;
+            state->parameters.phaseFreqHz = 100.0;
             runKernel("satdrfi", kRateHz, {state});
         } else if (name == "pshift") {
             auto* state = record<PShiftState>(call);
