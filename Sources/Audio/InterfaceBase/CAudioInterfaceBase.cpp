@@ -216,10 +216,30 @@ CError CAudioInterfaceBase::handle(std::int32_t client, const record::CChangePar
     if (error) {
         CAudioParamContext back(CAudioParamOrigin::kActivation);
         step.undo(back);
-    } else if (!request.stepName.isEmpty()) {
+        return error;
+    }
+    writeTextsAgain(request, step);
+    if (!request.stepName.isEmpty()) {
         addStep(std::move(step));
     }
-    return error;
+    return {};
+}
+
+// The name of a preset follows the parameters that were set by it. Where it is written with them, that
+// counts.
+void CAudioInterfaceBase::writeTextsAgain(const record::CChangeParams& request, CAudioParamUndoStep& step)
+{
+    CAudioParamContext context;
+    context.recorder = &step;
+    const CAudioParamContext::Scope scope(context);
+    for (const record::CParamWrite& one : request.writes) {
+        const CAudioParam& param = params_->getParam(one.param);
+        std::int32_t entry = one.start;
+        const auto isOther = [&](const CString& text) { return param.getString(one.group, entry++) != text; };
+        if (std::ranges::any_of(one.texts, isOther)) {
+            write(one, context);
+        }
+    }
 }
 
 CError CAudioInterfaceBase::handle(std::int32_t, const record::CResetParams& request)

@@ -104,6 +104,7 @@ private:
     CError getRegistry(const CString& path, CAudioParamRegistry*& out);
     // False if the parameter takes no such values.
     bool write(const record::CParamWrite& write, CAudioParamContext& context);
+    void writeTextsAgain(const record::CChangeParams& request, CAudioParamUndoStep& step);
     void onParamChange(CAudioParam& param);
     void sendHistory(std::int32_t client);
     void sendRegistryState(std::int32_t client, CAudioParamRegistry& registry);

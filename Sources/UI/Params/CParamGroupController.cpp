@@ -145,10 +145,6 @@ CError CParamGroupController::copyGroup(std::int32_t from, std::int32_t to)
         change.writes.push_back(std::move(write));
     }
     QEL_TRY(change.writes.empty() ? CError() : client_->send(change), getFullName());
-    // A name that follows other parameters was changed by their change; the copy bears that of its model.
-    std::erase_if(change.writes, [](const record::CParamWrite& write) { return write.texts.empty(); });
-    change.stepName = {};
-    QEL_TRY(change.writes.empty() ? CError() : client_->send(change), getFullName());
     return tell(to);
 }
 

@@ -283,6 +283,10 @@ TEST_F(ParamBinding, CopyAndResetOfAGroupAreOneStepEach)
     undo();
     EXPECT_EQ(host_->get("modDrumfell.lf-gain", 2), 1.0);
     EXPECT_EQ(filterName.getString(2, 0), nameBefore);
+    EXPECT_OK(tree_.client().send(record::CMoveHistory{3}));
+    tree_.settle();
+    EXPECT_EQ(filterName.getString(2, 0), "Gentle");
+    undo();
     EXPECT_EQ(shown("knob").back(), "3.0");
     EXPECT_OK(groups.copyGroup(0, 8));
     EXPECT_OK(groups.copyGroup(0, 0));
