@@ -4,6 +4,8 @@
 #include "CKernelContext.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <initializer_list>
 #include <memory>
@@ -29,7 +31,8 @@ inline Signal noiseSignal(std::size_t count, unsigned seed)
 // Bit for bit, so that -0 and +0 differ and a NaN equals itself.
 inline bool isSameBits(const Signal& a, const Signal& b)
 {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
+    const auto bits = [](double value) { return std::bit_cast<std::uint64_t>(value); };
+    return std::ranges::equal(a, b, {}, bits, bits);
 }
 
 class KernelRig
