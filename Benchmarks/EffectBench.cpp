@@ -196,10 +196,18 @@ void automation(benchmark::State& state)
     unmoved.playAll();
     std::vector<double> times;
     std::vector<double> stillTimes;
-    std::vector<std::pair<CAudioExtParam*, double>> params; // with what they began with
+    struct Automated
+    {
+        CAudioExtParam* param;
+        bool isKnob;
+        double norm; // that it began with
+    };
+    std::vector<Automated> params;
     for (std::int32_t i = 0; i < host->getExtParams().getCount(); ++i) {
         CAudioExtParam* const param = host->getExtParams().get(i);
-        params.emplace_back(param, std::clamp(param->getNormalized(), 0.01, 0.99));
+        const double norm = param->getNormalized();
+        const bool isKnob = param->getStepCount() == 0;
+        params.push_back({param, isKnob, isKnob ? std::clamp(norm, 0.01, 0.99) : norm});
     }
     constexpr int kWay = 100; // blocks
     int block = 0;
@@ -207,8 +215,8 @@ void automation(benchmark::State& state)
         block = (block + 1) % kWay;
         const double moved = 0.01 * std::abs(2 * block - kWay) / kWay;
         const double start = threadTime();
-        for (const auto& [param, norm] : params) {
-            param->postNormalized(param->getStepCount() > 0 ? param->getNormalized() : norm + moved);
+        for (const auto& [param, isKnob, norm] : params) {
+            param->postNormalized(isKnob ? norm + moved : norm);
         }
         engine.playBlock();
         const double middle = threadTime();
