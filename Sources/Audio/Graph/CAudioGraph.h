@@ -13,8 +13,10 @@ class CAudioPlanBuilder;
 class CAudioStepPlan;
 class CAudioVizCollector;
 
-// The longest span of samples that goes through a graph at once, at whatever rate: it bounds all buffers.
+// The longest span of samples that goes through a graph at once, at whatever rate.
 constexpr int kLongestStep = 512;
+// The same of steps that are not run from a plan: it bounds nearly all buffers.
+constexpr int kLongestOrdinaryStep = static_cast<int>(CKernelContext::kShortSamples);
 
 // Handed to every process of a graph when it is built; outlives them all. The context and the collector
 // belong to the instance's object tree.

@@ -359,13 +359,23 @@ bool CAudioPlanBuilder::findWholeInputs()
     return true;
 }
 
+namespace {
+
+// A state whose calls were left out.
+bool hasTwin(const Buffer& buffer)
+{
+    return buffer.kind == EKind::kState && buffer.value != buffer.held;
+}
+
+} // namespace
+
 // States whose calls were left out follow those of their twins.
 bool CAudioPlanBuilder::findTwins(CAudioStepPlan& plan)
 {
     const CBufferPool& pool = kernels_->pool();
     for (std::size_t i = 0; i < bufferCount_; ++i) {
         const Buffer& buffer = buffers_[i];
-        if (buffer.kind != EKind::kState || buffer.value == buffer.held) {
+        if (!hasTwin(buffer)) {
             continue;
         }
         const Buffer& running = buffers_[holders_[buffer.value]];
@@ -394,6 +404,7 @@ bool CAudioPlanBuilder::findTwins(CAudioStepPlan& plan)
 
 bool CAudioPlanBuilder::lay(CAudioStepPlan& plan)
 {
+    makeRoom(plan);
     if (longestBuffer_ % count_ != 0 || !nameSignals(plan)) {
         return false;
     }
@@ -408,6 +419,21 @@ bool CAudioPlanBuilder::lay(CAudioStepPlan& plan)
         }
     }
     return carve(plan);
+}
+
+void CAudioPlanBuilder::makeRoom(CAudioStepPlan& plan) const
+{
+    std::size_t kernels = 0;
+    std::size_t wholes = 0;
+    std::size_t twins = 0;
+    for (const Call& call : std::span(calls_).first(callCount_)) {
+        kernels += !call.isLeftOut;
+        wholes += !call.entry;
+    }
+    for (const Buffer& buffer : std::span(buffers_).first(bufferCount_)) {
+        twins += hasTwin(buffer);
+    }
+    plan.makeRoom(kernels, callCount_ - kernels - wholes, wholes, twins);
 }
 
 bool CAudioPlanBuilder::nameSignals(CAudioStepPlan& plan)
@@ -425,7 +451,7 @@ bool CAudioPlanBuilder::nameSignals(CAudioStepPlan& plan)
         if (!nameSignal(plan, outputSources_[i], 1, signal)) {
             return false;
         }
-        plan.outputs_.push_back(signal);
+        plan.outputs_.push(signal);
     }
     for (std::size_t i = 0; i < callCount_; ++i) {
         if (!calls_[i].entry && !layWhole(plan, calls_[i])) {
@@ -445,7 +471,7 @@ bool CAudioPlanBuilder::nameSignal(CAudioStepPlan& plan, Index index, std::uint3
             return false;
         }
         buffer.signal = static_cast<std::uint8_t>(plan.signalCount());
-        plan.signalRatios_.push_back(static_cast<std::uint16_t>(ratio));
+        plan.signalRatios_.push(static_cast<std::uint16_t>(ratio));
     }
     outSignal = buffer.signal;
     return plan.signalRatios_[buffer.signal] == ratio;
@@ -602,10 +628,10 @@ bool CAudioPlanBuilder::carve(CAudioStepPlan& plan)
     for (const std::uint16_t each : plan.ratios_) {
         ratio = std::max<std::size_t>(ratio, each);
     }
-    constexpr std::size_t kLine = CAudioStepPlan::kAlignment / sizeof(double);
+    constexpr std::size_t kLine = CAudioMemory::kAlignment / sizeof(double);
     const std::size_t parts = std::max(memoryCount_, kMinMemories);
     const std::size_t room = CAudioStepPlan::kArenaSamples / parts / kLine * kLine;
-    double* const arena = plan.arena();
+    double* const arena = plan.arena_.data();
     for (CKernelCall& call : plan.calls_) {
         for (std::size_t i = 0; i < static_cast<std::size_t>(call.entry->operandCount); ++i) {
             if (call.operandBits[i] != kNone) {

@@ -79,6 +79,7 @@ private:
     bool findTwins(CAudioStepPlan& plan);
 
     bool lay(CAudioStepPlan& plan);
+    void makeRoom(CAudioStepPlan& plan) const;
     bool nameSignals(CAudioStepPlan& plan);
     bool nameSignal(CAudioStepPlan& plan, Index buffer, std::uint32_t ratio, std::uint8_t& outSignal);
     bool layWhole(CAudioStepPlan& plan, const Call& call);

@@ -180,7 +180,7 @@ void CAudioProcessOverlap::beSilent()
 
 int CAudioProcessOverlap::limitStep(int count) const
 {
-    const int longest = std::min({count, longestStep_, planner_->longestStep()});
+    const int longest = std::min({count, kLongestOrdinaryStep / rateFactor_, planner_->longestStep()});
     return phase_ == EPhase::kSingle ? longest : std::min(longest, samplesLeft_);
 }
 
@@ -251,8 +251,7 @@ void CAudioProcessOverlap::limitToRates()
 {
     const std::uint32_t changes = copies_[0].graph->layoutsTaken + copies_[1].graph->layoutsTaken;
     if (std::exchange(ratedChanges_, changes) != changes) {
-        longestStep_ =
-            kLongestStep / std::max(copies_[0].process->rateFactor(), copies_[1].process->rateFactor());
+        rateFactor_ = std::max(copies_[0].process->rateFactor(), copies_[1].process->rateFactor());
     }
 }
 

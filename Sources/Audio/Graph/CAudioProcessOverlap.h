@@ -16,7 +16,7 @@ namespace qel {
 // copy keeps the settings it has. A layout that changes while it is muted starts over; one that
 // changes during the fade waits for its end. Both copies put out as many samples as they take, so none is
 // lost; only the latency of the two differs. Steps are cut to what is kLongestStep at the highest rate
-// inside.
+// inside, or kLongestOrdinaryStep where they are not run from a plan.
 //
 // A layout with groups that prepareGroups() has not made ready waits for them. For the root of a graph. Both
 // copies are built at init, so that no change of layout can fail later. While nothing changes, the copy at
@@ -38,7 +38,7 @@ public:
     void reset(double positionSec) override;
     void idle() override;
     std::uint32_t layout() const override { return copies_[current_].process->layout(); }
-    int longestStep() const override { return longestStep_; }
+    int longestStep() const override { return kLongestStep / rateFactor_; }
     std::int64_t steadySamples(double rateHz) const override;
     bool takeUpSteadily(std::int64_t aheadSamples, double rateHz) override;
     void skip(std::int64_t samples, double rateHz) override;
@@ -92,7 +92,7 @@ private:
     EPhase phase_ = EPhase::kSingle;
     int samplesLeft_ = 0; // of the phase
     std::atomic<std::uint32_t> preparedGroups_{1};
-    int longestStep_ = kLongestStep;
+    int rateFactor_ = 1; // of both copies
     std::uint32_t seenChanges_ = 0;
     std::uint32_t ratedChanges_ = ~0U;
     std::uint32_t nextLayout_ = 0;

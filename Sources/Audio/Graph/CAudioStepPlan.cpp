@@ -9,29 +9,45 @@ namespace qel {
 
 namespace {
 
-// Room for so many, in memory that the system has really given: the audio thread would have to wait for it.
+// Room for so many, and a few more, so that plans of nearly the same size have the same.
 template <class Item>
-void reserveTouched(std::vector<Item>& items, std::size_t count)
+void makeRoomFor(CAudioVector<Item>& items, std::size_t count)
 {
-    items.resize(count);
-    items.clear();
+    constexpr std::size_t kTogether = 16;
+    if (items.capacity() < count) {
+        items = CAudioVector<Item>(items.get_allocator()); // two at once need not be
+        items.reserve((count + kTogether - 1) / kTogether * kTogether);
+    }
+}
+
+template <class Item>
+CAudioVector<Item> vectorIn(CKernelContext& kernels)
+{
+    return CAudioVector<Item>(CAudioAllocator<Item>(kernels.memory()));
 }
 
 } // namespace
 
 CAudioStepPlan::CAudioStepPlan(CKernelContext& kernels)
-    : kernels_(kernels), memory_(kArenaSamples + kAlignment / sizeof(double))
+    : kernels_(kernels), arena_(vectorIn<double>(kernels)), calls_(vectorIn<CKernelCall>(kernels)),
+      ratios_(vectorIn<std::uint16_t>(kernels)), origins_(vectorIn<std::uint16_t>(kernels)),
+      entries_(vectorIn<Entry>(kernels)), patches_(vectorIn<Patch>(kernels)),
+      wholes_(vectorIn<Whole>(kernels)), twins_(vectorIn<Twin>(kernels)),
+      standIns_(vectorIn<StandIn>(kernels))
+{}
+
+void CAudioStepPlan::makeRoom(std::size_t calls, std::size_t callsLeftOut, std::size_t wholes,
+                              std::size_t twins)
 {
-    reserveTouched(calls_, kMaxCalls);
-    reserveTouched(ratios_, kMaxCalls);
-    reserveTouched(origins_, kMaxCalls);
-    reserveTouched(entries_, kMaxCalls);
-    reserveTouched(patches_, kMaxPatches);
-    reserveTouched(wholes_, kMaxWholes);
-    reserveTouched(twins_, kMaxTwins);
-    reserveTouched(standIns_, kMaxStandIns);
-    reserveTouched(signalRatios_, kMaxSignals);
-    reserveTouched(outputs_, kMaxOutputs);
+    arena_.resize(kArenaSamples);
+    makeRoomFor(calls_, calls);
+    makeRoomFor(ratios_, calls);
+    makeRoomFor(origins_, calls);
+    makeRoomFor(entries_, calls);
+    makeRoomFor(patches_, kMaxPatches);
+    makeRoomFor(wholes_, wholes);
+    makeRoomFor(twins_, twins);
+    makeRoomFor(standIns_, callsLeftOut);
 }
 
 void CAudioStepPlan::Twin::wake()
@@ -89,19 +105,14 @@ void CAudioStepPlan::clear()
     isReady_ = false;
 }
 
-double* CAudioStepPlan::arena()
-{
-    const std::size_t beyond = reinterpret_cast<std::uintptr_t>(memory_.data()) % kAlignment;
-    return memory_.data() + (beyond == 0 ? 0 : (kAlignment - beyond) / sizeof(double));
-}
-
 // Whole modules come behind all pieces: what they tell is then in the order that they would tell it in.
 void CAudioStepPlan::run(int count, std::span<const CBufferRef> signals)
 {
-    for (int done = 0; done < count;) {
-        const int piece = std::min(count - done, longestPiece_);
-        runPiece(done, piece, signals);
-        done += piece;
+    // As long as each other, so that the calls' counts stay as they are.
+    const int pieces = (count + longestPiece_ - 1) / longestPiece_;
+    const int longest = (count + pieces - 1) / pieces;
+    for (int done = 0; done < count; done += longest) {
+        runPiece(done, std::min(count - done, longest), signals);
     }
     for (const Whole& whole : wholes_) {
         runWhole(whole, count, signals);

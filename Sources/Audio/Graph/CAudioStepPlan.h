@@ -5,10 +5,8 @@
 #include "CInlineArray.h"
 #include "CKernelContext.h"
 
-#include <array>
 #include <cstdint>
 #include <span>
-#include <vector>
 
 namespace qel {
 
@@ -20,7 +18,8 @@ namespace qel {
 // A released plan keeps what it was made of: a step of the same form, as the next fade of the same modules
 // has, needs other addresses and scalars alone.
 //
-// All memory is taken when the plan is constructed. Audio thread, but for the constructor and the destructor.
+// What it is made of lies in the graph's own memory, as much as the largest plan so far has taken. Audio
+// thread, but for the constructor and the destructor.
 class CAudioStepPlan
 {
 public:
@@ -62,7 +61,6 @@ private:
     static constexpr std::uint8_t kNoSignal = 0xFF;
     // For all buffers between calls together.
     static constexpr std::size_t kArenaSamples = 2048;
-    static constexpr std::size_t kAlignment = 64;
 
     // Something to run: a call, or several as one.
     struct Entry
@@ -106,23 +104,24 @@ private:
     };
 
     void clear();
+    // Before anything is added to an empty plan: for so many of each.
+    void makeRoom(std::size_t calls, std::size_t callsLeftOut, std::size_t wholes, std::size_t twins);
     void setPiece(int count);
     void runPiece(int done, int count, std::span<const CBufferRef> signals);
     void runWhole(const Whole& whole, int count, std::span<const CBufferRef> signals);
-    double* arena();
 
     CKernelContext& kernels_;
-    std::vector<double> memory_;
-    std::vector<CKernelCall> calls_;
-    std::vector<std::uint16_t> ratios_;  // of a call's count to the step's
-    std::vector<std::uint16_t> origins_; // of a call, among those written down
-    std::vector<Entry> entries_;
-    std::vector<Patch> patches_;
-    std::vector<Whole> wholes_;
-    std::vector<Twin> twins_;
-    std::vector<StandIn> standIns_;
-    std::vector<std::uint16_t> signalRatios_;
-    std::vector<std::uint8_t> outputs_;
+    CAudioVector<double> arena_;
+    CAudioVector<CKernelCall> calls_;
+    CAudioVector<std::uint16_t> ratios_;  // of a call's count to the step's
+    CAudioVector<std::uint16_t> origins_; // of a call, among those written down
+    CAudioVector<Entry> entries_;
+    CAudioVector<Patch> patches_;
+    CAudioVector<Whole> wholes_;
+    CAudioVector<Twin> twins_;
+    CAudioVector<StandIn> standIns_;
+    CInlineArray<std::uint16_t, kMaxSignals> signalRatios_;
+    CInlineArray<std::uint8_t, kMaxOutputs> outputs_;
     int longestPiece_ = 0;
     int piece_ = 0; // that the counts are set to
     bool isReady_ = false;

@@ -55,12 +55,15 @@ public:
     // --- audio thread: no locks, and no memory but that above
     CBufferRef allocate(std::size_t bytes) { return pool_.allocate(bytes); }
     // All sample buffers get the room of the longest asked for so far: blocks whose length changes at every
-    // call then find what the longest one left, and touch no heap.
+    // call then find what the longest one left, and touch no heap. Beyond this length, which few need, they
+    // are apart from the others.
+    static constexpr std::size_t kShortSamples = 256;
     CBufferRef allocateSamples(std::size_t count)
     {
-        longestSamples_ = std::max(longestSamples_, count);
+        std::size_t& longest = longestSamples_[count > kShortSamples];
+        longest = std::max(longest, count);
         longestOfLate_ = std::max(longestOfLate_, count);
-        return pool_.allocate(longestSamples_ * sizeof(double));
+        return pool_.allocate(longest * sizeof(double));
     }
     // The longest asked for since the last call.
     std::size_t takeLongestOfLate() { return std::exchange(longestOfLate_, 0); }
@@ -92,7 +95,7 @@ private:
     CKernelRegistry& registry_ = CKernelRegistry::get();
     CAudioMemory memory_;
     CBufferPool pool_{memory_};
-    std::size_t longestSamples_ = 0;
+    std::size_t longestSamples_[2] = {}; // of short ones, and of all others
     std::size_t longestOfLate_ = 0;
     CKernelObserver* observer_ = nullptr;
     std::size_t refusedCalls_ = 0;

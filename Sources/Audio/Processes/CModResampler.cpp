@@ -96,7 +96,7 @@ bool CModResampler::process()
 
 int CModResampler::limitStep(int count) const
 {
-    const int longest = isUpsampler_ ? kLongestStep >> stages_ : kLongestStep;
+    const int longest = isUpsampler_ ? kLongestOrdinaryStep >> stages_ : kLongestOrdinaryStep;
     return std::min(CModProcessSeq::limitStep(count), longest);
 }
 
