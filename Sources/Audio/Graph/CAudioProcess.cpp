@@ -83,6 +83,7 @@ CAudioProcess::Child* CAudioProcess::findChild(const CString& name) const
 // so a link to one leads nowhere.
 CError CAudioProcess::readLinks()
 {
+    explicitLinks_.reserve(compoundDef_.linkDefs().size());
     for (const CAudioProcessLinkDef* link : compoundDef_.linkDefs()) {
         const CAudioPortRef& from = link->source();
         const CAudioPortRef& to = link->destination();
@@ -123,6 +124,7 @@ void CAudioProcess::buildLinks()
         record(*link.destination, link.destinationPort, link.source, link.sourcePort, static_cast<int>(i));
     }
     forEachSink([this](Child& child) {
+        child.links.shrink_to_fit();
         for (LinkRecord& each : child.links) {
             CAudioOutputPort& source =
                 each.source ? each.source->process->output(each.sourcePort) : ownSource(each.sourcePort);

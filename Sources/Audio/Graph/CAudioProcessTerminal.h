@@ -39,17 +39,17 @@ public:
         }
         units_.resize(wanted.size());
         for (std::size_t i = 0; i < wanted.size(); ++i) {
-            if (!units_[i].running || !units_[i].place.isSameFor(wanted[i])) {
+            if (!units_[i].running || hasMoved(i)) {
                 retire(units_[i]);
             }
-            units_[i].place = wanted[i];
+            units_[i].place = &wanted[i];
         }
     }
 
     void applyEvents() override
     {
         for (Unit& unit : units_) {
-            const auto settings = readSettings(unit.place);
+            const auto settings = readSettings(*unit.place);
             if (!unit.running) {
                 unit.settings = settings;
                 unit.running = makeInstance(unit);
@@ -69,8 +69,8 @@ public:
                 finishFade(unit);
             }
             if (std::exchange(unit.isStale, false)) {
-                unit.settings = readSettings(unit.place);
-                unit.running->configure(unit.settings, unit.place);
+                unit.settings = readSettings(*unit.place);
+                unit.running->configure(unit.settings, *unit.place);
             }
             if (unit.running) {
                 unit.running->reset();
@@ -145,22 +145,22 @@ protected:
     void step(int count) override
     {
         for (Unit& unit : units_) {
-            CAudioModuleStep moduleStep(graph().kernels, count, unit.place.channels.size());
+            CAudioModuleStep moduleStep(graph().kernels, count, unit.place->channels.size());
             CAudioOwnedInputs owned(graph().kernels);
-            gatherInputs(moduleStep, owned, unit.place, Module::kInputPorts);
+            gatherInputs(moduleStep, owned, *unit.place, Module::kInputPorts);
             unit.running->process(moduleStep);
             if (unit.next) {
                 fade(unit, moduleStep);
             }
-            emitOutputs(moduleStep, unit.place);
+            emitOutputs(moduleStep, *unit.place);
         }
     }
 
 private:
     struct Unit
     {
-        CAudioModulePlace place;
-        typename Module::Settings settings; // of the latest instance
+        const CAudioModulePlace* place = nullptr; // one of places()
+        typename Module::Settings settings;       // of the latest instance
         CAudioPtr<Module> running;
         CAudioPtr<Module> next; // while a fade leads to it
         CAudioFade fade;
@@ -179,7 +179,7 @@ private:
             spares_.pop_back();
         }
         shareDerived(unit, *instance);
-        instance->configure(unit.settings, unit.place);
+        instance->configure(unit.settings, *unit.place);
         instance->reset();
         return instance;
     }
@@ -188,14 +188,14 @@ private:
     void begin(Unit& unit, const typename Module::Settings& settings)
     {
         unit.settings = settings;
-        unit.running->configure(settings, unit.place);
+        unit.running->configure(settings, *unit.place);
         unit.running->reset();
     }
 
     bool applySteadily()
     {
         for (Unit& unit : units_) {
-            const auto settings = readSettings(unit.place);
+            const auto settings = readSettings(*unit.place);
             const bool isSame = settings == unit.settings;
             if (unit.next) {
                 unit.isStale = !isSame;
@@ -226,7 +226,7 @@ private:
         unit.settings = settings;
         if (!isSmooth()) {
             shareDerived(unit, *unit.running);
-            unit.running->configure(settings, unit.place);
+            unit.running->configure(settings, *unit.place);
             return;
         }
         unit.next = makeInstance(unit);
@@ -240,7 +240,7 @@ private:
         if constexpr (requires { instance.takeDerived(instance); }) {
             for (const Unit* other = units_.data(); other != &unit; ++other) {
                 if (other->settings == unit.settings &&
-                    other->place.sampleRateHz == unit.place.sampleRateHz) {
+                    other->place->sampleRateHz == unit.place->sampleRateHz) {
                     instance.takeDerived(other->next ? *other->next : *other->running);
                     return;
                 }
@@ -266,7 +266,7 @@ private:
         finishFade(unit);
         if (unit.isStale) {
             unit.isStale = false;
-            change(unit, readSettings(unit.place));
+            change(unit, readSettings(*unit.place));
         }
     }
 

@@ -55,6 +55,10 @@ CAudioModulePlace& CAudioProcessTerminalBase::placeFor(const Channel& channel, s
 
 void CAudioProcessTerminalBase::syncLinks()
 {
+    CInlineArray<CAudioModulePlace, kMaxChannels> before;
+    for (const CAudioModulePlace& place : places_) {
+        before.push(place);
+    }
     std::size_t used = 0;
     CChannelMask mask = 0;
     for (const Channel& channel : channels()) {
@@ -64,6 +68,11 @@ void CAudioProcessTerminalBase::syncLinks()
         mask |= CChannelMask{1} << channel.number;
     }
     places_.resize(used);
+    movedPlaces_ = 0;
+    for (std::size_t i = 0; i < used; ++i) {
+        const bool isSame = i < before.size() && before[i].isSameFor(places_[i]);
+        movedPlaces_ |= static_cast<std::uint32_t>(!isSame) << i;
+    }
     output(0).setChannels(mask);
 }
 

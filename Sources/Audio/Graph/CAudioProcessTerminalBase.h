@@ -42,6 +42,8 @@ public:
 protected:
     // Where the instances stand now.
     const CAudioVector<CAudioModulePlace>& places() const { return places_; }
+    // True if an instance that stood at one of them could not go on there since the last syncLinks().
+    bool hasMoved(std::size_t place) const { return (movedPlaces_ >> place & 1) != 0; }
     bool isSmooth() const { return isSmooth_; }
     void startFade(CAudioFade& fade) const { fade.start(graph().kernels, fadeKernels_, fadeSamples()); }
 
@@ -61,6 +63,7 @@ private:
     CAudioModulePlace& placeFor(const Channel& channel, std::size_t& used);
 
     CAudioVector<CAudioModulePlace> places_;
+    std::uint32_t movedPlaces_ = 0; // bit by bit
     CAudioFade::Kernels fadeKernels_;
     bool isSmooth_ = false;
     double fadeSec_ = 0.0;

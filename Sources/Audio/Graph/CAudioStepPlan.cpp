@@ -9,14 +9,17 @@ namespace qel {
 
 namespace {
 
-// Room for so many, and a few more, so that plans of nearly the same size have the same.
+// Room for so many, in steps that leave no pieces behind which nobody can use: every plan of a usual stereo
+// stream fits into the first.
+constexpr std::size_t kCallsTogether = 128;
+constexpr std::size_t kOthersTogether = 48;
+
 template <class Item>
-void makeRoomFor(CAudioVector<Item>& items, std::size_t count)
+void makeRoomFor(CAudioVector<Item>& items, std::size_t count, std::size_t together = kOthersTogether)
 {
-    constexpr std::size_t kTogether = 16;
     if (items.capacity() < count) {
         items = CAudioVector<Item>(items.get_allocator()); // two at once need not be
-        items.reserve((count + kTogether - 1) / kTogether * kTogether);
+        items.reserve((count + together - 1) / together * together);
     }
 }
 
@@ -40,12 +43,12 @@ void CAudioStepPlan::makeRoom(std::size_t calls, std::size_t callsLeftOut, std::
                               std::size_t twins)
 {
     arena_.resize(kArenaSamples);
-    makeRoomFor(calls_, calls);
-    makeRoomFor(ratios_, calls);
-    makeRoomFor(origins_, calls);
-    makeRoomFor(entries_, calls);
+    makeRoomFor(calls_, calls, kCallsTogether);
+    makeRoomFor(ratios_, calls, kCallsTogether);
+    makeRoomFor(origins_, calls, kCallsTogether);
+    makeRoomFor(entries_, calls, kCallsTogether);
     makeRoomFor(patches_, kMaxPatches);
-    makeRoomFor(wholes_, wholes);
+    makeRoomFor(wholes_, wholes, 1);
     makeRoomFor(twins_, twins);
     makeRoomFor(standIns_, callsLeftOut);
 }

@@ -7,8 +7,8 @@ namespace qel {
 
 namespace {
 
-// What a stereo instance uses with everything on, about.
-constexpr std::size_t kFirstSlots = 256;
+// What a stereo instance uses while one stream with everything on takes over from another.
+constexpr std::size_t kFirstSlots = 384;
 
 } // namespace
 

@@ -183,8 +183,8 @@ void CModMeter::syncLinks()
     units_.resize(wanted.size());
     for (std::size_t i = 0; i < wanted.size(); ++i) {
         Unit& unit = units_[i];
-        unit.isNew = unit.isNew || !unit.place.isSameFor(wanted[i]);
-        unit.place = wanted[i];
+        unit.isNew = unit.isNew || hasMoved(i);
+        unit.place = &wanted[i];
     }
 }
 
@@ -196,14 +196,14 @@ void CModMeter::applyEvents()
             unit.module->resolveKernels(graph().kernels);
         }
         // Settings may be those of group 0; what is measured still belongs to the channel's own.
-        unit.module->setGroup(unit.place.outputFormats[0]->group);
-        const auto settings = CModMeterModule::readSettings(slots(), unit.place);
+        unit.module->setGroup(unit.place->outputFormats[0]->group);
+        const auto settings = CModMeterModule::readSettings(slots(), *unit.place);
         if (!unit.isNew && settings == unit.settings) {
             continue;
         }
         unit.isNew = false;
         unit.settings = settings;
-        unit.module->configure(settings, unit.place, target_);
+        unit.module->configure(settings, *unit.place, target_);
     }
 }
 
@@ -235,9 +235,9 @@ void CModMeter::step(int count)
         return; // another copy of the graph takes over, and reports already
     }
     for (Unit& unit : units_) {
-        CAudioModuleStep moduleStep(graph().kernels, count, unit.place.channels.size());
+        CAudioModuleStep moduleStep(graph().kernels, count, unit.place->channels.size());
         CAudioOwnedInputs owned(graph().kernels);
-        gatherInputs(moduleStep, owned, unit.place, def_.isDiff() ? 2 : 1);
+        gatherInputs(moduleStep, owned, *unit.place, def_.isDiff() ? 2 : 1);
         if (unit.module) {
             CAudioPlanBuilder::runWhole(graph(), *unit.module, moduleStep);
         }

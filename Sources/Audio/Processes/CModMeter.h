@@ -117,7 +117,7 @@ protected:
 private:
     struct Unit
     {
-        CAudioModulePlace place;
+        const CAudioModulePlace* place = nullptr; // one of places()
         CModMeterModule::Settings settings;
         CAudioPtr<CModMeterModule> module;
         bool isNew = true;

@@ -36,8 +36,8 @@ constexpr int kOfflineLevel = 4;
 // What two channels take at the most: with everything on at the highest rate, while all of it fades to other
 // settings under an overlap. And what each further channel takes. Both with a little to spare; the tests of
 // the audio thread tell when they no longer do.
-constexpr std::size_t kUsualBytes = 460 * 1024;
-constexpr std::size_t kFurtherChannelBytes = 300 * 1024;
+constexpr std::size_t kUsualBytes = 396 * 1024;
+constexpr std::size_t kFurtherChannelBytes = 200 * 1024;
 
 } // namespace
 
