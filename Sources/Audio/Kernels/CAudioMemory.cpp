@@ -2,7 +2,6 @@
 #include "CAudioMemory.h"
 
 #include <bit>
-#include <cstring>
 #include <new>
 
 namespace qel {
@@ -10,6 +9,7 @@ namespace qel {
 namespace {
 
 constexpr std::align_val_t kAlign{CAudioMemory::kAlignment};
+constexpr std::size_t kSmallestPage = 4096; // of the systems there are
 
 } // namespace
 
@@ -39,7 +39,11 @@ void CAudioMemory::provide(std::size_t bytes)
         return;
     }
     // A page that nobody has touched costs the first who does.
-    std::memset(block + 1, 0, bytes);
+    volatile std::byte* const memory = reinterpret_cast<std::byte*>(block + 1);
+    for (std::size_t i = 0; i < bytes; i += kSmallestPage) {
+        memory[i] = std::byte{0};
+    }
+    memory[bytes - 1] = std::byte{0};
     block->next = provided_.load(std::memory_order_relaxed);
     while (!provided_.compare_exchange_weak(block->next, block, std::memory_order_release,
                                             std::memory_order_relaxed)) {
