@@ -18,7 +18,7 @@ namespace qel {
 // and submit. A call runs to its end inside submit, so calls take effect in the order of submission and a
 // buffer may be released as soon as the call that uses it has been submitted.
 //
-// Owned by the object tree of one plug-in instance; a context is about 120 KiB, so it belongs on the heap. It
+// Owned by the object tree of one plug-in instance; what it makes lies in its memory and its pool. It
 // outlives all modules. Registration and look-ups happen while the graph is built; everything else is the
 // audio thread's, takes no lock, and no memory but what control threads have provided (see CAudioMemory).
 // Sizes are in bytes, counts in samples of 8 bytes.
