@@ -12,6 +12,10 @@ std::atomic<std::uint32_t> nextSeed{0};
 
 } // namespace
 
+CNoiseSource::CNoiseSource(CKernelContext& kernels)
+    : kernels_(kernels), seed_(nextSeed.fetch_add(1, std::memory_order_relaxed))
+{}
+
 void CNoiseSource::restartSeeds()
 {
     nextSeed = 0;
@@ -25,20 +29,19 @@ void CNoiseSource::resolveKernels()
 
 void CNoiseSource::start()
 {
-    if (seed_.isNone()) {
-        const std::uint32_t seed = nextSeed.fetch_add(1, std::memory_order_relaxed);
-        seed_ = kernels_.allocate(sizeof seed);
-        if (void* memory = kernels_.address(seed_)) {
-            std::memcpy(memory, &seed, sizeof seed);
+    if (state_.isNone()) {
+        state_ = kernels_.allocate(sizeof seed_);
+        if (void* memory = kernels_.address(state_)) {
+            std::memcpy(memory, &seed_, sizeof seed_);
         }
     }
 }
 
 void CNoiseSource::stop()
 {
-    if (!seed_.isNone()) {
-        kernels_.release(seed_);
-        seed_ = {};
+    if (!state_.isNone()) {
+        kernels_.release(state_);
+        state_ = {};
     }
 }
 
@@ -46,7 +49,7 @@ CBufferRef CNoiseSource::make(int count)
 {
     start();
     const CBufferRef output = kernels_.allocateSamples(static_cast<std::size_t>(count));
-    kernels_.submit(noiseKernel_, static_cast<std::uint32_t>(count), 0.0, {output, seed_});
+    kernels_.submit(noiseKernel_, static_cast<std::uint32_t>(count), 0.0, {output, state_});
     return output;
 }
 
@@ -54,7 +57,7 @@ CBufferRef CNoiseSource::addTo(CBufferRef input, int count)
 {
     start();
     const CBufferRef output = kernels_.allocateSamples(static_cast<std::size_t>(count));
-    kernels_.submit(addKernel_, static_cast<std::uint32_t>(count), 0.0, {output, seed_, input});
+    kernels_.submit(addKernel_, static_cast<std::uint32_t>(count), 0.0, {output, state_, input});
     return output;
 }
 

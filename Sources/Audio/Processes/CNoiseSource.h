@@ -3,15 +3,18 @@
 
 #include "CKernelContext.h"
 
+#include <cstdint>
+
 namespace qel {
 
-// Noise of +-1e-11 from a 32-bit congruential generator whose seed lives in a pool buffer. Seeds come from a
-// process-wide counter, so that no two channels carry the same noise. The seed is taken at the first use and
-// given back by stop(). Audio thread.
+// Noise of +-1e-11 from a 32-bit congruential generator whose state lives in a pool buffer. Seeds come from a
+// process-wide counter, so that no two channels carry the same noise, and are drawn when a source is made: at
+// their first use sources come in an order that depends on where steps end. The state is taken at the first
+// use and given back by stop(). Audio thread, but for the constructor and the destructor.
 class CNoiseSource
 {
 public:
-    explicit CNoiseSource(CKernelContext& kernels) : kernels_(kernels) {}
+    explicit CNoiseSource(CKernelContext& kernels);
     ~CNoiseSource() { stop(); }
     CNoiseSource(const CNoiseSource&) = delete;
     CNoiseSource& operator=(const CNoiseSource&) = delete;
@@ -31,7 +34,8 @@ private:
     void start();
 
     CKernelContext& kernels_;
-    CBufferRef seed_;
+    const std::uint32_t seed_;
+    CBufferRef state_;
     int noiseKernel_ = -1;
     int addKernel_ = -1;
 };
