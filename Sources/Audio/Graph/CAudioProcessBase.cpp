@@ -35,7 +35,8 @@ CError CAudioProcessBase::init()
 CError CAudioProcessBase::bindParams()
 {
     const int boundGroup = def_.isGroup0() ? 0 : group_;
-    QEL_TRY(slots_.bind(def_, fullName_, graph_->params, boundGroup, *this), fullName_);
+    QEL_TRY(slots_.bind(def_, fullName_, graph_->params, boundGroup, *this, graph_->holdsSettings),
+            fullName_);
     if (isTracing()) {
         traceUnknownSlots();
     }

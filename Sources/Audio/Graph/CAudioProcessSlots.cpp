@@ -31,8 +31,10 @@ CAudioProcessSlots::~CAudioProcessSlots()
 // --- building
 
 CError CAudioProcessSlots::bind(const CAudioProcessDefBase& def, const CString& processName,
-                                CAudioParamCollector& params, int group, CAudioParamMark& mark)
+                                CAudioParamCollector& params, int group, CAudioParamMark& mark,
+                                const bool& isHeld)
 {
+    queue_.holdWhile(isHeld);
     mark_ = &mark;
     isGroup0_ = def.isGroup0();
     isElement0_ = def.isElement0();

@@ -33,9 +33,9 @@ public:
     // --- building
 
     // `group` restricts the parameter changes received to one group; -1 for all.
-    // `mark` is raised while changes wait; it outlives the slots.
+    // `mark` is raised while changes wait, and nothing is taken up while `isHeld`; both outlive the slots.
     CError bind(const CAudioProcessDefBase& def, const CString& processName, CAudioParamCollector& params,
-                int group, CAudioParamMark& mark);
+                int group, CAudioParamMark& mark, const bool& isHeld);
     // A slot behind the definition's own, tied to the parameter of this full name: its number, or -1 if the
     // instance has no such parameter.
     int addStateSlot(const CString& paramName, CAudioParamCollector& params);

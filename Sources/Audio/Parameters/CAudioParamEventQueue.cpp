@@ -5,10 +5,35 @@
 
 namespace qel {
 
+template <class Drops>
+void CAudioParamEventQueue::removeIf(Drops&& drops)
+{
+    CAudioParamEventNode* previous = nullptr;
+    CAudioParamEventNode* node = first_;
+    while (node) {
+        CAudioParamEventNode* following = node->next;
+        if (drops(*node)) {
+            (previous ? previous->next : first_) = following;
+            if (node == last_) {
+                last_ = previous;
+            }
+            give(*node);
+        } else {
+            previous = node;
+        }
+        node = following;
+    }
+}
+
 void CAudioParamEventQueue::push(CAudioParamEvent& event, CAudioParamBinding& binding,
                                  CAudioParamEventPool& pool)
 {
     pool_ = &pool;
+    if (isHeld_ && *isHeld_ && event.isAudioOwned()) {
+        removeIf([&](const CAudioParamEventNode& node) {
+            return node.binding == &binding && node.event->isAudioOwned();
+        });
+    }
     CAudioParamEventNode* const node = pool.takeNode(event);
     if (!node) {
         applyAtOnce(event, binding);
@@ -54,21 +79,7 @@ void CAudioParamEventQueue::clear()
 
 void CAudioParamEventQueue::remove(const CAudioParamBinding& binding)
 {
-    CAudioParamEventNode* previous = nullptr;
-    CAudioParamEventNode* node = first_;
-    while (node) {
-        CAudioParamEventNode* following = node->next;
-        if (node->binding == &binding) {
-            (previous ? previous->next : first_) = following;
-            if (node == last_) {
-                last_ = previous;
-            }
-            give(*node);
-        } else {
-            previous = node;
-        }
-        node = following;
-    }
+    removeIf([&](const CAudioParamEventNode& node) { return node.binding == &binding; });
 }
 
 void CAudioParamEventQueue::give(CAudioParamEventNode& node)

@@ -39,6 +39,9 @@ public:
         return any;
     }
     void clear();
+    // While `isHeld` is set, nothing is taken from the queue. Then of the changes that begin on the audio
+    // side, which have small reserves, only the last one of a slot is kept. It outlives the queue.
+    void holdWhile(const bool& isHeld) { isHeld_ = &isHeld; }
 
     // --- for CAudioParam
 
@@ -50,11 +53,15 @@ public:
 
 private:
     void applyAtOnce(CAudioParamEvent& event, CAudioParamBinding& binding);
+    // Drops the nodes for which drops(node) is true.
+    template <class Drops>
+    void removeIf(Drops&& drops);
     void give(CAudioParamEventNode& node);
 
     CAudioParamEventNode* first_ = nullptr;
     CAudioParamEventNode* last_ = nullptr;
     CAudioParamEventPool* pool_ = nullptr;
+    const bool* isHeld_ = nullptr;
     bool wasAppliedAtOnce_ = false;
 };
 

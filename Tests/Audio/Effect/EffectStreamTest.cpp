@@ -65,6 +65,31 @@ TEST_F(EffectStream, GivesTheSameSamplesAtEveryBlockSize)
     }
 }
 
+TEST_F(EffectStream, FollowsAHostThroughASwitchAtEveryBlockSize)
+{
+    const Signal part = music(48000.0, 480, 3);
+    Signals reference;
+    for (const int size : {480, 60, 7}) {
+        CNoiseSource::restartSeeds();
+        EffectHost host(busySettings());
+        Signals output = host.run<double>({part, part}, {size});
+        host.set("oversampling", 2.0);
+        for (int move = 0; move < 20; ++move) { // beyond the end of the switch
+            for (std::int32_t i = 0; i < host.getExtParams().getCount(); ++i) {
+                CAudioExtParam& param = *host.getExtParams().get(i);
+                if (param.getStepCount() == 0) {
+                    param.postNormalized(0.2 + 0.02 * (move + i));
+                }
+            }
+            append(output, host.run<double>({part, part}, {size}));
+        }
+        if (reference.empty()) {
+            reference = output;
+        }
+        EXPECT_EQ(output, reference) << "blocks of " << size;
+    }
+}
+
 // Offline renders set everything before the first block, and some hosts between two passes.
 TEST_F(EffectStream, BeginsWithItsSettingsAtEveryRate)
 {
