@@ -72,35 +72,35 @@ CError CTextViewItems::attrIsParagraphSelectable()
     return {};
 }
 
+// True if there is one.
+bool CTextViewItems::takeColor(const char* attribute, std::size_t slot)
+{
+    const CString name = getAttrString(attribute);
+    setSlotColor(slot, name);
+    return !name.isEmpty();
+}
+
 CError CTextViewItems::attrParagraphHoverColor()
 {
-    const CString color = getAttrString(kHoverColor);
-    hasHoverColor_ = !color.isEmpty();
-    setSlotColor(kHoverSlot, color);
+    hasHoverColor_ = takeColor(kHoverColor, kHoverSlot);
     return {};
 }
 
 CError CTextViewItems::attrParagraphSelectColor()
 {
-    const CString color = getAttrString(kSelectColor);
-    hasSelectColor_ = !color.isEmpty();
-    setSlotColor(kSelectSlot, color);
+    hasSelectColor_ = takeColor(kSelectColor, kSelectSlot);
     return {};
 }
 
 CError CTextViewItems::attrParagraphSelectTextColor()
 {
-    const CString color = getAttrString(kSelectTextColor);
-    hasSelectTextColor_ = !color.isEmpty();
-    setSlotColor(kSelectTextSlot, color);
+    hasSelectTextColor_ = takeColor(kSelectTextColor, kSelectTextSlot);
     return {};
 }
 
 CError CTextViewItems::attrParagraphMarkColor()
 {
-    const CString color = getAttrString(kMarkColor);
-    hasMarkColor_ = !color.isEmpty();
-    setSlotColor(kMarkSlot, color);
+    hasMarkColor_ = takeColor(kMarkColor, kMarkSlot);
     return {};
 }
 

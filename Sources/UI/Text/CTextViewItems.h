@@ -92,6 +92,7 @@ protected:
     CError scrollTo(std::int32_t index);
 
 private:
+    bool takeColor(const char* attribute, std::size_t slot);
     CError findSource();
     CError readSource();
     bool isListShown() const { return source_.isThere() && isSourceShown_; }

@@ -72,7 +72,6 @@ public:
     // "tablet-reach" extends to the point.
     CView* findTouchedView(const CPoint& point);
     bool isFocusable() const { return isFocusable_; }
-    bool isDebug() const { return isDebug_; }
     const CString& getHint() const { return hint_; }
 
     CWindowSharedData& getWindowSharedData() const { return *windowSharedData_; }

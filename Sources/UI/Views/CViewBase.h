@@ -46,7 +46,6 @@ public:
     const CPaletteColor* getColor(std::size_t slot);
     // What text is drawn with while the view is disabled.
     const CPaletteColor* getDisabledTextColor() const { return colors_->getDisabledTextColor(); }
-    CColorTable& getColorTable() { return *colors_; }
 
     // The images of the present range; a null set means that there is nothing to draw.
     const CImageSet* getImageSet() const { return imageSet_.get(); }
